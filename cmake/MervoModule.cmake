@@ -1,0 +1,54 @@
+# A folder is a library, and its CMakeLists.txt says what it may see.
+#
+#   mervo_module(SOURCES a.cpp b.cpp MAY_USE core/foundation platform LIBRARIES SQLite::SQLite3)
+#
+# SOURCES    the files of this folder
+# MAY_USE    the folders whose headers its files may include; a test compares this list with every #include
+# LIBRARIES  outside libraries
+#
+# The bundle of the build tree has the layout of the installed one:
+#   mervo_program(mervo AT Helpers SOURCES main.cpp MAY_USE tools/cli)
+
+set(MERVO_BUNDLE ${CMAKE_BINARY_DIR}/Contents)
+
+function(mervo_target_name folder result)
+    string(REPLACE "/" "-" name "mervo-${folder}")
+    set(${result} ${name} PARENT_SCOPE)
+endfunction()
+
+function(mervo_link target)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "MAY_USE;LIBRARIES")
+    target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
+    foreach(folder IN LISTS ARG_MAY_USE)
+        mervo_target_name(${folder} used)
+        target_link_libraries(${target} PUBLIC ${used})
+    endforeach()
+    target_link_libraries(${target} PUBLIC ${ARG_LIBRARIES})
+endfunction()
+
+function(mervo_module)
+    cmake_parse_arguments(PARSE_ARGV 0 ARG "" "" "SOURCES;MAY_USE;LIBRARIES")
+    file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+    mervo_target_name(${folder} target)
+    add_library(${target} STATIC ${ARG_SOURCES})
+    mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
+endfunction()
+
+function(mervo_program target)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "AT" "SOURCES;MAY_USE;LIBRARIES")
+    add_executable(${target} ${ARG_SOURCES})
+    mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${MERVO_BUNDLE}/${ARG_AT})
+    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBDIR}/mervo/Contents/${ARG_AT})
+endfunction()
+
+# mervo_test(core-policy SOURCES a.cpp MAY_USE core/policy): one GoogleTest program, its cases known to ctest.
+function(mervo_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;MAY_USE;LIBRARIES")
+    set(target test-${name})
+    add_executable(${target} ${ARG_SOURCES})
+    mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES} GTest::gtest_main GTest::gmock)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${MERVO_BUNDLE}/Tests)
+    target_compile_definitions(${target} PRIVATE MERVO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()

@@ -1,0 +1,127 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace mervo {
+
+/// A failure of the database, in its own words.
+class DatabaseError final : public std::runtime_error {
+public:
+    DatabaseError(int code, const std::string& message);
+    int code() const noexcept { return code_; }
+
+private:
+    int code_;
+};
+
+/// A prepared statement: bind in order, then step. Valid only inside the closure of `Database::read` or `write`.
+class Statement {
+public:
+    Statement(sqlite3* connection, std::string_view sql);
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+    Statement(Statement&& other) noexcept;
+    ~Statement();
+
+    Statement& bind(std::string_view text);
+    Statement& bind(const char* text) { return bind(std::string_view(text)); }
+    Statement& bind(const std::string& text) { return bind(std::string_view(text)); }
+    Statement& bind(std::int64_t number);
+    Statement& bind(int number) { return bind(std::int64_t{number}); }
+    Statement& bind(double number);
+    Statement& bind(const std::optional<std::string>& text); ///< NULL when absent
+
+    /// True while there is a row. Throws DatabaseError.
+    bool step();
+    /// Runs a statement that gives no rows. Throws DatabaseError.
+    void run();
+
+    /// Columns by name, ignoring case as SQL does; a column that is not there reads as NULL.
+    std::string text(std::string_view column) const;
+    std::optional<std::string> optionalText(std::string_view column) const;
+    std::int64_t integer(std::string_view column) const;
+    /// The first column of the row as a number, 0 for NULL.
+    std::int64_t firstInteger() const;
+
+private:
+    int index(std::string_view column) const;
+
+    sqlite3_stmt* statement_ = nullptr;
+    int bound_ = 0;
+    mutable std::vector<std::string> names_;
+};
+
+/// One serial connection to one SQLite file. Any thread may use it; closures run one at a time.
+///
+/// A lock that another connection holds is waited for: up to 10 s, asked again after 0.5 to 1.5 ms at random, so that
+/// many writers at once each get their turn. Foreign keys are on; the journal is SQLite's default.
+class Database {
+public:
+    enum class Access { readWrite, readOnly };
+
+    /// ":memory:" gives a database of its own. Read-only access never creates a file. Throws DatabaseError.
+    explicit Database(const std::filesystem::path& file, Access access = Access::readWrite);
+    ~Database();
+
+    /// Runs the closure outside of any transaction: reads of one statement each.
+    template <typename Closure>
+    auto read(Closure&& closure)
+    {
+        std::scoped_lock guard(mutex_);
+        return closure(*this);
+    }
+
+    /// Runs the closure as one transaction (BEGIN IMMEDIATE), rolled back when it throws.
+    template <typename Closure>
+    auto write(Closure&& closure);
+
+    Statement prepare(std::string_view sql) { return Statement(connection_, sql); }
+    void execute(const std::string& sql);
+    int changes() const;
+
+private:
+    class Transaction;
+
+    std::recursive_mutex mutex_;
+    sqlite3* connection_ = nullptr;
+};
+
+class Database::Transaction {
+public:
+    explicit Transaction(Database& database);
+    ~Transaction(); ///< rolls back what was not committed
+    void commit();
+
+private:
+    Database& database_;
+    bool open_ = true;
+};
+
+template <typename Closure>
+auto Database::write(Closure&& closure)
+{
+    std::scoped_lock guard(mutex_);
+    Transaction transaction(*this);
+    if constexpr (std::is_void_v<decltype(closure(*this))>) {
+        closure(*this);
+        transaction.commit();
+    } else {
+        auto result = closure(*this);
+        transaction.commit();
+        return result;
+    }
+}
+
+} // namespace mervo

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "core/foundation/MervoDB.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mervo {
+
+/// One row of the audit trail.
+struct AuditEntry {
+    std::string timestamp;
+    std::string actor;
+    std::string action; ///< a tool id, or a management action such as "set_autonomy"
+    std::optional<std::string> accountId;
+    std::map<std::string, std::string, std::less<>> details;
+    std::string outcome;
+    std::optional<std::string> reason;
+
+    bool operator==(const AuditEntry&) const = default;
+};
+
+/// The append-only record of what the system did, on whose behalf, and why; newest first.
+///
+/// Never throws: a row that cannot be written is dropped, a read that fails gives an empty list or 0. Any thread.
+class AuditLog {
+public:
+    explicit AuditLog(std::shared_ptr<MervoDB> db);
+    /// On the home directory's database, opened on first use.
+    static AuditLog& shared() noexcept;
+
+    using Details = std::map<std::string, std::string, std::less<>>;
+
+    void log(std::string_view actor, std::string_view action, const std::optional<std::string>& accountId,
+        const Details& details, std::string_view outcome, const std::optional<std::string>& reason) noexcept;
+
+    std::vector<AuditEntry> recent(std::int64_t limit) noexcept;
+    std::int64_t count() noexcept;
+    /// Entries that contain the text in any column; "%" and "_" are wildcards, ASCII letters match in any case.
+    std::vector<AuditEntry> search(std::string_view text, std::int64_t limit) noexcept;
+    /// Actions that an allow rule let run unattended since midnight UTC.
+    std::int64_t mutationsToday() noexcept;
+    /// Deletes rows older than so many days; the number of rows that went.
+    std::int64_t prune(std::int64_t olderThanDays) noexcept;
+
+private:
+    std::shared_ptr<MervoDB> db_; ///< empty: there is no database
+};
+
+} // namespace mervo

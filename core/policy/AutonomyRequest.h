@@ -1,0 +1,15 @@
+#pragma once
+
+#include "core/foundation/HarnessConfig.h"
+#include "core/policy/AuditLog.h"
+
+#include <string_view>
+
+/// An agent's request to change the slider. Raising it is for a person alone: a request for a higher level changes
+/// nothing. One for the current level is applied and writes nothing; a lower one is written and audited.
+namespace mervo::AutonomyRequest {
+
+[[nodiscard]] HarnessConfig::AutonomyChange make(
+    AutonomyMode wanted, std::string_view actor, AuditLog& audit = AuditLog::shared());
+
+} // namespace mervo::AutonomyRequest

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "core/policy/Tool.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace mervo {
+
+/// The owner's answer for particular actions. A plain value, identified by `id`.
+struct PolicyRule {
+    enum class Decision { allow, deny, ask };
+    enum class Source { user, learned }; ///< where it came from; without effect on matching or ranking
+
+    std::string id;
+    bool enabled = true;
+    std::optional<std::string> account; ///< what the call's `account` must equal, ignoring case; empty means any
+    std::string toolPattern = "*"; ///< "*", a family "mail.*", or one exact id; case-sensitive
+    std::map<std::string, std::string> match; ///< every argument named must contain the text, ignoring case
+    Decision decision = Decision::ask;
+    Source source = Source::user;
+    std::string createdAt;
+
+    bool operator==(const PolicyRule&) const = default;
+
+    /// Why a rule does not speak of a call; the first failed condition, in this order.
+    enum class Mismatch { none, disabled, tool, account, missingArgument, argumentText };
+    struct Fit {
+        Mismatch mismatch = Mismatch::none;
+        std::string_view argument; ///< the key of the failed condition; lives as long as the rule
+    };
+    Fit fit(std::string_view toolID, const Args& args) const;
+
+    bool matches(std::string_view toolID, const Args& args) const;
+
+    /// The number of conditions in `match`, plus 1 for an account, plus 1 for any pattern but "*".
+    int specificity() const;
+};
+
+std::string_view rawValue(PolicyRule::Decision decision);
+std::string_view rawValue(PolicyRule::Source source);
+
+} // namespace mervo

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "core/policy/Effect.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mervo {
+
+/// A call's arguments: always texts. Each tool parses what it needs.
+using Args = std::map<std::string, std::string, std::less<>>;
+
+/// One argument of a tool, as the command line's help, the server's schema and the documentation show it.
+struct Argument {
+    std::string_view name;
+    bool required = false;
+    std::string_view help; ///< one line
+};
+
+/// A constant script text and what it gets as positional arguments. No argument ever enters the source.
+struct Invocation {
+    std::string script;
+    std::vector<std::string> argv;
+};
+
+/// A call that is refused for its arguments.
+class ToolError final : public std::runtime_error {
+public:
+    /// "missing required argument: " and the name (or a phrase in its place).
+    static ToolError missingArg(std::string_view name);
+    /// The text alone.
+    static ToolError badArg(const std::string& text);
+
+private:
+    using std::runtime_error::runtime_error;
+};
+
+/// Everything the gate knows of an action: a plain record. The gate knows nothing of mail or calendars.
+///
+/// `build` and `preview` change nothing in the world; the first change happens when the tool runs.
+struct Tool {
+    std::string id; ///< family, a dot and the verb ("mail.search")
+    std::string summary; ///< what the agent reads to decide how to call the tool
+    Effect effect = Effect::destructive;
+    std::vector<Argument> arguments; ///< in the order of the help; keys outside this list are ignored
+
+    /// Validates the arguments and gives the script; throws ToolError to refuse the call. Always present.
+    std::function<Invocation(const Args&)> build;
+    /// When present, the tool runs in this process and the script of `build` is not run. May throw.
+    std::function<std::string(const Args&)> nativeRun = nullptr;
+    /// A line for the approval card, found out by read-only work; nothing rather than a failure.
+    std::function<std::optional<std::string>(const Args&)> preview = nullptr;
+    /// Works on a successful output.
+    std::function<std::string(const std::string&)> transform = nullptr;
+    /// Whether an automatic, successful run with this output deserves an audit row.
+    std::function<bool(const std::string&)> auditAutoRun = nullptr;
+
+    /// The application whose bridge this build lacks; empty for a tool that works.
+    std::string missingBridge = {};
+};
+
+} // namespace mervo

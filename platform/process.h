@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+/// Runs other programs. Arguments are a list and never pass through a shell.
+namespace mervo::platform {
+
+struct Command {
+    std::string program; ///< path of the executable; no search through PATH
+    std::vector<std::string> arguments; ///< without the program's own name
+    std::string input; ///< what the program reads on standard input, to its end
+    bool inheritStandardError = false; ///< true: the child writes to our standard error, and `error` stays empty
+};
+
+struct Outcome {
+    int status = -1; ///< exit status, -1 when a signal ended the program
+    int signal = 0; ///< the signal that ended it, 0 for an exit
+    std::string output; ///< standard output, as bytes
+    std::string error; ///< standard error, as bytes
+};
+
+/// The program could not be started; what() is the system's own description ("No such file or directory").
+class NotStarted final : public std::runtime_error {
+public:
+    explicit NotStarted(int errorNumber);
+    /// The system's error number (errno).
+    int errorNumber() const noexcept { return errorNumber_; }
+
+private:
+    int errorNumber_;
+};
+
+/// Runs a program to its end and returns what it wrote.
+///  - Both output streams are drained together, so a child that writes much is never blocked.
+///  - A program that ran and exited non-zero, or died by a signal, is an Outcome and not an error.
+///  - The child gets only its three standard descriptors; signals have their default actions.
+///  - There is no time limit: the caller waits as long as the program runs.
+/// Throws NotStarted. Any thread may call it, also several at once.
+Outcome run(const Command& command);
+
+} // namespace mervo::platform

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// What the system needs of Unicode. Every text is UTF-8; bytes that are not are passed through as they stand, and
+/// no function here throws or reads past its argument.
+namespace mervo::platform {
+
+/// The key under which two texts that differ only in letter case (or in how an accent is composed) are equal:
+/// canonical composition and full case folding. ASCII takes a short way.
+std::string foldCase(std::string_view text);
+
+/// True when every byte belongs to a well-formed UTF-8 sequence (no surrogates, no overlong forms).
+bool isValidUtf8(std::string_view text) noexcept;
+
+/// The text with every ill-formed byte replaced by U+FFFD.
+std::string withValidUtf8(std::string_view text);
+
+/// Characters as a reader counts them: extended grapheme clusters (Unicode Annex 29). CR LF is one.
+std::size_t countCharacters(std::string_view text) noexcept;
+
+/// The byte length of the first character of `text`, 0 for an empty text.
+std::size_t firstCharacterLength(std::string_view text) noexcept;
+
+} // namespace mervo::platform
