@@ -1,0 +1,63 @@
+# make run     set up, build, and play an agent's morning against a sample desk
+# make test    set up, build, check the formatting and run every test
+# make help    the rest
+
+PRESET ?= release
+BUILD := build/$(PRESET)
+JOBS ?= $(shell nproc)
+
+.DEFAULT_GOAL := build
+
+.PHONY: build run test bench fuzz format check-format install clean help setup setup-tests
+
+help:
+	@echo "make run       set up, build, and play an agent's morning against a sample desk"
+	@echo "make test      set up, build, check the formatting and run every test"
+	@echo "make build     set up and build into $(BUILD)/Contents"
+	@echo "make bench     run the benchmarks and write docs/performance.md"
+	@echo "make fuzz      run every fuzz target for a minute (FUZZ_SECONDS=60)"
+	@echo "make format    format the sources"
+	@echo "make install   install below PREFIX (/usr/local)"
+	@echo "make clean     remove the build folder"
+	@echo "PRESET=debug|release|asan chooses how; release is the default."
+
+setup:
+	@scripts/setup
+
+setup-tests:
+	@scripts/setup --tests
+
+# Tests are built only by those who run them: a machine that only runs the program does not need their libraries.
+build: setup
+	@cmake --preset $(PRESET) -DBUILD_TESTING=OFF -DMERVO_BENCH=OFF -B build/run >/dev/null
+	@cmake --build build/run -j $(JOBS)
+
+run: build
+	@demo/morning build/run
+
+test: setup-tests check-format
+	@cmake --preset $(PRESET) >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS)
+	@scripts/run-tests $(BUILD)
+
+bench: setup-tests
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release -j $(JOBS)
+	@bench/run build/release
+
+fuzz:
+	@scripts/setup --fuzz
+	@scripts/fuzz
+
+format: setup-tests
+	@git ls-files -- '*.cpp' '*.h' | xargs clang-format -i
+
+check-format: setup-tests
+	@git ls-files -- '*.cpp' '*.h' | xargs -r clang-format --dry-run -Werror
+
+PREFIX ?= /usr/local
+install: build
+	@cmake --install build/run --prefix $(PREFIX)
+
+clean:
+	@rm -rf build
