@@ -29,19 +29,19 @@ setup-tests:
 
 # Tests are built only by those who run them: a machine that only runs the program does not need their libraries.
 build: setup
-	@cmake --preset $(PRESET) -DBUILD_TESTING=OFF -DMERVO_BENCH=OFF -B build/run >/dev/null
-	@cmake --build build/run -j $(JOBS)
+	@cmake --preset $(PRESET) -DBUILD_TESTING=OFF -DMERVO_BENCH=OFF >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS)
 
 run: build
-	@demo/morning build/run
+	@demo/morning $(BUILD)
 
 test: setup-tests check-format
-	@cmake --preset $(PRESET) >/dev/null
+	@cmake --preset $(PRESET) -DBUILD_TESTING=ON -DMERVO_BENCH=OFF >/dev/null
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 	@scripts/run-tests $(BUILD)
 
 bench: setup-tests
-	@cmake --preset release >/dev/null
+	@cmake --preset release -DBUILD_TESTING=OFF -DMERVO_BENCH=ON >/dev/null
 	@cmake --build --preset release -j $(JOBS)
 	@bench/run build/release
 
@@ -57,7 +57,7 @@ check-format: setup-tests
 
 PREFIX ?= /usr/local
 install: build
-	@cmake --install build/run --prefix $(PREFIX)
+	@cmake --install $(BUILD) --prefix $(PREFIX)
 
 clean:
 	@rm -rf build
