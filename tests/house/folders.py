@@ -1,0 +1,151 @@
+"""Who may include whom: the floors of the house against every #include.
+
+A folder is a library when its CMakeLists.txt says mervo_module, mervo_program or mervo_test; folders below it that
+have no CMakeLists.txt of their own belong to it. Its MAY_USE lines name all that its files may include.
+"""
+
+import dataclasses
+import pathlib
+import re
+
+# From the ground up. An include leads to a lower floor, or to a neighbour as long as no circle comes of it.
+FLOORS = [
+    {"platform"},
+    {"core/foundation", "platform/applescript"},
+    {"core/scripting", "platform/desk"},
+    {"core/policy"},
+    {"core/tools"},
+    {"core/automations", "core/feedback"},
+    {"core/catalogue", "core/approval", "core/doctor"},
+    {"cockpit/model", "tools/cli", "tools/mcp"},
+    {"cockpit/views"},
+]
+ROOMS = ("core", "platform", "tools", "cockpit")  # what is layered
+ANNEXES = ("tests", "bench", "fuzz")  # may look at everything that they name
+SOURCES = {".h", ".cpp"}
+
+INCLUDE = re.compile(r'^\s*#\s*include\s+"((?:%s)/[^"]+)"' % "|".join(ROOMS + ANNEXES), re.M)
+QT_INCLUDE = re.compile(r"^\s*#\s*include\s+<(Q[A-Z]\w*(?:/\w+)?)>", re.M)
+CALL = re.compile(r"mervo_(?:module|program|test)\s*\(([^)]*)\)")
+LIBRARY = re.compile(r"mervo_(?:module|program|test)\s*\(|add_library\s*\(mervo-")
+KEYWORDS = {"SOURCES", "MAY_USE", "LIBRARIES", "AT"}
+
+
+@dataclasses.dataclass
+class Folder:
+    name: str  # "core/policy"
+    may_use: set
+    files: list
+
+
+def may_use(cmake_text):
+    """The folders named by MAY_USE in all calls of one CMakeLists.txt."""
+    named, keyword = set(), None
+    for call in CALL.findall(re.sub(r"#.*", "", cmake_text)):
+        for word in call.split():
+            if word in KEYWORDS:
+                keyword = word
+            elif keyword == "MAY_USE":
+                named.add(word)
+        keyword = None
+    return named
+
+
+def read(root):
+    """The libraries of the tree, by name."""
+    root = pathlib.Path(root)
+    found = {}
+    for top in ROOMS + ANNEXES:
+        for cmake in sorted((root / top).rglob("CMakeLists.txt")):
+            text = cmake.read_text(encoding="utf-8")
+            if LIBRARY.search(text):
+                name = cmake.parent.relative_to(root).as_posix()
+                found[name] = Folder(name, may_use(text) - {name}, [])
+    for top in ROOMS + ANNEXES:
+        for path in sorted((root / top).rglob("*")):
+            if path.suffix in SOURCES and path.is_file():
+                home = owner(path.relative_to(root).as_posix(), found)
+                if home is not None:
+                    found[home].files.append(path)
+    return found
+
+
+def owner(path, folders):
+    """The library that a path belongs to: the nearest folder above it that is one."""
+    for parent in pathlib.PurePosixPath(path).parents:
+        if parent.as_posix() in folders:
+            return parent.as_posix()
+    return None
+
+
+def floor(name):
+    return next((number for number, names in enumerate(FLOORS) if name in names), None)
+
+
+def reach(name, folders):
+    """Everything that a library can include through others."""
+    seen, waiting = set(), list(folders[name].may_use)
+    while waiting:
+        used = waiting.pop()
+        if used not in seen:
+            seen.add(used)
+            waiting.extend(folders[used].may_use if used in folders else ())
+    return seen
+
+
+def check_includes(root):
+    """Every #include of ours is allowed by the MAY_USE of its folder."""
+    root, complaints = pathlib.Path(root), []
+    folders = read(root)
+    for folder in folders.values():
+        for path in folder.files:
+            where = path.relative_to(root).as_posix()
+            for target in INCLUDE.findall(path.read_text(encoding="utf-8")):
+                used = owner(target, folders)
+                if not (root / target).is_file():
+                    complaints.append(f'{where} includes "{target}", which does not exist')
+                elif used != folder.name and used not in folder.may_use:
+                    complaints.append(f'{where} includes "{target}", and {folder.name} may not use {used}')
+    return complaints
+
+
+def check_floors(root):
+    """MAY_USE lists point down, in no circle, and the agents' side cannot reach what approves."""
+    complaints = []
+    folders = read(root)
+    for name, folder in folders.items():
+        for used in sorted(folder.may_use - set(folders)):
+            complaints.append(f"{name} may use {used}, which is no library of the tree")
+        if name.startswith(ANNEXES):
+            continue
+        if floor(name) is None:
+            complaints.append(f"{name} has no floor; give it one in {pathlib.Path(__file__).name}")
+            continue
+        for used in sorted(folder.may_use & set(folders)):
+            if floor(used) is None or floor(used) > floor(name):
+                complaints.append(f"{name} may use {used}, which is not below it")
+            if name.startswith("core/") and used.startswith("platform/"):
+                complaints.append(f"{name} may use {used}; the core knows only the facilities of platform/")
+        if name in reach(name, folders):
+            complaints.append(f"{name} includes itself in a circle")
+        if name.startswith("tools/") and "core/approval" in reach(name, folders):
+            complaints.append(f"{name} can reach core/approval; what an agent runs must not be able to approve")
+    return complaints
+
+
+def check_systems(root):
+    """The core and the front ends do not know which system they run on, and Qt stays where it belongs."""
+    root, complaints = pathlib.Path(root), []
+    for top in ROOMS:
+        for path in sorted((root / top).rglob("*")):
+            if path.suffix not in SOURCES:
+                continue
+            where, text = path.relative_to(root).as_posix(), path.read_text(encoding="utf-8")
+            if not where.startswith("platform/"):
+                for target in INCLUDE.findall(text):
+                    if target.startswith("platform/linux/"):
+                        complaints.append(f'{where} includes "{target}"; ask for the facility instead')
+            if not where.startswith(("cockpit/", "platform/linux/desktop/")):
+                for header in QT_INCLUDE.findall(text):
+                    complaints.append(f"{where} includes <{header}>; Qt belongs to cockpit/ and platform/linux/desktop/")
+    return complaints
