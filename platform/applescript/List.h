@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/applescript/Value.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace mervo::applescript {
+
+/// What lists and records share: they can hold themselves, and then counting alone never frees them.
+class Container : public Cell {
+public:
+    Container() noexcept;
+    ~Container() override;
+
+    /// Empties every list and record that is left on this thread: for the end of an interpreter, when nobody asks
+    /// for a value any more. Frees the lists that hold themselves.
+    static void releaseAll() noexcept;
+
+protected:
+    virtual void clear() noexcept = 0;
+
+private:
+    Container* previous_ = nullptr;
+    Container* next_ = nullptr;
+};
+
+/// A list, shared by all its names. Reading an item and appending take constant time.
+class List final : public Container {
+public:
+    List() = default;
+    explicit List(std::vector<Value> items);
+    ~List() override;
+
+    std::size_t size() const noexcept { return items_.size(); }
+    const std::vector<Value>& items() const noexcept { return items_; }
+    const Value& operator[](std::size_t index) const noexcept { return items_[index]; }
+    void replace(std::size_t index, Value value) { items_[index] = std::move(value); }
+    void reserve(std::size_t count);
+    void append(Value value);
+    void prepend(Value value);
+
+private:
+    void clear() noexcept override;
+    void charge();
+
+    std::vector<Value> items_;
+    std::size_t charged_ = 0;
+};
+
+/// A record: labels and values in the order written. Small, so a label is found by going through them.
+class Record final : public Container {
+public:
+    struct Field {
+        Symbol label;
+        Value value;
+    };
+
+    std::size_t size() const noexcept { return fields_.size(); }
+    const std::vector<Field>& fields() const noexcept { return fields_; }
+    /// Null when there is no such label.
+    const Value* find(Symbol label) const noexcept;
+    /// Replaces the value of the label, or adds it at the end.
+    void set(Symbol label, Value value);
+    /// Adds a field only where the label is new.
+    void addMissing(Symbol label, const Value& value);
+
+private:
+    void clear() noexcept override { fields_.clear(); }
+
+    std::vector<Field> fields_;
+};
+
+} // namespace mervo::applescript
