@@ -25,12 +25,15 @@ struct Outcome {
 /// The program could not be started; what() is the system's own description ("No such file or directory").
 class NotStarted final : public std::runtime_error {
 public:
-    explicit NotStarted(int errorNumber);
-    /// The system's error number (errno).
+    enum class Step { pipe, spawn };
+    explicit NotStarted(int errorNumber, Step step = Step::spawn);
+    /// The system's error number (errno), and what failed: making the pipes or starting the program.
     int errorNumber() const noexcept { return errorNumber_; }
+    Step step() const noexcept { return step_; }
 
 private:
     int errorNumber_;
+    Step step_;
 };
 
 /// Runs a program to its end and returns what it wrote.
@@ -38,7 +41,8 @@ private:
 ///  - A program that ran and exited non-zero, or died by a signal, is an Outcome and not an error.
 ///  - The child gets only its three standard descriptors; signals have their default actions.
 ///  - There is no time limit: the caller waits as long as the program runs.
-/// Throws NotStarted. Any thread may call it, also several at once.
+/// Throws NotStarted; also for a program or argument that holds a NUL character, which no program can receive. Any
+/// thread may call it, also several at once.
 Outcome run(const Command& command);
 
 } // namespace mervo::platform

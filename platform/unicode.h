@@ -8,6 +8,15 @@
 /// no function here throws or reads past its argument.
 namespace mervo::platform {
 
+/// The first code point of a text. An ill-formed byte stands for itself: `valid` is false, `value` is the byte and
+/// `length` 1. An empty text gives length 0.
+struct CodePoint {
+    char32_t value = 0;
+    std::size_t length = 0;
+    bool valid = false;
+};
+CodePoint firstCodePoint(std::string_view text) noexcept;
+
 /// The key under which two texts that differ only in letter case (or in how an accent is composed) are equal:
 /// canonical composition and full case folding. ASCII takes a short way.
 std::string foldCase(std::string_view text);

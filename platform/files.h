@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+/// Whole files, read and written the careful way. Nothing here throws; a failure is the system's error code, whose
+/// message() is its description. New files are the owner's alone (mode 0600).
+namespace mervo::platform {
+
+/// The bytes of a regular file; nothing when it cannot be read, or is a device, a pipe or a folder.
+std::optional<std::string> readFile(const std::filesystem::path& file) noexcept;
+
+/// Replaces or creates the file in one step: whoever reads it meets the old bytes or the new ones, also after a crash
+/// or on a full disk. A symbolic link stays, and the file that it leads to is replaced.
+std::error_code replaceFile(const std::filesystem::path& file, std::string_view bytes) noexcept;
+
+/// Writes the file itself, without a temporary one, down to the disk. What could not be written whole is removed.
+std::error_code writeInPlace(const std::filesystem::path& file, std::string_view bytes) noexcept;
+
+} // namespace mervo::platform

@@ -1,0 +1,150 @@
+#include "platform/files.h"
+
+#include "platform/linux/Descriptor.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace mervo::platform {
+
+namespace {
+
+constexpr mode_t kOwnerOnly = 0600;
+constexpr int kMostLinks = 40;
+
+std::error_code lastError()
+{
+    return {errno, std::generic_category()};
+}
+
+std::error_code writeAll(const Descriptor& to, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(to.get(), bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return lastError();
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return ::fsync(to.get()) == 0 ? std::error_code{} : lastError();
+}
+
+std::error_code writeAndClose(Descriptor& to, std::string_view bytes)
+{
+    if (const auto error = writeAll(to, bytes))
+        return error;
+    return to.close() == 0 ? std::error_code{} : lastError();
+}
+
+/// Where the links lead, also when nothing is there yet.
+std::filesystem::path behindLinks(std::filesystem::path file, std::error_code& error)
+{
+    for (int links = 0; links < kMostLinks; ++links) {
+        std::error_code noLink;
+        const std::filesystem::path target = std::filesystem::read_symlink(file, noLink);
+        if (noLink)
+            return file;
+        file = file.parent_path() / target;
+    }
+    error = std::make_error_code(std::errc::too_many_symbolic_link_levels);
+    return file;
+}
+
+std::error_code replace(const std::filesystem::path& target, std::string_view bytes)
+{
+    std::string temporary = target.string() + ".XXXXXX";
+    Descriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC)); // mode 0600
+    if (!descriptor.open())
+        return lastError();
+    std::error_code error = writeAndClose(descriptor, bytes);
+    if (!error && ::rename(temporary.c_str(), target.c_str()) != 0)
+        error = lastError();
+    if (error) {
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
+    const Descriptor entry(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (entry.open())
+        ::fsync(entry.get()); // the new name outlives a power cut; without it the old file would be back
+    return {};
+}
+
+std::string readToEnd(const Descriptor& from, std::size_t expected, std::error_code& error)
+{
+    std::string bytes;
+    bytes.reserve(expected + 1);
+    std::array<char, 16384> buffer;
+    for (;;) {
+        const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
+        if (count == 0)
+            return bytes;
+        if (count > 0)
+            bytes.append(buffer.data(), static_cast<std::size_t>(count));
+        else if (errno != EINTR) {
+            error = lastError();
+            return bytes;
+        }
+    }
+}
+
+/// The standard library's own failures (memory, a path that cannot be formed) as an error code.
+template <typename Work>
+std::error_code guarded(Work&& work) noexcept
+{
+    try {
+        return work();
+    } catch (const std::system_error& error) {
+        return error.code();
+    } catch (...) {
+        return std::make_error_code(std::errc::not_enough_memory);
+    }
+}
+
+} // namespace
+
+std::optional<std::string> readFile(const std::filesystem::path& file) noexcept
+{
+    std::optional<std::string> bytes;
+    const std::error_code failed = guarded([&]() -> std::error_code {
+        const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        struct stat status { };
+        if (!descriptor.open() || ::fstat(descriptor.get(), &status) != 0)
+            return lastError();
+        if (!S_ISREG(status.st_mode))
+            return std::make_error_code(std::errc::invalid_argument);
+        std::error_code error;
+        bytes = readToEnd(descriptor, static_cast<std::size_t>(status.st_size), error);
+        return error;
+    });
+    return failed ? std::nullopt : bytes;
+}
+
+std::error_code replaceFile(const std::filesystem::path& file, std::string_view bytes) noexcept
+{
+    return guarded([&]() -> std::error_code {
+        std::error_code error;
+        const std::filesystem::path target = behindLinks(file, error);
+        return error ? error : replace(target, bytes);
+    });
+}
+
+std::error_code writeInPlace(const std::filesystem::path& file, std::string_view bytes) noexcept
+{
+    return guarded([&]() -> std::error_code {
+        Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly));
+        if (!descriptor.open())
+            return lastError();
+        const std::error_code error = writeAndClose(descriptor, bytes);
+        if (error)
+            ::unlink(file.c_str());
+        return error;
+    });
+}
+
+} // namespace mervo::platform
