@@ -1,0 +1,115 @@
+"""Sets the stage: a person's desk in a throw-away folder, with mail and messages, and an empty home for Mervo."""
+
+import datetime
+import email
+import email.policy
+import os
+import pathlib
+import shlex
+import sqlite3
+import subprocess
+import sys
+
+ACCOUNT = "Personal"
+ADDRESS = "alex.martin@mail.example.org"
+MESSAGES = 320
+APPLE_EPOCH = datetime.datetime(2001, 1, 1, tzinfo=datetime.timezone.utc)
+
+TEXTS = [  # minutes ago, from whom, what; an empty handle is the owner
+    (190, "+33 6 39 98 00 11", "Are we still on for the harbour walk on Saturday?"),
+    (180, "", "Yes! Ten o'clock at the lighthouse."),
+    (95, "maya@lighthouse.example.com", "The boiler man comes at 14:00, please be home"),
+    (41, "+33 6 39 98 00 11", "Great. I bring the sandwiches \N{SANDWICH}"),
+    (12, "maya@lighthouse.example.com", "He moved it to 15:30"),
+]
+
+
+class Desk:
+    def __init__(self, folder, helpers):
+        self.folder = pathlib.Path(folder)
+        self.user = self.folder / "user"  # stands for the person's home folder
+        self.home = self.folder / "mervo"
+        self.maildir = self.user / "Mail" / "personal"
+        self.helpers = pathlib.Path(helpers)
+        self.variables = {
+            "HOME": str(self.user),
+            "MERVO_HOME": str(self.home),
+            "XDG_CONFIG_HOME": str(self.user / ".config"),
+            "XDG_DATA_HOME": str(self.user / ".local/share"),
+            "XDG_CACHE_HOME": str(self.user / ".cache"),
+        }
+
+    @property
+    def environment(self):
+        return os.environ | self.variables
+
+    def set_up(self):
+        self._mail()
+        self._messages()
+        exports = [f"export {name}={shlex.quote(value)}" for name, value in self.variables.items()]
+        path = f'export PATH={shlex.quote(str(self.helpers))}:"$PATH"'
+        (self.folder / "env.sh").write_text("\n".join([*exports, path, ""]), encoding="utf-8")
+
+    def _mail(self):
+        self.maildir.parent.mkdir(parents=True)
+        maker = pathlib.Path(__file__).parent.parent / "make-maildir"
+        now = datetime.datetime.now(datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
+        subprocess.run([sys.executable, maker, "--out", self.maildir, "--messages", str(MESSAGES), "--folders", "13",
+                        "--days", "730", "--now", now], check=True, stdout=subprocess.DEVNULL)
+        config = self.user / ".config/mervo-desk/desk.toml"
+        config.parent.mkdir(parents=True)
+        config.write_text(f'[[mail.account]]\nname = "{ACCOUNT}"\nemail = ["{ADDRESS}"]\npath = "{self.maildir}"\n',
+                          encoding="utf-8")
+
+    def _messages(self):
+        file = self.user / "Library/Messages/chat.db"
+        file.parent.mkdir(parents=True)
+        now = datetime.datetime.now(datetime.timezone.utc)
+        handles = sorted({handle for _, handle, _ in TEXTS if handle})
+        with sqlite3.connect(file) as database:
+            database.execute("CREATE TABLE handle (ROWID INTEGER PRIMARY KEY, id TEXT NOT NULL)")
+            database.execute("CREATE TABLE message (ROWID INTEGER PRIMARY KEY, date INTEGER, is_from_me INTEGER,"
+                             " text TEXT, handle_id INTEGER)")
+            database.executemany("INSERT INTO handle VALUES (?, ?)", enumerate(handles, 1))
+            for minutes, handle, text in TEXTS:
+                date = now - datetime.timedelta(minutes=minutes) - APPLE_EPOCH
+                number = handles.index(handle) + 1 if handle else 0
+                database.execute("INSERT INTO message (date, is_from_me, text, handle_id) VALUES (?, ?, ?, ?)",
+                                 (int(date.total_seconds()) * 10**9, int(not handle), text, number))
+        database.close()
+
+    def files(self, mailbox):
+        """The messages of one mailbox, as files."""
+        folder = self.maildir / ("" if mailbox == "INBOX" else "." + mailbox)
+        return sorted([*folder.glob("cur/*"), *folder.glob("new/*")])
+
+    def message(self, file):
+        return email.message_from_bytes(file.read_bytes(), policy=email.policy.default)
+
+    def rows(self, query, *values):
+        """What a query of the home's database gives, read as the owner would with any SQLite tool."""
+        database = sqlite3.connect(f"file:{self.home}/mervo.sqlite?mode=ro", uri=True)
+        try:
+            return database.execute(query, values).fetchall()
+        finally:
+            database.close()
+
+    def add_rule(self, rule):
+        """One row of policy_rules: what the cockpit writes when the owner makes a rule."""
+        with sqlite3.connect(self.home / "mervo.sqlite") as database:
+            database.execute("INSERT INTO policy_rules (id, enabled, account, tool_pattern, match_json, decision,"
+                             " source, created_at) VALUES (:id, 1, NULL, :tool_pattern, :match_json, :decision,"
+                             " 'user', strftime('%Y-%m-%dT%H:%M:%SZ', 'now'))", rule)
+        database.close()
+
+    def processes(self):
+        """The processes that still run in this desk's environment; none, if all ended as they should."""
+        mark = f"MERVO_HOME={self.home}".encode()
+        found = []
+        for entry in pathlib.Path("/proc").glob("[0-9]*/environ"):
+            try:
+                if mark in entry.read_bytes().split(b"\0"):
+                    found.append(int(entry.parent.name))
+            except OSError:
+                continue
+        return found
