@@ -1,7 +1,8 @@
 """Who may include whom: the floors of the house against every #include.
 
-A folder is a library when its CMakeLists.txt says mervo_module, mervo_program or mervo_test; folders below it that
-have no CMakeLists.txt of their own belong to it. Its MAY_USE lines name all that its files may include.
+A folder is a library when its CMakeLists.txt calls one of the mervo_ functions (mervo_module, mervo_program,
+mervo_test...); folders below it that have no such file of their own belong to it. Its MAY_USE lines name all that its
+files may include.
 """
 
 import dataclasses
@@ -26,8 +27,8 @@ SOURCES = {".h", ".cpp"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+"((?:%s)/[^"]+)"' % "|".join(ROOMS + ANNEXES), re.M)
 QT_INCLUDE = re.compile(r"^\s*#\s*include\s+<(Q[A-Z]\w*(?:/\w+)?)>", re.M)
-CALL = re.compile(r"mervo_(?:module|program|test)\s*\(([^)]*)\)")
-LIBRARY = re.compile(r"mervo_(?:module|program|test)\s*\(|add_library\s*\(mervo-")
+CALL = re.compile(r"\bmervo_\w+\s*\(([^)]*)\)")
+LIBRARY = re.compile(r"\bmervo_\w+\s*\(|\badd_library\s*\(mervo-")
 KEYWORDS = {"SOURCES", "MAY_USE", "LIBRARIES", "AT"}
 
 
@@ -45,7 +46,7 @@ def may_use(cmake_text):
         for word in call.split():
             if word in KEYWORDS:
                 keyword = word
-            elif keyword == "MAY_USE":
+            elif keyword == "MAY_USE" and "$" not in word:
                 named.add(word)
         keyword = None
     return named
