@@ -1,0 +1,101 @@
+#include "tools/mcp/Reply.h"
+
+#include "platform/unicode.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace mervo::mcp::Reply {
+
+namespace {
+
+constexpr std::size_t kEnvelope = 16 * 1024; // the id, the identity and the note about a cut fit in it
+constexpr std::size_t kLongestEcho = 128;
+
+/// What a byte of valid UTF-8 takes inside a JSON string.
+std::size_t escapedLength(char byte)
+{
+    if (byte == '"' || byte == '\\' || byte == '\b' || byte == '\f' || byte == '\n' || byte == '\r' || byte == '\t') {
+        return 2;
+    }
+    return static_cast<unsigned char>(byte) < 0x20 ? 6 : 1;
+}
+
+std::size_t characterStart(std::string_view text, std::size_t at)
+{
+    while (at > 0 && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) {
+        --at;
+    }
+    return at;
+}
+
+/// The text, or as much of it as fits a line with a note behind it.
+std::string bounded(std::string_view text)
+{
+    if (text.size() * 6 <= kLongestLine - kEnvelope) {
+        return std::string(text);
+    }
+    std::size_t room = kLongestLine - kEnvelope;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const std::size_t length = escapedLength(text[at]);
+        if (length > room) {
+            const std::size_t kept = characterStart(text, at);
+            return fmt::format("{}\n[cut here: {} of {} bytes are left out; an answer holds at most 10 MiB]",
+                text.substr(0, kept), text.size() - kept, text.size());
+        }
+        room -= length;
+    }
+    return std::string(text);
+}
+
+} // namespace
+
+std::string result(const RequestId& id, std::string_view result)
+{
+    std::string line;
+    line.reserve(id.size() + result.size() + 40);
+    line.append(R"({"jsonrpc":"2.0","id":)").append(id).append(R"(,"result":)").append(result).append("}\n");
+    return line;
+}
+
+std::string emptyResult(const RequestId& id, Era era)
+{
+    std::string_view members = Protocol::resultOpening(era);
+    if (!members.empty()) {
+        members.remove_suffix(1); // the comma
+    }
+    return result(id, "{" + std::string(members) + "}");
+}
+
+std::string error(const RequestId& id, int code, std::string_view text, std::string_view data)
+{
+    std::string line = R"({"jsonrpc":"2.0",)";
+    if (!id.empty()) {
+        line.append(R"("id":)").append(id).append(",");
+    }
+    line.append(R"("error":{"code":)").append(std::to_string(code));
+    line.append(R"(,"message":)").append(json::quoted(text));
+    if (!data.empty()) {
+        line.append(R"(,"data":)").append(data);
+    }
+    return line.append("}}\n");
+}
+
+std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era)
+{
+    // Repaired before it is measured: a replacement character is longer than the byte that it stands for.
+    const std::string valid = platform::isValidUtf8(text) ? bounded(text) : bounded(platform::withValidUtf8(text));
+    std::string content = "{";
+    content.append(Protocol::resultOpening(era));
+    content.append(R"("content":[{"type":"text","text":)").append(json::quoted(valid));
+    content.append(isError ? R"(}],"isError":true})" : R"(}],"isError":false})");
+    return result(id, content);
+}
+
+std::string_view echo(std::string_view word)
+{
+    return word.substr(0, characterStart(word, std::min(word.size(), kLongestEcho)));
+}
+
+} // namespace mervo::mcp::Reply

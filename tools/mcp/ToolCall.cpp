@@ -1,0 +1,46 @@
+#include "tools/mcp/ToolCall.h"
+
+#include "core/foundation/ConfigDir.h"
+#include "core/policy/HarnessRunner.h"
+#include "tools/mcp/Reply.h"
+
+#include <exception>
+
+namespace mervo::mcp {
+
+namespace {
+
+struct Answer {
+    const ToolCall& call;
+
+    std::string operator()(const HarnessRunner::Executed& executed) const { return line(executed.output, false); }
+
+    std::string operator()(const HarnessRunner::Pending& pending) const
+    {
+        std::string text = "pending " + pending.id + ": waits for the owner's approval in the cockpit.";
+        if (pending.preview) {
+            text += " Preview: " + *pending.preview;
+        }
+        return line(text, false);
+    }
+
+    std::string operator()(const HarnessRunner::Error& error) const { return line(error.text, true); }
+
+    std::string line(std::string_view text, bool isError) const
+    {
+        return Reply::toolResult(call.id, text, isError, call.era);
+    }
+};
+
+} // namespace
+
+std::string answer(const ToolCall& call)
+{
+    try {
+        return std::visit(Answer{call}, HarnessRunner::run(*call.tool, call.args, call.actor, ConfigDir::url()));
+    } catch (const std::exception& failure) {
+        return Reply::toolResult(call.id, failure.what(), true, call.era);
+    }
+}
+
+} // namespace mervo::mcp
