@@ -1,0 +1,195 @@
+"""The groups of figures: what is run against what."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+
+from figures import MS, Figure, added
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+EVERYTHING = ROOT / "tests/mcp/node_modules/@modelcontextprotocol/server-everything/dist/index.js"
+ACCOUNT = "Bench"
+
+
+class Bench:
+    """The programs of one build and a desk of their own to run on."""
+
+    def __init__(self, build, data, rounds):
+        self.helpers, self.programs = build / "Contents/Helpers", build / "Contents/Bench"
+        self.data, self.rounds = data, rounds
+        data.mkdir(parents=True, exist_ok=True)
+
+    def desk(self, name):
+        """The environment of a desk, and its folder. Every desk has one account; its mail may be made later."""
+        folder = self.data / name
+        variables = {"HOME": folder, "MERVO_HOME": folder / "mervo", "XDG_CONFIG_HOME": folder / "config",
+                     "XDG_DATA_HOME": folder / "data", "XDG_CACHE_HOME": folder / "cache"}
+        config = folder / "config/mervo-desk/desk.toml"
+        config.parent.mkdir(parents=True, exist_ok=True)
+        config.write_text(f'[[mail.account]]\nname = "{ACCOUNT}"\nemail = ["alex.martin@mail.example.org"]\n'
+                          f'path = "{folder}/mail"\n', encoding="utf-8")
+        if not (folder / "mail").exists():
+            self.mail(folder / "mail", 200)
+        shutil.rmtree(folder / "mervo", ignore_errors=True)
+        return os.environ | {key: str(value) for key, value in variables.items()}, folder
+
+    def mail(self, folder, messages):
+        print(f"  making {messages} messages in {folder.relative_to(self.data.parent.parent)}", flush=True)
+        subprocess.run([sys.executable, "-B", ROOT / "demo/make-maildir", "--out", folder, "--messages", str(messages),
+                        "--folders", "15"], check=True, stdout=subprocess.DEVNULL)
+
+    def pairs(self, environment, measures, rounds=None):
+        """Samples of several measures, by name; see bench-pairs."""
+        words = [str(rounds or self.rounds)]
+        for number, (name, measure) in enumerate(measures.items()):
+            words += ([":"] if number else []) + [name, *map(str, measure)]
+        return self.samples(environment, self.programs / "bench-pairs", words)
+
+    def samples(self, environment, program, words):
+        ran = subprocess.run([program, *words], env=environment, stdout=subprocess.PIPE, text=True, check=False)
+        if ran.returncode != 0:
+            sys.exit(f"bench: {program.name} {' '.join(words)[:300]} failed")
+        return json.loads(ran.stdout)
+
+
+def command_line(bench):
+    environment, folder = bench.desk("small")
+    got = bench.pairs(environment, {
+        "run": ["spawn", bench.helpers / "mervo", "run", "how_it_works"],
+        "version": ["spawn", bench.helpers / "mervo", "--version"],
+        "start": ["spawn", bench.programs / "floor-start"],
+        "insert": ["insert", folder / "floor.sqlite"],
+    })
+    start, insert = got["start"]["wall"], got["insert"]["wall"]
+    return [
+        Figure("`mervo run how_it_works`, from start to end", got["run"]["wall"], added(start, insert),
+               "start of a C++ program + INSERT", 1.5),
+        Figure("`mervo --version`", got["version"]["wall"], start, "start of a C++ program"),
+    ]
+
+
+REQUESTS = {
+    "ping": '{"jsonrpc":"2.0","id":@,"method":"ping"}',
+    "list": '{"jsonrpc":"2.0","id":@,"method":"tools/list"}',
+    "call": '{"jsonrpc":"2.0","id":@,"method":"tools/call","params":{"name":"how_it_works","arguments":{}}}',
+}
+ECHO = '{"jsonrpc":"2.0","id":@,"method":"tools/call","params":{"name":"echo","arguments":{"message":"Hello"}}}'
+HELLO = ('{"jsonrpc":"2.0","id":0,"method":"initialize","params":{"protocolVersion":"2025-06-18","capabilities":{},'
+         '"clientInfo":{"name":"bench","version":"1"}}}')
+
+
+def answers(environment, program, folder):
+    """The server's own answers, one file for each request: what the floor program says, so that it moves as much."""
+    lines = [HELLO, '{"jsonrpc":"2.0","method":"notifications/initialized"}',
+             *(request.replace("@", str(number)) for number, request in enumerate(REQUESTS.values(), 1))]
+    ran = subprocess.run([program], env=environment, input="\n".join(lines) + "\n", text=True, check=True,
+                         stdout=subprocess.PIPE)
+    files = {}
+    for line in ran.stdout.splitlines():
+        answer = json.loads(line)
+        if "method" in answer:
+            continue
+        name = "initialize" if answer["id"] == 0 else list(REQUESTS)[answer["id"] - 1]
+        files[name] = folder / f"answer-{name}.json"
+        files[name].write_text(line + "\n", encoding="utf-8")
+    return files
+
+
+def server(bench):
+    environment, folder = bench.desk("small")
+    program, floor = bench.helpers / "mervo-mcp", bench.programs / "floor-answer"
+    said = answers(environment, program, folder)
+    measures = {"greet": ["greet", program], "greet-floor": ["greet", floor, said["initialize"]],
+                "insert": ["insert", folder / "floor.sqlite"]}
+    for name, request in REQUESTS.items():
+        measures[name] = ["serve", request, program]
+        measures[name + "-floor"] = ["serve", request, floor, said[name]]
+    if EVERYTHING.is_file():
+        measures["echo"] = ["serve", ECHO, "node", EVERYTHING]
+    got = bench.pairs(environment, measures, rounds=4 * bench.rounds)
+    pipe = "the same bytes through a pipe"
+
+    def trip(name, title, aim=None, more=None):
+        bare = got[name + "-floor"]["wall"]
+        return Figure(title, got[name]["wall"], added(bare, more) if more else bare,
+                      pipe + (" + INSERT" if more else ""), aim)
+
+    notes = got["call"]["notes"]
+    figures = [
+        Figure("start until `initialize` is answered", got["greet"]["wall"], got["greet-floor"]["wall"],
+               "start of a program that answers", 10 * MS, absolute=True),
+        trip("ping", "`ping`"),
+        trip("list", "`tools/list`"),
+        trip("call", "`tools/call how_it_works`, audited", 1.3, got["insert"]["wall"]),
+        Figure("resident memory after `initialize`", [notes["resident_kib_at_start"]],
+               [got["call-floor"]["notes"]["resident_kib_at_start"]], "a program that answers", 10 * 1024, True, "memory"),
+        Figure(f"resident memory after {4 * bench.rounds} calls", [notes["resident_kib"]],
+               [got["call-floor"]["notes"]["resident_kib"]], "a program that answers", 10 * 1024, True, "memory"),
+    ]
+    if "echo" in got:
+        figures.append(Figure("processor time of `tools/call how_it_works`, audited", got["call"]["cpu"],
+                              got["echo"]["cpu"], "`echo` of the reference server", 0.25))
+    return figures
+
+
+QUERY = "subjectContains=invoice"
+COUNT = 'tell application "Mail" to count messages of mailbox "INBOX" of account "{}"'
+
+
+def mail(bench, messages, rounds):
+    environment, folder = bench.desk(f"mail-{messages}")
+    marker = folder / "made"
+    if not marker.exists():
+        shutil.rmtree(folder / "mail", ignore_errors=True)
+        bench.mail(folder / "mail", messages)
+        marker.touch()
+    script, empty = folder / "count.applescript", folder / "empty.applescript"
+    script.write_text(COUNT.format(ACCOUNT), encoding="utf-8")
+    empty.write_text("return 1\n", encoding="utf-8")
+    search = [bench.helpers / "mervo", "run", "mail.search", QUERY]
+    osascript = bench.helpers / "platform/osascript"
+    first = bench.pairs(environment, {"search": ["fresh", folder / "cache/mervo-desk", *search],
+                                      "walk": ["walk", folder / "mail"]}, rounds)
+    warm = bench.pairs(environment, {"search": ["spawn", *search], "walk": ["walk", folder / "mail"],
+                                     "count": ["spawn", osascript, script], "empty": ["spawn", osascript, empty]}, rounds)
+    walked = "opening every message, 4 KiB of each"
+    checked = [count - empty for count, empty in zip(warm["count"]["wall"], warm["empty"]["wall"], strict=True)]
+    return [
+        Figure(f"`mervo run mail.search` in {messages:,} messages, index there", warm["search"]["wall"],
+               warm["walk"]["wall"], walked, 0.5),
+        Figure(f"the same, index made from nothing ({messages:,})", first["search"]["wall"], first["walk"]["wall"],
+               walked, 2),
+        Figure(f"finding that nothing changed ({messages:,}): a script that counts the inbox, less an empty script",
+               checked, None, "", 10 * MS, absolute=True),
+    ]
+
+
+def mail_search(bench):
+    return [*mail(bench, 20_000, max(11, bench.rounds // 2)), *mail(bench, 100_000, 11)]
+
+
+RULES, ROWS = 1_000, 1_000_000
+
+
+def gate(bench):
+    environment, folder = bench.desk("gate")
+    home = bench.data / f"gate-{RULES}-{ROWS}"
+    environment["MERVO_HOME"] = str(home)
+    # The newest day of the rows must be today.
+    shutil.rmtree(home, ignore_errors=True)
+    print(f"  making {RULES:,} rules and {ROWS:,} audit rows", flush=True)
+    subprocess.run([bench.programs / "bench-gate", "prepare", home, str(RULES), str(ROWS)], env=environment, check=True)
+    got = bench.samples(environment, bench.programs / "bench-gate", ["measure", str(home), str(bench.rounds)])
+    wall = {name: series["wall"] for name, series in got.items()}
+    return [
+        Figure(f"`ActionPolicy::decide` with {RULES:,} rules", wall["decide"], None, "", 0.2 * MS, True),
+        Figure(f"the gate's own work: configuration, {RULES:,} rules, today's count in {ROWS:,} rows, decision",
+               wall["gate"], wall["rules_and_count"], "the two bare statements", 2 * MS, True),
+        Figure(f"search of {ROWS:,} audit rows", wall["search"], wall["search_statement"], "the bare statement", 1.2),
+    ]
+
+
+GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "gate": gate}
