@@ -20,4 +20,7 @@ std::error_code replaceFile(const std::filesystem::path& file, std::string_view 
 /// Writes the file itself, without a temporary one, down to the disk. What could not be written whole is removed.
 std::error_code writeInPlace(const std::filesystem::path& file, std::string_view bytes) noexcept;
 
+/// Creates a folder for the owner alone (mode 0700), with what is above it. A folder that is there is left as it is.
+std::error_code createPrivateFolder(const std::filesystem::path& folder) noexcept;
+
 } // namespace mervo::platform

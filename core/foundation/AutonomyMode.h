@@ -15,7 +15,7 @@ inline constexpr std::array kAllAutonomyModes{AutonomyMode::panic, AutonomyMode:
 std::string_view rawValue(AutonomyMode mode);
 
 /// The mode of a stored word, nothing for any other text.
-std::optional<AutonomyMode> autonomyMode(std::string_view rawValue);
+std::optional<AutonomyMode> autonomyMode(std::string_view text);
 
 /// What the owner reads ("Copilote"), and the sentence below it.
 std::string_view title(AutonomyMode mode);

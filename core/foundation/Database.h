@@ -1,15 +1,15 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
-#include <memory>
 #include <mutex>
 #include <optional>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <type_traits>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -32,6 +32,7 @@ public:
     Statement(sqlite3* connection, std::string_view sql);
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
+    Statement& operator=(Statement&&) = delete;
     Statement(Statement&& other) noexcept;
     ~Statement();
 
@@ -60,7 +61,7 @@ private:
 
     sqlite3_stmt* statement_ = nullptr;
     int bound_ = 0;
-    mutable std::vector<std::string> names_;
+    mutable int expected_ = 0; ///< where the next column asked for most likely stands
 };
 
 /// One serial connection to one SQLite file. Any thread may use it; closures run one at a time.
@@ -71,8 +72,11 @@ class Database {
 public:
     enum class Access { readWrite, readOnly };
 
-    /// ":memory:" gives a database of its own. Read-only access never creates a file. Throws DatabaseError.
+    /// ":memory:" gives a database of its own. Throws DatabaseError. Read-only access never creates a file and refuses
+    /// every statement that writes; it still completes the roll-back that a killed writer left behind.
     explicit Database(const std::filesystem::path& file, Access access = Access::readWrite);
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
     ~Database();
 
     /// Runs the closure outside of any transaction: reads of one statement each.
@@ -94,8 +98,12 @@ public:
 private:
     class Transaction;
 
+    static int waitForLock(void* self, int attempts);
+
     std::recursive_mutex mutex_;
     sqlite3* connection_ = nullptr;
+    std::chrono::steady_clock::time_point waitingSince_;
+    std::minstd_rand pauses_{std::random_device{}()};
 };
 
 class Database::Transaction {

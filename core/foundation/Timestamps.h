@@ -14,7 +14,8 @@ using Time = std::chrono::system_clock::time_point;
 std::string now();
 std::string string(Time time);
 
-/// The time of a text, nothing for a text in any other form (or a day that does not exist).
+/// The time of a text, as near as the clock can hold it (years 1678 to 2261); nothing for a text in any other form (or
+/// a day that does not exist).
 std::optional<Time> date(std::string_view text);
 
 } // namespace mervo::Timestamps

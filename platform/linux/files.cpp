@@ -14,6 +14,7 @@ namespace mervo::platform {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kOwnerAndFolder = 0700;
 constexpr int kMostLinks = 40;
 
 std::error_code lastError()
@@ -144,6 +145,21 @@ std::error_code writeInPlace(const std::filesystem::path& file, std::string_view
         if (error)
             ::unlink(file.c_str());
         return error;
+    });
+}
+
+std::error_code createPrivateFolder(const std::filesystem::path& folder) noexcept
+{
+    return guarded([&]() -> std::error_code {
+        std::error_code error;
+        if (std::filesystem::is_directory(folder, error))
+            return {};
+        if (folder.has_parent_path())
+            std::filesystem::create_directories(folder.parent_path(), error);
+        if (::mkdir(folder.c_str(), kOwnerAndFolder) == 0)
+            return {};
+        const std::error_code failed = lastError();
+        return std::filesystem::is_directory(folder, error) ? std::error_code{} : failed;
     });
 }
 

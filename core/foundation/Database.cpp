@@ -1,0 +1,205 @@
+#include "core/foundation/Database.h"
+
+#include <sqlite3.h>
+#include <thread>
+#include <utility>
+
+namespace mervo {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kLongestWait = 10s;
+constexpr int kShortestPauseMicroseconds = 500;
+constexpr int kLongestPauseMicroseconds = 1500;
+
+[[noreturn]] void fail(sqlite3* connection)
+{
+    throw DatabaseError(sqlite3_extended_errcode(connection), sqlite3_errmsg(connection));
+}
+
+} // namespace
+
+DatabaseError::DatabaseError(int code, const std::string& message)
+    : std::runtime_error(message)
+    , code_(code)
+{
+}
+
+Statement::Statement(sqlite3* connection, std::string_view sql)
+{
+    if (sqlite3_prepare_v2(connection, sql.data(), static_cast<int>(sql.size()), &statement_, nullptr) != SQLITE_OK)
+        fail(connection);
+}
+
+Statement::Statement(Statement&& other) noexcept
+    : statement_(std::exchange(other.statement_, nullptr))
+    , bound_(other.bound_)
+    , expected_(other.expected_)
+{
+}
+
+Statement::~Statement()
+{
+    sqlite3_finalize(statement_);
+}
+
+Statement& Statement::bind(std::string_view text)
+{
+    const char* bytes = text.empty() ? "" : text.data(); // a null pointer would bind NULL
+    if (sqlite3_bind_text64(statement_, ++bound_, bytes, text.size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK)
+        fail(sqlite3_db_handle(statement_));
+    return *this;
+}
+
+Statement& Statement::bind(std::int64_t number)
+{
+    if (sqlite3_bind_int64(statement_, ++bound_, number) != SQLITE_OK)
+        fail(sqlite3_db_handle(statement_));
+    return *this;
+}
+
+Statement& Statement::bind(double number)
+{
+    if (sqlite3_bind_double(statement_, ++bound_, number) != SQLITE_OK)
+        fail(sqlite3_db_handle(statement_));
+    return *this;
+}
+
+Statement& Statement::bind(const std::optional<std::string>& text)
+{
+    if (text)
+        return bind(std::string_view(*text));
+    if (sqlite3_bind_null(statement_, ++bound_) != SQLITE_OK)
+        fail(sqlite3_db_handle(statement_));
+    return *this;
+}
+
+bool Statement::step()
+{
+    switch (sqlite3_step(statement_)) {
+    case SQLITE_ROW:
+        return true;
+    case SQLITE_DONE:
+        return false;
+    default:
+        fail(sqlite3_db_handle(statement_));
+    }
+}
+
+void Statement::run()
+{
+    while (step()) { }
+}
+
+std::string Statement::text(std::string_view column) const
+{
+    return optionalText(column).value_or(std::string());
+}
+
+std::optional<std::string> Statement::optionalText(std::string_view column) const
+{
+    const int at = index(column);
+    if (at < 0)
+        return std::nullopt;
+    const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, at));
+    if (bytes == nullptr)
+        return std::nullopt;
+    return std::string(bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, at)));
+}
+
+std::int64_t Statement::integer(std::string_view column) const
+{
+    const int at = index(column);
+    return at < 0 ? 0 : sqlite3_column_int64(statement_, at);
+}
+
+std::int64_t Statement::firstInteger() const
+{
+    return sqlite3_column_int64(statement_, 0);
+}
+
+/// Readers mostly ask for columns in the order of the table, so the search starts behind the last hit.
+int Statement::index(std::string_view column) const
+{
+    const int count = sqlite3_column_count(statement_);
+    for (int tried = 0; tried < count; ++tried) {
+        const int at = (expected_ + tried) % count;
+        const std::string_view name = sqlite3_column_name(statement_, at);
+        if (name.size() == column.size()
+            && sqlite3_strnicmp(name.data(), column.data(), static_cast<int>(column.size())) == 0) {
+            expected_ = at + 1;
+            return at;
+        }
+    }
+    return -1;
+}
+
+Database::Database(const std::filesystem::path& file, Access access)
+{
+    const int flags = access == Access::readOnly ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    const int result =
+        sqlite3_open_v2(file.c_str(), &connection_, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    if (result != SQLITE_OK) {
+        const DatabaseError error(result, connection_ == nullptr ? "out of memory" : sqlite3_errmsg(connection_));
+        sqlite3_close(connection_);
+        throw error;
+    }
+    sqlite3_busy_handler(connection_, &Database::waitForLock, this);
+    sqlite3_db_config(connection_, SQLITE_DBCONFIG_ENABLE_FKEY, 1, nullptr);
+    if (access == Access::readOnly)
+        sqlite3_exec(connection_, "PRAGMA query_only = ON", nullptr, nullptr, nullptr);
+}
+
+Database::~Database()
+{
+    sqlite3_close_v2(connection_);
+}
+
+void Database::execute(const std::string& sql)
+{
+    if (sqlite3_exec(connection_, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        fail(connection_);
+}
+
+int Database::changes() const
+{
+    return sqlite3_changes(connection_);
+}
+
+/// Called by SQLite while another connection holds the lock; `attempts` starts from 0 for each wait. SQLite's own
+/// timeout backs off in longer and longer steps, at which a waiting writer meets free moments ever more rarely.
+int Database::waitForLock(void* self, int attempts)
+{
+    auto& database = *static_cast<Database*>(self);
+    const auto now = std::chrono::steady_clock::now();
+    if (attempts == 0)
+        database.waitingSince_ = now;
+    else if (now - database.waitingSince_ > kLongestWait)
+        return 0;
+    std::uniform_int_distribution pause(kShortestPauseMicroseconds, kLongestPauseMicroseconds);
+    std::this_thread::sleep_for(std::chrono::microseconds(pause(database.pauses_)));
+    return 1;
+}
+
+Database::Transaction::Transaction(Database& database)
+    : database_(database)
+{
+    database_.execute("BEGIN IMMEDIATE");
+}
+
+Database::Transaction::~Transaction()
+{
+    // Some failures have rolled back already.
+    if (open_ && sqlite3_get_autocommit(database_.connection_) == 0)
+        sqlite3_exec(database_.connection_, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void Database::Transaction::commit()
+{
+    database_.execute("COMMIT");
+    open_ = false;
+}
+
+} // namespace mervo

@@ -1,0 +1,169 @@
+#include "core/foundation/HarnessConfig.h"
+
+#include "core/foundation/ConfigDir.h"
+#include "platform/files.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace mervo {
+
+namespace {
+
+using Json = nlohmann::json;
+using OrderedJson = nlohmann::ordered_json;
+
+constexpr double kFirstTooLarge = 0x1p63;
+
+std::filesystem::path configFile()
+{
+    return ConfigDir::url() / "config.json";
+}
+
+const Json* find(const Json& object, const char* key)
+{
+    const auto found = object.find(key);
+    return found == object.end() ? nullptr : &*found;
+}
+
+void read(const Json& object, const char* key, std::string& text)
+{
+    const Json* value = find(object, key);
+    if (value != nullptr && value->is_string())
+        text = value->get<std::string>();
+}
+
+void read(const Json& object, const char* key, std::optional<std::string>& text)
+{
+    const Json* value = find(object, key);
+    if (value != nullptr && value->is_string())
+        text = value->get<std::string>();
+}
+
+/// A whole number that 64 bits hold, however it is written (100, 100.0, 1e2).
+std::optional<std::int64_t> wholeNumber(const Json* value)
+{
+    if (value == nullptr || !value->is_number())
+        return std::nullopt;
+    if (value->is_number_unsigned() && value->get<std::uint64_t>() > INT64_MAX)
+        return std::nullopt;
+    if (!value->is_number_float())
+        return value->get<std::int64_t>();
+    const double number = value->get<double>();
+    if (std::trunc(number) != number || number < -kFirstTooLarge || number >= kFirstTooLarge)
+        return std::nullopt;
+    return static_cast<std::int64_t>(number);
+}
+
+/// All four fields, or nothing.
+std::optional<IMAPArchiveAccount> account(const Json& object)
+{
+    if (!object.is_object())
+        return std::nullopt;
+    std::optional<std::string> name, email, host;
+    read(object, "mailAccountName", name);
+    read(object, "email", email);
+    read(object, "host", host);
+    const auto port = wholeNumber(find(object, "port"));
+    if (!name || !email || !host || !port)
+        return std::nullopt;
+    return IMAPArchiveAccount{*std::move(name), *std::move(email), *std::move(host), *port};
+}
+
+/// The whole list, or an empty one.
+std::vector<IMAPArchiveAccount> accounts(const Json* list)
+{
+    std::vector<IMAPArchiveAccount> result;
+    if (list == nullptr || !list->is_array())
+        return result;
+    for (const Json& entry : *list) {
+        auto one = account(entry);
+        if (!one)
+            return {};
+        result.push_back(*std::move(one));
+    }
+    return result;
+}
+
+AutonomyMode mode(const Json& object)
+{
+    std::string word;
+    read(object, "autonomyMode", word);
+    if (const auto known = autonomyMode(word))
+        return *known;
+    // What the switch before the slider left behind.
+    const Json* yolo = find(object, "yoloMode");
+    return yolo != nullptr && *yolo == true ? AutonomyMode::yolo : AutonomyMode::copilote;
+}
+
+OrderedJson encoded(const IMAPArchiveAccount& account)
+{
+    return {{"mailAccountName", account.mailAccountName}, {"email", account.email}, {"host", account.host},
+        {"port", account.port}};
+}
+
+void write(OrderedJson& object, const char* key, const std::optional<std::string>& text)
+{
+    if (text)
+        object[key] = *text;
+}
+
+} // namespace
+
+HarnessConfig HarnessConfig::load()
+{
+    try {
+        const auto json = platform::readFile(configFile());
+        return json ? decode(*json) : HarnessConfig{};
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+bool HarnessConfig::save() const
+{
+    try {
+        ConfigDir::ensureExists();
+        return !platform::replaceFile(configFile(), encode());
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+HarnessConfig HarnessConfig::decode(std::string_view json)
+{
+    HarnessConfig config;
+    const Json object = Json::parse(json, nullptr, false);
+    if (!object.is_object())
+        return config;
+    config.autonomyMode = mode(object);
+    config.imapAccounts = accounts(find(object, "imapAccounts"));
+    config.dailyMutationCap = wholeNumber(find(object, "dailyMutationCap")).value_or(config.dailyMutationCap);
+    read(object, "rondelHome", config.rondelHome);
+    read(object, "terminalApp", config.terminalApp);
+    read(object, "notifyEmail", config.notifyEmail);
+    read(object, "notifyIMessageHandle", config.notifyIMessageHandle);
+    read(object, "askChannel", config.askChannel);
+    read(object, "askCleanup", config.askCleanup);
+    return config;
+}
+
+std::string HarnessConfig::encode() const
+{
+    OrderedJson object;
+    object["autonomyMode"] = rawValue(autonomyMode);
+    object["imapAccounts"] = OrderedJson::array();
+    for (const IMAPArchiveAccount& account : imapAccounts)
+        object["imapAccounts"].push_back(encoded(account));
+    object["dailyMutationCap"] = dailyMutationCap;
+    write(object, "rondelHome", rondelHome);
+    write(object, "terminalApp", terminalApp);
+    object["notifyEmail"] = notifyEmail;
+    write(object, "notifyIMessageHandle", notifyIMessageHandle);
+    object["askChannel"] = askChannel;
+    object["askCleanup"] = askCleanup;
+    // A byte that is no UTF-8 becomes U+FFFD: one bad text must not keep the other settings from being stored.
+    return object.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+}
+
+} // namespace mervo

@@ -1,0 +1,161 @@
+#include "core/foundation/MervoDB.h"
+
+#include "core/foundation/ConfigDir.h"
+
+#include <array>
+#include <sqlite3.h>
+
+namespace mervo {
+
+namespace {
+
+struct Migration {
+    const char* identifier;
+    const char* statements;
+};
+
+/// In their order. An identifier that has ever been in a release keeps its meaning for good.
+constexpr std::array kMigrations{
+    Migration{"audit_v1", R"(
+CREATE TABLE audit (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    timestamp TEXT NOT NULL,
+    actor TEXT NOT NULL,
+    action TEXT NOT NULL,
+    account_id TEXT,
+    outcome TEXT NOT NULL,
+    reason TEXT,
+    details TEXT NOT NULL
+);
+CREATE INDEX idx_audit_time ON audit(timestamp);
+CREATE INDEX idx_audit_action_outcome_time ON audit(action, outcome, timestamp);)"},
+    Migration{"policy_rules_v1", R"(
+CREATE TABLE policy_rules (
+    id TEXT PRIMARY KEY,
+    enabled INTEGER NOT NULL,
+    account TEXT,
+    tool_pattern TEXT NOT NULL,
+    match_json TEXT NOT NULL,
+    decision TEXT NOT NULL,
+    source TEXT NOT NULL,
+    created_at TEXT NOT NULL
+);
+CREATE INDEX idx_rules_enabled ON policy_rules(enabled);)"},
+    Migration{"feedback_v1", R"(
+CREATE TABLE feedback (
+    id TEXT PRIMARY KEY,
+    kind TEXT NOT NULL,
+    text TEXT NOT NULL,
+    automation TEXT,
+    channel TEXT,
+    handle TEXT,
+    answer TEXT,
+    created_at TEXT NOT NULL,
+    answered_at TEXT,
+    injected_at TEXT,
+    expires_at TEXT,
+    source TEXT NOT NULL
+);)"},
+    Migration{"feedback_v2_pending", "ALTER TABLE feedback ADD COLUMN pending_id TEXT;"},
+};
+
+std::filesystem::path fileInHome()
+{
+    ConfigDir::ensureExists();
+    return ConfigDir::databaseURL();
+}
+
+std::filesystem::path fileIn(const std::filesystem::path& directory)
+{
+    std::filesystem::create_directories(directory);
+    return directory / "mervo.sqlite";
+}
+
+/// One cheap question, which is all that opening a file in use costs.
+bool isUpToDate(Database& database)
+{
+    try {
+        auto query = database.prepare("SELECT COUNT(*) FROM grdb_migrations WHERE identifier IN (?, ?, ?, ?)");
+        for (const Migration& migration : kMigrations)
+            query.bind(migration.identifier);
+        return query.step() && query.firstInteger() == static_cast<std::int64_t>(kMigrations.size());
+    } catch (const DatabaseError& error) {
+        if (error.code() == SQLITE_ERROR) // there is no such table yet
+            return false;
+        throw;
+    }
+}
+
+bool isApplied(Database& database, const Migration& migration)
+{
+    auto query = database.prepare("SELECT 1 FROM grdb_migrations WHERE identifier = ?");
+    return query.bind(migration.identifier).step();
+}
+
+/// Asks inside its transaction whether another process was faster.
+void apply(Database& database, const Migration& migration)
+{
+    if (isApplied(database, migration))
+        return;
+    database.execute(migration.statements);
+    database.prepare("INSERT INTO grdb_migrations (identifier) VALUES (?)").bind(migration.identifier).run();
+}
+
+std::shared_ptr<MervoDB> orNothing(std::shared_ptr<MervoDB> (*open)()) noexcept
+{
+    try {
+        return open();
+    } catch (const std::exception&) {
+        return nullptr; // the stores then answer as an empty database would
+    }
+}
+
+} // namespace
+
+MervoDB::MervoDB()
+    : MervoDB(fileInHome(), Database::Access::readWrite)
+{
+}
+
+MervoDB::MervoDB(const std::filesystem::path& directory)
+    : MervoDB(fileIn(directory), Database::Access::readWrite)
+{
+}
+
+MervoDB::MervoDB(const std::filesystem::path& file, Database::Access access)
+    : database_(file, access)
+{
+    if (access == Database::Access::readWrite)
+        migrate();
+}
+
+std::shared_ptr<MervoDB> MervoDB::inMemory()
+{
+    return std::shared_ptr<MervoDB>(new MervoDB(":memory:", Database::Access::readWrite));
+}
+
+std::shared_ptr<MervoDB> MervoDB::existing() noexcept
+{
+    return orNothing(
+        +[] { return std::shared_ptr<MervoDB>(new MervoDB(ConfigDir::databaseURL(), Database::Access::readOnly)); });
+}
+
+const std::shared_ptr<MervoDB>& MervoDB::shared() noexcept
+{
+    // Never destroyed: a thread may still be writing its last row while the process ends.
+    static const auto& db = *new std::shared_ptr<MervoDB>(orNothing(+[] { return std::make_shared<MervoDB>(); }));
+    return db;
+}
+
+void MervoDB::migrate()
+{
+    database_.read([](Database& database) {
+        if (isUpToDate(database))
+            return;
+        database.execute("CREATE TABLE IF NOT EXISTS grdb_migrations (identifier TEXT NOT NULL PRIMARY KEY)");
+        for (const Migration& migration : kMigrations)
+            database.write([&](Database& inside) { apply(inside, migration); });
+    });
+}
+
+} // namespace mervo
