@@ -1,0 +1,82 @@
+#include "core/tools/calendar/CalendarTools.h"
+
+#include "core/tools/Arguments.h"
+#include "core/tools/MissingBridge.h"
+
+namespace mervo::Tools {
+
+const Tool& calFind()
+{
+    static const Tool tool = withoutBridge("Calendar",
+        {
+            .id = "cal.find",
+            .summary =
+                "List events across ALL calendars incl. iCloud ([days=7] = next 7 days; NEGATIVE days looks into "
+                "the PAST, e.g. days=-7 = last 7 days, [contains=text]). Read-only - native EventKit "
+                "(AppleScript can't read iCloud).",
+            .effect = Effect::read,
+            .arguments = {{"days", false, "the next so many days (7); negative looks back"},
+                {"contains", false, "text that the title contains"}},
+            .build = Arguments::acceptAll(),
+        });
+    return tool;
+}
+
+const Tool& calUpdate()
+{
+    static const Tool tool = withoutBridge("Calendar",
+        {
+            .id = "cal.update",
+            .summary = "Update the SINGLE event matching contains= within the next N days ([days=14]) - set [title], "
+                       "[location], [notes], [url]. url is a free-form link back to a source (mail: "
+                       "\"message://%3C<Message-ID>%3E\", or any https://, file://...). Native EventKit; refuses on 0 "
+                       "or >1 match.",
+            .effect = Effect::create,
+            .arguments = {{"contains", true, "text that the title of exactly one event contains"},
+                {"days", false, "within the next so many days (14)"}, {"title", false, "new title"},
+                {"location", false, "new location"}, {"notes", false, "new notes"},
+                {"url", false, "a link back to a source (message://, https://, file://)"}},
+            .build = Arguments::requiring({"contains"}),
+        });
+    return tool;
+}
+
+const Tool& calAdd()
+{
+    static const Tool tool = withoutBridge("Calendar",
+        {
+            .id = "cal.add",
+            .summary =
+                "Create an event (calendar, summary, [days=0], [hour] (0-23; omit ⇒ keeps the current "
+                "time-of-day), [duration=60], [location], [notes], [url]). url is a free-form link back to a "
+                "source - when created from an email pass url=\"message://%3C<Message-ID>%3E\" to link the event "
+                "to the mail (also https://, file://...).",
+            .effect = Effect::create,
+            .arguments = {{"calendar", true, "name of the calendar"}, {"summary", true, "title of the event"},
+                {"days", false, "so many days from today (0)"},
+                {"hour", false, "0-23; without it the present time of day"}, {"duration", false, "minutes (60)"},
+                {"location", false, "where"}, {"notes", false, "notes"},
+                {"url", false, "a link back to a source (message://, https://, file://)"}},
+            .build = Arguments::requiring({"calendar", "summary"}),
+        });
+    return tool;
+}
+
+const Tool& calDelete()
+{
+    static const Tool tool = withoutBridge("Calendar",
+        {
+            .id = "cal.delete",
+            .summary =
+                "Delete the SINGLE event matching contains= within the next N days ([days=14]). Native EventKit; "
+                "refuses on 0 or >1 match so a vague filter can't delete the wrong event. Irreversible -> "
+                "approval.",
+            .effect = Effect::destructive,
+            .arguments = {{"contains", true, "text that the title of exactly one event contains"},
+                {"days", false, "within the next so many days (14)"}},
+            .build = Arguments::requiring({"contains"}),
+        });
+    return tool;
+}
+
+} // namespace mervo::Tools

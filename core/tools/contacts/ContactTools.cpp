@@ -1,0 +1,58 @@
+#include "core/tools/contacts/ContactTools.h"
+
+#include "core/tools/Arguments.h"
+#include "core/tools/MissingBridge.h"
+
+namespace mervo::Tools {
+
+namespace {
+
+Invocation buildFind(const Args& args)
+{
+    Arguments::requireOneOf(args, {"query", "email"}, "query or email");
+    return {};
+}
+
+Invocation buildAdd(const Args& args)
+{
+    Arguments::requireOneOf(args, {"first", "last", "name"}, "first, last, or name");
+    return {};
+}
+
+} // namespace
+
+const Tool& contactFind()
+{
+    static const Tool tool = withoutBridge("Contacts",
+        {
+            .id = "contact.find",
+            .summary =
+                "Find people by [query] (name substring) and/or [email] (email substring); ≥1 required. "
+                "email-only scans the whole address book (slower). [limit=20]. Read-only. One line per hit: name "
+                "|| org || emails || phones. Use to resolve a sender to a known contact.",
+            .effect = Effect::read,
+            .arguments = {{"query", false, "text that the name contains"},
+                {"email", false, "text that an address contains"}, {"limit", false, "at most so many (20)"}},
+            .build = buildFind,
+        });
+    return tool;
+}
+
+const Tool& contactAdd()
+{
+    static const Tool tool = withoutBridge("Contacts",
+        {
+            .id = "contact.add",
+            .summary = "Create a contact (one of first/last/name required; [email], [phone], [org]). `name` is stored "
+                       "AS-IS in the first-name field (no auto-split) - for a full name pass first= and last= "
+                       "separately.",
+            .effect = Effect::create,
+            .arguments = {{"first", false, "first name"}, {"last", false, "last name"},
+                {"name", false, "whole name, kept as first name when first and last are empty"},
+                {"email", false, "address"}, {"phone", false, "phone number"}, {"org", false, "organisation"}},
+            .build = buildAdd,
+        });
+    return tool;
+}
+
+} // namespace mervo::Tools

@@ -1,0 +1,72 @@
+#include "core/tools/mail/MailCriteria.h"
+
+#include "core/tools/Arguments.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+namespace mervo::MailCriteria {
+
+namespace {
+
+constexpr std::array kCriteria{
+    Argument{"from", false, "text that the sender contains"},
+    Argument{"to", false, "text that the address of a recipient contains"},
+    Argument{"before", false, "received before this day, YYYY-MM-DD"},
+    Argument{"after", false, "received after the start of this day, YYYY-MM-DD"},
+    Argument{"olderThan", false, "received more than so many days ago; takes the place of before"},
+    Argument{"minSize", false, "at least so many megabytes; fractions allowed"},
+    Argument{"maxSize", false, "at most so many megabytes; fractions allowed"},
+    Argument{"subject", false, "the whole subject"},
+    Argument{"subjectContains", false, "text that the subject contains"},
+    Argument{"status", false, "unread or read"},
+    Argument{"hasAttachment", false, "any value: only messages with an attachment"},
+};
+
+} // namespace
+
+void requireFilter(const Args& args)
+{
+    for (const auto& criterion : kCriteria)
+        if (Arguments::isPresent(args, criterion.name))
+            return;
+    throw ToolError::missingArg("at least one filter: " + std::string(kSentence));
+}
+
+std::string bytesOfMegabytes(const std::string& megabytes)
+{
+    constexpr double kBytes = 1048576;
+    constexpr double kLimit = 9223372036854775808.0; // 2^63
+    if (megabytes.find_first_not_of("0123456789.eE+-") != std::string::npos)
+        return megabytes;
+    const char* first = megabytes.data() + (megabytes.starts_with('+') && !megabytes.starts_with("+-") ? 1 : 0);
+    const char* last = megabytes.data() + megabytes.size();
+    double number = 0;
+    const auto [end, failure] = std::from_chars(first, last, number);
+    if (failure != std::errc() || end != last || std::abs(number * kBytes) >= kLimit)
+        return megabytes;
+    return std::to_string(static_cast<std::int64_t>(number * kBytes));
+}
+
+std::vector<std::string> argv(const Args& args, std::string_view accountFallback, std::string_view mailboxFallback)
+{
+    std::vector<std::string> items{
+        Arguments::optional(args, "account", accountFallback), Arguments::optional(args, "mailbox", mailboxFallback)};
+    for (const auto& criterion : kCriteria) {
+        const std::string value = Arguments::optional(args, criterion.name);
+        const bool isSize = criterion.name == "minSize" || criterion.name == "maxSize";
+        items.push_back(isSize ? bytesOfMegabytes(value) : value);
+    }
+    return items;
+}
+
+std::vector<Argument> arguments(std::vector<Argument> first, std::vector<Argument> last)
+{
+    first.insert(first.end(), kCriteria.begin(), kCriteria.end());
+    first.insert(first.end(), last.begin(), last.end());
+    return first;
+}
+
+} // namespace mervo::MailCriteria

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+/// The scripts of the mail tools: constant texts, put together from shared fragments on first use. Arguments reach
+/// them as positional items only, so that no quote, backslash or line end in a subject can do harm.
+///
+/// Dates come out as "2026-03-01 08:15", local time, made by a handler and not by the system's locale: such lines
+/// sort. A mailbox can hold a hundred thousand messages: properties are read as whole lists, one request for each;
+/// recipients and attachments cost a request for each message and are looked at last.
+namespace mervo::MailScripts {
+
+const std::string& accounts();
+const std::string& headers(); ///< account, mailbox, limit
+
+// With the criteria's thirteen items; there is one filter, so that what a count previews is what an operation does.
+const std::string& audit(); ///< and limit
+const std::string& search(); ///< and limit
+const std::string& messageId();
+const std::string& count(); ///< gives "<matches>|<kilobytes>"
+
+const std::string& body(); ///< account, mailbox, subject, subjectContains, from
+const std::string& draft(); ///< to, subject, body, attachments one a line, from
+
+} // namespace mervo::MailScripts

@@ -1,0 +1,90 @@
+#include "core/tools/messages/MessageTools.h"
+
+#include "core/foundation/HarnessConfig.h"
+#include "core/foundation/Text.h"
+#include "core/tools/Arguments.h"
+#include "core/tools/MissingBridge.h"
+#include "core/tools/messages/MessagesDB.h"
+
+namespace mervo::Tools {
+
+namespace {
+
+constexpr std::int64_t kDefaultLimit = 50;
+
+Invocation buildNotify(const Args& args)
+{
+    const auto handle = HarnessConfig::load().notifyIMessageHandle.value_or("");
+    if (Text::trimmed(handle).empty())
+        throw ToolError::missingArg("notify iMessage handle (set it in Settings → Notifications)");
+    Arguments::required(args, "text");
+    return {};
+}
+
+std::string readInbound(const Args& args)
+{
+    const auto limit = Arguments::wholeNumber(Arguments::optional(args, "limit")).value_or(kDefaultLimit);
+    const auto messages = MessagesDB::recentInbound(Arguments::optional(args, "from"),
+        Arguments::wholeNumber(Arguments::optional(args, "since")), Arguments::optional(args, "contains"), limit);
+    if (messages.empty())
+        return "(no matching inbound messages)";
+    std::vector<std::string> lines;
+    for (const auto& message : messages)
+        lines.push_back(message.date + " || " + message.handle + " || " + message.text);
+    return Text::join(lines, "\n");
+}
+
+} // namespace
+
+const Tool& imessageNotify()
+{
+    static const Tool tool = withoutBridge("Messages",
+        {
+            .id = "imessage.notify",
+            .summary = "Notify the OWNER by iMessage: send to the configured owner handle (Settings → notify iMessage "
+                       "handle). Args: text. effect=create → runs immediately in Copilote/YOLO (NO approval queue) "
+                       "because it can ONLY reach the owner's own configured handle - low-stakes. The autonomous "
+                       "iMessage push channel for agents/loops (imessage.send stays approval-gated for arbitrary "
+                       "recipients). Errors if no handle is configured. The recipient comes from config; any `to=` is "
+                       "ignored.",
+            .effect = Effect::create,
+            .arguments = {{"text", true, "what the owner gets to read"}},
+            .build = buildNotify,
+        });
+    return tool;
+}
+
+const Tool& imessageSend()
+{
+    static const Tool tool = withoutBridge("Messages",
+        {
+            .id = "imessage.send",
+            .summary = "Send an iMessage to a recipient (to=<phone or email>, text) - iMessage service only, NO "
+                       "green-bubble SMS fallback. Irreversible -> approval. NOTE: Messages scripting is "
+                       "version-sensitive; verify once before relying on it.",
+            .effect = Effect::destructive,
+            .arguments = {{"to", true, "phone number or address of the recipient"}, {"text", true, "what is sent"}},
+            .build = Arguments::requiring({"to", "text"}),
+        });
+    return tool;
+}
+
+const Tool& imessageRead()
+{
+    static const Tool tool{
+        .id = "imessage.read",
+        .summary = "Read recent INBOUND iMessages from Messages' chat.db (the inbound side has no AppleScript). Args: "
+                   "[from=<handle>], [since=<minutes>], [contains=<text>], [limit=50]. One line per message: date || "
+                   "handle || text. Read-only. Requires Full Disk Access (chat.db is TCC-protected); errors clearly if "
+                   "not granted.",
+        .effect = Effect::read,
+        .arguments = {{"from", false, "the sender's handle, spaces or not"},
+            {"since", false, "only the last so many minutes"}, {"contains", false, "text that the message contains"},
+            {"limit", false, "at most so many (50)"}},
+        .build = Arguments::acceptAll(),
+        .nativeRun = readInbound,
+    };
+    return tool;
+}
+
+} // namespace mervo::Tools

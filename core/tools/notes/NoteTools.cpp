@@ -1,0 +1,130 @@
+#include "core/tools/notes/NoteTools.h"
+
+#include "core/tools/Arguments.h"
+#include "core/tools/MissingBridge.h"
+
+namespace mervo::Tools {
+
+namespace {
+
+Invocation buildUpdate(const Args& args)
+{
+    Arguments::requireOneOf(args, {"append", "body"}, "append or body");
+    Arguments::required(args, "name");
+    return {};
+}
+
+} // namespace
+
+const Tool& noteList()
+{
+    static const Tool tool = withoutBridge("Notes",
+        {
+            .id = "note.list",
+            .summary = "List Notes folders with their note count. Read-only - discovery for note.find/add.",
+            .effect = Effect::read,
+            .arguments = {},
+            .build = Arguments::acceptAll(),
+        });
+    return tool;
+}
+
+const Tool& noteFind()
+{
+    static const Tool tool = withoutBridge("Notes",
+        {
+            .id = "note.find",
+            .summary = "List notes, optionally filtered by name and/or body substring ([name], [body], [limit=30]). "
+                       "Case-insensitive. With no name/body it lists every note (bounded by limit) - the way to browse "
+                       "all notes. Read-only. One line per hit: folder || name || modified.",
+            .effect = Effect::read,
+            .arguments = {{"name", false, "text that the name contains"},
+                {"body", false, "text that the plain body contains"}, {"limit", false, "at most so many (30)"}},
+            .build = Arguments::acceptAll(),
+        });
+    return tool;
+}
+
+const Tool& noteRead()
+{
+    static const Tool tool = withoutBridge("Notes",
+        {
+            .id = "note.read",
+            .summary = "Read the plain-text body of the SINGLE note whose name contains `name` (case-insensitive "
+                       "substring; refuses on 0 or >1 match so a vague filter can't read the wrong note). Read-only. "
+                       "Use note.find first to pin an exact title.",
+            .effect = Effect::read,
+            .arguments = {{"name", true, "text that the name of the note contains"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+const Tool& noteAdd()
+{
+    static const Tool tool = withoutBridge("Notes",
+        {
+            .id = "note.add",
+            .summary = "Create a note (title, body). The title is auto-bolded. `body` is rendered as HTML: use <b>, "
+                       "<i>, <br>, <ul><li>...</li></ul> for structure (NOT markdown, NOT plain-text \"- \" bullets - "
+                       "those land as literal text). Plain-text newlines are converted to <br> as a fallback, so "
+                       "multi-line plain text still keeps its line breaks. Escape literal <, >, & in non-HTML text "
+                       "yourself.",
+            .effect = Effect::create,
+            .arguments = {{"title", true, "title, set in bold"},
+                {"body", false, "the text; HTML, line ends become <br>"}},
+            .build = Arguments::requiring({"title"}),
+        });
+    return tool;
+}
+
+const Tool& noteOpen()
+{
+    static const Tool tool = withoutBridge("Notes",
+        {
+            .id = "note.open",
+            .summary =
+                "Open Notes.app and show the first note whose name contains `name` (case-insensitive substring). "
+                "Read-only - only brings the app/note to the front. Use after note.add to surface a note for the "
+                "human.",
+            .effect = Effect::read,
+            .arguments = {{"name", true, "text that the name of the note contains"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+const Tool& noteUpdate()
+{
+    static const Tool tool = withoutBridge("Notes",
+        {
+            .id = "note.update",
+            .summary = "Update the SINGLE note whose name contains `name` (refuses on 0 or >1 match so a vague filter "
+                       "can't hit the wrong note). Provide ≥1 of: [append] (HTML appended to the body - the safe "
+                       "additive option), [body] (HTML that REPLACES the body, title kept). HTML rules as in note.add; "
+                       "newlines → <br>.",
+            .effect = Effect::create,
+            .arguments = {{"name", true, "text that the name of the note contains"},
+                {"append", false, "added at the end; HTML, line ends become <br>"},
+                {"body", false, "takes the place of the body; HTML, line ends become <br>"}},
+            .build = buildUpdate,
+        });
+    return tool;
+}
+
+const Tool& noteDelete()
+{
+    static const Tool tool = withoutBridge("Notes",
+        {
+            .id = "note.delete",
+            .summary = "Delete every note whose name contains `name` (case-insensitive substring). Moves to Notes → "
+                       "Recently Deleted (recoverable ~30 days). The preview lists exactly which notes match - keep "
+                       "`name` specific so it can't sweep more than intended. Approval.",
+            .effect = Effect::destructive,
+            .arguments = {{"name", true, "text that the name of the note contains"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+} // namespace mervo::Tools

@@ -1,0 +1,162 @@
+#include "core/tools/reminders/ReminderTools.h"
+
+#include "core/tools/Arguments.h"
+#include "core/tools/MissingBridge.h"
+
+namespace mervo::Tools {
+
+const Tool& reminderLists()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.lists",
+            .summary = "List every Reminders list - FLAT, groups/folders INCLUDED (AppleScript hides grouped lists; "
+                       "EventKit sees them) - with active + completed counts. Read-only. CALL THIS FIRST to learn the "
+                       "exact list= names. One line per list: TITLE || active=N || done=M.",
+            .effect = Effect::read,
+            .arguments = {},
+            .build = Arguments::acceptAll(),
+        });
+    return tool;
+}
+
+const Tool& reminderFind()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.find",
+            .summary = "List reminders ([list=<name>] for one list else all, [includeCompleted=true], [limit=50]). "
+                       "Read-only - native EventKit (sees grouped lists too). One line per reminder: list || todo|done "
+                       "|| due || name.",
+            .effect = Effect::read,
+            .arguments = {{"list", false, "name of one list; without it all lists"},
+                {"includeCompleted", false, "true: completed ones too"}, {"limit", false, "at most so many (50)"}},
+            .build = Arguments::acceptAll(),
+        });
+    return tool;
+}
+
+const Tool& reminderAdd()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.add",
+            .summary = "Create a reminder (name, [list], [due=YYYY-MM-DD], [notes]). Targets the named list (default: "
+                       "the Reminders default list).",
+            .effect = Effect::create,
+            .arguments = {{"name", true, "what to be reminded of"},
+                {"list", false, "name of the list; without it the default list"}, {"due", false, "YYYY-MM-DD"},
+                {"notes", false, "notes"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+const Tool& reminderAddList()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.addList",
+            .summary = "Create a Reminders list (name). No-op if a list with that name already exists (won't create a "
+                       "duplicate). Use before reminder.add when the target list doesn't exist yet.",
+            .effect = Effect::create,
+            .arguments = {{"name", true, "name of the new list"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+const Tool& reminderRenameList()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.renameList",
+            .summary = "Rename a Reminders list (from=<current name>, to=<new name>). Reversible. Errors if no list "
+                       "named from= exists.",
+            .effect = Effect::create,
+            .arguments = {{"from", true, "present name"}, {"to", true, "new name"}},
+            .build = Arguments::requiring({"from", "to"}),
+        });
+    return tool;
+}
+
+const Tool& reminderUpdate()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.update",
+            .summary =
+                "Set a new due date on the SINGLE incomplete reminder whose name contains `name` (due=YYYY-MM-DD "
+                "or \"YYYY-MM-DD HH:MM\", [list=<name>] to scope). Refuses on 0 or >1 match. Native EventKit "
+                "(reaches grouped lists); shifts existing alarms with the due date. Reversible, runs immediately "
+                "(no approval).",
+            .effect = Effect::create,
+            .arguments = {{"name", true, "text that the name of exactly one open reminder contains"},
+                {"due", true, "YYYY-MM-DD or YYYY-MM-DD HH:MM"},
+                {"list", false, "name of one list; without it all lists"}},
+            .build = Arguments::requiring({"name", "due"}),
+        });
+    return tool;
+}
+
+const Tool& reminderComplete()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.complete",
+            .summary = "Mark reminder(s) whose name contains `name` complete (or [complete=false] to reopen), in "
+                       "[list=<name>] or - if list= omitted - EVERY match across ALL lists. Keep `name` specific. "
+                       "Reversible, runs immediately (no approval).",
+            .effect = Effect::create,
+            .arguments = {{"name", true, "text that the name contains"},
+                {"list", false, "name of one list; without it all lists"}, {"complete", false, "false reopens (true)"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+const Tool& reminderDelete()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.delete",
+            .summary = "Delete reminder(s) whose name contains `name`, in [list=<name>] or all lists. Irreversible -> "
+                       "approval.",
+            .effect = Effect::destructive,
+            .arguments = {{"name", true, "text that the name contains"},
+                {"list", false, "name of one list; without it all lists"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+const Tool& reminderDeleteList()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.deleteList",
+            .summary = "Delete a Reminders list AND every reminder in it (name) - native EventKit, so it reaches "
+                       "grouped/archived lists AppleScript can't. Deletes all lists sharing that exact title. "
+                       "Irreversible -> approval.",
+            .effect = Effect::destructive,
+            .arguments = {{"name", true, "exact name of the list"}},
+            .build = Arguments::requiring({"name"}),
+        });
+    return tool;
+}
+
+const Tool& reminderClearCompleted()
+{
+    static const Tool tool = withoutBridge("Reminders",
+        {
+            .id = "reminder.clearCompleted",
+            .summary = "Delete COMPLETED reminders only, in [list=<name>] or across all lists - native EventKit (sees "
+                       "grouped lists). Active reminders are NEVER touched. Irreversible -> approval.",
+            .effect = Effect::destructive,
+            .arguments = {{"list", false, "name of one list; without it all lists"}},
+            .build = Arguments::acceptAll(),
+        });
+    return tool;
+}
+
+} // namespace mervo::Tools

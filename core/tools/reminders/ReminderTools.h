@@ -1,0 +1,18 @@
+#pragma once
+
+#include "core/policy/Tool.h"
+
+namespace mervo::Tools {
+
+const Tool& reminderLists();
+const Tool& reminderFind();
+const Tool& reminderAdd();
+const Tool& reminderAddList();
+const Tool& reminderRenameList();
+const Tool& reminderUpdate();
+const Tool& reminderComplete();
+const Tool& reminderDelete();
+const Tool& reminderDeleteList();
+const Tool& reminderClearCompleted();
+
+} // namespace mervo::Tools
