@@ -1,0 +1,22 @@
+#pragma once
+
+#include "core/policy/Tool.h"
+
+#include <span>
+
+/// The automation engine's face toward agents.
+namespace mervo::AutomationTools {
+
+/// The eight tools, in the order of the catalogue.
+std::span<const Tool* const> all();
+
+const Tool& list();
+const Tool& log();
+const Tool& add();
+const Tool& edit();
+const Tool& enable();
+const Tool& disable();
+const Tool& run();
+const Tool& remove();
+
+} // namespace mervo::AutomationTools
