@@ -1,0 +1,58 @@
+#include "core/feedback/AskService.h"
+
+#include "core/foundation/Text.h"
+#include "core/foundation/Timestamps.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace mervo {
+
+namespace {
+
+/// 8 lower-case hexadecimal digits.
+std::string newItemId()
+{
+    std::string id = Text::newShortId();
+    std::transform(id.begin(), id.end(), id.begin(),
+        [](char digit) { return digit >= 'A' && digit <= 'F' ? static_cast<char>(digit + ('a' - 'A')) : digit; });
+    return id;
+}
+
+std::optional<std::string> after(Timestamps::Time time, std::optional<std::int64_t> hours)
+{
+    constexpr std::int64_t kMost = 24 * 365 * 1000; // as good as never, and still a date
+    if (!hours)
+        return std::nullopt;
+    return Timestamps::string(time + std::chrono::hours(std::clamp(*hours, -kMost, kMost)));
+}
+
+} // namespace
+
+AskService::AskService(FeedbackStore& store) noexcept
+    : store_(store)
+{
+}
+
+AskService& AskService::shared() noexcept
+{
+    static AskService service(FeedbackStore::shared());
+    return service;
+}
+
+void AskService::recordVerdict(const std::string& text, const std::optional<std::string>& automation,
+    std::optional<std::int64_t> expiresHours) noexcept
+{
+    const auto now = std::chrono::system_clock::now();
+    FeedbackItem item;
+    item.id = newItemId();
+    item.kind = FeedbackItem::Kind::verdict;
+    item.text = text;
+    item.automation = automation;
+    item.createdAt = Timestamps::string(now);
+    item.expiresAt = after(now, expiresHours);
+    item.source = "cockpit";
+    store_.add(item);
+}
+
+} // namespace mervo

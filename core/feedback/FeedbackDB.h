@@ -1,0 +1,51 @@
+#pragma once
+
+#include "core/feedback/FeedbackItem.h"
+#include "core/foundation/MervoDB.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mervo {
+
+/// The statements on the table `feedback`. `now` is a text of `Timestamps`; times compare as text. Every operation is
+/// one statement, guarded so that a repeat changes nothing. Throws DatabaseError.
+class FeedbackDB {
+public:
+    explicit FeedbackDB(std::shared_ptr<MervoDB> db);
+
+    /// An id that exists is left alone.
+    void add(const FeedbackItem& item);
+
+    /// Unanswered and unexpired, oldest first.
+    std::vector<FeedbackItem> openQuestions(std::string_view channel, std::string_view now);
+
+    /// True when this call answered the question: the first answer stays.
+    bool answer(std::string_view id, std::string_view text, std::string_view now);
+
+    /// What the next run of an automation is told, oldest first: directives and verdicts for it or for all, again and
+    /// again, and its own answered questions that no run has seen. Nothing that has expired.
+    std::vector<FeedbackItem> pendingInjection(std::string_view automation, std::string_view now);
+
+    /// Keeps the first time of an item that is already marked.
+    void markInjected(const std::vector<std::string>& ids, std::string_view now);
+
+    void remove(std::string_view id);
+
+    /// Deletes what has expired, and questions that a run has seen and that were made before `keptSince`. The number
+    /// of rows that went.
+    std::int64_t gc(std::string_view keptSince, std::string_view now);
+
+    /// Newest first, of one automation (and what is for all) or of all.
+    std::vector<FeedbackItem> recent(
+        const std::optional<std::string>& automation, std::int64_t limit, std::string_view now);
+
+private:
+    std::shared_ptr<MervoDB> db_;
+};
+
+} // namespace mervo

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "core/feedback/FeedbackDB.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mervo {
+
+/// The operator channel's records, at the present time. Never throws: without a database, and on any failure of it, a
+/// read gives an empty list and a write false, 0 or nothing. A run without feedback is better than a run that fails.
+class FeedbackStore {
+public:
+    explicit FeedbackStore(std::shared_ptr<MervoDB> db) noexcept;
+    /// On the home directory's database, opened on first use.
+    static FeedbackStore& shared() noexcept;
+
+    // Each as in FeedbackDB.
+    void add(const FeedbackItem& item) noexcept;
+    std::vector<FeedbackItem> openQuestions(std::string_view channel) noexcept;
+    bool answer(std::string_view id, std::string_view text) noexcept;
+    std::vector<FeedbackItem> pendingInjection(std::string_view automation) noexcept;
+    void markInjected(const std::vector<std::string>& ids) noexcept;
+    void remove(std::string_view id) noexcept;
+    /// Seen questions are kept for so many days after they were asked.
+    std::int64_t gc(std::int64_t retainDays) noexcept;
+    std::vector<FeedbackItem> recent(const std::optional<std::string>& automation, std::int64_t limit) noexcept;
+
+private:
+    std::optional<FeedbackDB> db_;
+};
+
+} // namespace mervo
