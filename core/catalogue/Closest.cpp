@@ -1,0 +1,75 @@
+#include "core/catalogue/Tools.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace mervo::Tools {
+
+namespace {
+
+constexpr std::size_t kLongestId = 64; // no id is nearly as long, and the work is quadratic
+
+/// Letter case and the choice between "." and "_" do not make two ids different.
+std::string plain(std::string_view id)
+{
+    std::string text(id);
+    for (char& letter : text)
+        letter = letter == '_'               ? '.'
+            : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A'))
+                                             : letter;
+    return text;
+}
+
+/// The number of letters to insert, remove, replace or swap with a neighbour to get from one text to the other.
+std::size_t distance(std::string_view from, std::string_view to)
+{
+    std::vector<std::size_t> beforeLast(to.size() + 1);
+    std::vector<std::size_t> last(to.size() + 1);
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(last.begin(), last.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= from.size(); ++i) {
+        row[0] = i;
+        for (std::size_t j = 1; j <= to.size(); ++j) {
+            const std::size_t replaced = last[j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, replaced});
+            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1])
+                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
+        }
+        beforeLast.swap(last);
+        last.swap(row);
+    }
+    return last.back();
+}
+
+/// How far a mistyped id is from a tool's: a right verb in a wrong or forgotten family ("search") is near, too.
+std::size_t farness(const std::string& wanted, const std::string& id)
+{
+    const auto verb = id.substr(id.find('.') + 1);
+    const auto wantedVerb = wanted.substr(wanted.find('.') + 1);
+    if (verb == wantedVerb || (wanted.size() > 2 && id.starts_with(wanted)))
+        return 1;
+    return distance(wanted, id);
+}
+
+} // namespace
+
+std::vector<std::string> closest(std::string_view id, std::size_t count)
+{
+    if (id.empty() || id.size() > kLongestId)
+        return {};
+    const std::string wanted = plain(id);
+    std::vector<std::pair<std::size_t, std::string>> near;
+    for (const Tool* tool : all()) {
+        const std::size_t far = farness(wanted, plain(tool->id));
+        if (far <= std::max<std::size_t>(1, wanted.size() / 3))
+            near.emplace_back(far, tool->id);
+    }
+    std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<std::string> ids;
+    for (std::size_t i = 0; i < std::min(count, near.size()); ++i)
+        ids.push_back(near[i].second);
+    return ids;
+}
+
+} // namespace mervo::Tools
