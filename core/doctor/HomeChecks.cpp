@@ -1,0 +1,133 @@
+#include "core/doctor/Checks.h"
+#include "core/foundation/ConfigDir.h"
+#include "core/foundation/HarnessConfig.h"
+#include "core/foundation/Text.h"
+#include "platform/files.h"
+#include "platform/health.h"
+
+#include <filesystem>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace mervo::Doctor {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+constexpr std::string_view kLegacyKey = "yoloMode"; ///< read where autonomyMode is missing, and never written
+
+Check notThereYet(const fs::path& path)
+{
+    fs::path above = path.parent_path();
+    while (!fs::exists(above) && above.has_relative_path())
+        above = above.parent_path();
+    Check check;
+    if (fs::is_directory(above) && platform::canWrite(above)) {
+        check.state = State::works;
+        check.detail = path.string() + " is created at the first call";
+    } else {
+        check.detail = fmt::format("{} is not there and cannot be created in {}", path.string(), above.string());
+        check.remedy =
+            fmt::format("Give yourself the right to write in {}, or set MERVO_HOME to another folder.", above.string());
+    }
+    return check;
+}
+
+/// Every key that is read, with a value of the right kind.
+json everyKey()
+{
+    HarnessConfig config;
+    config.rondelHome = config.terminalApp = config.notifyIMessageHandle = "";
+    json keys = json::parse(config.encode());
+    keys[kLegacyKey] = false;
+    return keys;
+}
+
+/// Whether the value is taken as it stands: read alone and written again, it must come back. What a list keeps of its
+/// entries is their number, since one bad entry empties it.
+bool isTaken(const std::string& key, const json& value)
+{
+    if (value.is_null())
+        return true;
+    if (key == kLegacyKey)
+        return value.is_boolean();
+    const json written = json::parse(HarnessConfig::decode(json{{key, value}}.dump()).encode());
+    if (!written.contains(key))
+        return false;
+    return value.is_array() ? written[key].size() == value.size() : written[key] == value;
+}
+
+/// Says of each key what is wrong with it.
+Check ofKeys(const json& object)
+{
+    const json known = everyKey();
+    const json defaults = json::parse(HarnessConfig().encode());
+    Check check;
+    check.state = State::works;
+    std::vector<std::string> complaints;
+    for (const auto& [key, value] : object.items()) {
+        if (!known.contains(key)) {
+            complaints.push_back(fmt::format("{} is not known and has no effect", Text::visibleLine(key)));
+            if (check.state == State::works)
+                check.state = State::limited;
+        } else if (!isTaken(key, value)) {
+            const std::string fallback = defaults.contains(key) ? defaults[key].dump() : "nothing";
+            complaints.push_back(fmt::format("{} has a value that cannot be used; it counts as {}", key, fallback));
+            check.state = State::broken;
+            check.remedy = "Mend the named settings in config.json, or delete their lines.";
+        }
+    }
+    check.detail = complaints.empty() ? "config.json is in order" : Text::join(complaints, "\n");
+    return check;
+}
+
+} // namespace
+
+Check home()
+{
+    const fs::path path = ConfigDir::url();
+    if (!fs::exists(path))
+        return notThereYet(path);
+    Check check;
+    check.detail = path.string();
+    if (!fs::is_directory(path)) {
+        check.detail += " is not a folder";
+        check.remedy = "Move it away; a folder of that name is created at the first call.";
+        return check;
+    }
+    if (!platform::canWrite(path)) {
+        check.detail += " cannot be written";
+        check.remedy = fmt::format("Make it yours and writable: chmod 700 \"{}\"", path.string());
+        return check;
+    }
+    const auto others = fs::status(path).permissions() & (fs::perms::group_all | fs::perms::others_all);
+    check.state = others == fs::perms::none ? State::works : State::limited;
+    if (check.state == State::limited) {
+        check.detail += " is open to other users until the next call closes it";
+        check.remedy = fmt::format("To close it now: chmod 700 \"{}\"", path.string());
+    }
+    return check;
+}
+
+Check settings()
+{
+    const fs::path file = ConfigDir::url() / "config.json";
+    Check check;
+    if (!fs::exists(file)) {
+        check.state = State::works;
+        check.detail = "no config.json yet, every setting has its default";
+        return check;
+    }
+    const auto text = platform::readFile(file);
+    const json object = text ? json::parse(*text, nullptr, false) : json();
+    if (object.is_object())
+        return ofKeys(object);
+    check.detail = fmt::format(
+        "{} {}; every setting counts as its default", file.string(), text ? "is no JSON object" : "cannot be read");
+    check.remedy = "Mend the file, or move it away.";
+    return check;
+}
+
+} // namespace mervo::Doctor

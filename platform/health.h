@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// What the platform's own parts say of themselves: the local applications and whatever they are made of.
+namespace mervo::platform {
+
+/// One thing that was looked at.
+struct Finding {
+    std::string id; ///< a short name for programs ("mail")
+    std::string label; ///< what the owner calls it ("Mail")
+    bool ok = false;
+    std::string detail; ///< what was found
+    std::string remedy; ///< what the owner can do; empty when nothing need be done
+};
+
+/// Asks every part, which can take some seconds. Reads only. Never throws: a part that cannot be asked is a finding.
+std::vector<Finding> health() noexcept;
+
+/// True when this process may create files in a folder, or write a file.
+bool canWrite(const std::filesystem::path& path) noexcept;
+
+} // namespace mervo::platform

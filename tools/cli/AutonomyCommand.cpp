@@ -1,0 +1,58 @@
+#include "core/foundation/HarnessConfig.h"
+#include "core/foundation/ServiceError.h"
+#include "core/policy/AutonomyRequest.h"
+#include "tools/cli/Call.h"
+#include "tools/cli/Commands.h"
+
+#include <fmt/format.h>
+
+namespace mervo::cli {
+
+namespace {
+
+constexpr std::string_view kHelp =
+    R"(Prints the autonomy level: panic, copilote or yolo. With a level: lowers it to that one. Raising it is for a person alone,
+in the cockpit, and is refused here.
+
+  panic     every change waits for approval; only reads run
+  copilote  creations run; destructive actions wait
+  yolo      everything runs at once
+
+Examples:
+  mervo autonomy
+  mervo autonomy panic
+)";
+
+AutonomyMode current()
+{
+    return HarnessConfig::load().autonomyMode;
+}
+
+void lower(AutonomyMode wanted)
+{
+    if (AutonomyRequest::make(wanted, actor()) == HarnessConfig::AutonomyChange::refusedHumanOnly)
+        throw ServiceError(fmt::format("only a person can raise autonomy to {}, in the cockpit; it stays at {}",
+            rawValue(wanted), rawValue(current())));
+    if (current() != wanted)
+        throw ServiceError("the new level could not be written; \"mervo doctor\" says what is wrong with config.json");
+}
+
+ExitCode run(const Arguments& arguments, Io& io)
+{
+    if (!arguments.words.empty()) {
+        const std::string& word = arguments.words.front();
+        const auto wanted = autonomyMode(word);
+        if (!wanted)
+            throw UsageError(fmt::format("\"{}\" is no level of autonomy; there are panic, copilote and yolo", word));
+        lower(*wanted);
+    }
+    io.out(fmt::format("{}\n", rawValue(current())));
+    return ExitCode::done;
+}
+
+} // namespace
+
+constinit const Command kAutonomy{
+    "autonomy", "[panic|copilote|yolo]", "show the autonomy level, or lower it", kHelp, {}, 1, run};
+
+} // namespace mervo::cli

@@ -1,0 +1,96 @@
+#include "tools/cli/CommandLine.h"
+
+#include "core/foundation/Text.h"
+#include "tools/cli/Commands.h"
+#include "tools/cli/Help.h"
+#include "tools/cli/Nearest.h"
+
+#include <algorithm>
+#include <exception>
+#include <fmt/format.h>
+
+namespace mervo::cli {
+
+namespace {
+
+void complain(Io& io, std::string_view sentence)
+{
+    io.err(fmt::format("error: {}\n", Text::visibleLine(sentence)));
+}
+
+const Command& find(const std::string& name)
+{
+    const auto found = std::ranges::find(kCommands, std::string_view(name), &Command::name);
+    if (found != kCommands.end())
+        return **found;
+    std::vector<std::string_view> names;
+    for (const Command* command : kCommands)
+        names.push_back(command->name);
+    throw UsageError(fmt::format("there is no command \"{}\"{}", name, didYouMean(nearest(name, names))));
+}
+
+/// A request for help counts anywhere before "--", also beside words that would otherwise be refused.
+bool asksForHelp(std::span<const std::string> words)
+{
+    const auto end = std::ranges::find(words, "--");
+    return std::any_of(words.begin(), end, [](const auto& word) { return word == "--help" || word == "-h"; });
+}
+
+ExitCode help(std::span<const std::string> words, Io& io)
+{
+    io.out(words.empty() ? helpOfAll() : helpOf(find(words.front())));
+    return ExitCode::done;
+}
+
+ExitCode runCommand(const Command& command, std::span<const std::string> words, Io& io)
+{
+    try {
+        return command.run(parse(command, words), io);
+    } catch (const UsageError& error) {
+        complain(io, error.what());
+        io.err(usageLine(command));
+        return ExitCode::usage;
+    }
+}
+
+ExitCode dispatch(std::span<const std::string> words, Io& io)
+{
+    if (words.empty())
+        throw UsageError("no command was named");
+    const std::string& first = words.front();
+    const auto rest = words.subspan(1);
+    if (first == "--help" || first == "-h" || first == "help")
+        return help(rest, io);
+    if (first == "--version") {
+        io.out("mervo " MERVO_VERSION "\n");
+        return ExitCode::done;
+    }
+    const Command& command = find(first);
+    if (asksForHelp(rest))
+        return help(words.first(1), io);
+    return runCommand(command, rest, io);
+}
+
+} // namespace
+
+ExitCode runCommandLine(std::span<const std::string> words, Io& io) noexcept
+try {
+    try {
+        return dispatch(words, io);
+    } catch (const OutputFailed& error) {
+        if (!error.readerIsGone())
+            complain(io, error.what());
+        return ExitCode::failed;
+    } catch (const UsageError& error) {
+        complain(io, error.what());
+        io.err("\"mervo help\" lists the commands\n");
+        return ExitCode::usage;
+    } catch (const std::exception& error) {
+        complain(io, error.what());
+        return ExitCode::failed;
+    }
+} catch (...) {
+    return ExitCode::failed; // not even the complaint could be written
+}
+
+} // namespace mervo::cli

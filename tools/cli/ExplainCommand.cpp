@@ -1,0 +1,37 @@
+#include "tools/cli/Call.h"
+#include "tools/cli/Commands.h"
+#include "tools/cli/Explanation.h"
+#include "tools/cli/Json.h"
+
+#include <array>
+#include <nlohmann/json.hpp>
+
+namespace mervo::cli {
+
+namespace {
+
+constexpr std::array kOptions{kJson};
+
+constexpr std::string_view kHelp =
+    R"(Says what the gate would do with a call, and why: the autonomy level, the day's count, and for every rule of the owner
+whether it settles the verdict, loses, or does not apply. The words are those of "mervo run". Runs and writes nothing.
+
+Examples:
+  mervo explain mail.send to=ada@example.org subject=Hello body=Hello
+  mervo explain mail.delete account=Work mailbox=INBOX olderThan=90 --json
+)";
+
+ExitCode run(const Arguments& arguments, Io& io)
+{
+    const Call call = readCall(arguments, io);
+    const HarnessRunner::Explanation explanation = HarnessRunner::explain(*call.tool, call.args);
+    io.out(arguments.has(kJson) ? jsonLine(asJson(call, explanation)) : inWords(call, explanation));
+    return ExitCode::done;
+}
+
+} // namespace
+
+constinit const Command kExplain{"explain", "<tool> [key=value ...] [--json]",
+    "say what the gate would decide, and why; runs nothing", kHelp, kOptions, kAnyNumber, run};
+
+} // namespace mervo::cli

@@ -1,0 +1,73 @@
+#include "tools/cli/Nearest.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+namespace mervo::cli {
+
+namespace {
+
+constexpr std::size_t kLongestWord = 64; ///< no name is nearly as long; the work is quadratic
+
+std::string lowered(std::string_view word)
+{
+    std::string result(word);
+    std::ranges::transform(result, result.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+    return result;
+}
+
+/// The number of letters to insert, remove or replace, or of neighbours to swap, to get from one word to the other.
+std::size_t distance(std::string_view from, std::string_view to)
+{
+    std::vector<std::size_t> beforeLast(to.size() + 1);
+    std::vector<std::size_t> last(to.size() + 1);
+    std::vector<std::size_t> row(to.size() + 1);
+    std::iota(last.begin(), last.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= from.size(); ++i) {
+        row[0] = i;
+        for (std::size_t j = 1; j <= to.size(); ++j) {
+            const std::size_t replaced = last[j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
+            row[j] = std::min({last[j] + 1, row[j - 1] + 1, replaced});
+            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1])
+                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
+        }
+        beforeLast.swap(last);
+        last.swap(row);
+    }
+    return last.back();
+}
+
+} // namespace
+
+std::vector<std::string> nearest(std::string_view word, std::span<const std::string_view> candidates, std::size_t count)
+{
+    if (word.empty() || word.size() > kLongestWord)
+        return {};
+    const std::string wanted = lowered(word);
+    std::vector<std::pair<std::size_t, std::string>> found;
+    for (const std::string_view candidate : candidates) {
+        const std::string name = lowered(candidate);
+        const std::size_t apart = name.starts_with(wanted) ? 1 : distance(wanted, name);
+        if (apart <= std::max<std::size_t>(1, wanted.size() / 3))
+            found.emplace_back(apart, candidate);
+    }
+    std::ranges::stable_sort(found, {}, &std::pair<std::size_t, std::string>::first);
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < std::min(count, found.size()); ++i)
+        names.push_back(found[i].second);
+    return names;
+}
+
+std::string didYouMean(std::span<const std::string> suggestions)
+{
+    std::string text;
+    for (std::size_t i = 0; i < suggestions.size(); ++i) {
+        const bool last = i + 1 == suggestions.size();
+        text += i == 0 ? "; did you mean " : last ? " or " : ", ";
+        text += suggestions[i];
+    }
+    return text.empty() ? text : text + "?";
+}
+
+} // namespace mervo::cli

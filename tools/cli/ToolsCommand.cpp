@@ -1,0 +1,125 @@
+#include "core/catalogue/Tools.h"
+#include "tools/cli/Commands.h"
+#include "tools/cli/Json.h"
+#include "tools/cli/Nearest.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace mervo::cli {
+
+namespace {
+
+constexpr Option kIds{"--ids", "print the ids alone, one on a line"};
+constexpr Option kArguments{"--arguments", "print the names of one tool's arguments alone, one on a line"};
+constexpr std::array kOptions{kJson, kIds, kArguments};
+
+constexpr std::string_view kHelp =
+    R"(Lists every tool in the order of the catalogue: its id, its effect (read, create or destructive) and its summary. With a
+tool's id: that tool alone, with its arguments. --json prints an array of objects with id, effect, summary and arguments,
+also for one tool. --ids and --arguments are for scripts and for the completion of shells.
+
+Examples:
+  mervo tools
+  mervo tools mail.search
+  mervo tools --json
+)";
+
+nlohmann::ordered_json record(const Tool& tool)
+{
+    nlohmann::ordered_json arguments = nlohmann::ordered_json::array();
+    for (const Argument& argument : tool.arguments)
+        arguments.push_back({{"name", argument.name}, {"required", argument.required}, {"help", argument.help}});
+    return {{"id", tool.id}, {"effect", rawValue(tool.effect)}, {"summary", tool.summary}, {"arguments", arguments}};
+}
+
+std::string list(std::span<const Tool* const> tools)
+{
+    std::size_t width = 0;
+    for (const Tool* tool : tools)
+        width = std::max(width, tool->id.size());
+    std::string text;
+    for (const Tool* tool : tools)
+        text += fmt::format("{:<{}}  {:<11}  {}\n", tool->id, width, rawValue(tool->effect), tool->summary);
+    return text;
+}
+
+std::string page(const Tool& tool)
+{
+    std::string text = fmt::format("{} ({})\n{}\n", tool.id, rawValue(tool.effect), tool.summary);
+    if (!tool.missingBridge.empty())
+        text += fmt::format("\nThis build has no bridge to {}, so the tool fails.\n", tool.missingBridge);
+    if (tool.arguments.empty())
+        return text + "\nIt takes no arguments.\n";
+    std::size_t width = 0;
+    for (const Argument& argument : tool.arguments)
+        width = std::max(width, argument.name.size());
+    text += "\nArguments:\n";
+    for (const Argument& argument : tool.arguments)
+        text += fmt::format(
+            "  {:<{}}  {:<8}  {}\n", argument.name, width, argument.required ? "required" : "optional", argument.help);
+    return text;
+}
+
+std::string argumentNames(const Tool& tool)
+{
+    std::string text;
+    for (const Argument& argument : tool.arguments)
+        text += fmt::format("{}\n", argument.name);
+    return text;
+}
+
+ExitCode showOne(const Tool& tool, const Arguments& arguments, Io& io)
+{
+    if (arguments.has(kArguments))
+        io.out(argumentNames(tool));
+    else if (arguments.has(kIds))
+        io.out(tool.id + "\n");
+    else if (arguments.has(kJson))
+        io.out(jsonLine(nlohmann::ordered_json::array({record(tool)})));
+    else
+        io.out(page(tool));
+    return ExitCode::done;
+}
+
+ExitCode showAll(const Arguments& arguments, Io& io)
+{
+    if (arguments.has(kArguments))
+        throw UsageError("--arguments needs a tool");
+    const auto tools = Tools::all();
+    if (arguments.has(kIds)) {
+        std::string ids;
+        for (const Tool* tool : tools)
+            ids += tool->id + "\n";
+        io.out(ids);
+    } else if (arguments.has(kJson)) {
+        nlohmann::ordered_json records = nlohmann::ordered_json::array();
+        for (const Tool* tool : tools)
+            records.push_back(record(*tool));
+        io.out(jsonLine(records));
+    } else {
+        io.out(list(tools));
+    }
+    return ExitCode::done;
+}
+
+ExitCode run(const Arguments& arguments, Io& io)
+{
+    if (arguments.options.size() > 1)
+        throw UsageError("only one of --json, --ids and --arguments can be given");
+    if (arguments.words.empty())
+        return showAll(arguments, io);
+    const std::string& id = arguments.words.front();
+    if (const Tool* tool = Tools::find(id))
+        return showOne(*tool, arguments, io);
+    throw UsageError(fmt::format("there is no tool \"{}\"{}", id, didYouMean(Tools::closest(id))));
+}
+
+} // namespace
+
+constinit const Command kTools{
+    "tools", "[<tool>] [--json | --ids | --arguments]", "list the tools: id, effect, summary", kHelp, kOptions, 1, run};
+
+} // namespace mervo::cli
