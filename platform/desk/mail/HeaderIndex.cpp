@@ -1,0 +1,299 @@
+#include "platform/desk/mail/HeaderIndex.h"
+
+#include "platform/desk/mail/HeaderChunk.h"
+#include "platform/desk/mail/MessageFile.h"
+
+#include <algorithm>
+#include <set>
+#include <time.h>
+#include <unistd.h>
+#include <utility>
+
+namespace mervo::desk {
+namespace {
+
+namespace fs = std::filesystem;
+using Folder = IndexDatabase::Folder;
+
+constexpr std::int64_t kCoarsestClock = 2'000'000'000; // nanoseconds; some file systems count in two seconds
+
+constexpr int kMostListings = 4; // of a folder that changes while it is listed
+
+std::int64_t now()
+{
+    timespec time{};
+    clock_gettime(CLOCK_REALTIME, &time);
+    return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
+/// True when a change made after the listing could have left the same times.
+bool isTooFresh(const Folder& folder)
+{
+    return std::max(folder.stamp.curChanged, folder.stamp.newChanged) > folder.scanned - kCoarsestClock;
+}
+
+/// The stored headers of one mailbox while a new listing is laid over them.
+class Merge {
+public:
+    explicit Merge(std::vector<IndexDatabase::Chunk> chunks)
+    {
+        for (IndexDatabase::Chunk& chunk : chunks) {
+            const std::string& bytes = texts_.emplace_back(std::move(chunk.data));
+            const std::size_t first = headers_.size();
+            if (!decodeChunk(bytes, headers_))
+                throw IndexError("The mail index is damaged.", true);
+            chunkOf_.resize(headers_.size(), chunk.number);
+            sizes_[chunk.number] = headers_.size() - first;
+        }
+    }
+
+    /// False when a listed message was not found under its name: another program has just renamed it.
+    [[nodiscard]] bool apply(
+        const fs::path& maildir, const std::vector<MaildirEntry>& entries, IndexDatabase::Change& change)
+    {
+        std::unordered_map<std::string_view, std::size_t> byBase;
+        byBase.reserve(headers_.size());
+        for (std::size_t i = 0; i < headers_.size(); ++i)
+            byBase.emplace(splitMaildirName(headers_[i].fileName).base, i);
+        std::vector<bool> isSeen(headers_.size());
+        std::vector<const MaildirEntry*> unknown;
+        for (const MaildirEntry& entry : entries) {
+            const auto found = byBase.find(splitMaildirName(entry.fileName).base);
+            if (found == byBase.end()) {
+                unknown.push_back(&entry);
+            } else {
+                isSeen[found->second] = true;
+                rename(found->second, entry);
+            }
+        }
+        removeUnseen(isSeen);
+        return add(maildir, unknown, change) == unknown.size();
+    }
+
+    void setAttachments(std::uint32_t id, std::int32_t count)
+    {
+        for (std::size_t i = 0; i < headers_.size(); ++i) {
+            if (headers_[i].id == id && headers_[i].attachments != count) {
+                headers_[i].attachments = count;
+                touched_.insert(chunkOf_[i]);
+            }
+        }
+    }
+
+    bool isChanged() const noexcept { return !touched_.empty(); }
+
+    void write(const Folder& folder, IndexDatabase::Change& change) const
+    {
+        std::map<std::int64_t, std::vector<MessageHeader>> groups;
+        for (const std::int64_t number : touched_)
+            groups[number];
+        for (std::size_t i = 0; i < headers_.size(); ++i) {
+            if (const auto group = groups.find(chunkOf_[i]); group != groups.end())
+                group->second.push_back(headers_[i]);
+        }
+        for (const auto& [number, group] : groups) {
+            if (group.empty())
+                change.removeChunk(folder, number);
+            else
+                change.write(folder, IndexDatabase::Chunk{number, encodeChunk(group)});
+        }
+    }
+
+    std::shared_ptr<const MailboxSnapshot> finish(const fs::path& maildir)
+    {
+        return std::make_shared<MailboxSnapshot>(maildir, std::move(headers_), std::move(texts_));
+    }
+
+private:
+    void rename(std::size_t at, const MaildirEntry& entry)
+    {
+        MessageHeader& header = headers_[at];
+        if (header.isNew == entry.isNew && header.fileName == entry.fileName)
+            return;
+        header.fileName = texts_.emplace_back(entry.fileName);
+        header.isNew = entry.isNew;
+        header.flags = maildirFlags(splitMaildirName(header.fileName).info).bits();
+        touched_.insert(chunkOf_[at]);
+    }
+
+    void removeUnseen(const std::vector<bool>& isSeen)
+    {
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < isSeen.size(); ++i) {
+            if (!isSeen[i]) {
+                touched_.insert(chunkOf_[i]);
+                --sizes_[chunkOf_[i]];
+                continue;
+            }
+            headers_[kept] = headers_[i];
+            chunkOf_[kept++] = chunkOf_[i];
+        }
+        headers_.resize(kept);
+        chunkOf_.resize(kept);
+    }
+
+    std::size_t add(
+        const fs::path& maildir, const std::vector<const MaildirEntry*>& entries, IndexDatabase::Change& change)
+    {
+        if (entries.empty())
+            return 0;
+        std::vector<MessageHeader> added;
+        added.reserve(entries.size());
+        HeadReader reader(maildir);
+        for (const MaildirEntry* entry : entries) {
+            if (const auto header = reader.read(*entry, texts_))
+                added.push_back(*header);
+        }
+        std::sort(added.begin(), added.end(), [](const MessageHeader& a, const MessageHeader& b) {
+            return a.received != b.received ? a.received < b.received : a.fileName < b.fileName;
+        });
+        std::uint32_t id = change.takeIds(added.size());
+        std::int64_t number = sizes_.empty() ? 0 : sizes_.rbegin()->first;
+        for (MessageHeader& header : added) {
+            header.id = id++;
+            if (sizes_[number] >= kMessagesInChunk)
+                ++number;
+            ++sizes_[number];
+            touched_.insert(number);
+            headers_.push_back(header);
+            chunkOf_.push_back(number);
+        }
+        return added.size();
+    }
+
+    std::deque<std::string> texts_;
+    std::vector<MessageHeader> headers_;
+    std::vector<std::int64_t> chunkOf_; // for each header
+    std::map<std::int64_t, std::size_t> sizes_;
+    std::set<std::int64_t> touched_;
+};
+
+} // namespace
+
+HeaderIndex::HeaderIndex(fs::path file)
+    : file_(std::move(file))
+{
+}
+
+std::shared_ptr<const MailboxSnapshot> HeaderIndex::snapshot(const fs::path& maildir, bool mayBeMissing)
+{
+    const MaildirStamp stamp = maildirStamp(maildir, mayBeMissing);
+    while (true) {
+        try {
+            return trySnapshot(maildir, stamp);
+        } catch (const IndexError& error) {
+            startAnew(error);
+        }
+    }
+}
+
+std::shared_ptr<const MailboxSnapshot> HeaderIndex::trySnapshot(const fs::path& maildir, const MaildirStamp& stamp)
+{
+    const auto known = known_.find(maildir.native());
+    const bool isKnown = known != known_.end();
+    if (isKnown && known->second.folder.stamp == stamp && !isTooFresh(known->second.folder))
+        return known->second.snapshot;
+    {
+        const IndexDatabase::Reading reading(database());
+        const std::optional<Folder> folder = database().folder(maildir);
+        if (folder && folder->stamp == stamp && !isTooFresh(*folder)) {
+            if (isKnown && known->second.folder.generation == folder->generation) {
+                known->second.folder = *folder;
+                return known->second.snapshot;
+            }
+            Merge stored(database().chunks(*folder));
+            return (known_[maildir.native()] = {*folder, stored.finish(maildir)}).snapshot;
+        }
+    }
+    return (known_[maildir.native()] = update(maildir)).snapshot;
+}
+
+HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)
+{
+    IndexDatabase::Change change(database());
+    Folder folder = database().folder(maildir).value_or(Folder{});
+    const std::int64_t storedScan = folder.scanned;
+    const MaildirStamp storedStamp = folder.stamp;
+    Merge merge(folder.id == 0 ? std::vector<IndexDatabase::Chunk>() : database().chunks(folder));
+    bool isSteady = false;
+    for (int tries = 0; tries < kMostListings && !isSteady; ++tries) {
+        folder.scanned = now();
+        folder.stamp = maildirStamp(maildir, true);
+        isSteady = merge.apply(maildir, listMaildir(maildir), change) && folder.stamp == maildirStamp(maildir, true);
+    }
+    const auto before = known_.find(maildir.native());
+    const bool isAsBefore = before != known_.end() && before->second.folder.generation == folder.generation;
+    // While the folder is fresh it is listed at every call anyhow: writing that down would change nothing.
+    const bool isWorthWriting =
+        merge.isChanged() || folder.id == 0 || folder.stamp != storedStamp || !isTooFresh(folder);
+    if (!merge.isChanged() && isAsBefore && !isWorthWriting) {
+        folder.scanned = storedScan;
+        return {folder, before->second.snapshot};
+    }
+    if (merge.isChanged())
+        ++folder.generation;
+    if (isWorthWriting) {
+        change.write(folder, maildir);
+        if (merge.isChanged()) {
+            merge.write(folder, change);
+            folder.content = change.contentOf(folder);
+            change.write(folder, maildir);
+        }
+        change.commit();
+    }
+    if (!merge.isChanged() && isAsBefore)
+        return {folder, before->second.snapshot};
+    return {folder, merge.finish(maildir)};
+}
+
+void HeaderIndex::rememberAttachments(
+    const fs::path& maildir, const std::map<std::uint32_t, std::int32_t>& counts) noexcept
+{
+    try {
+        IndexDatabase::Change change(database());
+        std::optional<Folder> folder = database().folder(maildir);
+        if (!folder)
+            return;
+        Merge merge(database().chunks(*folder));
+        for (const auto& [id, count] : counts)
+            merge.setAttachments(id, count);
+        merge.write(*folder, change);
+        ++folder->generation;
+        folder->content = change.contentOf(*folder);
+        change.write(*folder, maildir);
+        change.commit();
+    } catch (const std::exception&) {
+        return; // the next process counts again
+    }
+}
+
+IndexDatabase& HeaderIndex::database()
+{
+    if (!database_) {
+        if (!inMemory_) {
+            std::error_code error;
+            fs::create_directories(file_.parent_path(), error);
+            fs::permissions(file_.parent_path(), fs::perms::owner_all, error);
+        }
+        database_ = std::make_unique<IndexDatabase>(inMemory_ ? fs::path() : file_);
+    }
+    return *database_;
+}
+
+/// The first damage is answered by a new file, anything else by a database of our own. In memory nothing is left to
+/// try: then the error is the caller's.
+void HeaderIndex::startAnew(const IndexError& reason)
+{
+    if (inMemory_)
+        throw MailError(std::string("The mail index cannot be kept in memory: ") + reason.what());
+    database_.reset();
+    known_.clear();
+    if (reason.isDamaged() && damages_++ == 0) {
+        for (const char* ending : {"-journal", "-wal", "-shm", ""})
+            unlink((file_.native() + ending).c_str());
+    } else {
+        inMemory_ = true;
+    }
+}
+
+} // namespace mervo::desk

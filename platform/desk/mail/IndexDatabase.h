@@ -1,0 +1,105 @@
+#pragma once
+
+#include "platform/desk/mail/Maildir.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace mervo::desk {
+
+/// The database cannot be used. `isDamaged`: its content is not to be trusted, and a new one would do.
+class IndexError final : public std::runtime_error {
+public:
+    IndexError(const std::string& message, bool damaged);
+    bool isDamaged() const noexcept { return damaged_; }
+
+private:
+    bool damaged_;
+};
+
+/// The tables of the header index: mailboxes by path, and their chunks. Knows nothing of messages.
+///
+///     folder(id, path, stamp, scanned, generation, content)
+///     chunk(folder, number, fingerprint, data)
+///     counter(next)                                    the id of the next new message; begins anywhere, so that an id
+///     of an
+///                                                      earlier index means nothing rather than another message
+///
+/// Nothing is synced to disk: what a power cut leaves half-written is found by the fingerprints and built anew.
+/// Another process may hold the lock; a call waits for it for up to ten seconds. Every function throws IndexError.
+class IndexDatabase {
+public:
+    struct Folder {
+        std::int64_t id = 0;
+        MaildirStamp stamp;
+        std::int64_t scanned = 0; ///< when the listing began, nanoseconds since 1970
+        std::int64_t generation = 0; ///< grows with every change
+        std::uint64_t content = 0; ///< over the fingerprints of all chunks
+    };
+    struct Chunk {
+        std::int64_t number = 0;
+        std::string data;
+    };
+
+    /// An empty path: a database in memory, which lasts as long as this object.
+    explicit IndexDatabase(const std::filesystem::path& file);
+    ~IndexDatabase();
+    IndexDatabase(const IndexDatabase&) = delete;
+    IndexDatabase& operator=(const IndexDatabase&) = delete;
+
+    /// What is read while one stands belongs together, whatever other processes write.
+    class Reading {
+    public:
+        explicit Reading(IndexDatabase& database);
+        ~Reading();
+        Reading(const Reading&) = delete;
+        Reading& operator=(const Reading&) = delete;
+
+    private:
+        IndexDatabase& database_;
+    };
+
+    std::optional<Folder> folder(const std::filesystem::path& maildir);
+    /// In order of their numbers, for a folder read under the same Reading or Change. Damaged when one of them, or
+    /// their number, is not what was written.
+    std::vector<Chunk> chunks(const Folder& folder);
+
+    /// One change: holds the write lock from its making; rolled back unless committed.
+    class Change {
+    public:
+        explicit Change(IndexDatabase& database);
+        ~Change();
+        Change(const Change&) = delete;
+        Change& operator=(const Change&) = delete;
+
+        /// `folder.id` 0: a new row, whose id is filled in.
+        void write(Folder& folder, const std::filesystem::path& maildir);
+        void write(const Folder& folder, const Chunk& chunk);
+        void removeChunk(const Folder& folder, std::int64_t number);
+        std::uint64_t contentOf(const Folder& folder);
+        std::uint32_t takeIds(std::size_t count);
+        void commit();
+
+    private:
+        IndexDatabase& database_;
+        bool done_ = false;
+    };
+
+private:
+    class Query;
+    void execute(const char* sql);
+    [[noreturn]] void fail(int code);
+
+    sqlite3* handle_ = nullptr;
+};
+
+} // namespace mervo::desk

@@ -1,0 +1,201 @@
+#include "platform/desk/mail/MailStore.h"
+
+#include "platform/desk/mail/MailDate.h"
+#include "platform/desk/mail/MessageFile.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <ctime>
+#include <fmt/format.h>
+#include <sys/random.h>
+#include <utility>
+
+namespace mervo::desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct UsualNames {
+    const std::string MailAccountSettings::*configured;
+    std::array<std::string_view, 4> names; // the first is the one that a new mailbox gets
+};
+
+UsualNames usualNames(SpecialMailbox which)
+{
+    switch (which) {
+    case SpecialMailbox::inbox:
+        break;
+    case SpecialMailbox::drafts:
+        return {&MailAccountSettings::drafts, {"Drafts", "Draft", "Brouillons", "[Gmail]/Drafts"}};
+    case SpecialMailbox::sent:
+        return {&MailAccountSettings::sent, {"Sent", "Sent Messages", "Sent Items", "[Gmail]/Sent Mail"}};
+    case SpecialMailbox::trash:
+        return {&MailAccountSettings::trash, {"Trash", "Deleted Messages", "Deleted Items", "[Gmail]/Trash"}};
+    case SpecialMailbox::junk:
+        return {&MailAccountSettings::junk, {"Junk", "Spam", "Junk E-mail", "[Gmail]/Spam"}};
+    }
+    return {nullptr, {"INBOX"}};
+}
+
+std::string newMessageId(std::string_view sender)
+{
+    std::array<std::uint64_t, 2> random{};
+    if (getrandom(random.data(), sizeof random, 0) != sizeof random)
+        random[0] = static_cast<std::uint64_t>(std::clock());
+    std::string_view domain = sender.substr(sender.rfind('@') + 1);
+    return fmt::format("{:x}.{:016x}{:016x}@{}", std::time(nullptr), random[0], random[1],
+        domain.empty() ? std::string_view("localhost") : domain);
+}
+
+std::string oneLine(std::string_view text)
+{
+    std::string line = platform::withValidUtf8(text);
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    return line;
+}
+
+std::vector<MailAddress> checked(const std::vector<MailAddress>& addresses)
+{
+    std::vector<MailAddress> result;
+    for (const MailAddress& address : addresses) {
+        if (!isPlainAddress(address.address))
+            throw MailError(fmt::format("“{}” is not an address that mail can be sent to.", oneLine(address.address)));
+        result.push_back({oneLine(address.name), address.address});
+    }
+    return result;
+}
+
+} // namespace
+
+MailStore::MailStore(Configuration configuration, const fs::path& cache)
+    : configuration_(std::move(configuration))
+    , index_(cache / "mail-index.sqlite")
+{
+    createLocalAccount();
+}
+
+MailStore::~MailStore()
+{
+    for (const auto& [maildir, counts] : learned_)
+        index_.rememberAttachments(maildir, counts);
+}
+
+/// Where nothing is configured there is an account to work with at once. A home that cannot be written is no reason
+/// to fail here: the account is empty then.
+void MailStore::createLocalAccount() const
+{
+    for (const MailAccountSettings& account : accounts()) {
+        std::error_code error;
+        if (!account.local || fs::exists(account.root / "cur", error))
+            continue;
+        try {
+            createMaildir(account.root, false);
+            for (const SpecialMailbox which :
+                {SpecialMailbox::drafts, SpecialMailbox::sent, SpecialMailbox::trash, SpecialMailbox::junk})
+                createMaildir(mailFolderPath(account, specialMailbox(account, which)), true);
+        } catch (const MailError&) {
+            return;
+        }
+    }
+}
+
+std::vector<MailFolder> MailStore::mailboxes(const MailAccountSettings& account) const
+{
+    return listMailFolders(account);
+}
+
+std::string MailStore::specialMailbox(const MailAccountSettings& account, SpecialMailbox which) const
+{
+    const UsualNames usual = usualNames(which);
+    if (usual.configured == nullptr)
+        return std::string(usual.names[0]);
+    if (!(account.*usual.configured).empty())
+        return account.*usual.configured;
+    const std::vector<MailFolder> existing = listMailFolders(account);
+    for (const std::string_view name : usual.names) {
+        for (const MailFolder& folder : existing) {
+            if (platform::foldCase(folder.name) == platform::foldCase(name))
+                return folder.name;
+        }
+    }
+    return std::string(usual.names[0]);
+}
+
+const MailAccountSettings* MailStore::accountWithAddress(std::string_view address) const
+{
+    const std::string wanted = platform::foldCase(address);
+    for (const MailAccountSettings& account : accounts()) {
+        for (const std::string& own : account.addresses) {
+            if (platform::foldCase(own) == wanted)
+                return &account;
+        }
+    }
+    return nullptr;
+}
+
+std::shared_ptr<const MailboxSnapshot> MailStore::messages(const MailAccountSettings& account, const fs::path& maildir)
+{
+    // An account whose root is there but was never used as a Maildir has an empty inbox.
+    std::error_code error;
+    const bool mayBeMissing = account.local || (maildir == account.root && fs::is_directory(maildir, error));
+    return index_.snapshot(maildir, mayBeMissing);
+}
+
+std::string MailStore::bytes(const MailboxSnapshot& mailbox, const MessageHeader& message) const
+{
+    try {
+        return readMessageFile(messagePath(mailbox.maildir(), message.fileName, message.isNew));
+    } catch (const MessageGone&) {
+        const fs::path moved = findMessage(mailbox.maildir(), splitMaildirName(message.fileName).base);
+        if (moved.empty())
+            throw;
+        return readMessageFile(moved);
+    }
+}
+
+const MimeContent& MailStore::content(const MailboxSnapshot& mailbox, const MessageHeader& message)
+{
+    std::string key = fmt::format("{}/{}", mailbox.maildir().native(), splitMaildirName(message.fileName).base);
+    if (key != contentOf_) {
+        contentOf_.clear();
+        content_ = mimeEngine().read(bytes(mailbox, message));
+        contentOf_ = std::move(key);
+        const auto count = static_cast<std::int32_t>(content_.attachments.size());
+        if (message.attachments != count)
+            learned_[mailbox.maildir().native()][message.id] = count;
+    }
+    return content_;
+}
+
+std::size_t MailStore::attachmentCount(const MailboxSnapshot& mailbox, const MessageHeader& message)
+{
+    if (message.attachments >= 0)
+        return static_cast<std::size_t>(message.attachments);
+    return content(mailbox, message).attachments.size();
+}
+
+fs::path MailStore::saveDraft(const OutgoingMail& mail)
+{
+    const MailAccountSettings* account = mail.sender.empty() ? nullptr : accountWithAddress(mail.sender);
+    if (account == nullptr)
+        account = &accounts().front();
+    MimeDraft draft;
+    draft.from.address = accountWithAddress(mail.sender) == account ? mail.sender : account->addresses.front();
+    draft.to = checked(mail.to);
+    draft.cc = checked(mail.cc);
+    draft.bcc = checked(mail.bcc);
+    draft.subject = oneLine(mail.subject);
+    draft.text = mail.text;
+    draft.date = formatMailDate(std::time(nullptr));
+    draft.messageId = newMessageId(draft.from.address);
+    draft.attachments = mail.attachments;
+    const fs::path maildir = mailFolderPath(*account, specialMailbox(*account, SpecialMailbox::drafts));
+    const MimeEngine& engine = mimeEngine();
+    createMaildir(maildir, account->layout == MailLayout::maildirPlusPlus && maildir != account->root);
+    return deliverToMaildir(maildir, "DS", [&](int descriptor) { engine.write(draft, descriptor); });
+}
+
+} // namespace mervo::desk

@@ -1,0 +1,250 @@
+#include "platform/desk/mail/Maildir.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <memory>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+#include <unordered_map>
+#include <utility>
+
+namespace mervo::desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void failReading(const fs::path& folder, int error)
+{
+    throw MailError(fmt::format("The mail folder {} cannot be read: {}.", folder.string(), std::strerror(error)));
+}
+
+[[noreturn]] void failWriting(const fs::path& path, int error)
+{
+    throw MailError(fmt::format("{} cannot be written: {}.", path.string(), std::strerror(error)));
+}
+
+/// False when the folder is missing.
+bool examine(const fs::path& folder, std::int64_t& changed, std::uint64_t& inode)
+{
+    struct stat status { };
+    if (stat(folder.c_str(), &status) != 0) {
+        if (errno == ENOENT)
+            return false;
+        failReading(folder, errno);
+    }
+    if (!S_ISDIR(status.st_mode))
+        failReading(folder, ENOTDIR);
+    changed = static_cast<std::int64_t>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec;
+    inode = status.st_ino;
+    return true;
+}
+
+void listFolder(const fs::path& folder, bool isNew, std::vector<MaildirEntry>& entries)
+{
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(folder.c_str()), closedir);
+    if (!stream) {
+        if (errno == ENOENT)
+            return;
+        failReading(folder, errno);
+    }
+    while (true) {
+        errno = 0;
+        const dirent* entry = readdir(stream.get());
+        if (entry == nullptr) {
+            if (errno != 0)
+                failReading(folder, errno);
+            return;
+        }
+        const bool maybeFile = entry->d_type == DT_REG || entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN;
+        if (entry->d_name[0] != '.' && maybeFile)
+            entries.push_back({entry->d_name, isNew});
+    }
+}
+
+/// cur was read after new, so where a message stands twice the later entry is the newer truth.
+void dropMessagesSeenTwice(std::vector<MaildirEntry>& entries)
+{
+    std::unordered_map<std::string_view, std::size_t> last;
+    last.reserve(entries.size());
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        last[splitMaildirName(entries[i].fileName).base] = i;
+    if (last.size() == entries.size())
+        return;
+    std::vector<MaildirEntry> kept;
+    kept.reserve(last.size());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (last[splitMaildirName(entries[i].fileName).base] == i)
+            kept.push_back(entries[i]);
+    }
+    entries = std::move(kept);
+}
+
+void makeFolder(const fs::path& folder)
+{
+    std::error_code error;
+    fs::create_directories(folder.parent_path(), error);
+    if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
+        failWriting(folder, errno);
+}
+
+/// time.unique.host, after the format's rules: unique by process, count and random bits; host without "/" and ":".
+std::string uniqueBase()
+{
+    static std::atomic<unsigned> count = 0;
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::uint32_t random = 0;
+    if (getrandom(&random, sizeof random, 0) < 0)
+        random = 0;
+    char host[256] = "";
+    gethostname(host, sizeof host - 1);
+    for (char* c = host; *c != 0; ++c) {
+        if (*c == '/' || *c == ':' || *c == ',')
+            *c = '_';
+    }
+    return fmt::format("{}.M{:06}P{}Q{}R{:08x}.{}", now.tv_sec, now.tv_nsec / 1000, getpid(), ++count, random,
+        host[0] != 0 ? host : "localhost");
+}
+
+void syncFolder(const fs::path& folder)
+{
+    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        fsync(descriptor);
+        close(descriptor);
+    }
+}
+
+/// A file in tmp that goes away unless it was delivered.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(fs::path path)
+        : path_(std::move(path))
+        , descriptor_(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600))
+    {
+        if (descriptor_ < 0)
+            failWriting(path_, errno);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile()
+    {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+        if (!delivered_)
+            unlink(path_.c_str());
+    }
+
+    int descriptor() const noexcept { return descriptor_; }
+
+    void deliver(const fs::path& destination)
+    {
+        if (fsync(descriptor_) != 0)
+            failWriting(path_, errno);
+        const int closing = std::exchange(descriptor_, -1);
+        if (close(closing) != 0)
+            failWriting(path_, errno);
+        if (rename(path_.c_str(), destination.c_str()) != 0)
+            failWriting(destination, errno);
+        delivered_ = true;
+        syncFolder(destination.parent_path());
+    }
+
+private:
+    fs::path path_;
+    int descriptor_;
+    bool delivered_ = false;
+};
+
+} // namespace
+
+std::uint8_t MaildirFlags::bits() const noexcept
+{
+    return static_cast<std::uint8_t>(draft | flagged << 1 | passed << 2 | replied << 3 | seen << 4 | trashed << 5);
+}
+
+MaildirFlags MaildirFlags::fromBits(std::uint8_t bits) noexcept
+{
+    return {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0, (bits & 16) != 0, (bits & 32) != 0};
+}
+
+MaildirName splitMaildirName(std::string_view fileName) noexcept
+{
+    const std::size_t mark = fileName.rfind(":2,");
+    if (mark == std::string_view::npos)
+        return {fileName, {}};
+    return {fileName.substr(0, mark), fileName.substr(mark + 3)};
+}
+
+MaildirFlags maildirFlags(std::string_view info) noexcept
+{
+    const auto has = [info](char letter) { return info.find(letter) != std::string_view::npos; };
+    return {has('D'), has('F'), has('P'), has('R'), has('S'), has('T')};
+}
+
+MaildirStamp maildirStamp(const fs::path& maildir, bool mayBeMissing)
+{
+    MaildirStamp stamp;
+    const bool hasNew = examine(maildir / "new", stamp.newChanged, stamp.newInode);
+    const bool hasCur = examine(maildir / "cur", stamp.curChanged, stamp.curInode);
+    if (!hasNew && !hasCur && !mayBeMissing)
+        failReading(maildir, ENOENT);
+    return stamp;
+}
+
+std::vector<MaildirEntry> listMaildir(const fs::path& maildir)
+{
+    std::vector<MaildirEntry> entries;
+    listFolder(maildir / "new", true, entries);
+    listFolder(maildir / "cur", false, entries);
+    dropMessagesSeenTwice(entries);
+    return entries;
+}
+
+fs::path messagePath(const fs::path& maildir, std::string_view fileName, bool isNew)
+{
+    return maildir / (isNew ? "new" : "cur") / fileName;
+}
+
+fs::path findMessage(const fs::path& maildir, std::string_view base)
+{
+    for (const MaildirEntry& entry : listMaildir(maildir)) {
+        if (splitMaildirName(entry.fileName).base == base)
+            return messagePath(maildir, entry.fileName, entry.isNew);
+    }
+    return {};
+}
+
+void createMaildir(const fs::path& maildir, bool plusPlusChild)
+{
+    makeFolder(maildir);
+    for (const char* part : {"tmp", "new", "cur"})
+        makeFolder(maildir / part);
+    if (!plusPlusChild)
+        return;
+    const fs::path marker = maildir / "maildirfolder";
+    const int descriptor = open(marker.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    if (descriptor < 0)
+        failWriting(marker, errno);
+    close(descriptor);
+}
+
+fs::path deliverToMaildir(
+    const fs::path& maildir, std::string_view flags, const std::function<void(int descriptor)>& write)
+{
+    const std::string base = uniqueBase();
+    TemporaryFile file(maildir / "tmp" / base);
+    write(file.descriptor());
+    fs::path destination = maildir / "cur" / fmt::format("{}:2,{}", base, flags);
+    file.deliver(destination);
+    return destination;
+}
+
+} // namespace mervo::desk

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/desk/mail/MailError.h"
+
+#include <compare>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// One Maildir: a folder with cur, new and tmp, each message a file. A file's name is "base:2,FLAGS"; base never
+/// changes and is unique in its folder, flags are changed by renaming. Other programs change the folder at any time.
+namespace mervo::desk {
+
+/// The letters after ":2,". Letters that are unknown here (a to z are keywords of other programs) are kept on rename.
+struct MaildirFlags {
+    bool draft = false, flagged = false, passed = false, replied = false, seen = false, trashed = false;
+    auto operator<=>(const MaildirFlags&) const = default;
+
+    std::uint8_t bits() const noexcept;
+    static MaildirFlags fromBits(std::uint8_t bits) noexcept;
+};
+
+struct MaildirName {
+    std::string_view base;
+    std::string_view info; ///< what stands after ":2,"
+};
+
+MaildirName splitMaildirName(std::string_view fileName) noexcept;
+MaildirFlags maildirFlags(std::string_view info) noexcept;
+
+/// The state of cur and new by which an unchanged folder is known without listing it.
+struct MaildirStamp {
+    std::int64_t curChanged = 0, newChanged = 0; ///< nanoseconds since 1970; 0: the folder is missing
+    std::uint64_t curInode = 0, newInode = 0;
+    auto operator<=>(const MaildirStamp&) const = default;
+};
+
+/// Throws MailError when cur or new cannot be examined, or when neither is there and `mayBeMissing` is false.
+MaildirStamp maildirStamp(const std::filesystem::path& maildir, bool mayBeMissing);
+
+struct MaildirEntry {
+    std::string fileName; ///< with flags
+    bool isNew = false; ///< lies in new, not in cur
+};
+
+/// The message files of new and cur, in no order. A message that is seen twice while another program moves it is
+/// given once. Hidden files and folders are left out. Throws MailError when a folder cannot be read.
+std::vector<MaildirEntry> listMaildir(const std::filesystem::path& maildir);
+
+std::filesystem::path messagePath(const std::filesystem::path& maildir, std::string_view fileName, bool isNew);
+
+/// The file of the message with this base, wherever it went within its Maildir; empty when it is gone.
+std::filesystem::path findMessage(const std::filesystem::path& maildir, std::string_view base);
+
+/// Makes the folder with its cur, new and tmp where they are missing; `plusPlusChild` adds the marker file of a
+/// sub-folder. Throws MailError.
+void createMaildir(const std::filesystem::path& maildir, bool plusPlusChild);
+
+/// Delivers one message: written to tmp by `write` (which gets the descriptor and may throw), synced to disk, then
+/// renamed into cur with the flags. Returns its path. When it throws, nothing is left behind.
+std::filesystem::path deliverToMaildir(
+    const std::filesystem::path& maildir, std::string_view flags, const std::function<void(int descriptor)>& write);
+
+} // namespace mervo::desk

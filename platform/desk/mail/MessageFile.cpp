@@ -1,0 +1,146 @@
+#include "platform/desk/mail/MessageFile.h"
+
+#include "platform/desk/mail/MessageHead.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace mervo::desk {
+namespace {
+
+constexpr std::size_t kFirstRead = 8 * 1024; // holds nearly every head
+
+// A message may be a link, never a device or a pipe: opening one of those must not wait.
+constexpr int kOpenFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+class Descriptor {
+public:
+    explicit Descriptor(int descriptor)
+        : descriptor_(descriptor)
+    {
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor()
+    {
+        if (descriptor_ >= 0)
+            close(descriptor_);
+    }
+    int get() const noexcept { return descriptor_; }
+
+private:
+    int descriptor_;
+};
+
+/// Appends up to `most` bytes; false on a read error.
+bool readSome(int descriptor, char* to, std::size_t most, std::size_t& got)
+{
+    while (true) {
+        const ssize_t count = ::read(descriptor, to, most);
+        if (count < 0 && errno == EINTR)
+            continue;
+        got = count < 0 ? 0 : static_cast<std::size_t>(count);
+        return count >= 0;
+    }
+}
+
+std::string_view keep(std::deque<std::string>& texts, std::string text)
+{
+    return text.empty() ? std::string_view() : std::string_view(texts.emplace_back(std::move(text)));
+}
+
+} // namespace
+
+HeadReader::HeadReader(const std::filesystem::path& maildir)
+    : cur_(open((maildir / "cur").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    , new_(open((maildir / "new").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    , buffer_(kFirstRead, '\0')
+{
+}
+
+HeadReader::~HeadReader()
+{
+    if (cur_ >= 0)
+        close(cur_);
+    if (new_ >= 0)
+        close(new_);
+}
+
+/// Fills the buffer until it holds the end of the head; the number of bytes read.
+std::size_t HeadReader::readHead(int descriptor, std::size_t fileSize)
+{
+    std::size_t filled = 0;
+    while (true) {
+        std::size_t got = 0;
+        if (!readSome(descriptor, buffer_.data() + filled, buffer_.size() - filled, got) || got == 0)
+            return filled;
+        filled += got;
+        if (filled < buffer_.size() && filled < fileSize)
+            continue;
+        if (filled >= fileSize || filled >= kLongestHead || endOfHead(std::string_view(buffer_.data(), filled)))
+            return filled;
+        buffer_.resize(buffer_.size() * 2);
+    }
+}
+
+std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, std::deque<std::string>& texts)
+{
+    const Descriptor file(openat(entry.isNew ? new_ : cur_, entry.fileName.c_str(), kOpenFlags));
+    struct stat status { };
+    if (file.get() < 0) {
+        // A file that is there but may not be read is still a message with a size and a date.
+        if (errno == ENOENT || fstatat(entry.isNew ? new_ : cur_, entry.fileName.c_str(), &status, 0) != 0)
+            return std::nullopt;
+    } else if (fstat(file.get(), &status) != 0) {
+        return std::nullopt;
+    }
+    if (!S_ISREG(status.st_mode))
+        return std::nullopt;
+    const std::size_t filled = file.get() < 0 ? 0 : readHead(file.get(), static_cast<std::size_t>(status.st_size));
+    MessageHead head = readMessageHead(std::string_view(buffer_.data(), filled));
+    MessageHeader header;
+    header.received = static_cast<std::int64_t>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec;
+    header.sent = head.sent.value_or(header.receivedSeconds());
+    header.size = static_cast<std::uint64_t>(status.st_size);
+    header.attachments = head.isSinglePartText ? 0 : kAttachmentsUnknown;
+    header.flags = maildirFlags(splitMaildirName(entry.fileName).info).bits();
+    header.isNew = entry.isNew;
+    header.fileName = keep(texts, entry.fileName);
+    header.subject = keep(texts, std::move(head.subject));
+    header.sender = keep(texts, std::move(head.sender));
+    header.messageId = keep(texts, std::move(head.messageId));
+    header.to = keep(texts, std::move(head.to));
+    return header;
+}
+
+std::string readMessageFile(const std::filesystem::path& path)
+{
+    const Descriptor file(open(path.c_str(), kOpenFlags));
+    struct stat status { };
+    if (file.get() < 0 || fstat(file.get(), &status) != 0) {
+        if (errno == ENOENT)
+            throw MessageGone(fmt::format("The message {} is not there any more.", path.filename().string()));
+        throw MailError(fmt::format("The message {} cannot be read: {}.", path.string(), std::strerror(errno)));
+    }
+    if (!S_ISREG(status.st_mode))
+        throw MailError(fmt::format("The message {} is not a file.", path.string()));
+    std::string bytes(static_cast<std::size_t>(std::max<off_t>(status.st_size, 0)), '\0');
+    std::size_t filled = 0;
+    while (filled < bytes.size()) {
+        std::size_t got = 0;
+        if (!readSome(file.get(), bytes.data() + filled, bytes.size() - filled, got))
+            throw MailError(fmt::format("The message {} cannot be read: {}.", path.string(), std::strerror(errno)));
+        if (got == 0)
+            break;
+        filled += got;
+    }
+    bytes.resize(filled);
+    return bytes;
+}
+
+} // namespace mervo::desk

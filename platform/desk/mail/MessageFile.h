@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/desk/mail/MailboxSnapshot.h"
+
+#include <deque>
+#include <optional>
+#include <string>
+
+/// One message file: its head for the index, its bytes for the reader.
+namespace mervo::desk {
+
+/// Reads the heads of messages in one Maildir.
+class HeadReader {
+public:
+    explicit HeadReader(const std::filesystem::path& maildir);
+    ~HeadReader();
+    HeadReader(const HeadReader&) = delete;
+    HeadReader& operator=(const HeadReader&) = delete;
+
+    /// Everything but the id. A file whose head makes no sense still has its size, date and name. The texts are put
+    /// at the end of `texts`. Nothing when the file has vanished or is no file.
+    std::optional<MessageHeader> read(const MaildirEntry& entry, std::deque<std::string>& texts);
+
+private:
+    std::size_t readHead(int descriptor, std::size_t fileSize);
+
+    int cur_, new_;
+    std::string buffer_;
+};
+
+/// The whole file. Throws MailError; MessageGone when it is not there.
+std::string readMessageFile(const std::filesystem::path& file);
+
+} // namespace mervo::desk

@@ -1,0 +1,184 @@
+#include "platform/desk/mime/MimeReader.h"
+
+#include "platform/desk/mail/Charset.h"
+#include "platform/desk/mail/MessageHead.h"
+#include "platform/desk/mime/GMimeObjects.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace mervo::desk {
+namespace {
+
+enum class TextKind { none, plain, html };
+
+struct Part {
+    TextKind kind = TextKind::none;
+    std::string text;
+    std::vector<MimeAttachment> attachments;
+
+    void takeAttachments(Part& from)
+    {
+        std::move(from.attachments.begin(), from.attachments.end(), std::back_inserter(attachments));
+    }
+};
+
+enum class Place { root, inside, belongsToPage };
+
+std::string withLineFeeds(std::string_view text)
+{
+    std::string out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
+            continue;
+        out.push_back(text[i]);
+    }
+    return out;
+}
+
+std::string decodedBytes(GMimePart* part)
+{
+    GMimeDataWrapper* content = g_mime_part_get_content(part);
+    if (content == nullptr)
+        return {};
+    const Owned<GMimeStream> stream(g_mime_stream_mem_new());
+    g_mime_data_wrapper_write_to_stream(content, stream.get());
+    const GByteArray* bytes = g_mime_stream_mem_get_byte_array(GMIME_STREAM_MEM(stream.get()));
+    return bytes->len == 0 ? std::string() : std::string(reinterpret_cast<const char*>(bytes->data), bytes->len);
+}
+
+std::uint64_t decodedSize(GMimePart* part)
+{
+    GMimeDataWrapper* content = g_mime_part_get_content(part);
+    if (content == nullptr)
+        return 0;
+    const Owned<GMimeStream> stream(g_mime_stream_null_new());
+    g_mime_data_wrapper_write_to_stream(content, stream.get());
+    return GMIME_STREAM_NULL(stream.get())->written;
+}
+
+std::string validText(const char* text)
+{
+    return text == nullptr ? std::string() : platform::withValidUtf8(text);
+}
+
+std::string typeName(GMimeObject* object)
+{
+    GMimeContentType* type = g_mime_object_get_content_type(object);
+    std::string name = type == nullptr ? "text/plain"
+                                       : validText(g_mime_content_type_get_media_type(type)) + "/"
+            + validText(g_mime_content_type_get_media_subtype(type));
+    std::transform(name.begin(), name.end(), name.begin(),
+        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return name;
+}
+
+bool saysAttached(GMimeObject* object)
+{
+    const char* disposition = g_mime_object_get_disposition(object);
+    return disposition != nullptr && g_ascii_strcasecmp(disposition, "attachment") == 0;
+}
+
+/// Parts that serve the message's transport and are nothing that its sender attached.
+bool isMachinery(const std::string& type)
+{
+    static constexpr std::string_view kTypes[] = {"application/pgp-signature", "application/pkcs7-signature",
+        "application/x-pkcs7-signature", "application/pgp-encrypted", "message/delivery-status",
+        "message/disposition-notification", "text/rfc822-headers"};
+    return std::find(std::begin(kTypes), std::end(kTypes), type) != std::end(kTypes);
+}
+
+Part readLeaf(GMimePart* leaf, Place place)
+{
+    GMimeObject* object = GMIME_OBJECT(leaf);
+    const std::string type = typeName(object);
+    const std::string fileName = validText(g_mime_part_get_filename(leaf));
+    const bool isText = type == "text/plain" || type == "text/html";
+    Part result;
+    if (isText && !saysAttached(object) && (fileName.empty() || place == Place::root)) {
+        const char* charset = g_mime_object_get_content_type_parameter(object, "charset");
+        result.kind = type == "text/html" ? TextKind::html : TextKind::plain;
+        result.text = withLineFeeds(toUtf8(decodedBytes(leaf), charset == nullptr ? "" : charset));
+        return result;
+    }
+    const bool isOfPage = place == Place::belongsToPage && g_mime_object_get_content_id(object) != nullptr;
+    if (saysAttached(object) || (!isOfPage && !isMachinery(type)))
+        result.attachments.push_back({fileName, type, decodedSize(leaf)});
+    return result;
+}
+
+Part readObject(GMimeObject* object, Place place);
+
+/// The plain one of several forms of the same text; attachments of all.
+Part readAlternative(GMimeMultipart* multipart)
+{
+    Part best;
+    for (int i = 0; i < g_mime_multipart_get_count(multipart); ++i) {
+        Part child = readObject(g_mime_multipart_get_part(multipart, i), Place::inside);
+        best.takeAttachments(child);
+        const bool isBetter =
+            best.kind == TextKind::none || (best.kind == TextKind::html && child.kind == TextKind::plain);
+        if (child.kind != TextKind::none && isBetter) {
+            best.kind = child.kind;
+            best.text = std::move(child.text);
+        }
+    }
+    return best;
+}
+
+Part readSequence(GMimeMultipart* multipart, bool isPage)
+{
+    Part all;
+    for (int i = 0; i < g_mime_multipart_get_count(multipart); ++i) {
+        Part child =
+            readObject(g_mime_multipart_get_part(multipart, i), isPage && i > 0 ? Place::belongsToPage : Place::inside);
+        all.takeAttachments(child);
+        if (child.kind == TextKind::none || (isPage && all.kind != TextKind::none))
+            continue;
+        if (!all.text.empty() && !all.text.ends_with('\n'))
+            all.text += '\n';
+        all.text += child.text;
+        all.kind = child.kind;
+    }
+    return all;
+}
+
+Part readObject(GMimeObject* object, Place place)
+{
+    if (object == nullptr)
+        return {};
+    if (GMIME_IS_MULTIPART(object)) {
+        const std::string type = typeName(object);
+        GMimeMultipart* multipart = GMIME_MULTIPART(object);
+        return type == "multipart/alternative" ? readAlternative(multipart)
+                                               : readSequence(multipart, type == "multipart/related");
+    }
+    if (GMIME_IS_MESSAGE_PART(object)) {
+        std::string name = validText(g_mime_object_get_content_disposition_parameter(object, "filename"));
+        Part result;
+        result.attachments.push_back({name.empty() ? "message.eml" : name, typeName(object), 0});
+        return result;
+    }
+    return GMIME_IS_PART(object) ? readLeaf(GMIME_PART(object), place) : Part{};
+}
+
+} // namespace
+
+MimeContent readMime(std::string_view message)
+{
+    startGMime();
+    const Owned<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(message.data(), message.size()));
+    const Owned<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
+    const Owned<GMimeMessage> parsed(g_mime_parser_construct_message(parser.get(), nullptr));
+    if (!parsed) {
+        const std::size_t body = endOfHead(message).value_or(message.size());
+        return {withLineFeeds(toUtf8(message.substr(body), {})), {}};
+    }
+    Part all = readObject(g_mime_message_get_mime_part(parsed.get()), Place::root);
+    return {std::move(all.text), std::move(all.attachments)};
+}
+
+} // namespace mervo::desk
