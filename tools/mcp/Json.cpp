@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace mervo::json {
+namespace mervo::mcp::json {
 
 namespace {
 
@@ -130,4 +130,4 @@ std::string quoted(std::string_view text)
     return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
-} // namespace mervo::json
+} // namespace mervo::mcp::json

@@ -10,7 +10,7 @@
 /// A tree of plain values in which a list is known only as a list, and an object below the sixth level only as an
 /// object. A line of any nesting is therefore read in constant stack and in memory that its own texts bound, and a
 /// number keeps the text that it was written with.
-namespace mervo::json {
+namespace mervo::mcp::json {
 
 struct Value {
     enum class Kind { absent, null, boolean, integer, real, text, list, object };
@@ -44,4 +44,4 @@ Outcome parse(std::string_view text, Value& value);
 /// A text as a JSON string, quotation marks included. Bytes that are no UTF-8 become U+FFFD.
 std::string quoted(std::string_view text);
 
-} // namespace mervo::json
+} // namespace mervo::mcp::json

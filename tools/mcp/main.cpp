@@ -14,7 +14,7 @@ int main(int argc, char** argv)
         return *options.exitStatus;
     }
     try {
-        mcp::Server server(options, MervoGuides::builtInLlm());
+        mcp::Server server(options, MervoGuides::kBuiltInLlm);
         const int status = server.run();
         if (server.leftWork()) {
             ::_exit(status); // a thread still works for a client that no longer listens

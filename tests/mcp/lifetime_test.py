@@ -1,0 +1,173 @@
+"""Calls beside each other, their cancellation, and every way in which a server comes to its end."""
+
+import os
+import signal
+import subprocess
+import time
+import unittest
+
+import peer as peers
+from peer import Case, call, cancelled, initialize, request
+
+
+class LockedHome(Case):
+    """A home whose database another process holds: each call that reads the rules waits until `release`."""
+
+    def lock(self, peer):
+        self.text(peer.ask(call("first", "how_it_works")))  # the database is there
+        self.connection = self.database()
+        self.connection.execute("BEGIN EXCLUSIVE")
+
+    def release(self):
+        self.connection.execute("COMMIT")
+
+
+class Beside(LockedHome):
+    def test_a_slow_call_holds_up_nothing(self):
+        peer = self.session()
+        self.lock(peer)
+        peer.send(*[call(i, "how_it_works") for i in range(5)])
+        began = time.monotonic()
+        for id_ in ("a", "b"):
+            self.assertEqual(peer.ask(request(id_, "ping"))["id"], id_)
+        self.assertEqual(len(peer.ask(request("l", "tools/list"))["result"]["tools"]), 61)
+        self.assertIn("missing required", self.text(peer.ask(call("m", "mail.send")), error=True))
+        self.assertEqual(peer.ask(call(3, "how_it_works"))["error"]["code"], -32600, "an id that is under way")
+        self.assertLess(time.monotonic() - began, 5)
+        self.release()
+        self.assertEqual(sorted(peer.answer()["id"] for _ in range(5)), list(range(5)))
+        self.assertEqual(peer.end(), ([], 0))
+
+    def test_a_cancelled_call_that_waits_never_runs_and_a_running_one_is_not_answered(self):
+        peer = self.session()
+        self.lock(peer)
+        running = [call(i, "how_it_works", {"n": i}) for i in range(32)]
+        peer.send(*running, call("late", "how_it_works", {"n": "late"}), call("kept", "how_it_works", {"n": "kept"}))
+        self.assertEqual(peer.ask(request("p", "ping"))["id"], "p")
+        peer.send(cancelled("late"), cancelled(0), cancelled("0"), cancelled("late"))
+        self.assertEqual(peer.ask(request("q", "ping"))["id"], "q")
+        self.release()
+        answers, status = peer.end()
+        self.assertEqual(status, 0)
+        self.assertEqual(sorted(map(str, (a["id"] for a in answers))), sorted([*map(str, range(1, 32)), "kept"]))
+        ran = [details["n"] for _, _, _, details in self.audit()[1:]]
+        self.assertIn("0", ran, "what ran finished its work")
+        self.assertNotIn("late", ran)
+
+
+class Ends(LockedHome):
+    def test_the_end_of_input_waits_for_the_calls_received(self):
+        peer = self.session()
+        self.lock(peer)
+        peer.send(*[call(i, "how_it_works") for i in range(40)])
+        peer.process.stdin.write(b'{"jsonrpc":"2.0","id":"last","method":"ping"}')  # without its line's end
+        peer.process.stdin.close()
+        with self.assertRaises(subprocess.TimeoutExpired):
+            peer.process.wait(0.5)
+        self.release()
+        ids = []
+        while (answer := peer.answer()) is not None:
+            ids.append(answer["id"])
+        self.assertEqual(sorted(map(str, ids)), sorted([*map(str, range(40)), "last"]))
+        self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+
+    def test_an_idle_server_ends_with_its_input(self):
+        peer = self.session()
+        self.assertEqual(peer.end(), ([], 0))
+        self.assertEqual(peer.error_text, b"", "a session without a fault says nothing")
+
+    def test_half_a_message_at_the_end_is_answered_as_one(self):
+        peer = self.session()
+        peer.process.stdin.write(b'{"jsonrpc":"2.0","id":1,"method":"tools/ca')
+        answers, status = peer.end()
+        self.assertEqual(([a["error"]["code"] for a in answers], status), ([-32700], 0))
+
+    def test_signals_end_it_soon(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            peer = self.session()
+            peer.process.send_signal(number)
+            self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+
+    def test_a_signal_does_not_wait_for_a_call_that_hangs(self):
+        peer = self.session()
+        self.lock(peer)
+        peer.send(call(1, "how_it_works"))
+        self.assertEqual(peer.ask(request("p", "ping"))["id"], "p")
+        began = time.monotonic()
+        peer.process.send_signal(signal.SIGTERM)
+        self.assertEqual(peer.process.wait(peers.PATIENCE), 128 + signal.SIGTERM)
+        self.assertLess(time.monotonic() - began, 5)
+        self.release()
+
+    def test_a_signal_lets_a_running_call_finish(self):
+        peer = self.session()
+        self.lock(peer)
+        peer.send(call(1, "how_it_works"))
+        self.assertEqual(peer.ask(request("p", "ping"))["id"], "p")
+        peer.process.send_signal(signal.SIGTERM)
+        time.sleep(0.2)
+        self.release()
+        self.assertTrue(self.text(peer.answer()))
+        self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+
+    def test_a_closed_output_ends_it(self):
+        for wakes in (False, True):  # noticed while idle, and on writing
+            ours, theirs = os.pipe()
+            peer = self.peer(stdout=theirs)
+            os.close(theirs)
+            peer.send(initialize())
+            self.assertTrue(os.read(ours, 1 << 16))
+            os.close(ours)
+            if wakes:
+                try:
+                    peer.send(*[request(i, "tools/list") for i in range(50)])
+                except BrokenPipeError:
+                    pass
+            self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+
+    def test_a_client_that_reads_nothing_loses_nothing(self):
+        ours, theirs = os.pipe()
+        peer = self.peer(stdout=theirs)
+        os.close(theirs)
+        peer.send(initialize(), *[request(i, "tools/list") for i in range(100)], request("end", "ping"))
+        peer.process.stdin.close()
+        with self.assertRaises(subprocess.TimeoutExpired):
+            peer.process.wait(0.3)
+        with os.fdopen(ours, "rb") as stream:
+            lines = stream.read().splitlines()
+        self.assertEqual(len(lines), 102)
+        self.assertTrue(lines[-1].startswith(b'{"jsonrpc":"2.0","id":"end"'))
+        self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+
+    def test_a_signal_ends_it_while_the_client_reads_nothing(self):
+        ours, theirs = os.pipe()
+        peer = self.peer(stdout=theirs)
+        os.close(theirs)
+        peer.send(initialize(), *[request(i, "tools/list") for i in range(100)])
+        time.sleep(0.3)
+        peer.process.send_signal(signal.SIGTERM)
+        self.assertEqual(peer.process.wait(peers.PATIENCE), 128 + signal.SIGTERM)
+        os.close(ours)
+
+
+class CommandLine(Case):
+    def test_options(self):
+        for arguments, status, stream in [(["--help"], 0, "stdout"), (["--version"], 0, "stdout"), (["extra"], 2, "stderr"),
+                                          (["--tool-names=camel"], 2, "stderr"), (["--nothing"], 2, "stderr"),
+                                          (["--tool-names"], 2, "stderr")]:
+            run = subprocess.run([peers.PROGRAM, *arguments], stdin=subprocess.DEVNULL, capture_output=True,
+                                 env=dict(os.environ, MERVO_HOME=self.home), timeout=peers.PATIENCE)
+            self.assertEqual(run.returncode, status, arguments)
+            self.assertTrue(getattr(run, stream))
+            self.assertFalse(run.stdout if stream == "stderr" else run.stderr)
+        self.assertEqual(os.listdir(self.home), [])
+
+    def test_a_server_that_is_asked_nothing_writes_nothing(self):
+        peer = self.session()
+        peer.ask(request(1, "tools/list"))
+        peer.end()
+        self.assertEqual(os.listdir(self.home), [])
+
+
+if __name__ == "__main__":
+    unittest.main()
