@@ -13,9 +13,13 @@ namespace mervo::platform {
 /// The bytes of a regular file; nothing when it cannot be read, or is a device, a pipe or a folder.
 std::optional<std::string> readFile(const std::filesystem::path& file) noexcept;
 
+/// Whether the bytes must outlive a power cut. A file of the moment need not, and is written much faster.
+enum class Keep { throughPowerCut, whileRunning };
+
 /// Replaces or creates the file in one step: whoever reads it meets the old bytes or the new ones, also after a crash
 /// or on a full disk. A symbolic link stays, and the file that it leads to is replaced.
-std::error_code replaceFile(const std::filesystem::path& file, std::string_view bytes) noexcept;
+std::error_code replaceFile(
+    const std::filesystem::path& file, std::string_view bytes, Keep keep = Keep::throughPowerCut) noexcept;
 
 /// Writes the file itself, without a temporary one, down to the disk. What could not be written whole is removed.
 std::error_code writeInPlace(const std::filesystem::path& file, std::string_view bytes) noexcept;

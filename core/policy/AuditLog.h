@@ -45,11 +45,20 @@ public:
     std::vector<AuditEntry> search(std::string_view text, std::int64_t limit) noexcept;
     /// Actions that an allow rule let run unattended since midnight UTC.
     std::int64_t mutationsToday() noexcept;
+    /// Rows with action "send" and outcome "sent" since midnight UTC, as earlier versions wrote them.
+    std::int64_t sentToday() noexcept;
     /// Deletes rows older than so many days; the number of rows that went.
     std::int64_t prune(std::int64_t olderThanDays) noexcept;
 
 private:
+    AuditLog()
+        : shared_(true)
+    {
+    }
+    MervoDB* db() noexcept { return shared_ ? MervoDB::shared().get() : db_.get(); }
+
     std::shared_ptr<MervoDB> db_; ///< empty: there is no database
+    bool shared_ = false; ///< the home directory's database, which nobody opens before it is needed
 };
 
 } // namespace mervo

@@ -6,7 +6,8 @@
 #include <string_view>
 
 /// An agent's request to change the slider. Raising it is for a person alone: a request for a higher level changes
-/// nothing. One for the current level is applied and writes nothing; a lower one is written and audited.
+/// nothing. One for the current level is applied and writes nothing; a lower one is written and audited. Throws
+/// ServiceError when the configuration cannot be written; the level then stays, and there is no row.
 namespace mervo::AutonomyRequest {
 
 [[nodiscard]] HarnessConfig::AutonomyChange make(

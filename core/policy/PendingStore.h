@@ -21,13 +21,14 @@ struct PendingAction {
 
     bool operator==(const PendingAction&) const = default;
 
-    /// The compact JSON object of the file, and back; decoding gives nothing for anything else.
+    /// The compact JSON object of the file, and back; decoding gives nothing for anything else. Encoding throws
+    /// ServiceError when a text is no UTF-8.
     std::string encode() const;
     static std::optional<PendingAction> decode(std::string_view json);
 };
 
 /// The waiting room: `<home>/pending/<id>.json`, one file for each action, without index or lock. Any number of
-/// processes may queue at once.
+/// processes may queue at once. An id that cannot be a base name (empty, or with a "/") names no action.
 class PendingStore {
 public:
     /// "pending" below the given directory, which is created; a failure shows at the first save.

@@ -9,6 +9,22 @@
 
 namespace mervo {
 
+/// A call's arguments as rules compare them: each is folded at most once, however many rules ask. Refers to the
+/// arguments; not for several threads at once.
+class FoldedArgs {
+public:
+    explicit FoldedArgs(const Args& args)
+        : args_(args)
+    {
+    }
+    /// The folded value, null when there is no such argument.
+    const std::string* find(std::string_view key) const;
+
+private:
+    const Args& args_;
+    mutable std::map<std::string_view, std::string> folded_;
+};
+
 /// The owner's answer for particular actions. A plain value, identified by `id`.
 struct PolicyRule {
     enum class Decision { allow, deny, ask };
@@ -31,7 +47,8 @@ struct PolicyRule {
         Mismatch mismatch = Mismatch::none;
         std::string_view argument; ///< the key of the failed condition; lives as long as the rule
     };
-    Fit fit(std::string_view toolID, const Args& args) const;
+    Fit fit(std::string_view toolID, const FoldedArgs& args) const;
+    Fit fit(std::string_view toolID, const Args& args) const { return fit(toolID, FoldedArgs(args)); }
 
     bool matches(std::string_view toolID, const Args& args) const;
 

@@ -15,6 +15,7 @@ namespace mervo {
 class RuleStore {
 public:
     explicit RuleStore(std::shared_ptr<MervoDB> db);
+    /// On the home directory's database, opened on first use.
     static RuleStore& shared() noexcept;
 
     std::vector<PolicyRule> all() noexcept;
@@ -25,7 +26,14 @@ public:
     void setEnabled(std::string_view id, bool enabled) noexcept;
 
 private:
-    std::shared_ptr<MervoDB> db_;
+    RuleStore()
+        : shared_(true)
+    {
+    }
+    MervoDB* db() noexcept { return shared_ ? MervoDB::shared().get() : db_.get(); }
+
+    std::shared_ptr<MervoDB> db_; ///< empty: there is no database
+    bool shared_ = false; ///< the home directory's database, which nobody opens before it is needed
 };
 
 } // namespace mervo

@@ -32,13 +32,15 @@ std::error_code writeAll(const Descriptor& to, std::string_view bytes)
             return lastError();
         bytes.remove_prefix(static_cast<std::size_t>(count));
     }
-    return ::fsync(to.get()) == 0 ? std::error_code{} : lastError();
+    return {};
 }
 
-std::error_code writeAndClose(Descriptor& to, std::string_view bytes)
+std::error_code writeAndClose(Descriptor& to, std::string_view bytes, Keep keep)
 {
     if (const auto error = writeAll(to, bytes))
         return error;
+    if (keep == Keep::throughPowerCut && ::fsync(to.get()) != 0)
+        return lastError();
     return to.close() == 0 ? std::error_code{} : lastError();
 }
 
@@ -56,19 +58,21 @@ std::filesystem::path behindLinks(std::filesystem::path file, std::error_code& e
     return file;
 }
 
-std::error_code replace(const std::filesystem::path& target, std::string_view bytes)
+std::error_code replace(const std::filesystem::path& target, std::string_view bytes, Keep keep)
 {
     std::string temporary = target.string() + ".XXXXXX";
     Descriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC)); // mode 0600
     if (!descriptor.open())
         return lastError();
-    std::error_code error = writeAndClose(descriptor, bytes);
+    std::error_code error = writeAndClose(descriptor, bytes, keep);
     if (!error && ::rename(temporary.c_str(), target.c_str()) != 0)
         error = lastError();
     if (error) {
         ::unlink(temporary.c_str());
         return error;
     }
+    if (keep == Keep::whileRunning)
+        return {};
     const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
     const Descriptor entry(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (entry.open())
@@ -126,12 +130,12 @@ std::optional<std::string> readFile(const std::filesystem::path& file) noexcept
     return failed ? std::nullopt : bytes;
 }
 
-std::error_code replaceFile(const std::filesystem::path& file, std::string_view bytes) noexcept
+std::error_code replaceFile(const std::filesystem::path& file, std::string_view bytes, Keep keep) noexcept
 {
     return guarded([&]() -> std::error_code {
         std::error_code error;
         const std::filesystem::path target = behindLinks(file, error);
-        return error ? error : replace(target, bytes);
+        return error ? error : replace(target, bytes, keep);
     });
 }
 
@@ -141,7 +145,7 @@ std::error_code writeInPlace(const std::filesystem::path& file, std::string_view
         Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kOwnerOnly));
         if (!descriptor.open())
             return lastError();
-        const std::error_code error = writeAndClose(descriptor, bytes);
+        const std::error_code error = writeAndClose(descriptor, bytes, Keep::throughPowerCut);
         if (error)
             ::unlink(file.c_str());
         return error;

@@ -1,0 +1,204 @@
+#include "core/policy/HarnessRunner.h"
+
+#include "core/foundation/HarnessConfig.h"
+#include "core/foundation/ServiceError.h"
+#include "core/foundation/Text.h"
+#include "core/foundation/Timestamps.h"
+#include "core/policy/PendingStore.h"
+#include "core/scripting/OSAScript.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+
+namespace mervo {
+
+namespace {
+
+using HarnessRunner::Error;
+using HarnessRunner::Executed;
+using HarnessRunner::Execution;
+using HarnessRunner::Explanation;
+using HarnessRunner::Pending;
+using HarnessRunner::Result;
+using HarnessRunner::Stores;
+
+constexpr std::string_view kUnnamedFailure = "the tool failed without saying why";
+
+/// The description of whatever `work` throws, nothing when it returns.
+template <typename Work>
+std::optional<std::string> failureOf(Work&& work)
+{
+    try {
+        work();
+        return std::nullopt;
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return std::string(kUnnamedFailure);
+    }
+}
+
+/// What the gate knows of a call: all that a verdict stands on, read afresh, and the verdict.
+Explanation judge(const Tool& tool, const Args& args, Stores stores)
+{
+    Explanation found;
+    found.refusal = failureOf([&] { (void)tool.build(args); });
+    if (found.refusal)
+        return found;
+    const HarnessConfig config = HarnessConfig::load();
+    found.mode = config.autonomyMode;
+    found.dailyCap = config.dailyMutationCap;
+    found.rules = stores.rules.all();
+    found.mutationsToday = stores.audit.mutationsToday();
+    found.outcome = ActionPolicy::decide(
+        tool.id, tool.effect, args, found.mode, found.rules, found.mutationsToday, found.dailyCap, &found.trace);
+    return found;
+}
+
+/// One judged call: what the three branches share.
+struct Call {
+    const Tool& tool;
+    const Args& args;
+    std::string_view actor;
+    AuditLog& audit;
+
+    void record(const AuditLog::Details& details, std::string_view outcome, const std::string& reason) const
+    {
+        audit.log(actor, tool.id, std::nullopt, details, outcome, reason);
+    }
+    AuditLog::Details argsAnd(std::string_view key, std::string value) const
+    {
+        AuditLog::Details details = args;
+        details.insert_or_assign(std::string(key), std::move(value));
+        return details;
+    }
+};
+
+Result deny(const Call& call, const ActionPolicy::Outcome& verdict)
+{
+    call.record(call.args, "denied", verdict.reason);
+    return Error{"blocked by deny-rule (" + verdict.ruleID.value_or("?") + ")"};
+}
+
+std::string summary(const Call& call)
+{
+    std::vector<std::string> parts;
+    for (const auto& [key, value] : call.args)
+        parts.push_back(key + "=" + value);
+    std::sort(parts.begin(), parts.end());
+    return call.tool.id + " " + Text::join(parts, " ");
+}
+
+std::optional<std::string> preview(const Call& call)
+{
+    std::optional<std::string> line;
+    if (call.tool.preview)
+        (void)failureOf([&] { line = call.tool.preview(call.args); }); // a card without a preview is still a card
+    return line;
+}
+
+Result ask(
+    const Call& call, const ActionPolicy::Outcome& verdict, AutonomyMode mode, const std::filesystem::path& configDir)
+{
+    PendingAction action;
+    const auto failure = failureOf([&] {
+        const PendingStore store(configDir);
+        action = {Text::newShortId(), call.tool.id, call.args, summary(call), {}, preview(call)};
+        action.createdAt = Timestamps::now();
+        store.save(action);
+    });
+    if (failure)
+        return Error{"could not save pending: " + *failure};
+    const bool bySlider = verdict.reason == "policy_" + std::string(rawValue(mode));
+    call.record(action.preview ? call.argsAnd("impact", *action.preview) : call.args, "pending_approval",
+        bySlider ? "needs_approval" : verdict.reason);
+    return Pending{std::move(action.id), std::move(action.preview)};
+}
+
+bool deservesRow(const Tool& tool, const std::string& output)
+{
+    bool deserves = true;
+    if (tool.auditAutoRun)
+        (void)failureOf([&] { deserves = tool.auditAutoRun(output); }); // in doubt, on record
+    return deserves;
+}
+
+Result runNow(const Call& call, const ActionPolicy::Outcome& verdict)
+{
+    Execution execution = HarnessRunner::executeBuilt(call.tool, call.args);
+    if (!execution.ok) {
+        call.record(call.args, "error", execution.error);
+        return Error{std::move(execution.error)};
+    }
+    if (deservesRow(call.tool, execution.output)) {
+        const std::string result = HarnessRunner::truncate(execution.output, HarnessRunner::kAuditTextLimit);
+        call.record(call.argsAnd("result", result), "executed", verdict.reason);
+    }
+    return Executed{std::move(execution.output)};
+}
+
+/// The raw output of a tool. Throws what its closures throw, or ServiceError with the script's error line.
+std::string output(const Tool& tool, const Args& args)
+{
+    if (tool.nativeRun)
+        return tool.nativeRun(args);
+    const Invocation invocation = tool.build(args);
+    OSAScript::Result result = OSAScript::run(invocation.script, invocation.argv);
+    if (!result.ok)
+        throw ServiceError(result.error);
+    return std::move(result.output);
+}
+
+} // namespace
+
+HarnessRunner::Stores HarnessRunner::Stores::shared() noexcept
+{
+    return {RuleStore::shared(), AuditLog::shared()};
+}
+
+HarnessRunner::Result HarnessRunner::run(
+    const Tool& tool, const Args& args, std::string_view actor, const std::filesystem::path& configDir, Stores stores)
+{
+    Explanation found = judge(tool, args, stores);
+    if (found.refusal)
+        return Error{*std::move(found.refusal)};
+    const Call call{tool, args, actor, stores.audit};
+    switch (found.outcome.decision) {
+    case ActionPolicy::Decision::deny:
+        return deny(call, found.outcome);
+    case ActionPolicy::Decision::ask:
+        return ask(call, found.outcome, found.mode, configDir);
+    case ActionPolicy::Decision::automatic:
+        return runNow(call, found.outcome);
+    }
+    return Error{std::string(kUnnamedFailure)};
+}
+
+HarnessRunner::Execution HarnessRunner::executeBuilt(const Tool& tool, const Args& args)
+{
+    Execution execution;
+    const auto failure = failureOf([&] {
+        execution.output = output(tool, args);
+        if (tool.transform)
+            execution.output = tool.transform(execution.output);
+    });
+    if (failure)
+        return {false, {}, *failure};
+    execution.ok = true;
+    return execution;
+}
+
+std::string HarnessRunner::truncate(std::string_view text, std::size_t limit)
+{
+    return Text::cut(Text::trimmed(platform::withValidUtf8(text)), limit);
+}
+
+HarnessRunner::Explanation HarnessRunner::explain(const Tool& tool, const Args& args)
+{
+    const auto db = MervoDB::existing();
+    RuleStore rules(db);
+    AuditLog audit(db);
+    return judge(tool, args, {rules, audit});
+}
+
+} // namespace mervo
