@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <utility>
 
 namespace mervo::mcp::json {
 
@@ -46,10 +47,10 @@ public:
         }
         auto& members = open_.back()->members;
         if (members.size() < kMostMembers) {
-            members.emplace_back(std::move(name), Value{});
+            members.push_back({std::move(name), {}});
         } else {
             crowded_ = true;
-            members.back() = {std::move(name), Value{}};
+            members.back() = {std::move(name), {}};
         }
         return true;
     }
@@ -57,7 +58,7 @@ public:
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
 
 private:
-    Value& current() { return open_.empty() ? root_ : open_.back()->members.back().second; }
+    Value& current() { return open_.empty() ? root_ : open_.back()->members.back().value; }
 
     bool leaf(Kind kind, std::string text)
     {
@@ -105,15 +106,15 @@ const Value& Value::operator[](std::string_view name) const
 {
     static const Value absent;
     const auto found =
-        std::find_if(members.rbegin(), members.rend(), [&](const auto& member) { return member.first == name; });
-    return found == members.rend() ? absent : found->second;
+        std::find_if(members.rbegin(), members.rend(), [&](const auto& member) { return member.name == name; });
+    return found == members.rend() ? absent : found->value;
 }
 
 Value Value::take(std::string_view name)
 {
     const auto found =
-        std::find_if(members.rbegin(), members.rend(), [&](const auto& member) { return member.first == name; });
-    return found == members.rend() ? Value{} : std::move(found->second);
+        std::find_if(members.rbegin(), members.rend(), [&](const auto& member) { return member.name == name; });
+    return found == members.rend() ? Value{} : std::move(found->value);
 }
 
 Outcome parse(std::string_view text, Value& value)

@@ -2,7 +2,6 @@
 
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 /// JSON as the server reads it: only what a message of the protocol can mean is kept.
@@ -15,9 +14,11 @@ namespace mervo::mcp::json {
 struct Value {
     enum class Kind { absent, null, boolean, integer, real, text, list, object };
 
+    struct Member;
+
     Kind kind = Kind::absent;
     std::string text; ///< a string's content; a number or boolean as it was written
-    std::vector<std::pair<std::string, Value>> members; ///< an object's, in the order of the text
+    std::vector<Member> members; ///< an object's, in the order of the text
 
     /// The member of an object, the last one of several with this name; an absent value when there is none.
     const Value& operator[](std::string_view name) const;
@@ -27,6 +28,11 @@ struct Value {
     bool is(Kind wanted) const { return kind == wanted; }
     /// Absent, or written as null: no difference is made.
     bool missing() const { return kind == Kind::absent || kind == Kind::null; }
+};
+
+struct Value::Member {
+    std::string name;
+    Value value;
 };
 
 inline constexpr std::size_t kDepth = 6;
