@@ -1,5 +1,8 @@
-/// The gate from inside: `bench-gate prepare FOLDER RULES ROWS` fills a home's database, `bench-gate measure FOLDER
-/// ROUNDS` takes samples on it and prints them as bench-pairs does. MERVO_HOME must name the same folder.
+/// The gate from inside, on a home whose folder MERVO_HOME must name too:
+///
+///     bench-gate prepare FOLDER RULES ROWS   fills the database
+///     bench-gate midnight FOLDER             takes today's rows away: what a call meets as the day begins
+///     bench-gate measure FOLDER ROUNDS       takes samples and prints them as bench-pairs does
 ///
 /// The audit rows are spread evenly over 90 UTC days of which the last is today, which has its whole share: what a call
 /// meets at the end of a busy day. One row in four is an action that an allow rule let run.
@@ -75,6 +78,19 @@ void prepare(const std::filesystem::path& folder, std::int64_t rules, std::int64
     });
 }
 
+std::string startOfToday()
+{
+    return Timestamps::now().substr(0, 10) + "T00:00:00Z";
+}
+
+void forgetToday(const std::filesystem::path& folder)
+{
+    MervoDB db(folder);
+    db.database().write([](Database& database) {
+        database.prepare("DELETE FROM audit WHERE timestamp >= ?;").bind(startOfToday()).run();
+    });
+}
+
 /// A tool that does nothing and is not recorded: what is left of a call is the gate.
 Tool idleTool()
 {
@@ -121,13 +137,12 @@ nlohmann::json measure(const std::filesystem::path& folder, int rounds)
     const Tool tool = idleTool();
     const Args args{{"to", "person4711@orchard.example"}, {"subject", "Topic 7"}, {"body", std::string(2000, 'b')}};
     const std::vector<PolicyRule> rules = store.all();
-    const std::string today = Timestamps::now().substr(0, 10) + "T00:00:00Z";
     const std::string file = (folder / "mervo.sqlite").string();
     const auto bareRules = makeScan({file, "SELECT * FROM policy_rules ORDER BY created_at DESC;", ""});
     const auto bareCount = makeScan({file,
         "SELECT COUNT(*) FROM audit\nWHERE outcome = 'executed'\n  AND reason LIKE 'rule_allow:%'\n"
         "  AND timestamp >= ?;",
-        today});
+        startOfToday()});
     const auto bareSearch = makeScan({file,
         "SELECT * FROM audit\nWHERE action LIKE ? OR actor LIKE ? OR outcome LIKE ?\n"
         "   OR IFNULL(reason,'') LIKE ? OR IFNULL(account_id,'') LIKE ?\n   OR details LIKE ?\n"
@@ -149,7 +164,7 @@ nlohmann::json measure(const std::filesystem::path& folder, int rounds)
             bareRules->sample();
             bareCount->sample();
         });
-        samples.take("count", [&] { insist(audit.mutationsToday() > 0, "nothing was counted"); });
+        samples.take("count", [&] { audit.mutationsToday(); });
         samples.take("rules", [&] { insist(store.all().size() == rules.size(), "rules are missing"); });
         samples.take("search", [&] { insist(!audit.search(kRareWord, 200).empty(), "nothing was found"); });
         samples.take("search_statement", [&] { bareSearch->sample(); });
@@ -169,10 +184,13 @@ int main(int count, char** words)
         const std::string what = count > 1 ? words[1] : "";
         if (what == "prepare" && count == 5)
             mervo::bench::prepare(words[2], std::stoll(words[3]), std::stoll(words[4]));
+        else if (what == "midnight" && count == 3)
+            mervo::bench::forgetToday(words[2]);
         else if (what == "measure" && count == 4)
             std::puts(mervo::bench::measure(words[2], std::stoi(words[3])).dump().c_str());
         else
-            throw std::runtime_error("usage: bench-gate prepare FOLDER RULES ROWS | measure FOLDER ROUNDS");
+            throw std::runtime_error(
+                "usage: bench-gate prepare FOLDER RULES ROWS | midnight FOLDER | measure FOLDER ROUNDS");
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bench-gate: %s\n", error.what());

@@ -182,14 +182,28 @@ def gate(bench):
     # The newest day of the rows must be today.
     shutil.rmtree(home, ignore_errors=True)
     print(f"  making {RULES:,} rules and {ROWS:,} audit rows", flush=True)
-    subprocess.run([bench.programs / "bench-gate", "prepare", home, str(RULES), str(ROWS)], env=environment, check=True)
-    got = bench.samples(environment, bench.programs / "bench-gate", ["measure", str(home), str(bench.rounds)])
-    wall = {name: series["wall"] for name, series in got.items()}
+    program = bench.programs / "bench-gate"
+
+    def measured():
+        got = bench.samples(environment, program, ["measure", str(home), str(bench.rounds)])
+        return {name: series["wall"] for name, series in got.items()}
+
+    subprocess.run([program, "prepare", home, str(RULES), str(ROWS)], env=environment, check=True)
+    full = measured()
+    subprocess.run([program, "midnight", home], env=environment, check=True)
+    begun = measured()
+
+    def own_work(wall, when):
+        return Figure(f"the gate's own work (configuration, {RULES:,} rules, today's count in {ROWS:,} rows, decision), "
+                      f"{when}", wall["gate"], wall["rules_and_count"], "the two bare statements", 2 * MS, True)
+
     return [
-        Figure(f"`ActionPolicy::decide` with {RULES:,} rules", wall["decide"], None, "", 0.2 * MS, True),
-        Figure(f"the gate's own work: configuration, {RULES:,} rules, today's count in {ROWS:,} rows, decision",
-               wall["gate"], wall["rules_and_count"], "the two bare statements", 2 * MS, True),
-        Figure(f"search of {ROWS:,} audit rows", wall["search"], wall["search_statement"], "the bare statement", 1.2),
+        Figure(f"`ActionPolicy::decide` with {RULES:,} rules", full["decide"], None, "", 0.2 * MS, True),
+        own_work(begun, "as the day begins"),
+        own_work(full, "at the day's end"),
+        Figure("of which: all rules read", full["rules"]),
+        Figure("of which: the day's count", full["count"]),
+        Figure(f"search of {ROWS:,} audit rows", full["search"], full["search_statement"], "the bare statement", 1.2),
     ]
 
 
