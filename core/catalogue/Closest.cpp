@@ -42,14 +42,21 @@ std::size_t distance(std::string_view from, std::string_view to)
     return last.back();
 }
 
-/// How far a mistyped id is from a tool's: a right verb in a wrong or forgotten family ("search") is near, too.
+/// How far apart two ids may be and still be near.
+std::size_t reach(const std::string& wanted)
+{
+    return std::max<std::size_t>(1, wanted.size() / 3);
+}
+
+/// How far a mistyped id is from a tool's. The beginning of an id, or a verb without its family, is as near as one
+/// letter; a right verb in a wrong family is just near enough.
 std::size_t farness(const std::string& wanted, const std::string& id)
 {
     const auto verb = id.substr(id.find('.') + 1);
-    const auto wantedVerb = wanted.substr(wanted.find('.') + 1);
-    if (verb == wantedVerb || (wanted.size() > 2 && id.starts_with(wanted)))
+    if (verb == wanted || (wanted.size() > 2 && id.starts_with(wanted)))
         return 1;
-    return distance(wanted, id);
+    const std::size_t apart = distance(wanted, id);
+    return verb == wanted.substr(wanted.find('.') + 1) ? std::min(apart, reach(wanted)) : apart;
 }
 
 } // namespace
@@ -62,7 +69,7 @@ std::vector<std::string> closest(std::string_view id, std::size_t count)
     std::vector<std::pair<std::size_t, std::string>> near;
     for (const Tool* tool : all()) {
         const std::size_t far = farness(wanted, plain(tool->id));
-        if (far <= std::max<std::size_t>(1, wanted.size() / 3))
+        if (far <= reach(wanted))
             near.emplace_back(far, tool->id);
     }
     std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });

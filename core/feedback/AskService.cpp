@@ -21,7 +21,7 @@ std::string newItemId()
 
 std::optional<std::string> after(Timestamps::Time time, std::optional<std::int64_t> hours)
 {
-    constexpr std::int64_t kMost = 24 * 365 * 1000; // as good as never, and still a date
+    constexpr std::int64_t kMost = 24 * 365 * 200; // as good as never, and within what the clock can count
     if (!hours)
         return std::nullopt;
     return Timestamps::string(time + std::chrono::hours(std::clamp(*hours, -kMost, kMost)));

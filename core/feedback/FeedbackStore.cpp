@@ -26,7 +26,7 @@ auto orEmpty(std::optional<FeedbackDB>& db, Operation&& operation) noexcept -> d
 
 std::string daysAgo(std::int64_t days)
 {
-    constexpr std::int64_t kMost = 365 * 1000; // further than any record reaches
+    constexpr std::int64_t kMost = 365 * 200; // further than any record reaches, and within what the clock can count
     const auto time = std::chrono::system_clock::now() - std::chrono::hours(24 * std::clamp(days, -kMost, kMost));
     return Timestamps::string(time);
 }
