@@ -1,0 +1,212 @@
+#include "core/approval/Approval.h"
+#include "core/feedback/FeedbackStore.h"
+#include "core/foundation/MervoDB.h"
+#include "core/policy/HarnessRunner.h"
+#include "tests/support/Files.h"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace mervo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class ApprovalTest : public testing::Test {
+protected:
+    test::TempDir home;
+    std::shared_ptr<MervoDB> db = std::make_shared<MervoDB>(home.path());
+    PendingStore pending{home.path()};
+    AuditLog audit{db};
+    FeedbackStore feedback{db};
+    AskService service{feedback};
+    Approval::Stores stores{pending, audit, service};
+
+    PendingAction queued(const std::string& tool, Args args = {}) const
+    {
+        PendingAction action{"0A1B2C3D", tool, std::move(args), tool + " ", "2026-03-01T08:15:42Z", "1 message(s)"};
+        pending.save(action);
+        return action;
+    }
+
+    std::filesystem::path file() const { return home / "pending" / "0A1B2C3D.json"; }
+
+    /// The whole row but its time.
+    static std::string shown(const AuditEntry& row)
+    {
+        std::string text = row.actor + "|" + row.action + "|" + row.accountId.value_or("-") + "|" + row.outcome + "|"
+            + row.reason.value_or("-");
+        for (const auto& [key, value] : row.details)
+            text += "|" + key + "=" + value.substr(0, 40);
+        return text;
+    }
+    std::vector<std::string> rows()
+    {
+        std::vector<std::string> list;
+        for (const auto& row : audit.recent(50))
+            list.push_back(shown(row));
+        return list;
+    }
+};
+
+TEST_F(ApprovalTest, RunsWhatWasShownAndWritesTheRow)
+{
+    const auto action = queued("how_it_works", {{"note", "as shown"}});
+    auto changed = action;
+    changed.tool = "mail.delete"; // the file was replaced behind the person's back
+    pending.save(changed);
+    const auto result = Approval::approve(action, stores);
+    const auto* done = std::get_if<Approval::Executed>(&result);
+    ASSERT_NE(done, nullptr);
+    EXPECT_GT(done->output.size(), 100U);
+    EXPECT_FALSE(std::filesystem::exists(file()));
+    ASSERT_THAT(audit.recent(5), SizeIs(1));
+    const AuditEntry row = audit.recent(1)[0];
+    EXPECT_EQ(row.actor + " " + row.action + " " + row.outcome + " " + row.reason.value_or("-"),
+        "cockpit how_it_works executed approved")
+        << "the action, not its file";
+    EXPECT_EQ(row.accountId, std::nullopt);
+    EXPECT_EQ(row.details.at("note"), "as shown");
+    EXPECT_EQ(row.details.at("result"), HarnessRunner::truncate(done->output, 500));
+    EXPECT_EQ(audit.mutationsToday(), 0) << "a person's approval does not count towards the cap";
+}
+
+TEST_F(ApprovalTest, LeavesTheFileWhereNothingRan)
+{
+    const auto unknown = queued("mail.vanish");
+    const std::string bytes = test::readFile(file());
+    const auto first = Approval::approve(unknown, stores);
+    ASSERT_TRUE(std::holds_alternative<Approval::UnknownTool>(first));
+    EXPECT_EQ(std::get<Approval::UnknownTool>(first).text, "unknown tool: mail.vanish");
+    EXPECT_EQ(test::readFile(file()), bytes);
+
+    const auto refused = queued("mail.send", {{"to", "a@example.org"}});
+    const auto second = Approval::approve(refused, stores);
+    ASSERT_TRUE(std::holds_alternative<Approval::Refused>(second));
+    EXPECT_EQ(std::get<Approval::Refused>(second).text, "missing required argument: subject");
+    EXPECT_TRUE(std::filesystem::exists(file()));
+    EXPECT_THAT(rows(), IsEmpty());
+}
+
+TEST_F(ApprovalTest, QueuesAFailedRunAgain)
+{
+    const auto action = queued("mail.send", {{"to", "a@example.org"}, {"subject", "Hi"}});
+    const auto result = Approval::approve(action, stores);
+    ASSERT_TRUE(std::holds_alternative<Approval::Failed>(result));
+    const std::string why = "mail.send needs the Mail bridge, which this build does not have";
+    EXPECT_EQ(std::get<Approval::Failed>(result).error, why);
+    EXPECT_TRUE(std::get<Approval::Failed>(result).queuedAgain);
+    EXPECT_THAT(pending.list(), ElementsAre(action)) << "same id, same time";
+    EXPECT_THAT(rows(), ElementsAre("cockpit|mail.send|-|error|" + why + "|subject=Hi|to=a@example.org"));
+}
+
+TEST_F(ApprovalTest, RunsNothingThatItCannotClaim)
+{
+    const auto action = queued("how_it_works");
+    std::filesystem::remove(file());
+    EXPECT_TRUE(std::holds_alternative<Approval::AlreadyGone>(Approval::approve(action, stores)));
+    test::writeFile(file() / "inside", "a folder cannot be removed like a file");
+    EXPECT_TRUE(std::holds_alternative<Approval::AlreadyGone>(Approval::approve(action, stores)));
+    EXPECT_THAT(rows(), IsEmpty());
+}
+
+TEST_F(ApprovalTest, RunsOnceOfManyApprovalsAtOnce)
+{
+    for (int round = 0; round < 20; ++round) {
+        const auto action = queued("how_it_works");
+        std::atomic<int> ran = 0;
+        std::atomic<int> gone = 0;
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < 4; ++i)
+            threads.emplace_back([&] {
+                const auto result = Approval::approve(action, stores);
+                ran += std::holds_alternative<Approval::Executed>(result) ? 1 : 0;
+                gone += std::holds_alternative<Approval::AlreadyGone>(result) ? 1 : 0;
+            });
+        threads.clear();
+        EXPECT_EQ(ran, 1);
+        EXPECT_EQ(gone, 3);
+    }
+    EXPECT_EQ(audit.count(), 20);
+}
+
+TEST_F(ApprovalTest, RunsOnceOfTwoProcesses)
+{
+    const auto action = queued("how_it_works");
+    std::vector<pid_t> children;
+    for (int i = 0; i < 2; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            auto own = std::make_shared<MervoDB>(home.path());
+            PendingStore store(home.path());
+            AuditLog log(own);
+            FeedbackStore told(own);
+            AskService asks(told);
+            const auto result = Approval::approve(action, {store, log, asks});
+            ::_exit(std::holds_alternative<Approval::Executed>(result) ? 1 : 0);
+        }
+        children.push_back(child);
+    }
+    int ran = 0;
+    for (const pid_t child : children) {
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        ASSERT_TRUE(WIFEXITED(status));
+        ran += WEXITSTATUS(status);
+    }
+    EXPECT_EQ(ran, 1);
+    EXPECT_EQ(audit.count(), 1);
+}
+
+TEST_F(ApprovalTest, RejectsWithARowAndALesson)
+{
+    const struct {
+        Args args;
+        const char* note;
+        const char* reason;
+        const char* verdict;
+    } cases[] = {
+        {{}, "", "user_rejected", "refus de mail.send"},
+        {{}, " \n\t ", "user_rejected", "refus de mail.send"},
+        {{{"to", "x"}}, "  too early\n", "too early", "refus de mail.send : too early"},
+        {{{"from", "boss@example.org"}}, "", "user_rejected", "refus de mail.send (boss@example.org)"},
+        {{{"account", "Work"}, {"from", ""}}, "no", "no", "refus de mail.send (Work) : no"},
+        {{{"account", "Work"}, {"from", "a@b"}}, "rejected from notification", "rejected from notification",
+            "refus de mail.send (a@b Work) : rejected from notification"},
+    };
+    for (const auto& [args, note, reason, verdict] : cases) {
+        const auto action = queued("mail.send", args);
+        EXPECT_TRUE(Approval::reject(action, note, stores)) << verdict;
+        EXPECT_FALSE(std::filesystem::exists(file()));
+        const AuditEntry row = audit.recent(1).at(0);
+        EXPECT_EQ(row.actor, "cockpit");
+        EXPECT_EQ(row.action, "mail.send");
+        EXPECT_EQ(row.accountId, std::nullopt);
+        EXPECT_EQ(row.outcome, "rejected");
+        EXPECT_EQ(row.reason, reason);
+        EXPECT_EQ(row.details, args);
+        const auto told = feedback.pendingInjection("any");
+        ASSERT_THAT(told, SizeIs(1));
+        EXPECT_EQ(told[0].text, verdict);
+        EXPECT_EQ(told[0].kind, FeedbackItem::Kind::verdict);
+        EXPECT_EQ(told[0].automation, std::nullopt);
+        EXPECT_NE(told[0].expiresAt, std::nullopt);
+        feedback.remove(told[0].id);
+    }
+}
+
+TEST_F(ApprovalTest, RejectsWhatCannotBeApproved)
+{
+    const auto action = queued("mail.vanish");
+    EXPECT_TRUE(Approval::reject(action, "", stores));
+    EXPECT_FALSE(Approval::reject(action, "", stores)) << "it was gone already";
+    EXPECT_THAT(pending.list(), IsEmpty());
+}
+
+} // namespace
+} // namespace mervo
