@@ -12,12 +12,13 @@ import re
 # From the ground up. An include leads to a lower floor, or to a neighbour as long as no circle comes of it.
 FLOORS = [
     {"platform"},
-    {"core/foundation", "platform/applescript"},
-    {"core/scripting", "platform/desk"},
-    {"core/policy"},
-    {"core/tools"},
+    {"core/foundation", "platform/applescript", "platform/desk/settings"},
+    {"core/scripting", "platform/desk/mail"},
+    {"core/policy", "platform/desk/mime", "platform/desk/applications"},
+    {"core/tools", "platform/desk"},
     {"core/automations", "core/feedback"},
-    {"core/catalogue", "core/approval", "core/doctor"},
+    {"core/catalogue"},
+    {"core/approval", "core/doctor"},
     {"cockpit/model", "tools/cli", "tools/mcp"},
     {"cockpit/views"},
 ]
