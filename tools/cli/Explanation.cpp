@@ -17,7 +17,7 @@ using Entry = ActionPolicy::Trace::Entry;
 
 constexpr std::size_t kValueLimit = 80; ///< characters of a value in a sentence
 
-std::string quoted(std::string_view text)
+std::string inQuotes(std::string_view text)
 {
     const std::size_t length = platform::countCharacters(text);
     const std::string shown = Text::visibleLine(Text::cut(text, kValueLimit));
@@ -57,17 +57,17 @@ std::string whyNoMatch(const Call& call, const PolicyRule& rule, const PolicyRul
     case disabled:
         return "it is switched off";
     case tool:
-        return fmt::format("{} is none of the tools {}", call.tool->id, quoted(rule.toolPattern));
+        return fmt::format("{} is none of the tools {}", call.tool->id, inQuotes(rule.toolPattern));
     case account: {
         const std::string_view given = argument(call.args, "account");
         return given.empty() ? std::string("the call names no account")
-                             : fmt::format("the call's account is {}", quoted(given));
+                             : fmt::format("the call's account is {}", inQuotes(given));
     }
     case missingArgument:
-        return fmt::format("the call has no argument {}", quoted(fit.argument));
+        return fmt::format("the call has no argument {}", inQuotes(fit.argument));
     case argumentText:
-        return fmt::format("the argument {} is {}, which does not contain {}", quoted(fit.argument),
-            quoted(argument(call.args, fit.argument)), quoted(rule.match.at(std::string(fit.argument))));
+        return fmt::format("the argument {} is {}, which does not contain {}", inQuotes(fit.argument),
+            inQuotes(argument(call.args, fit.argument)), inQuotes(rule.match.at(std::string(fit.argument))));
     }
     return {};
 }
@@ -124,33 +124,54 @@ std::string why(const Call& call, const HarnessRunner::Explanation& explanation,
     return {};
 }
 
-/// "deny mail.* account="Work" to~"acme"".
+/// deny mail.* where account is "Work" and to contains "acme"
 std::string describe(const PolicyRule& rule)
 {
-    std::string text = fmt::format("{} {}", rawValue(rule.decision), Text::visibleLine(rule.toolPattern));
+    std::vector<std::string> conditions;
     if (hasAccount(rule))
-        text += fmt::format(" where account is {}", quoted(*rule.account));
+        conditions.push_back("account is " + inQuotes(*rule.account));
     for (const auto& [key, part] : rule.match)
-        text += fmt::format("{}{} contains {}",
-            &part == &rule.match.begin()->second && !hasAccount(rule) ? " where " : " and ", Text::visibleLine(key),
-            quoted(part));
-    return text;
+        conditions.push_back(fmt::format("{} contains {}", Text::visibleLine(key), inQuotes(part)));
+    return fmt::format("{} {}{}{}", rawValue(rule.decision), Text::visibleLine(rule.toolPattern),
+        conditions.empty() ? "" : " where ", Text::join(conditions, " and "));
+}
+
+/// What the tool itself refuses never reaches the policy, so there is no verdict to explain.
+std::string refusal(const Call& call, const std::string& text)
+{
+    return fmt::format("{} would be refused by the tool itself, whatever the level and the rules: {}\n", call.tool->id,
+        Text::visibleLine(text));
+}
+
+std::string posture(const Call& call, const HarnessRunner::Explanation& explanation)
+{
+    return fmt::format("Effect: {}\nAutonomy: {}. {}\n"
+                       "Today: {} of {} actions that allow rules may let run unattended\n",
+        rawValue(call.tool->effect), rawValue(explanation.mode), description(explanation.mode),
+        explanation.mutationsToday, explanation.dailyCap);
+}
+
+nlohmann::ordered_json asJson(const PolicyRule& rule)
+{
+    nlohmann::ordered_json record{{"id", rule.id}, {"enabled", rule.enabled}};
+    if (rule.account)
+        record["account"] = *rule.account;
+    record["toolPattern"] = rule.toolPattern;
+    record["match"] = rule.match;
+    record["decision"] = rawValue(rule.decision);
+    record["source"] = rawValue(rule.source);
+    record["createdAt"] = rule.createdAt;
+    return record;
 }
 
 } // namespace
 
 std::string inWords(const Call& call, const HarnessRunner::Explanation& explanation)
 {
-    std::string text;
     if (explanation.refusal)
-        text += fmt::format(
-            "The tool itself refuses these arguments: {}\nWere they right:\n", Text::visibleLine(*explanation.refusal));
-    text += fmt::format("{}\nReason: {}\n\n", verdict(call, explanation.outcome.decision),
-        Text::visibleLine(explanation.outcome.reason));
-    text += fmt::format("Effect: {}\nAutonomy: {}. {}\n", rawValue(call.tool->effect), rawValue(explanation.mode),
-        description(explanation.mode));
-    text += fmt::format("Today: {} of {} actions that allow rules may let run unattended\n", explanation.mutationsToday,
-        explanation.dailyCap);
+        return refusal(call, *explanation.refusal);
+    std::string text = fmt::format("{}\nReason: {}\n\n{}", verdict(call, explanation.outcome.decision),
+        Text::visibleLine(explanation.outcome.reason), posture(call, explanation));
     text += explanation.trace.entries.empty() ? "Rules: none\n" : "Rules, newest first:\n";
     for (const Entry& entry : explanation.trace.entries)
         text += fmt::format("  {}  {}\n      {}\n", Text::visibleLine(entry.rule->id), describe(*entry.rule),
@@ -160,11 +181,12 @@ std::string inWords(const Call& call, const HarnessRunner::Explanation& explanat
 
 nlohmann::ordered_json asJson(const Call& call, const HarnessRunner::Explanation& explanation)
 {
-    nlohmann::ordered_json object;
-    object["tool"] = call.tool->id;
-    object["effect"] = rawValue(call.tool->effect);
-    if (explanation.refusal)
+    nlohmann::ordered_json object{{"tool", call.tool->id}, {"effect", rawValue(call.tool->effect)}};
+    if (explanation.refusal) {
+        object["verdict"] = "refused";
         object["refusal"] = *explanation.refusal;
+        return object;
+    }
     object["verdict"] = ActionPolicy::name(explanation.outcome.decision);
     object["reason"] = explanation.outcome.reason;
     if (explanation.outcome.ruleID)
@@ -174,14 +196,7 @@ nlohmann::ordered_json asJson(const Call& call, const HarnessRunner::Explanation
     object["dailyCap"] = explanation.dailyCap;
     object["rules"] = nlohmann::ordered_json::array();
     for (const Entry& entry : explanation.trace.entries) {
-        const PolicyRule& rule = *entry.rule;
-        nlohmann::ordered_json record{{"id", rule.id}, {"enabled", rule.enabled}};
-        if (rule.account)
-            record["account"] = *rule.account;
-        record["toolPattern"] = rule.toolPattern;
-        record["match"] = rule.match;
-        record["decision"] = rawValue(rule.decision);
-        record["createdAt"] = rule.createdAt;
+        nlohmann::ordered_json record = asJson(*entry.rule);
         record["matches"] = entry.standing != Standing::doesNotMatch;
         record["settles"] = entry.standing == Standing::won || entry.standing == Standing::cappedWinner;
         record["why"] = why(call, explanation, entry);
