@@ -17,8 +17,8 @@ class Clients(Case):
         super().setUp()
         self.assertTrue(os.path.isdir(MODULES), "the clients are not installed: run scripts/setup --tests")
 
-    def node(self, *arguments):
-        run = subprocess.run(["node", *arguments], capture_output=True, text=True, timeout=120,
+    def node(self, *arguments, folder=FOLDER):
+        run = subprocess.run(["node", *arguments], capture_output=True, text=True, timeout=120, cwd=folder,
                              env=dict(os.environ, MERVO_HOME=self.home))
         self.assertEqual(run.returncode, 0, run.stdout + run.stderr)
         return json.loads(run.stdout)
@@ -44,8 +44,9 @@ class Clients(Case):
         self.check(self.node(os.path.join(FOLDER, "stateless_client.mjs"), peers.PROGRAM), "2026-07-28")
 
     def inspect(self, *arguments):
-        program = os.path.join(MODULES, "@modelcontextprotocol", "inspector-cli", "build", "cli.js")
-        return self.node(program, peers.PROGRAM, *arguments)
+        # Looks for its own version in the folder above the one that it is started in.
+        folder = os.path.join(MODULES, "@modelcontextprotocol", "inspector-cli", "build")
+        return self.node("index.js", peers.PROGRAM, *arguments, folder=folder)
 
     def test_the_inspector(self):
         self.assertEqual(len(self.inspect("--method", "tools/list")["tools"]), 61)

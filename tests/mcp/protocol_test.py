@@ -218,7 +218,7 @@ class Calls(Case):
 
     def test_megabytes_of_argument_arrive_whole(self):
         peer = self.session()
-        body = "é\n" * (2 << 20)
+        body = "é\n" * (1 << 20)
         self.text(peer.ask(call(1, "mail.send", {"to": "a@example.org", "subject": "s", "body": body})))
         (file,) = self.pending()
         with open(f"{self.home}/pending/{file}", encoding="utf-8") as stored:
