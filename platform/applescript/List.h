@@ -21,6 +21,9 @@ protected:
     virtual void clear() noexcept = 0;
 
 private:
+    void leaveChain() noexcept;
+
+    bool isChained_ = true;
     Container* previous_ = nullptr;
     Container* next_ = nullptr;
 };
@@ -64,11 +67,14 @@ public:
     void set(Symbol label, Value value);
     /// Adds a field only where the label is new.
     void addMissing(Symbol label, const Value& value);
+    ~Record() override;
 
 private:
-    void clear() noexcept override { fields_.clear(); }
+    void clear() noexcept override;
+    void add(Symbol label, Value value);
 
     std::vector<Field> fields_;
+    std::size_t charged_ = 0;
 };
 
 } // namespace mervo::applescript

@@ -29,8 +29,12 @@ public:
     static void operator delete(void* memory, std::size_t size) noexcept;
 
 protected:
-    static void* operator new(std::size_t size, std::size_t extra);
-    static void operator delete(void* memory, std::size_t size, std::size_t extra) noexcept;
+    /// Bytes behind the cell itself; the destructor of the derived class discharges them.
+    struct ExtraBytes {
+        std::size_t count;
+    };
+    static void* operator new(std::size_t size, ExtraBytes extra);
+    static void operator delete(void* memory, ExtraBytes extra) noexcept;
 
 private:
     static void bury(const Cell* cell) noexcept;

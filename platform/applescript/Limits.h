@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace mervo::applescript {
+
+/// What one script may use on the current thread: memory of its values, depth of the stack and, for tests, steps.
+///
+/// Reaching a bound throws ScriptError (-108 for memory, -2706 for depth, -1712 for steps). Without a Scope nothing
+/// but the default bound of memory applies.
+class Limits {
+public:
+    static constexpr std::size_t kDefaultBytes = std::size_t(1) << 30;
+    /// Deep enough for some thousand nested handler calls, well below the usual stack of 8 MiB.
+    static constexpr std::size_t kStackBytes = std::size_t(3) << 20;
+
+    /// Memory that values hold; `discharge` what was charged.
+    static void charge(std::size_t bytes);
+    static void discharge(std::size_t bytes) noexcept;
+    /// Called by whatever recurses along a script or a value.
+    static void enter();
+    /// Called once for each statement, round of a loop and part of a value that is walked through.
+    static void step();
+
+    /// Sets the bounds for its lifetime; the stack is measured from where it stands.
+    class Scope {
+    public:
+        explicit Scope(std::uint64_t steps = 0, std::size_t bytes = kDefaultBytes); // 0 steps: unlimited
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+        ~Scope();
+
+    private:
+        struct Saved {
+            std::size_t byteLimit;
+            std::uint64_t steps;
+            bool countsSteps;
+            std::uintptr_t floor;
+        } saved_;
+    };
+};
+
+} // namespace mervo::applescript
