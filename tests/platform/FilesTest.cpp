@@ -1,0 +1,137 @@
+#include "platform/files.h"
+
+#include "tests/support/Files.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace mervo::platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+unsigned mode(const fs::path& path)
+{
+    return static_cast<unsigned>(fs::status(path).permissions());
+}
+
+/// For its lifetime no file of this process can grow beyond so many bytes: what a full disk does to a writer.
+class SmallFiles {
+public:
+    explicit SmallFiles(rlim_t bytes)
+    {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        previous_ = ::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallFiles()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &before_);
+        ::signal(SIGXFSZ, previous_);
+    }
+
+private:
+    rlimit before_{};
+    void (*previous_)(int) = nullptr;
+};
+
+TEST(Files, replacesInOneStepForTheOwnerAlone)
+{
+    const test::TempDir dir;
+    const fs::path file = dir / "config.json";
+    EXPECT_FALSE(replaceFile(file, "one"));
+    EXPECT_EQ(mode(file), 0600U);
+    fs::permissions(file, fs::perms(0644));
+    EXPECT_FALSE(replaceFile(file, "two", Keep::whileRunning));
+    EXPECT_EQ(test::readFile(file), "two");
+    EXPECT_EQ(mode(file), 0600U);
+    EXPECT_EQ(test::tree(dir.path()), std::set<std::string>{"config.json"}) << "nothing temporary stays";
+}
+
+TEST(Files, aLinkStaysALink)
+{
+    const test::TempDir dir;
+    fs::create_directories(dir / "dotfiles");
+    fs::create_symlink("dotfiles/real.json", dir / "link.json");
+    fs::create_symlink("link.json", dir / "second.json");
+    EXPECT_FALSE(replaceFile(dir / "second.json", "through two links to nothing yet"));
+    EXPECT_FALSE(replaceFile(dir / "link.json", "new"));
+    EXPECT_TRUE(fs::is_symlink(dir / "link.json") && fs::is_symlink(dir / "second.json"));
+    EXPECT_EQ(test::readFile(dir / "dotfiles/real.json"), "new");
+    fs::create_symlink("loop", dir / "loop");
+    EXPECT_TRUE(replaceFile(dir / "loop", "x"));
+}
+
+TEST(Files, aFullDiskLeavesTheOldFileOrNone)
+{
+    const test::TempDir dir;
+    ASSERT_FALSE(replaceFile(dir / "config.json", "old"));
+    const std::string much(200000, 'x');
+    std::error_code replaced;
+    std::error_code written;
+    {
+        const SmallFiles limit(100000);
+        replaced = replaceFile(dir / "config.json", much);
+        written = writeInPlace(dir / "action.json", much);
+    }
+    EXPECT_EQ(replaced.value(), EFBIG);
+    EXPECT_EQ(written.value(), EFBIG);
+    EXPECT_EQ(test::readFile(dir / "config.json"), "old");
+    EXPECT_EQ(test::tree(dir.path()), std::set<std::string>{"config.json"});
+}
+
+TEST(Files, aKilledWriterLeavesAWholeFile)
+{
+    const test::TempDir dir;
+    const fs::path file = dir / "config.json";
+    const std::string texts[]{std::string(300000, 'a'), std::string(300000, 'b')};
+    ASSERT_FALSE(replaceFile(file, texts[0]));
+    for (int round = 0; round < 10; ++round) {
+        const pid_t writer = ::fork();
+        if (writer == 0) {
+            for (int i = 0;; ++i)
+                replaceFile(file, texts[i % 2], Keep::whileRunning);
+        }
+        for (int look = 0; look < 20; ++look) {
+            const auto seen = readFile(file);
+            ASSERT_TRUE(seen && (*seen == texts[0] || *seen == texts[1])) << "a reader met a part";
+            ::usleep(200);
+        }
+        ::kill(writer, SIGKILL);
+        ::waitpid(writer, nullptr, 0);
+        const auto left = readFile(file);
+        ASSERT_TRUE(left && (*left == texts[0] || *left == texts[1]));
+    }
+}
+
+TEST(Files, onlyRegularFilesAreRead)
+{
+    const test::TempDir dir;
+    ASSERT_EQ(::mkfifo((dir / "pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(readFile(dir / "pipe")) << "and without waiting for a writer";
+    EXPECT_FALSE(readFile("/dev/zero"));
+    EXPECT_FALSE(readFile(dir.path()));
+    EXPECT_FALSE(readFile(dir / "missing"));
+    test::writeFile(dir / "bytes", std::string("a\0\xFF\n", 4));
+    EXPECT_EQ(readFile(dir / "bytes"), std::string("a\0\xFF\n", 4));
+    EXPECT_EQ(readFile("/proc/self/comm")->empty(), false) << "a size of 0 says nothing about what can be read";
+}
+
+TEST(Files, aPrivateFolderIsPrivateFromTheStart)
+{
+    const test::TempDir dir;
+    EXPECT_FALSE(createPrivateFolder(dir / "a/b/home"));
+    EXPECT_EQ(mode(dir / "a/b/home"), 0700U);
+    EXPECT_FALSE(createPrivateFolder(dir / "a/b/home/"));
+    test::writeFile(dir / "file", "");
+    EXPECT_TRUE(createPrivateFolder(dir / "file"));
+    EXPECT_EQ(createPrivateFolder(dir / "file/below").value(), ENOTDIR);
+}
+
+} // namespace
+} // namespace mervo::platform

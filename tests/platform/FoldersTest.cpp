@@ -1,0 +1,58 @@
+#include "platform/folders.h"
+#include "platform/process.h"
+#include "platform/programs.h"
+#include "platform/unified_log.h"
+#include "tests/support/Files.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+namespace mervo::platform {
+namespace {
+
+TEST(Folders, aLeadingTildeIsAHome)
+{
+    ::setenv("HOME", "/home/somebody", 1);
+    const std::pair<const char*, const char*> cases[]{{"~", "/home/somebody"}, {"~/x", "/home/somebody/x"},
+        {"~//x", "/home/somebody/x"}, {"~root", "/root"}, {"~root/x", "/root/x"},
+        {"~nobody-of-this-name/x", "~nobody-of-this-name/x"}, {"/a/~", "/a/~"}, {"", ""}, {"a~", "a~"}};
+    for (const auto& [text, path] : cases)
+        EXPECT_EQ(expandTilde(text), path) << text;
+}
+
+TEST(Folders, homeAndDataFollowTheEnvironment)
+{
+    ::setenv("HOME", "/home/somebody", 1);
+    ::unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(applicationSupport(), "/home/somebody/.local/share");
+    ::setenv("XDG_DATA_HOME", "relative", 1);
+    EXPECT_EQ(applicationSupport(), "/home/somebody/.local/share") << "only an absolute path counts";
+    ::setenv("XDG_DATA_HOME", "/data", 1);
+    EXPECT_EQ(applicationSupport(), "/data");
+    ::setenv("HOME", "", 1);
+    EXPECT_TRUE(userHome().is_absolute());
+}
+
+TEST(Programs, areFoundFromTheRunningExecutable)
+{
+    const auto contents = std::filesystem::canonical("/proc/self/exe").parent_path().parent_path();
+    ASSERT_EQ(contents.filename(), "Contents");
+    EXPECT_EQ(bundle(), contents);
+    EXPECT_EQ(osascript(), contents / "Helpers/platform/osascript");
+    EXPECT_EQ(helper("mervo-mcp"), contents / "Helpers/mervo-mcp");
+    EXPECT_EQ(resource("llm-guide.md"), contents / "Resources/MervoCore_MervoCore.bundle/llm-guide.md");
+}
+
+TEST(UnifiedLog, neverWritesToTheTerminalAndTakesAnything)
+{
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    logError("Test", "");
+    logError("Test", "MESSAGE\nPRIORITY=0\n\xFF\x01%s%n");
+    logError("Test", std::string(5'000'000, 'x'));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+} // namespace
+} // namespace mervo::platform
