@@ -17,28 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct UsualNames {
-    const std::string MailAccountSettings::*configured;
-    std::array<std::string_view, 4> names; // the first is the one that a new mailbox gets
-};
-
-UsualNames usualNames(SpecialMailbox which)
-{
-    switch (which) {
-    case SpecialMailbox::inbox:
-        break;
-    case SpecialMailbox::drafts:
-        return {&MailAccountSettings::drafts, {"Drafts", "Draft", "Brouillons", "[Gmail]/Drafts"}};
-    case SpecialMailbox::sent:
-        return {&MailAccountSettings::sent, {"Sent", "Sent Messages", "Sent Items", "[Gmail]/Sent Mail"}};
-    case SpecialMailbox::trash:
-        return {&MailAccountSettings::trash, {"Trash", "Deleted Messages", "Deleted Items", "[Gmail]/Trash"}};
-    case SpecialMailbox::junk:
-        return {&MailAccountSettings::junk, {"Junk", "Spam", "Junk E-mail", "[Gmail]/Spam"}};
-    }
-    return {nullptr, {"INBOX"}};
-}
-
 std::string newMessageId(std::string_view sender)
 {
     std::array<std::uint64_t, 2> random{};
@@ -105,23 +83,6 @@ void MailStore::createLocalAccount() const
 std::vector<MailFolder> MailStore::mailboxes(const MailAccountSettings& account) const
 {
     return listMailFolders(account);
-}
-
-std::string MailStore::specialMailbox(const MailAccountSettings& account, SpecialMailbox which) const
-{
-    const UsualNames usual = usualNames(which);
-    if (usual.configured == nullptr)
-        return std::string(usual.names[0]);
-    if (!(account.*usual.configured).empty())
-        return account.*usual.configured;
-    const std::vector<MailFolder> existing = listMailFolders(account);
-    for (const std::string_view name : usual.names) {
-        for (const MailFolder& folder : existing) {
-            if (platform::foldCase(folder.name) == platform::foldCase(name))
-                return folder.name;
-        }
-    }
-    return std::string(usual.names[0]);
 }
 
 const MailAccountSettings* MailStore::accountWithAddress(std::string_view address) const

@@ -3,6 +3,7 @@
 #include "platform/desk/mail/HeaderIndex.h"
 #include "platform/desk/mail/MailFolders.h"
 #include "platform/desk/mail/MimeEngine.h"
+#include "platform/desk/mail/SpecialMailbox.h"
 #include "platform/desk/settings/Configuration.h"
 
 #include <map>
@@ -13,8 +14,6 @@
 #include <vector>
 
 namespace mervo::desk {
-
-enum class SpecialMailbox { inbox, drafts, sent, trash, junk };
 
 /// A message that is composed and has not been saved.
 struct OutgoingMail {
@@ -37,9 +36,6 @@ public:
 
     const std::vector<MailAccountSettings>& accounts() const noexcept { return configuration_.mailAccounts; }
     std::vector<MailFolder> mailboxes(const MailAccountSettings& account) const;
-    /// The mailbox that serves a purpose: the configured name, else an existing one with a usual name, else the name
-    /// that it will have when it is needed.
-    std::string specialMailbox(const MailAccountSettings& account, SpecialMailbox which) const;
     /// The account that has this address, ignoring case; null when none has.
     const MailAccountSettings* accountWithAddress(std::string_view address) const;
 

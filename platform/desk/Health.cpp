@@ -1,0 +1,200 @@
+#include "platform/desk/Health.h"
+
+#include "platform/desk/mail/MailFolders.h"
+#include "platform/desk/mail/Maildir.h"
+#include "platform/desk/mail/SpecialMailbox.h"
+#include "platform/desk/settings/Configuration.h"
+#include "platform/desk/settings/Places.h"
+#include "platform/folders.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <sqlite3.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace mervo::desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kIndexName = "mail-index.sqlite";
+
+Finding configurationFinding(const Configuration& configuration)
+{
+    return {"desk.configuration", "Desk configuration", true,
+        configuration.file.empty()
+            ? fmt::format("none: the local account is used ({} is not there)", configurationFile().string())
+            : configuration.file.string(),
+        ""};
+}
+
+struct MailCount {
+    std::size_t mailboxes = 0, messages = 0;
+    std::vector<std::string> unreadable; // mailboxes, by the sentence that says why
+    std::vector<std::string> damaged; // message files
+};
+
+void countMailbox(const MailFolder& folder, bool mayBeMissing, MailCount& count)
+{
+    try {
+        maildirStamp(folder.path, mayBeMissing);
+        for (const MaildirEntry& entry : listMaildir(folder.path)) {
+            ++count.messages;
+            const fs::path file = messagePath(folder.path, entry.fileName, entry.isNew);
+            struct stat status { };
+            if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0
+                || access(file.c_str(), R_OK) != 0)
+                count.damaged.push_back(file.string());
+        }
+        ++count.mailboxes;
+    } catch (const MailError& error) {
+        count.unreadable.emplace_back(error.what());
+    }
+}
+
+bool isFolder(const fs::path& path)
+{
+    std::error_code error;
+    return fs::is_directory(path, error);
+}
+
+std::string draftsWords(const MailAccountSettings& account, const std::vector<MailFolder>& folders)
+{
+    const std::string drafts = specialMailbox(account, SpecialMailbox::drafts);
+    const bool isThere =
+        std::any_of(folders.begin(), folders.end(), [&](const MailFolder& folder) { return folder.name == drafts; });
+    return fmt::format("drafts go to \"{}\"{}", drafts, isThere ? "" : ", which is made when it is first needed");
+}
+
+void examineAccount(const MailAccountSettings& account, std::vector<Finding>& findings)
+{
+    const std::string id = "desk.mail." + account.name;
+    const std::string label = fmt::format("Mail account \"{}\"", account.name);
+    if (!account.local && !isFolder(account.root)) {
+        findings.push_back({id, label, false, fmt::format("its folder {} is not there", account.root.string()),
+            fmt::format("Synchronise the account into {}, or correct \"path\" in {}.", account.root.string(),
+                configurationFile().string())});
+        return;
+    }
+    const std::vector<MailFolder> folders = listMailFolders(account);
+    MailCount count;
+    for (const MailFolder& folder : folders)
+        countMailbox(folder, account.local || folder.path == account.root, count);
+    findings.push_back({id, label, count.unreadable.empty(),
+        fmt::format("{}: {} mailboxes, {} messages; {}{}{}", account.root.string(), count.mailboxes, count.messages,
+            draftsWords(account, folders), count.unreadable.empty() ? "" : ". ",
+            count.unreadable.empty() ? "" : fmt::format("{}", fmt::join(count.unreadable, " "))),
+        count.unreadable.empty() ? "" : "Make the folders named here readable for this user."});
+    if (!count.damaged.empty())
+        findings.push_back({id + ".damaged", label + ": damaged messages", false,
+            fmt::format(
+                "{} files are empty or cannot be read, such as {}", count.damaged.size(), count.damaged.front()),
+            "Fetch these messages again, or remove the files."});
+}
+
+bool isInPath(const std::string& program)
+{
+    if (program.find('/') != std::string::npos)
+        return access(platform::expandTilde(program).c_str(), X_OK) == 0;
+    const char* path = std::getenv("PATH");
+    std::string_view rest = path == nullptr ? "/usr/bin:/bin" : path;
+    while (true) {
+        const std::size_t end = rest.find(':');
+        const fs::path file = fs::path(rest.substr(0, end)) / program;
+        if (access(file.c_str(), X_OK) == 0 && !isFolder(file))
+            return true;
+        if (end == std::string_view::npos)
+            return false;
+        rest.remove_prefix(end + 1);
+    }
+}
+
+void examineSending(const MailAccountSettings& account, std::vector<Finding>& findings)
+{
+    const std::string id = "desk.sendmail." + account.name;
+    const std::string label = fmt::format("Sending from \"{}\"", account.name);
+    if (account.sendmail.empty()) {
+        findings.push_back({id, label, true, "no sendmail command: only the desk's own addresses can be reached", ""});
+        return;
+    }
+    const bool found = isInPath(account.sendmail.front());
+    findings.push_back({id, label, found,
+        fmt::format(fmt::runtime(found ? "through {}" : "the program {} is not found"), account.sendmail.front()),
+        found ? ""
+              : fmt::format("Install {}, or correct \"sendmail\" in {}.", account.sendmail.front(),
+                  configurationFile().string())});
+}
+
+/// The answer of the database's own check; "ok" when it is whole.
+std::string checkDatabase(const fs::path& file, const char* sql)
+{
+    sqlite3* database = nullptr;
+    std::string answer;
+    if (sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+        const auto keep = [](void* to, int columns, char** values, char**) {
+            if (columns > 0 && values[0] != nullptr)
+                *static_cast<std::string*>(to) = values[0];
+            return 0;
+        };
+        sqlite3_busy_timeout(database, 2000);
+        if (sqlite3_exec(database, sql, keep, &answer, nullptr) != SQLITE_OK)
+            answer = sqlite3_errmsg(database);
+    } else {
+        answer = database == nullptr ? "no memory" : sqlite3_errmsg(database);
+    }
+    sqlite3_close_v2(database);
+    return answer;
+}
+
+Finding indexFinding()
+{
+    const fs::path file = cacheFolder() / kIndexName;
+    std::error_code error;
+    const auto size = fs::file_size(file, error);
+    if (error)
+        return {"desk.mail-index", "Mail index", true, "none yet: it is made when mail is first read", ""};
+    const std::string state = checkDatabase(file, "PRAGMA quick_check(1)");
+    const bool ok = state == "ok";
+    return {"desk.mail-index", "Mail index", ok,
+        fmt::format("{} ({} bytes){}", file.string(), size, ok ? "" : ": " + state),
+        ok ? "" : "Nothing is lost: it is built anew when mail is next read, and the file may be deleted."};
+}
+
+Finding messagesFinding()
+{
+    const fs::path file = platform::userHome() / "Library" / "Messages" / "chat.db";
+    struct stat status { };
+    if (stat(file.c_str(), &status) != 0)
+        return {"desk.messages", "Messages database", true,
+            fmt::format("none at {}: there are no conversations yet", file.string()), ""};
+    const std::string state = checkDatabase(file, "SELECT count(*) FROM sqlite_master");
+    const bool ok = !state.empty() && state.find_first_not_of("0123456789") == std::string::npos;
+    return {"desk.messages", "Messages database", ok, ok ? file.string() : fmt::format("{}: {}", file.string(), state),
+        ok ? "" : "Make the file readable for this user, or put a sound copy in its place."};
+}
+
+} // namespace
+
+std::vector<Finding> examineDesk()
+{
+    std::vector<Finding> findings;
+    try {
+        const Configuration configuration = loadConfiguration();
+        findings.push_back(configurationFinding(configuration));
+        for (const MailAccountSettings& account : configuration.mailAccounts) {
+            examineAccount(account, findings);
+            examineSending(account, findings);
+        }
+    } catch (const ConfigurationError& error) {
+        findings.push_back({"desk.configuration", "Desk configuration", false, error.what(),
+            "Correct the file; until then every tool that needs it fails."});
+    }
+    findings.push_back(indexFinding());
+    findings.push_back(messagesFinding());
+    return findings;
+}
+
+} // namespace mervo::desk

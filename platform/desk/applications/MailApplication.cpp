@@ -1,0 +1,155 @@
+#include "platform/desk/applications/MailApplication.h"
+
+#include "platform/applescript/Coercion.h"
+#include "platform/applescript/List.h"
+#include "platform/desk/applications/MailDictionary.h"
+#include "platform/desk/applications/MailObjects.h"
+#include "platform/desk/applications/OutgoingObjects.h"
+#include "platform/desk/settings/Places.h"
+
+namespace mervo::desk {
+namespace {
+
+using applescript::makeRef;
+using applescript::Ref;
+using applescript::ScriptError;
+using applescript::TermId;
+using applescript::Value;
+namespace CommonTerm = applescript::CommonTerm;
+
+/// The composed message that a new recipient or attachment goes into, from any place in it.
+Ref<OutgoingObject> outgoingAt(const applescript::MakeRequest& request)
+{
+    applescript::Object* place = request.place.anchor.get();
+    if (auto* message = dynamic_cast<OutgoingObject*>(place))
+        return message;
+    if (auto* part = dynamic_cast<OutgoingPart*>(place))
+        return part->message();
+    refuse("A recipient or an attachment is made inside an outgoing message.");
+}
+
+std::string textProperty(const applescript::MakeRequest& request, TermId property)
+{
+    const Value* value = request.property(property);
+    return value == nullptr || value->is(applescript::Kind::missing) ? std::string() : applescript::toString(*value);
+}
+
+Value makeAttachment(const applescript::MakeRequest& request)
+{
+    const Ref<OutgoingObject> message = outgoingAt(request);
+    const Value* file = request.property(MailTerm::fileName);
+    if (file == nullptr)
+        refuse("An attachment needs a file name.");
+    return message->addAttachment(applescript::toPath(*file));
+}
+
+void save(const Value& what)
+{
+    if (what.is(applescript::Kind::list)) {
+        for (const Value& item : what.asList().items())
+            save(item);
+        return;
+    }
+    auto* message = what.is(applescript::Kind::object) ? dynamic_cast<OutgoingObject*>(&what.asObject()) : nullptr;
+    if (message == nullptr)
+        refuse("Only an outgoing message can be saved.");
+    message->save();
+}
+
+} // namespace
+
+void refuse(const char* sentence)
+{
+    throw ScriptError(applescript::ErrorNumber::handlerFailed, sentence);
+}
+
+MailApplication::~MailApplication() = default;
+
+const applescript::Dictionary& MailApplication::dictionary() const
+{
+    return mailDictionary();
+}
+
+Ref<applescript::Object> MailApplication::root()
+{
+    return makeRef<MailRootObject>(*this);
+}
+
+void MailApplication::launch()
+{
+    store();
+    isRunning_ = true;
+}
+
+void MailApplication::quit(applescript::Saving)
+{
+    isRunning_ = false;
+    outgoing_.clear();
+}
+
+MailStore& MailApplication::store()
+{
+    if (!store_) {
+        try {
+            store_ = std::make_unique<MailStore>(loadConfiguration(), cacheFolder());
+        } catch (const ConfigurationError& error) {
+            throw ScriptError(applescript::ErrorNumber::handlerFailed, error.what());
+        }
+    }
+    return *store_;
+}
+
+Value MailApplication::make(const applescript::MakeRequest& request)
+{
+    switch (request.newClass->id) {
+    case MailTerm::outgoingMessage: {
+        const auto message = makeRef<OutgoingObject>(*this, static_cast<std::int64_t>(outgoing_.size()) + 1);
+        for (const auto& [property, value] : request.properties)
+            message->set(property, value);
+        outgoing_.push_back(message);
+        return Value::object(message);
+    }
+    case MailTerm::recipient:
+    case MailTerm::toRecipient:
+    case MailTerm::ccRecipient:
+    case MailTerm::bccRecipient:
+        return outgoingAt(request)->addRecipients(
+            request.newClass->id, textProperty(request, MailTerm::address), textProperty(request, CommonTerm::name));
+    case MailTerm::attachment:
+        return makeAttachment(request);
+    default:
+        refuse("This desk’s Mail makes outgoing messages, recipients and attachments, and nothing else.");
+    }
+}
+
+void MailApplication::remove(applescript::Object&)
+{
+    refuse("This desk’s Mail does not delete messages.");
+}
+
+Value MailApplication::move(applescript::Object&, const applescript::Insertion&)
+{
+    refuse("This desk’s Mail does not move messages.");
+}
+
+Value MailApplication::perform(const applescript::CommandCall& call)
+{
+    switch (call.command) {
+    case MailTerm::save:
+        save(call.direct);
+        return Value();
+    case MailTerm::checkForNewMail:
+        return Value(); // every look at a mailbox is one
+    case MailTerm::open:
+        refuse("This desk’s Mail has no window to open a message in.");
+    default:
+        refuse("This desk’s Mail does not send messages.");
+    }
+}
+
+void registerDesk(applescript::ApplicationRegistry& registry)
+{
+    registry.add({"Mail"}, "com.apple.mail", mailDictionary, [] { return std::make_unique<MailApplication>(); });
+}
+
+} // namespace mervo::desk

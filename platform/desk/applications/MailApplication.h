@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/applescript/Application.h"
+#include "platform/desk/mail/MailStore.h"
+
+#include <memory>
+#include <vector>
+
+namespace mervo::desk {
+
+class OutgoingObject;
+
+/// The desk's Mail as scripts see it. Messages are read, and drafts are composed and saved; sending, replying and
+/// changing messages are refused with a sentence.
+class MailApplication final : public applescript::Application {
+public:
+    MailApplication() = default;
+    ~MailApplication() override;
+
+    const applescript::Dictionary& dictionary() const override;
+    applescript::Ref<applescript::Object> root() override;
+    bool isRunning() const override { return isRunning_; }
+    /// Reads the configuration: a mistake in it is the error, in the words of ConfigurationError.
+    void launch() override;
+    void quit(applescript::Saving saving) override;
+    applescript::Value make(const applescript::MakeRequest& request) override;
+    void remove(applescript::Object& object) override;
+    applescript::Value move(applescript::Object& object, const applescript::Insertion& place) override;
+    applescript::Value perform(const applescript::CommandCall& call) override;
+
+    MailStore& store();
+    const std::vector<applescript::Ref<OutgoingObject>>& outgoing() const noexcept { return outgoing_; }
+
+private:
+    std::unique_ptr<MailStore> store_; // once made it stays: objects of the script refer to it
+    bool isRunning_ = false;
+    std::vector<applescript::Ref<OutgoingObject>> outgoing_;
+};
+
+/// What the desk answers to a request that it knows and does not do: -10000 with a sentence.
+[[noreturn]] void refuse(const char* sentence);
+
+/// Makes the desk's applications known to the script host.
+void registerDesk(applescript::ApplicationRegistry& registry);
+
+} // namespace mervo::desk

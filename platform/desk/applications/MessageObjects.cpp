@@ -1,0 +1,282 @@
+#include "platform/desk/applications/MessageObjects.h"
+
+#include "platform/applescript/List.h"
+#include "platform/desk/mail/MailAddress.h"
+#include "platform/desk/mail/MessageHead.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+
+namespace mervo::desk {
+namespace {
+
+using applescript::Designation;
+using applescript::makeRef;
+using applescript::Ref;
+using applescript::TermId;
+using applescript::Value;
+namespace CommonTerm = applescript::CommonTerm;
+
+Value validText(std::string_view bytes)
+{
+    return platform::isValidUtf8(bytes) ? Value::text(bytes) : Value::text(platform::withValidUtf8(bytes));
+}
+
+Value date(std::int64_t moment)
+{
+    return Value::date(applescript::Date::fromUnix(moment));
+}
+
+bool isJunkMailbox(const MailboxObject& mailbox)
+{
+    return mailbox.folder().name == specialMailbox(mailbox.account(), SpecialMailbox::junk);
+}
+
+/// Something inside a message: a recipient, a header field, an attachment. It keeps what it was made from.
+class MessagePart final : public MailObject {
+public:
+    using Fields = std::vector<std::pair<TermId, Value>>;
+
+    MessagePart(Ref<MessageObject> message, TermId partClass, std::size_t index, Fields fields)
+        : MailObject(message->mail(), partClass)
+        , message_(std::move(message))
+        , index_(index)
+        , fields_(std::move(fields))
+    {
+    }
+
+    Designation designation() const override
+    {
+        return {Designation::Form::index, className(), Value::integer(static_cast<std::int64_t>(index_) + 1), message_};
+    }
+
+    Value get(TermId property) override
+    {
+        for (const auto& [id, value] : fields_) {
+            if (id == property)
+                return value;
+        }
+        return Value::missing();
+    }
+
+private:
+    Ref<MessageObject> message_;
+    std::size_t index_;
+    Fields fields_;
+};
+
+bool isField(std::string_view name, std::string_view wanted)
+{
+    return platform::foldCase(name) == platform::foldCase(wanted);
+}
+
+} // namespace
+
+MessageList::MessageList(Ref<MailboxObject> ofMailbox, std::shared_ptr<const MailboxSnapshot> state)
+    : mailbox(std::move(ofMailbox))
+    , snapshot(std::move(state))
+{
+}
+
+Value indexedProperty(const MailboxObject& mailbox, const MessageHeader& header, TermId property)
+{
+    const MaildirFlags flags = header.maildirFlags();
+    switch (property) {
+    case CommonTerm::id:
+        return Value::integer(header.id);
+    case MailTerm::messageId:
+        return Value::text(header.messageId);
+    case MailTerm::subject:
+        return Value::text(header.subject);
+    case MailTerm::sender:
+        return Value::text(header.sender);
+    case MailTerm::dateReceived:
+        return date(header.receivedSeconds());
+    case MailTerm::dateSent:
+        return date(header.sent);
+    case MailTerm::messageSize:
+        return Value::integer(static_cast<std::int64_t>(header.size));
+    case MailTerm::readStatus:
+        return Value::boolean(flags.seen);
+    case MailTerm::flaggedStatus:
+        return Value::boolean(flags.flagged);
+    case MailTerm::deletedStatus:
+        return Value::boolean(flags.trashed);
+    case MailTerm::flagIndex:
+        return Value::integer(flags.flagged ? 0 : -1);
+    case MailTerm::wasRepliedTo:
+        return Value::boolean(flags.replied);
+    case MailTerm::wasForwarded:
+        return Value::boolean(flags.passed);
+    case MailTerm::junkMailStatus:
+        return Value::boolean(isJunkMailbox(mailbox));
+    default:
+        return Value();
+    }
+}
+
+MessageObject::MessageObject(Ref<MessageList> list, const MessageHeader& header)
+    : MailObject(list->mailbox->mail(), MailTerm::message)
+    , list_(std::move(list))
+    , header_(&header)
+{
+}
+
+Designation MessageObject::designation() const
+{
+    return {Designation::Form::id, className(), Value::integer(header_->id), list_->mailbox};
+}
+
+const MessageHeader& MessageObject::current()
+{
+    std::shared_ptr<const MailboxSnapshot> now = list_->mailbox->snapshot();
+    if (now != list_->snapshot) {
+        const MessageHeader* header = now->withBase(splitMaildirName(header_->fileName).base);
+        if (header == nullptr)
+            throw applescript::ScriptError(applescript::ErrorNumber::noSuchObject);
+        list_ = makeRef<MessageList>(list_->mailbox, std::move(now));
+        header_ = header;
+    }
+    return *header_;
+}
+
+std::string MessageObject::bytes()
+{
+    const MessageHeader& header = current();
+    return inScriptTerms([&] { return store().bytes(*list_->snapshot, header); });
+}
+
+std::string MessageObject::field(std::string_view name)
+{
+    std::string found;
+    const std::string message = bytes();
+    forEachField(message, [&](std::string_view fieldName, std::string_view value) {
+        if (found.empty() && isField(fieldName, name))
+            found = value;
+    });
+    return found;
+}
+
+Value MessageObject::get(TermId property)
+{
+    const MessageHeader& header = current();
+    if (Value indexed = indexedProperty(*list_->mailbox, header, property); !indexed.is(applescript::Kind::none))
+        return indexed;
+    switch (property) {
+    case MailTerm::content:
+        return inScriptTerms([&] { return validText(store().content(*list_->snapshot, header).text); });
+    case MailTerm::source:
+        return validText(bytes());
+    case MailTerm::allHeaders: {
+        const std::string message = bytes();
+        return validText(std::string_view(message).substr(0, endOfHead(message).value_or(message.size())));
+    }
+    case MailTerm::replyTo: {
+        const std::vector<MailAddress> addresses = parseAddressList(field("reply-to"));
+        return addresses.empty() ? Value::text(header.sender) : Value::text(displayAddress(addresses.front()));
+    }
+    default:
+        return Value::object(list_->mailbox);
+    }
+}
+
+void MessageObject::set(TermId, const Value&)
+{
+    refuse("This desk’s Mail reads messages; it does not change them.");
+}
+
+Value MessageObject::recipients(TermId which)
+{
+    std::vector<Value> found;
+    const auto add = [&](TermId partClass, std::string_view raw) {
+        std::size_t index = 0;
+        for (const MailAddress& address : parseAddressList(raw)) {
+            MessagePart::Fields fields = {
+                {CommonTerm::name, address.name.empty() ? Value::missing() : validText(address.name)},
+                {MailTerm::address, validText(address.address)}};
+            found.push_back(
+                Value::object(makeRef<MessagePart>(Ref<MessageObject>(this), partClass, index++, std::move(fields))));
+        }
+    };
+    const bool all = which == MailTerm::recipient;
+    if (all || which == MailTerm::toRecipient)
+        add(MailTerm::toRecipient, current().to);
+    if (all || which == MailTerm::ccRecipient)
+        add(MailTerm::ccRecipient, field("cc"));
+    if (all || which == MailTerm::bccRecipient)
+        add(MailTerm::bccRecipient, field("bcc"));
+    return Value::list(std::move(found));
+}
+
+Value MessageObject::headers()
+{
+    std::vector<Value> found;
+    const std::string message = bytes();
+    forEachField(message, [&](std::string_view name, std::string_view value) {
+        MessagePart::Fields fields = {{CommonTerm::name, validText(name)}, {MailTerm::content, validText(value)}};
+        found.push_back(Value::object(
+            makeRef<MessagePart>(Ref<MessageObject>(this), MailTerm::header, found.size(), std::move(fields))));
+    });
+    return Value::list(std::move(found));
+}
+
+Value MessageObject::attachments()
+{
+    const MessageHeader& header = current();
+    if (header.attachments == 0)
+        return Value::list(std::vector<Value>());
+    return inScriptTerms([&] {
+        std::vector<Value> found;
+        for (const MimeAttachment& attachment : store().content(*list_->snapshot, header).attachments) {
+            const std::string id = std::to_string(found.size() + 1);
+            MessagePart::Fields fields = {{CommonTerm::id, Value::text(id)},
+                {CommonTerm::name, Value::text(attachment.name)}, {MailTerm::mimeType, Value::text(attachment.type)},
+                {MailTerm::fileSize, Value::integer(static_cast<std::int64_t>(attachment.size))},
+                {MailTerm::downloaded, Value::boolean(true)}};
+            found.push_back(Value::object(makeRef<MessagePart>(
+                Ref<MessageObject>(this), MailTerm::mailAttachment, found.size(), std::move(fields))));
+        }
+        return Value::list(std::move(found));
+    });
+}
+
+Value MessageObject::every(TermId elementClass)
+{
+    switch (elementClass) {
+    case MailTerm::header:
+        return headers();
+    case MailTerm::mailAttachment:
+        return attachments();
+    default:
+        return recipients(elementClass);
+    }
+}
+
+std::size_t MessageObject::count(TermId elementClass)
+{
+    if (elementClass != MailTerm::mailAttachment)
+        return Object::count(elementClass);
+    const MessageHeader& header = current();
+    return inScriptTerms([&] { return store().attachmentCount(*list_->snapshot, header); });
+}
+
+bool MessageObject::exists()
+{
+    try {
+        current();
+        return true;
+    } catch (const applescript::ScriptError& error) {
+        if (error.number == applescript::ErrorNumber::noSuchObject)
+            return false;
+        throw;
+    }
+}
+
+bool MessageObject::isSame(const applescript::Object& other) const
+{
+    const auto* message = dynamic_cast<const MessageObject*>(&other);
+    return message != nullptr && message->list_->snapshot->maildir() == list_->snapshot->maildir()
+        && splitMaildirName(message->header_->fileName).base == splitMaildirName(header_->fileName).base;
+}
+
+} // namespace mervo::desk

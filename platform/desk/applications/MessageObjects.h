@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/applescript/RefCounted.h"
+#include "platform/desk/applications/MailObjects.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+/// Mail's messages and what they hold, as objects of the script host.
+namespace mervo::desk {
+
+/// One state of a mailbox, shared by the handles of all its messages.
+class MessageList final : public applescript::Cell {
+public:
+    MessageList(applescript::Ref<MailboxObject> mailbox, std::shared_ptr<const MailboxSnapshot> snapshot);
+
+    const applescript::Ref<MailboxObject> mailbox;
+    const std::shared_ptr<const MailboxSnapshot> snapshot;
+};
+
+/// A property that the index holds; no result for one that needs the message itself.
+applescript::Value indexedProperty(
+    const MailboxObject& mailbox, const MessageHeader& header, applescript::TermId property);
+
+/// A message by its file's base name. What it tells is what the mailbox holds now, not what it held when the handle
+/// was made.
+class MessageObject final : public MailObject {
+public:
+    MessageObject(applescript::Ref<MessageList> list, const MessageHeader& header);
+
+    applescript::Designation designation() const override;
+    applescript::Value get(applescript::TermId property) override;
+    void set(applescript::TermId property, const applescript::Value& value) override;
+    applescript::Value every(applescript::TermId elementClass) override;
+    std::size_t count(applescript::TermId elementClass) override;
+    bool exists() override;
+    bool isSame(const applescript::Object& other) const override;
+
+private:
+    /// Brings the handle up to date. Throws -1728 when the message is gone.
+    const MessageHeader& current();
+    std::string bytes();
+    std::string field(std::string_view name);
+    applescript::Value recipients(applescript::TermId which);
+    applescript::Value headers();
+    applescript::Value attachments();
+
+    applescript::Ref<MessageList> list_;
+    const MessageHeader* header_; // in the list's snapshot
+};
+
+} // namespace mervo::desk

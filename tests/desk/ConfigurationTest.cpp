@@ -1,0 +1,91 @@
+#include "platform/desk/settings/Configuration.h"
+
+#include <gmock/gmock.h>
+
+namespace mervo::desk {
+namespace {
+
+using testing::HasSubstr;
+
+std::string account(const std::string& name, const std::string& more)
+{
+    return "[[mail.account]]\nname = \"" + name + "\"\nemail = [\"me@x.example\"]\npath = \"/m\"\n" + more;
+}
+
+std::string complaint(const std::string& text)
+{
+    try {
+        parseConfiguration(text, "/c/desk.toml");
+    } catch (const ConfigurationError& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(Configuration, readsAnAccountWhole)
+{
+    const Configuration read = parseConfiguration(
+        "[[mail.account]]\nname='Work'\nemail=['me@w.example','also@w.example']\npath='~/Mail'\nlayout='nested'\n"
+        "server='imap.w.example'\nsendmail=['msmtp','-t']\ndrafts='Entwürfe/Neu'\nsent='S'\ntrash='T'\njunk='J'\n",
+        "/c");
+    ASSERT_EQ(read.mailAccounts.size(), 1U);
+    const MailAccountSettings& work = read.mailAccounts[0];
+    EXPECT_EQ(work.addresses, (std::vector<std::string>{"me@w.example", "also@w.example"}));
+    EXPECT_TRUE(work.root.is_absolute() && work.root.filename() == "Mail") << work.root;
+    EXPECT_EQ(work.layout, MailLayout::nested);
+    EXPECT_EQ(work.sendmail, (std::vector<std::string>{"msmtp", "-t"}));
+    EXPECT_EQ(work.drafts, "Entwürfe/Neu");
+    EXPECT_FALSE(work.local);
+}
+
+TEST(Configuration, hasALocalAccountWhenNoneIsWrittenDown)
+{
+    for (const char* text : {"", "[mail]\n", "# nothing\n"}) {
+        const Configuration read = parseConfiguration(text, "/c");
+        ASSERT_EQ(read.mailAccounts.size(), 1U) << text;
+        EXPECT_EQ(read.mailAccounts[0].name, "Local");
+        EXPECT_TRUE(read.mailAccounts[0].local);
+    }
+}
+
+TEST(Configuration, namesLineAndKeyOfEveryMistake)
+{
+    struct Case {
+        std::string text;
+        const char* line;
+        const char* words;
+    };
+    const Case cases[] = {
+        {"calender = 1\n", "line 1:", "\"calender\""},
+        {"[mail]\nacount = 2\n", "line 2:", "\"acount\""},
+        {account("A", "pasword = \"x\"\n"), "line 5:", "\"pasword\""},
+        {account("A", "layout = \"mbox\"\n"), "line 5:", "\"layout\""},
+        {account("A", "sendmail = \"msmtp -t\"\n"), "line 5:", "\"sendmail\""},
+        {account("A", "server = 5\n"), "line 5:", "\"server\""},
+        {account("A", "drafts = \"/etc\"\n"), "line 5:", "\"drafts\""},
+        {account("A", "junk = \"a//b\"\n"), "line 5:", "\"junk\""},
+        {account("A/B", ""), "line 2:", "\"name\""},
+        {account("", ""), "line 2:", "\"name\""},
+        {account("A\\tB", ""), "line 2:", "\"name\""},
+        {account("A", "") + account("a", ""), "line 6:", "\"name\""},
+        {"[[mail.account]]\nemail = [\"a@b\"]\npath = \"/m\"\n", "line 1:", "\"name\""},
+        {"[[mail.account]]\nname = \"A\"\npath = \"/m\"\n", "line 1:", "\"email\""},
+        {"[[mail.account]]\nname = \"A\"\nemail = []\npath = \"/m\"\n", "line 3:", "\"email\""},
+        {"[[mail.account]]\nname = \"A\"\nemail = [\"me at home\"]\npath = \"/m\"\n", "line 3:", "\"email\""},
+        {"[[mail.account]]\nname = \"A\"\nemail = [\"a@b\"]\n", "line 1:", "\"path\""},
+        {"[[mail.account]]\nname = \"A\"\nemail = [\"a@b\"]\npath = \"Mail\"\n", "line 4:", "\"path\""},
+        {"[mail.account]\nname = \"A\"\n", "line 1:", "\"account\""},
+        {"mail = 7\n", "line 1:", "\"mail\""},
+        {"[[mail.account]]\nname = \"A\nemail", "line 2", "desk.toml"},
+        {"x = {\n", "line 1", "desk.toml"},
+    };
+    for (const Case& c : cases) {
+        const std::string sentence = complaint(c.text);
+        EXPECT_THAT(sentence, HasSubstr("/c/desk.toml, ")) << c.text;
+        EXPECT_THAT(sentence, HasSubstr(c.line)) << c.text;
+        EXPECT_THAT(sentence, HasSubstr(c.words)) << c.text;
+    }
+}
+
+} // namespace
+} // namespace mervo::desk

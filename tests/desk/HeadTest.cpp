@@ -1,0 +1,166 @@
+#include "platform/desk/mail/EncodedWord.h"
+#include "platform/desk/mail/MailAddress.h"
+#include "platform/desk/mail/MailDate.h"
+#include "platform/desk/mail/MessageHead.h"
+#include "platform/unicode.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace mervo::desk {
+namespace {
+
+TEST(HeaderText, decodesWhatMailInTheWildWrites)
+{
+    struct Case {
+        const char* raw;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"plain", "plain"},
+        {"=?UTF-8?Q?R=C3=A9union_=3A?= demain", "Réunion : demain"},
+        {"=?utf-8?B?w4k=?=", "É"},
+        {"=?UTF-8?B?w4k=?= =?UTF-8?Q?t=C3=A9?=", "Été"}, // blanks between words are nothing
+        {"=?UTF-8?B?w4k=?=\r\n =?UTF-8?B?dMOp?= fin", "Été fin"},
+        {"=?UTF-8?B?w?= =?UTF-8?B?w4k=?=", "É"}, // a word too short for a byte
+        {"=?UTF-8?Q?=C3?= =?UTF-8?Q?=A9?=", "é"}, // a character cut in two
+        {"=?iso-8859-1?Q?caf=E9?=", "café"},
+        {"=?ISO-8859-15?Q?=A4?=", "€"},
+        {"=?windows-1252?Q?=93quoted=94?=", "“quoted”"},
+        {"=?iso-2022-jp?B?GyRCRnxLXBsoQg==?=", "日本"},
+        {"=?gb2312?B?xOO6ww==?=", "你好"},
+        {"=?koi8-r?Q?=F0=D2=C9=D7=C5=D4?=", "Привет"},
+        {"=?us-ascii*en?Q?hello?=", "hello"},
+        {"a=?utf-8?q?b?=c", "abc"},
+        {"=?utf-8?q?with spaces inside?=", "with spaces inside"},
+        {"=?nonesuch?Q?=C3=A9?=", "é"}, // an unknown charset
+        {"=?utf-8?X?abc?=", "=?utf-8?X?abc?="},
+        {"=?utf-8?Q?never ends", "=?utf-8?Q?never ends"},
+        {"=?=?=?", "=?=?=?"},
+        {"raw \xC3\xA9", "raw é"},
+        {"raw \xE9", "raw é"},
+        {"folded\r\n line", "folded line"},
+        {"tab\tand \x01 control", "tab and   control"},
+        {"=?utf-8?Q?a=0D=0ABcc:_x?=", "a  Bcc: x"}, // no line end gets out of a word
+        {"=?utf-16//TRANSLIT?Q?a?=", "a"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(decodeHeaderText(c.raw), c.text) << c.raw;
+}
+
+TEST(Addresses, areFoundInEveryFormThatTheStandardAllows)
+{
+    struct Case {
+        const char* raw;
+        const char* shown; // joined by "|"
+    };
+    const Case cases[] = {
+        {"a@x.example", "a@x.example"},
+        {"<a@x.example>", "a@x.example"},
+        {"Ann Bee <a@x.example>", "Ann Bee <a@x.example>"},
+        {"\"Bee, Ann\" <a@x.example>", "Bee, Ann <a@x.example>"},
+        {"\"A \\\"B\\\" C\" <a@x.example>", "A \"B\" C <a@x.example>"},
+        {"a@x.example (Ann (the) Bee)", "Ann (the) Bee <a@x.example>"},
+        {"=?UTF-8?Q?Andr=C3=A9?= <a@x.example>", "André <a@x.example>"},
+        {"\"=?UTF-8?Q?Andr=C3=A9?=\" <a@x.example>", "André <a@x.example>"},
+        {"a@x.example,\r\n b@y.example", "a@x.example|b@y.example"},
+        {"Team: Ann <a@x.example>, b@y.example;, c@z.example", "Ann <a@x.example>|b@y.example|c@z.example"},
+        {"undisclosed-recipients:;", ""},
+        {"<@relay.example:a@x.example>", "a@x.example"},
+        {"Nobody", "Nobody"},
+        {"\"a b\"@x.example", "a b@x.example"},
+        {",,;", ""},
+        {"Broken <a@x.example", "Broken <a@x.example>"},
+        {"\"never closed <a@x.example>", "never closed <a@x.example>"},
+    };
+    for (const Case& c : cases) {
+        std::string shown;
+        for (const MailAddress& address : parseAddressList(c.raw))
+            shown += (shown.empty() ? "" : "|") + displayAddress(address);
+        EXPECT_EQ(shown, c.shown) << c.raw;
+    }
+}
+
+TEST(Addresses, thatCannotStandInAFieldAreRefused)
+{
+    for (const char* good : {"a@x", "a.b+c@x.example", "ä@ö.example"})
+        EXPECT_TRUE(isPlainAddress(good)) << good;
+    for (const char* bad : {"", "a", "@x", "a@", "a@b@c", "a b@x", "a@x\nBcc: b@y", "a@x\r", "<a@x>", "a@x,b@y",
+             "a@x;b", "\"a\"@x", "a@x\x7F", "a:b@x"})
+        EXPECT_FALSE(isPlainAddress(bad)) << bad;
+}
+
+TEST(MailDate, readsOldAndNewForms)
+{
+    struct Case {
+        const char* raw;
+        std::int64_t seconds; // -1: no date
+    };
+    const Case cases[] = {
+        {"Thu, 15 Jan 2026 10:00:00 +0100", 1768467600},
+        {"15 Jan 2026 09:00:00 GMT", 1768467600},
+        {"Thu, 15 Jan 2026 09:00 +0000", 1768467600},
+        {"Thu,15 Jan 26 04:00:00 EST", 1768467600},
+        {"Thu, 15 Jan 2026 10:00:00 +0100 (CET)", 1768467600},
+        {"Thu (a comment), 15 Jan 2026 10:00:00 +0100", 1768467600},
+        {"Thu, 15-Jan-2026 09:00:00 -0000", 1768467600},
+        {"Sun, 29 Feb 2004 00:00:00 +0000", 1078012800},
+        {"1 Jan 70 00:00:00 Z", 0},
+        {"Sat, 1 Jan 2000 00:00:60 -0530", 946704660},
+        {"yesterday", -1},
+        {"Thu, 32 Jan 2026 10:00:00 +0100", -1},
+        {"15 Foo 2026 10:00:00", -1},
+        {"15 Jan 2026 25:00:00", -1},
+        {"", -1},
+        {"((((((", -1},
+        {"99999999999999999999", -1},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(parseMailDate(c.raw).value_or(-1), c.seconds) << c.raw;
+    EXPECT_EQ(parseMailDate(formatMailDate(1768467600)), 1768467600);
+}
+
+TEST(MessageHead, takesTheFirstOfEachFieldAndStopsAtTheEmptyLine)
+{
+    const MessageHead head =
+        readMessageHead("From x@y Thu Jan 15\nno field here\nSUBJECT :\n one\n\ttwo\nFrom: A <a@x>\n"
+                        "Subject: later\nMessage-Id:\r\n <1@x>\nTo: b@x,\n c@x\n\nDate: Thu, 15 Jan "
+                        "2026 10:00:00 +0100\n");
+    EXPECT_EQ(head.subject, "one two");
+    EXPECT_EQ(head.sender, "A <a@x>");
+    EXPECT_EQ(head.messageId, "1@x");
+    EXPECT_EQ(head.to, "b@x, c@x");
+    EXPECT_FALSE(head.sent) << "the date stands in the body";
+    EXPECT_EQ(readMessageHead("Sender: s@x\n\n").sender, "s@x");
+}
+
+TEST(MessageHead, knowsWhereNothingCanBeAttached)
+{
+    const auto plain = [](const char* head) { return readMessageHead(head).isSinglePartText; };
+    EXPECT_TRUE(plain("Subject: x\n\n"));
+    EXPECT_TRUE(plain("Content-Type: TEXT/Plain; charset=utf-8\n\n"));
+    EXPECT_FALSE(plain("Content-Type: multipart/mixed; boundary=x\n\n"));
+    EXPECT_FALSE(plain("Content-Type: application/pdf\n\n"));
+    EXPECT_FALSE(plain("Content-Type: text/plain; name=a.txt\n\n"));
+    EXPECT_FALSE(plain("Content-Type: text/plain\nContent-Disposition: attachment\n\n"));
+}
+
+TEST(MessageHead, givesWellFormedTextForAnyBytes)
+{
+    std::mt19937 random(7);
+    const std::string_view pieces[] = {"Subject:", "From:", "To:", "Date:", "=?", "?=", "?Q?", "?B?", "utf-8", "\n",
+        "\r\n", " ", "<", ">", "(", "\"", "\\", "\xFF", "\xC3", "=E9", std::string_view("\0", 1), ";", ":", ",", "@",
+        "utf-7"};
+    for (int round = 0; round < 20'000; ++round) {
+        std::string head;
+        for (int i = 0; i < 30; ++i)
+            head += pieces[random() % std::size(pieces)];
+        const MessageHead read = readMessageHead(head);
+        ASSERT_TRUE(platform::isValidUtf8(read.subject) && platform::isValidUtf8(read.sender)) << head;
+        ASSERT_EQ(read.subject.find_first_of("\r\n"), std::string::npos) << head;
+        parseAddressList(read.to);
+    }
+}
+
+} // namespace
+} // namespace mervo::desk

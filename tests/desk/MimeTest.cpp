@@ -1,0 +1,126 @@
+#include "platform/desk/mime/MimeReader.h"
+#include "platform/unicode.h"
+
+#include <gmock/gmock.h>
+#include <random>
+
+namespace mervo::desk {
+namespace {
+
+using testing::IsEmpty;
+
+std::string part(const std::string& head, const std::string& body, const std::string& mark = "b")
+{
+    return "--" + mark + "\n" + head + "\n\n" + body + "\n";
+}
+
+std::string multipart(const std::string& kind, const std::string& parts, const std::string& mark = "b")
+{
+    return "Content-Type: multipart/" + kind + "; boundary=" + mark + "\n\n" + parts + "--" + mark + "--\n";
+}
+
+std::string attached(const MimeContent& content)
+{
+    std::string names;
+    for (const MimeAttachment& one : content.attachments)
+        names += one.name + ":" + one.type + ":" + std::to_string(one.size) + " ";
+    return names;
+}
+
+TEST(MimeReader, choosesTheTextThatAPersonWouldRead)
+{
+    const std::string alternative = multipart(
+        "alternative", part("Content-Type: text/plain", "plain") + part("Content-Type: text/html", "<p>html</p>"));
+    struct Case {
+        const char* name;
+        std::string message;
+        const char* text;
+        const char* attachments;
+    };
+    const Case cases[] = {
+        {"no MIME", "Subject: x\n\nhello\r\nworld\r\n", "hello\nworld\n", ""},
+        {"latin-1",
+            "Content-Type: text/plain; charset=iso-8859-1\nContent-Transfer-Encoding: quoted-printable\n\ncaf=E9",
+            "café", ""},
+        {"wrong charset", "Content-Type: text/plain; charset=utf-8\n\ncaf\xE9", "café", ""},
+        {"unknown charset", "Content-Type: text/plain; charset=x-none\n\ncaf\xC3\xA9", "café", ""},
+        {"base64", "Content-Type: text/plain; charset=utf-8\nContent-Transfer-Encoding: base64\n\nw6k=\n", "é", ""},
+        {"utf-16", "Content-Type: text/plain; charset=utf-16be\nContent-Transfer-Encoding: base64\n\nAOk=\n", "é", ""},
+        {"HTML only", "Content-Type: text/html\n\n<p>x</p>", "<p>x</p>", ""},
+        {"alternative", alternative, "plain", ""},
+        {"HTML first",
+            multipart(
+                "alternative", part("Content-Type: text/html", "<p>h</p>") + part("Content-Type: text/plain", "p")),
+            "p", ""},
+        {"text and file",
+            multipart("mixed",
+                part("Content-Type: text/plain", "see file")
+                    + part("Content-Type: application/pdf; name=a.pdf\nContent-Transfer-Encoding: base64", "JVBERg==")),
+            "see file", "a.pdf:application/pdf:4 "},
+        {"text around a picture",
+            multipart("mixed",
+                part("Content-Type: text/plain", "one")
+                    + part("Content-Type: image/png\nContent-Disposition: inline; filename=\"p.png\"", "x")
+                    + part("Content-Type: text/plain", "two")),
+            "one\ntwo", "p.png:image/png:1 "},
+        {"an attached text",
+            multipart("mixed",
+                part("Content-Type: text/plain", "body")
+                    + part("Content-Type: text/plain\nContent-Disposition: attachment; "
+                           "filename*=utf-8''r%C3%A9sum%C3%A9.txt",
+                        "cv")),
+            "body", "résumé.txt:text/plain:2 "},
+        {"picture of a page",
+            multipart("related",
+                part("Content-Type: text/html", "<img src=cid:1>")
+                    + part("Content-Type: image/png\nContent-ID: <1>", "x")),
+            "<img src=cid:1>", ""},
+        {"nested",
+            multipart("mixed",
+                part(alternative.substr(0, alternative.find("\n\n")).replace(alternative.find("=b") + 1, 1, "c"),
+                    part("Content-Type: text/plain", "inner", "c") + part("Content-Type: text/html", "<b>", "c")
+                        + "--c--")
+                    + part("Content-Type: text/csv; name=t.csv", "1,2")),
+            "inner", "t.csv:text/csv:3 "},
+        {"forwarded message",
+            multipart("mixed",
+                part("Content-Type: text/plain", "fyi")
+                    + part("Content-Type: message/rfc822", "Subject: inner\n\ninner body")),
+            "fyi", "message.eml:message/rfc822:0 "},
+        {"signed",
+            multipart("signed",
+                part("Content-Type: text/plain", "hi") + part("Content-Type: application/pgp-signature", "sig")),
+            "hi", ""},
+        {"no end mark", "Content-Type: multipart/mixed; boundary=b\n\n--b\nContent-Type: text/plain\n\ncut off",
+            "cut off", ""},
+        {"file alone", "Content-Type: application/pdf; name=a.pdf\n\n%PDF", "", "a.pdf:application/pdf:4 "},
+        {"empty", "", "", ""},
+    };
+    for (const Case& c : cases) {
+        const MimeContent content = readMime(c.message);
+        EXPECT_EQ(content.text, c.text) << c.name;
+        EXPECT_EQ(attached(content), c.attachments) << c.name;
+    }
+}
+
+TEST(MimeReader, endsForHostileMessages)
+{
+    std::string deep = "Subject: deep\n";
+    for (int i = 0; i < 20'000; ++i)
+        deep += "Content-Type: multipart/mixed; boundary=b" + std::to_string(i) + "\n\n--b" + std::to_string(i) + "\n";
+    EXPECT_TRUE(platform::isValidUtf8(readMime(deep).text));
+    std::mt19937 random(11);
+    const std::string_view pieces[] = {"Content-Type: ", "multipart/mixed; boundary=b", "text/html; charset=utf-7",
+        "\n", "\n\n", "--b\n", "--b--\n", "Content-Transfer-Encoding: base64", "=?utf-8?B?", "filename*0*=x''%", "\xFF",
+        "message/rfc822", ";", "\"", "Content-Disposition: attachment", "charset=iso-2022-jp\n\n\x1B$B",
+        std::string_view("\0", 1)};
+    for (int round = 0; round < 5'000; ++round) {
+        std::string message;
+        for (int i = 0; i < 25; ++i)
+            message += pieces[random() % std::size(pieces)];
+        ASSERT_TRUE(platform::isValidUtf8(readMime(message).text)) << message;
+    }
+}
+
+} // namespace
+} // namespace mervo::desk
