@@ -40,7 +40,7 @@ std::vector<Finding> health() noexcept
     try {
         const Outcome outcome = run({program.string(), {}, {}, false});
         std::vector<Finding> findings;
-        for (const nlohmann::json& object : nlohmann::json::parse(outcome.output))
+        for (const auto& object : nlohmann::json::parse(outcome.output).get<std::vector<nlohmann::json>>())
             findings.push_back(toFinding(object));
         return findings;
     } catch (const nlohmann::json::exception&) {

@@ -19,7 +19,8 @@
 /// Real programs in tests: started, fed, drained and always ended.
 namespace mervo::test {
 
-struct Run {
+/// How a program ended and what it wrote.
+struct Ended {
     int status = -1; ///< exit status, -1 when a signal ended it
     int signal = 0;
     std::string out;
@@ -105,7 +106,7 @@ public:
     }
 
     /// Closes the input, waits for the end, and gives everything that the program wrote. Throws at the time limit.
-    Run finish(std::chrono::milliseconds limit = std::chrono::seconds(60))
+    Ended finish(std::chrono::milliseconds limit = std::chrono::seconds(60))
     {
         const auto deadline = Clock::now() + limit;
         closeInput();
@@ -118,12 +119,12 @@ public:
             ::usleep(1000);
         }
         pid_ = -1;
-        Run run;
-        run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        run.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-        run.out = out_;
-        run.err = err_;
-        return run;
+        Ended ended;
+        ended.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        ended.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        ended.out = out_;
+        ended.err = err_;
+        return ended;
     }
 
 private:
@@ -213,7 +214,7 @@ private:
 };
 
 /// Runs a program to its end with this text on its standard input.
-inline Run runProgram(const std::filesystem::path& path, const std::vector<std::string>& arguments,
+inline Ended runProgram(const std::filesystem::path& path, const std::vector<std::string>& arguments,
     const Environment& changes = {}, std::string_view input = {},
     std::chrono::milliseconds limit = std::chrono::seconds(60))
 {

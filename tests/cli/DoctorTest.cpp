@@ -1,0 +1,133 @@
+#include "tests/cli/Cli.h"
+
+#include <nlohmann/json.hpp>
+
+namespace mervo::test {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+class DoctorTest : public Cli {
+protected:
+    void SetUp() override
+    {
+        writeProgram("desk-health",
+            "#!/bin/sh\necho '[{\"id\":\"mail\",\"label\":\"Mail\",\"ok\":true,\"detail\":\"3 "
+            "messages\",\"remedy\":\"\"}]'\n");
+        for (const char* guide : {"llm-guide.md", "user-guide.md"})
+            writeFile(contents() / "Resources" / "MervoCore_MervoCore.bundle" / guide, "guide");
+        writeFile(contents() / "Helpers" / "mervo-mcp", "");
+    }
+    /// The check of this id, with the exit status under "exit".
+    json check(const std::string& id) const
+    {
+        const Ended run = mervo({"doctor", "--json"}, {{"SCRIPT_ANSWER", answer}});
+        for (json object : json::parse(run.out)) {
+            if (object["id"] == id) {
+                object["exit"] = run.status;
+                return object;
+            }
+        }
+        return {};
+    }
+    void expect(const std::string& id, const std::string& state, const std::string& detail) const
+    {
+        const json found = check(id);
+        EXPECT_EQ(found["state"], state) << found;
+        EXPECT_THAT(found["detail"].get<std::string>(), HasSubstr(detail));
+        EXPECT_EQ(found["exit"], state == "broken" ? 1 : 0) << found;
+        EXPECT_TRUE(state != "broken" || found["remedy"] != "") << found;
+    }
+
+    std::string answer = "ready"; ///< of the script host
+};
+
+TEST_F(DoctorTest, aSoundMachineIsSound)
+{
+    const Ended run = mervo({"doctor"}, {{"SCRIPT_ANSWER", "ready"}});
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_THAT(run.out, HasSubstr("ok       Mail: 3 messages\n"));
+    ASSERT_EQ(mervo(send()).status, 0);
+    for (const std::string id : {"home", "config", "database", "scripts", "guides", "agents", "mail"})
+        EXPECT_EQ(check(id)["state"], "works") << check(id);
+    expect("pending", "works", "1 action waits");
+    expect("agents", "works", (contents() / "Helpers" / "mervo-mcp").string());
+}
+
+TEST_F(DoctorTest, namesWhatIsWrongInTheHome)
+{
+    setMode("copilote");
+    std::filesystem::permissions(home(), std::filesystem::perms(0755));
+    expect("home", "limited", "open to other users");
+    writeFile(home() / "pending" / "D\x1b.json", "{");
+    expect("pending", "broken", "D<U+001B>.json");
+    std::filesystem::remove_all(home() / "pending");
+
+    writeFile(home() / "mervo.sqlite", std::string(8192, 'x'));
+    expect("database", "broken", "file is not a database");
+    std::filesystem::remove(home() / "mervo.sqlite");
+    writeFile(home() / "mervo.sqlite", "");
+    expect("database", "works", "brought up to date at the next call");
+
+    std::filesystem::remove_all(home());
+    writeFile(folder() / "home", "");
+    expect("home", "broken", "is not a folder");
+}
+
+TEST_F(DoctorTest, namesTheSettingsThatDoNotCount)
+{
+    struct Case {
+        const char* json;
+        const char* state;
+        const char* detail;
+    };
+    const Case cases[]{
+        {R"({"autonomyMode":"panic","imapAccounts":[],"dailyMutationCap":0,"notifyEmail":"a@b","askChannel":"x"})",
+            "works", "in order"},
+        {R"({"yoloMode":true,"terminalApp":null,"rondelHome":"/x","notifyIMessageHandle":"+1"})", "works", "in order"},
+        {R"({"imapAccounts":[{"mailAccountName":"a","email":"b","host":"c","port":993,"note":"mine"}]})", "works", ""},
+        {R"({"autonomyMode":"turbo"})", "broken",
+            "autonomyMode has a value that cannot be used; it counts as \"copilote\""},
+        {R"({"dailyMutationCap":"5"})", "broken", "dailyMutationCap has a value that cannot be used; it counts as 100"},
+        {R"({"imapAccounts":[{"email":"b"}]})", "broken", "imapAccounts has a value that cannot be used"},
+        {R"({"terminalApp":5})", "broken", "terminalApp has a value that cannot be used; it counts as nothing"},
+        {R"({"notifyMail":"a@b"})", "limited", "notifyMail is not known"},
+        {R"([])", "broken", "is no JSON object"},
+        {R"({"autonomyMode":"panic",})", "broken", "is no JSON object"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.json);
+        writeFile(home() / "config.json", c.json);
+        std::filesystem::permissions(home(), std::filesystem::perms::owner_all);
+        expect("config", c.state, c.detail);
+    }
+}
+
+TEST_F(DoctorTest, namesTheMissingParts)
+{
+    answer = "something else";
+    expect("scripts", "broken", "its answer was \"something else\"");
+    answer = "ready";
+    std::filesystem::remove(contents() / "Resources" / "MervoCore_MervoCore.bundle" / "user-guide.md");
+    expect("guides", "limited", "user-guide.md");
+    std::filesystem::remove(contents() / "Helpers" / "mervo-mcp");
+    expect("agents", "broken", "mervo-mcp is not there");
+}
+
+TEST_F(DoctorTest, passesOnWhatTheApplicationsSayAndSurvivesNonsense)
+{
+    writeProgram("desk-health",
+        "#!/bin/sh\necho '[{\"id\":\"mail\",\"label\":\"Mail\",\"ok\":false,\"detail\":\"a bad \\u001b file\","
+        "\"remedy\":\"Move it.\"}]'\nexit 1\n");
+    expect("mail", "broken", "a bad \x1b file");
+    EXPECT_THAT(mervo({"doctor"}, {{"SCRIPT_ANSWER", "ready"}}).out,
+        HasSubstr("BROKEN   Mail: a bad <U+001B> file\n         > Move it.\n"));
+    for (const std::string text : {"echo nonsense", "echo '{}'", "echo '[{\"id\":5}]'", "kill -9 $$", "echo '[1]'"}) {
+        writeProgram("desk-health", "#!/bin/sh\n" + text + "\n");
+        expect("applications", "broken", "could not be asked");
+    }
+    std::filesystem::remove(contents() / "Helpers" / "platform" / "desk-health");
+    expect("applications", "broken", "No such file or directory");
+}
+
+} // namespace mervo::test

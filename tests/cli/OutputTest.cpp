@@ -1,0 +1,104 @@
+#include "tests/cli/Cli.h"
+
+#include <nlohmann/json.hpp>
+
+/// What comes out where: pipes, terminals, streams that fail.
+namespace mervo::test {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+using OutputTest = Cli;
+
+// An escape sequence, an override of the direction, a C1 control, a zero-width blank.
+constexpr const char* kHostile = "a\x1b[2J\u202eb\u009bc\u200bd";
+constexpr const char* kVisible = "a<U+001B>[2J<U+202E>b<U+009B>c<U+200B>d";
+
+TEST_F(OutputTest, aToolsTextIsRawInAPipeAndVisibleOnATerminal)
+{
+    const Environment hostile{{"SCRIPT_ANSWER", kHostile}};
+    EXPECT_EQ(mervo({"run", "mail.accounts"}, hostile).out, std::string(kHostile) + "\n");
+
+    const Ended shown = onTerminal({"run", "mail.accounts"}, hostile);
+    EXPECT_EQ(shown.status, 0);
+    EXPECT_EQ(shown.out, std::string(kVisible) + "\r\n");
+}
+
+TEST_F(OutputTest, jsonIsExactAndSafeOnAScreen)
+{
+    const std::string out = mervo({"run", "mail.accounts", "--json"}, {{"SCRIPT_ANSWER", kHostile}}).out;
+    EXPECT_EQ(nlohmann::json::parse(out)["output"], kHostile);
+    EXPECT_EQ(out, "{\"outcome\":\"executed\",\"output\":\"a\\u001b[2J\\u202eb\\u009bc\\u200bd\"}\n");
+}
+
+TEST_F(OutputTest, anErrorOfAScriptIsVisibleEverywhere)
+{
+    const Environment failing{{"SCRIPT_ERROR", std::string("x: execution error: ") + kHostile}};
+    const Ended run = mervo({"run", "mail.accounts"}, failing);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, std::string("error: execution error: ") + kVisible + "\n");
+}
+
+TEST_F(OutputTest, aStreamThatCannotTakeTheTextIsAFailure)
+{
+    const Ended full = shell("\"$0\" tools >/dev/full");
+    EXPECT_EQ(full.status, 1);
+    EXPECT_EQ(full.err, "error: the output could not be written: No space left on device\n");
+
+    const Ended closed = shell("\"$0\" run how_it_works >&-");
+    EXPECT_EQ(closed.status, 1);
+    EXPECT_EQ(closed.err, "error: the output could not be written: Bad file descriptor\n");
+
+    const Ended readerGone = runProgram("/usr/bin/env",
+        {"python3", "-c",
+            "import os, subprocess, sys\n"
+            "reader, writer = os.pipe(); os.close(reader)\n"
+            "sys.exit(subprocess.run(sys.argv[1:], stdout=writer).returncode)",
+            program().string(), "tools"},
+        environment());
+    EXPECT_EQ(readerGone.status, 1);
+    EXPECT_EQ(readerGone.err, "");
+}
+
+TEST_F(OutputTest, noFileTakesThePlaceOfAClosedStream)
+{
+    ASSERT_EQ(mervo(send()).status, 0);
+    EXPECT_EQ(shell("\"$0\" \"$@\" <&- >&- 2>&-", send()).status, 1);
+    EXPECT_EQ(shell("\"$0\" run mail.send <&- >&- 2>&-").status, 1); // an error line that must not go into a file
+    EXPECT_EQ(audit().size(), 2U);
+    EXPECT_EQ(pending().size(), 2U);
+    Database database(home() / "mervo.sqlite");
+    auto check = database.prepare("SELECT integrity_check AS answer FROM pragma_integrity_check");
+    ASSERT_TRUE(check.step());
+    EXPECT_EQ(check.text("answer"), "ok");
+}
+
+TEST_F(OutputTest, theCatalogueIsPublishedInOneOrder)
+{
+    const auto records = nlohmann::ordered_json::parse(mervo({"tools", "--json"}).out);
+    std::string ids;
+    for (const auto& record : records)
+        ids += record["id"].get<std::string>() + "\n";
+    EXPECT_EQ(mervo({"tools", "--ids"}).out, ids);
+    EXPECT_EQ(records.size(), 61U);
+
+    std::string firstWords;
+    std::istringstream lines(mervo({"tools"}).out);
+    for (std::string line; std::getline(lines, line);)
+        firstWords += line.substr(0, line.find(' ')) + "\n";
+    EXPECT_EQ(firstWords, ids);
+
+    const auto one = nlohmann::ordered_json::parse(mervo({"tools", "mail.send", "--json"}).out);
+    ASSERT_EQ(one.size(), 1U);
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : one[0].items())
+        keys.push_back(key);
+    EXPECT_THAT(keys, testing::ElementsAre("id", "effect", "summary", "arguments"));
+    EXPECT_EQ(one[0]["effect"], "destructive");
+    EXPECT_EQ(one[0]["arguments"][0]["name"], "to");
+    EXPECT_EQ(one[0]["arguments"][0]["required"], true);
+    EXPECT_THAT(mervo({"tools", "mail.send", "--arguments"}).out, StartsWith("to\nsubject\nbody\n"));
+    EXPECT_THAT(mervo({"tools", "mail.sned"}).err, HasSubstr("did you mean mail.send"));
+}
+
+} // namespace mervo::test
