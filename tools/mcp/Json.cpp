@@ -1,5 +1,7 @@
 #include "tools/mcp/Json.h"
 
+#include "platform/unicode.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -100,6 +102,26 @@ private:
     bool crowded_ = false;
 };
 
+bool needsEscape(char byte)
+{
+    return static_cast<unsigned char>(byte) < 0x20 || byte == '"' || byte == '\\';
+}
+
+void appendEscaped(std::string& out, char byte)
+{
+    constexpr std::string_view kPlain = "\"\\\b\f\n\r\t";
+    constexpr std::string_view kShort = "\"\\bfnrt";
+    if (const std::size_t at = kPlain.find(byte); at != std::string_view::npos) {
+        out += '\\';
+        out += kShort[at];
+    } else {
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        const auto code = static_cast<unsigned char>(byte);
+        out.append("\\u00") += kDigits[code >> 4U];
+        out += kDigits[code & 15U];
+    }
+}
+
 } // namespace
 
 const Value& Value::operator[](std::string_view name) const
@@ -128,7 +150,30 @@ Outcome parse(std::string_view text, Value& value)
 
 std::string quoted(std::string_view text)
 {
-    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    std::string out;
+    if (platform::isValidUtf8(text)) {
+        appendQuoted(out, text);
+    } else {
+        appendQuoted(out, platform::withValidUtf8(text));
+    }
+    return out;
+}
+
+void appendQuoted(std::string& out, std::string_view validText)
+{
+    out.reserve(out.size() + validText.size() + validText.size() / 16 + 2);
+    out += '"';
+    while (!validText.empty()) {
+        const auto special = std::find_if(validText.begin(), validText.end(), needsEscape);
+        const auto plain = static_cast<std::size_t>(special - validText.begin());
+        out.append(validText.substr(0, plain));
+        validText.remove_prefix(plain);
+        if (!validText.empty()) {
+            appendEscaped(out, validText.front());
+            validText.remove_prefix(1);
+        }
+    }
+    out += '"';
 }
 
 } // namespace mervo::mcp::json

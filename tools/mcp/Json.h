@@ -50,4 +50,7 @@ Outcome parse(std::string_view text, Value& value);
 /// A text as a JSON string, quotation marks included. Bytes that are no UTF-8 become U+FFFD.
 std::string quoted(std::string_view text);
 
+/// The same at the end of `out`, for a text that is known to be UTF-8.
+void appendQuoted(std::string& out, std::string_view validText);
+
 } // namespace mervo::mcp::json

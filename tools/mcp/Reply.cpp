@@ -88,7 +88,8 @@ std::string toolResult(const RequestId& id, std::string_view text, bool isError,
     const std::string valid = platform::isValidUtf8(text) ? bounded(text) : bounded(platform::withValidUtf8(text));
     std::string content = "{";
     content.append(Protocol::resultOpening(era));
-    content.append(R"("content":[{"type":"text","text":)").append(json::quoted(valid));
+    content.append(R"("content":[{"type":"text","text":)");
+    json::appendQuoted(content, valid);
     content.append(isError ? R"(}],"isError":true})" : R"(}],"isError":false})");
     return result(id, content);
 }
