@@ -136,6 +136,7 @@ private:
         if (mailbox.name.empty())
             mailbox.name = decodeHeaderText(trimmed(comment_));
         mailbox.name = trimmed(mailbox.name);
+        mailbox.address = decodeHeaderText(mailbox.address);
         if (!mailbox.name.empty() || !mailbox.address.empty())
             found_.push_back(std::move(mailbox));
         words_.clear();
