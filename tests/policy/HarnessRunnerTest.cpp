@@ -1,0 +1,378 @@
+#include "core/policy/HarnessRunner.h"
+
+#include "core/foundation/ConfigDir.h"
+#include "core/foundation/HarnessConfig.h"
+#include "core/foundation/Timestamps.h"
+#include "core/policy/PendingStore.h"
+#include "tests/support/Files.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/resource.h>
+
+namespace mervo {
+namespace {
+
+namespace fs = std::filesystem;
+using HarnessRunner::Error;
+using HarnessRunner::Executed;
+using HarnessRunner::Pending;
+
+/// A home of its own with real files, and a tool whose every closure is seen.
+class Gate : public testing::Test {
+protected:
+    Gate()
+    {
+        ::setenv("MERVO_HOME", home.c_str(), 1);
+        tool.id = "mail.send";
+        tool.effect = Effect::destructive;
+        tool.build = [this](const Args& args) -> Invocation {
+            calls += "b";
+            if (args.count("to") == 0)
+                throw ToolError::missingArg("to");
+            return {};
+        };
+        tool.nativeRun = [this](const Args&) {
+            calls += "r";
+            return output;
+        };
+    }
+
+    void open()
+    {
+        db = std::make_shared<MervoDB>();
+        rules.emplace(db);
+        audit.emplace(db);
+    }
+    HarnessRunner::Result run(const Args& args = {{"to", "a@b"}})
+    {
+        if (!db)
+            open();
+        return HarnessRunner::run(tool, args, "cli", home, {*rules, *audit});
+    }
+    std::string error(const Args& args = {{"to", "a@b"}}) { return std::get<Error>(run(args)).text; }
+    std::vector<PendingAction> queue() const { return PendingStore::listExisting(home); }
+    AuditEntry row()
+    {
+        const auto rows = audit->recent(2);
+        EXPECT_EQ(rows.size(), 1U);
+        return rows.empty() ? AuditEntry{} : rows.front();
+    }
+    void mode(AutonomyMode wanted)
+    {
+        HarnessConfig config = HarnessConfig::load();
+        config.autonomyMode = wanted;
+        ASSERT_TRUE(config.save());
+    }
+    void addRule(std::string id, PolicyRule::Decision decision)
+    {
+        if (!db)
+            open();
+        rules->add({std::move(id), true, {}, "*", {}, decision, PolicyRule::Source::user, "2026-01-01T00:00:00Z"});
+    }
+    /// So many actions that an allow rule let run today, in one transaction.
+    void addRuns(int count)
+    {
+        db->database()
+            .prepare("WITH RECURSIVE n(i) AS (SELECT 1 WHERE ?1 > 0 UNION ALL SELECT i + 1 FROM n WHERE i < ?1) "
+                     "INSERT INTO audit (timestamp, actor, action, outcome, reason, details) "
+                     "SELECT ?2, 'cli', 'x', 'executed', 'rule_allow:A', '{}' FROM n")
+            .bind(count)
+            .bind(Timestamps::now())
+            .run();
+    }
+    AuditEntry expected(std::string outcome, std::string reason, AuditLog::Details details = {{"to", "a@b"}})
+    {
+        return {row().timestamp, "cli", "mail.send", {}, std::move(details), std::move(outcome), std::move(reason)};
+    }
+
+    test::TempDir dir;
+    fs::path home = dir / "home";
+    Tool tool;
+    std::string output = " done \n";
+    std::string calls; ///< b: build, p: preview, r: run, t: transform, a: auditAutoRun
+    std::shared_ptr<MervoDB> db;
+    std::optional<RuleStore> rules;
+    std::optional<AuditLog> audit;
+};
+
+TEST_F(Gate, refusedArgumentsLeaveNoTraceInAnyMode)
+{
+    for (const AutonomyMode wanted : kAllAutonomyModes) {
+        HarnessConfig config;
+        config.autonomyMode = wanted;
+        test::writeFile(home / "config.json", config.encode());
+        const auto result = HarnessRunner::run(tool, {{"cc", "x"}}, "cli", home);
+        EXPECT_EQ(std::get<Error>(result).text, "missing required argument: to");
+        EXPECT_EQ(test::tree(home), std::set<std::string>{"config.json"}) << "not even a database";
+    }
+    tool.build = [](const Args&) -> Invocation { throw 7; };
+    EXPECT_EQ(error(), "the tool failed without saying why");
+}
+
+TEST_F(Gate, aDenyRuleRefusesInEveryModeAndEffect)
+{
+    addRule("D1", PolicyRule::Decision::deny);
+    for (const AutonomyMode wanted : kAllAutonomyModes) {
+        for (const Effect effect : kAllEffects) {
+            mode(wanted);
+            tool.effect = effect;
+            calls.clear();
+            EXPECT_EQ(error(), "blocked by deny-rule (D1)");
+            EXPECT_EQ(calls, "b");
+            EXPECT_EQ(row(), expected("denied", "rule_deny:D1"));
+            db->database().execute("DELETE FROM audit");
+        }
+    }
+    EXPECT_FALSE(fs::exists(home / "pending"));
+}
+
+TEST_F(Gate, askingQueuesTheCallAsItStands)
+{
+    tool.preview = [this](const Args&) {
+        calls += "p";
+        return std::optional<std::string>("2 messages");
+    };
+    const Args args{{"to", "a@b"}, {"to-all", "1"}, {"impact", "mine"}};
+    const auto result = std::get<Pending>(run(args));
+    EXPECT_EQ(calls, "bp");
+    EXPECT_EQ(result.preview, "2 messages");
+    ASSERT_EQ(queue().size(), 1U);
+    const PendingAction queued = queue().front();
+    EXPECT_EQ(queued.id, result.id);
+    EXPECT_EQ(result.id.size(), 8U);
+    EXPECT_EQ(result.id.find_first_not_of("0123456789ABCDEF"), std::string::npos);
+    EXPECT_EQ(test::readFile(home / "pending" / (result.id + ".json")),
+        R"({"id":")" + result.id + R"(","tool":"mail.send","args":{"impact":"mine","to":"a@b","to-all":"1"},)"
+            + R"("summary":"mail.send impact=mine to-all=1 to=a@b","createdAt":")" + queued.createdAt
+            + R"(","preview":"2 messages"})");
+    AuditLog::Details details(args.begin(), args.end());
+    details["impact"] = "2 messages";
+    EXPECT_EQ(row(), expected("pending_approval", "needs_approval", details));
+}
+
+TEST_F(Gate, withoutArgumentsTheSummaryEndsInABlank)
+{
+    tool.build = [](const Args&) { return Invocation{}; };
+    std::get<Pending>(run({}));
+    EXPECT_EQ(queue().at(0).summary, "mail.send ");
+    EXPECT_EQ(row().details, AuditLog::Details{}) << "no preview, no impact";
+}
+
+TEST_F(Gate, aPreviewThatFailsIsNone)
+{
+    tool.preview = [](const Args&) -> std::optional<std::string> { throw std::runtime_error("x"); };
+    EXPECT_EQ(std::get<Pending>(run()).preview, std::nullopt);
+}
+
+TEST_F(Gate, reasonsOfTheQueue)
+{
+    struct Case {
+        const char* what;
+        AutonomyMode mode;
+        std::optional<PolicyRule::Decision> rule;
+        int runs;
+        const char* reason;
+    };
+    const Case cases[]{
+        {"slider, panic", AutonomyMode::panic, {}, 0, "needs_approval"},
+        {"slider, copilote", AutonomyMode::copilote, {}, 0, "needs_approval"},
+        {"panic over allow", AutonomyMode::panic, PolicyRule::Decision::allow, 0, "needs_approval"},
+        {"ask rule", AutonomyMode::copilote, PolicyRule::Decision::ask, 0, "rule_ask:A"},
+        {"cap", AutonomyMode::copilote, PolicyRule::Decision::allow, 100, "cap_reached"},
+    };
+    open();
+    for (const auto& [what, wanted, decision, runs, reason] : cases) {
+        db->database().execute("DELETE FROM audit; DELETE FROM policy_rules");
+        mode(wanted);
+        if (decision)
+            addRule("A", *decision);
+        addRuns(runs);
+        EXPECT_TRUE(std::holds_alternative<Pending>(run())) << what;
+        EXPECT_EQ(audit->recent(1).at(0).reason, reason) << what;
+        EXPECT_EQ(audit->recent(1).at(0).outcome, "pending_approval") << what;
+    }
+}
+
+TEST_F(Gate, whatRunsAtOnceIsOnRecord)
+{
+    struct Case {
+        const char* what;
+        AutonomyMode mode;
+        Effect effect;
+        std::optional<PolicyRule::Decision> rule;
+        const char* reason;
+    };
+    const Case cases[]{
+        {"a read with an ask rule", AutonomyMode::panic, Effect::read, PolicyRule::Decision::ask, "read"},
+        {"yolo with an ask rule", AutonomyMode::yolo, Effect::destructive, PolicyRule::Decision::ask, "yolo_auto"},
+        {"create by default", AutonomyMode::copilote, Effect::create, {}, "policy_copilote"},
+        {"an allow rule", AutonomyMode::copilote, Effect::destructive, PolicyRule::Decision::allow, "rule_allow:A"},
+    };
+    open();
+    for (const auto& [what, wanted, effect, decision, reason] : cases) {
+        db->database().execute("DELETE FROM audit; DELETE FROM policy_rules");
+        mode(wanted);
+        tool.effect = effect;
+        if (decision)
+            addRule("A", *decision);
+        calls.clear();
+        EXPECT_EQ(std::get<Executed>(run({{"to", "a@b"}, {"result", "mine"}})).output, " done \n") << what;
+        EXPECT_EQ(calls, "br") << what;
+        EXPECT_EQ(row(), expected("executed", reason, {{"to", "a@b"}, {"result", "done"}})) << what;
+    }
+    EXPECT_TRUE(queue().empty());
+}
+
+TEST_F(Gate, aFailedRunIsOnRecordAndDoesNotCount)
+{
+    addRule("A", PolicyRule::Decision::allow);
+    tool.transform = [this](const std::string& text) {
+        calls += "t";
+        return text;
+    };
+    tool.auditAutoRun = [](const std::string&) { return false; };
+    tool.nativeRun = [](const Args&) -> std::string { throw std::runtime_error("The account is gone."); };
+    EXPECT_EQ(error(), "The account is gone.");
+    EXPECT_EQ(row(), expected("error", "The account is gone."));
+    EXPECT_EQ(calls, "b");
+    EXPECT_EQ(audit->mutationsToday(), 0);
+}
+
+TEST_F(Gate, aRunMayBeKeptOutOfTheTrail)
+{
+    mode(AutonomyMode::yolo);
+    tool.transform = [](const std::string& text) { return "[" + text + "]"; };
+    tool.auditAutoRun = [this](const std::string& text) {
+        EXPECT_EQ(text, "[" + output + "]");
+        calls += "a";
+        return false;
+    };
+    EXPECT_EQ(std::get<Executed>(run()).output, "[ done \n]");
+    EXPECT_EQ(calls, "bra");
+    EXPECT_EQ(audit->count(), 0);
+    tool.auditAutoRun = [](const std::string&) -> bool { throw std::runtime_error("x"); };
+    run();
+    EXPECT_EQ(audit->count(), 1) << "in doubt, on record";
+}
+
+TEST_F(Gate, theCapTurnsAllowIntoAsk)
+{
+    addRule("A", PolicyRule::Decision::allow);
+    addRuns(99);
+    EXPECT_TRUE(std::holds_alternative<Executed>(run()));
+    EXPECT_EQ(audit->mutationsToday(), 100);
+    EXPECT_TRUE(std::holds_alternative<Pending>(run()));
+    test::writeFile(home / "config.json", R"({"dailyMutationCap":0})");
+    rules->setEnabled("A", false);
+    tool.effect = Effect::create;
+    EXPECT_TRUE(std::holds_alternative<Executed>(run())) << "no rule, no cap";
+    rules->setEnabled("A", true);
+    EXPECT_TRUE(std::holds_alternative<Pending>(run()));
+}
+
+TEST_F(Gate, everySettingAppliesToTheNextCall)
+{
+    EXPECT_TRUE(std::holds_alternative<Pending>(run()));
+    test::writeFile(home / "config.json", R"({"yoloMode":true})");
+    EXPECT_TRUE(std::holds_alternative<Executed>(run()));
+    EXPECT_EQ(test::readFile(home / "config.json"), R"({"yoloMode":true})") << "the gate only reads it";
+    test::writeFile(home / "config.json", R"({"autonomyMode":"yo)");
+    EXPECT_TRUE(std::holds_alternative<Pending>(run()));
+}
+
+TEST_F(Gate, worksWithoutADatabase)
+{
+    RuleStore noRules(nullptr);
+    AuditLog noAudit(nullptr);
+    const auto result = HarnessRunner::run(tool, {{"to", "x"}}, "cli", home, {noRules, noAudit});
+    EXPECT_TRUE(std::holds_alternative<Pending>(result));
+    tool.effect = Effect::create;
+    EXPECT_TRUE(
+        std::holds_alternative<Executed>(HarnessRunner::run(tool, {{"to", "x"}}, "cli", home, {noRules, noAudit})));
+}
+
+TEST_F(Gate, whatCannotBeQueuedIsToldAndLeavesNothing)
+{
+    open();
+    test::writeFile(home / "pending", "in the way");
+    EXPECT_EQ(error().rfind("could not save pending: \"", 0), 0U);
+    fs::remove(home / "pending");
+    EXPECT_EQ(error({{"to", "\xFF"}}),
+        "could not save pending: the call holds a text that is not valid UTF-8, which the queue cannot keep");
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const auto previous = ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{1 << 20, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const std::string full = error({{"to", std::string(2 << 20, 'x')}});
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    ::signal(SIGXFSZ, previous);
+    EXPECT_NE(full.find("could not be written: File too large"), std::string::npos) << full;
+    EXPECT_EQ(test::tree(home / "pending"), std::set<std::string>{}) << "no half file";
+    EXPECT_EQ(audit->count(), 0);
+}
+
+TEST_F(Gate, textsThatAreNoUtf8StillLeaveARow)
+{
+    mode(AutonomyMode::yolo);
+    output = "caf\xE9";
+    EXPECT_EQ(std::get<Executed>(run()).output, output) << "the caller gets the bytes";
+    EXPECT_EQ(row().details.at("result"), "caf\uFFFD");
+    db->database().execute("DELETE FROM audit");
+    run({{"to", "\xFF"}});
+    EXPECT_EQ(row().details, AuditLog::Details{});
+    EXPECT_EQ(row().outcome, "executed");
+}
+
+TEST_F(Gate, explainingSeesWhatRunningWouldMeetAndCreatesNothing)
+{
+    auto found = HarnessRunner::explain(tool, {{"to", "x"}});
+    EXPECT_EQ(found.outcome.reason, "policy_copilote");
+    EXPECT_EQ(HarnessRunner::explain(tool, {}).refusal, "missing required argument: to");
+    EXPECT_TRUE(test::tree(dir.path()).empty());
+
+    addRule("A", PolicyRule::Decision::allow);
+    addRuns(3);
+    const auto before = test::readFile(home / "mervo.sqlite");
+    found = HarnessRunner::explain(tool, {{"to", "x"}});
+    EXPECT_EQ(found.refusal, std::nullopt);
+    EXPECT_EQ(found.mutationsToday, 3);
+    EXPECT_EQ(found.dailyCap, 100);
+    EXPECT_EQ(found.outcome.reason, "rule_allow:A");
+    ASSERT_EQ(found.trace.entries.size(), 1U);
+    EXPECT_EQ(found.trace.entries[0].rule, &found.rules[0]);
+    EXPECT_EQ(found.trace.entries[0].standing, ActionPolicy::Standing::won);
+    EXPECT_EQ(test::readFile(home / "mervo.sqlite"), before);
+    EXPECT_EQ(calls.find('r'), std::string::npos);
+}
+
+TEST_F(Gate, executeBuiltKnowsNoPolicy)
+{
+    addRule("D", PolicyRule::Decision::deny);
+    tool.transform = [](const std::string& text) { return text + "!"; };
+    const auto good = HarnessRunner::executeBuilt(tool, {});
+    EXPECT_TRUE(good.ok);
+    EXPECT_EQ(good.output + "|" + good.error, output + "!|");
+    EXPECT_EQ(calls, "r") << "a native tool's build is not asked again";
+    tool.transform = [](const std::string&) -> std::string { throw std::runtime_error("odd output"); };
+    const auto bad = HarnessRunner::executeBuilt(tool, {});
+    EXPECT_FALSE(bad.ok);
+    EXPECT_EQ(bad.output + "|" + bad.error, "|odd output");
+    tool.nativeRun = nullptr;
+    EXPECT_EQ(HarnessRunner::executeBuilt(tool, {}).error, "missing required argument: to") << "a script tool's is";
+    EXPECT_EQ(audit->count(), 0);
+}
+
+TEST(HarnessRunner, truncatesAtCharacters)
+{
+    const std::string exactly(500, 'x');
+    EXPECT_EQ(HarnessRunner::truncate("\n " + exactly + " \n", 500), exactly);
+    EXPECT_EQ(HarnessRunner::truncate(exactly + "y", 500), exactly + "...");
+    EXPECT_EQ(HarnessRunner::truncate("👩‍👩‍👧‍👦e\u0301x", 2), "👩‍👩‍👧‍👦e\u0301...");
+    EXPECT_EQ(HarnessRunner::truncate(" \n ", 5), "");
+}
+
+} // namespace
+} // namespace mervo

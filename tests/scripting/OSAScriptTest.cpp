@@ -1,0 +1,126 @@
+#include "core/scripting/OSAScript.h"
+
+#include "tests/support/Files.h"
+#include "tests/support/Program.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <thread>
+
+namespace mervo {
+namespace {
+
+/// Scripts run by the real host; the temporary folder is the test's own.
+class OSAScriptRun : public testing::Test {
+protected:
+    OSAScriptRun() { ::setenv("TMPDIR", dir.path().c_str(), 1); }
+    ~OSAScriptRun() override
+    {
+        EXPECT_TRUE(test::tree(dir.path()).empty()) << "the script's file stays behind";
+        ::unsetenv("TMPDIR");
+    }
+    test::TempDir dir;
+};
+
+TEST_F(OSAScriptRun, givesTheResultWithoutBlanksAtItsEnds)
+{
+    const auto result =
+        OSAScript::run("on run argv\nreturn \" \" & item 1 of argv & linefeed & linefeed\nend run", {"text"});
+    EXPECT_TRUE(result.ok) << result.error;
+    EXPECT_EQ(result.output, "text");
+    EXPECT_EQ(result.error, "");
+    EXPECT_EQ(result.code, 0);
+}
+
+TEST_F(OSAScriptRun, argumentsArriveAsTheyStand)
+{
+    for (const std::string argument :
+        {"\" & (do shell script \"id\") & \"", "back\\slash \\n", "two\nlines", "'", "é👍", "-e", "x\ty"}) {
+        const auto result =
+            OSAScript::run("on run argv\nreturn \"[\" & item 2 of argv & \"]\"\nend run", {"", argument});
+        EXPECT_EQ(result.output, "[" + argument + "]") << result.error;
+    }
+}
+
+TEST_F(OSAScriptRun, anErrorIsOneCleanLine)
+{
+    const auto raised = OSAScript::run("on run argv\nerror \"No such list: \" & item 1 of argv\nend run", {"Work"});
+    EXPECT_FALSE(raised.ok);
+    EXPECT_EQ(raised.code, 1);
+    EXPECT_EQ(raised.output, "");
+    EXPECT_EQ(raised.error.rfind("execution error: No such list: Work", 0), 0U) << raised.error;
+    EXPECT_EQ(raised.error.find(dir.string()), std::string::npos);
+    const auto malformed = OSAScript::run("on run argv\nreturn (1 +\nend run", {});
+    EXPECT_FALSE(malformed.ok);
+    EXPECT_EQ(malformed.error.rfind("syntax error: ", 0), 0U) << malformed.error;
+}
+
+TEST_F(OSAScriptRun, muchOutputComesWhole)
+{
+    const std::string much(120'000, 'x'); // one argument may hold 128 KiB
+    const auto result =
+        OSAScript::run("on run argv\nset t to item 1 of argv\nreturn t & t & t & t & t & t & t & t\nend run", {much});
+    EXPECT_EQ(result.output.size(), 8 * much.size()) << result.error;
+}
+
+TEST_F(OSAScriptRun, severalAtOnceKeepApart)
+{
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong{0};
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&wrong, thread] {
+            for (int round = 0; round < 5; ++round) {
+                const std::string text = std::to_string(thread * 100 + round);
+                if (OSAScript::run("on run argv\nreturn item 1 of argv\nend run", {text}).output != text)
+                    ++wrong;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(OSAScriptRun, whatNoScriptCanReceiveIsRefused)
+{
+    const auto nul = OSAScript::run("return 1", {"a", std::string("b\0c", 3)});
+    EXPECT_FALSE(nul.ok);
+    EXPECT_EQ(nul.code, -1);
+    EXPECT_EQ(nul.error, "an argument holds a NUL character, which a script cannot receive");
+    const auto long_ = OSAScript::run("return 1", {std::string(3'000'000, 'x')});
+    EXPECT_EQ(long_.error, "failed to launch osascript: Argument list too long");
+    EXPECT_EQ(long_.code, -1);
+}
+
+TEST(OSAScript, aSourceThatCannotBeWrittenIsTold)
+{
+    ::setenv("TMPDIR", "/nowhere/at/all", 1);
+    const auto result = OSAScript::run("return 1", {});
+    ::unsetenv("TMPDIR");
+    EXPECT_FALSE(result.ok);
+    EXPECT_EQ(result.code, -1);
+    EXPECT_EQ(result.error.rfind("failed to write temp script: ", 0), 0U) << result.error;
+}
+
+/// Runs only inside a copy of this program that stands in a bundle without a script host.
+TEST_F(OSAScriptRun, DISABLED_withoutAHost)
+{
+    const auto result = OSAScript::run("return 1", {});
+    EXPECT_EQ(result.code, -1);
+    EXPECT_EQ(result.error, "failed to launch osascript: No such file or directory");
+}
+
+TEST(OSAScript, aMissingHostIsTold)
+{
+    const test::TempDir bundle;
+    std::filesystem::create_directories(bundle / "Contents/Tests");
+    std::filesystem::copy_file("/proc/self/exe", bundle / "Contents/Tests/alone");
+    const auto run = test::runProgram(bundle / "Contents/Tests/alone",
+        {"--gtest_filter=OSAScriptRun.DISABLED_withoutAHost", "--gtest_also_run_disabled_tests"});
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_NE(run.out.find("[  PASSED  ] 1 test."), std::string::npos) << run.out;
+}
+
+} // namespace
+} // namespace mervo
