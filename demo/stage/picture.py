@@ -19,9 +19,10 @@ def cells(text):
 def cut(text, columns):
     if cells(text) <= columns:
         return text
-    while cells(text) > columns - 3:
+    dots = "..."[:max(columns, 0)]
+    while text and cells(text) > columns - len(dots):
         text = text[:-1]
-    return text + "..."
+    return text + dots
 
 
 def clean(text):
