@@ -38,7 +38,7 @@ public:
     explicit Merge(std::vector<IndexDatabase::Chunk> chunks)
     {
         for (IndexDatabase::Chunk& chunk : chunks) {
-            const std::string& bytes = texts_.emplace_back(std::move(chunk.data));
+            const std::string_view bytes = texts_.keep(std::move(chunk.data));
             const std::size_t first = headers_.size();
             if (!decodeChunk(bytes, headers_))
                 throw IndexError("The mail index is damaged.", true);
@@ -110,7 +110,7 @@ private:
         MessageHeader& header = headers_[at];
         if (header.isNew == entry.isNew && header.fileName == entry.fileName)
             return;
-        header.fileName = texts_.emplace_back(entry.fileName);
+        header.fileName = texts_.keep(std::string_view(entry.fileName));
         header.isNew = entry.isNew;
         header.flags = maildirFlags(splitMaildirName(header.fileName).info).bits();
         touched_.insert(chunkOf_[at]);
@@ -137,16 +137,7 @@ private:
     {
         if (entries.empty())
             return 0;
-        std::vector<MessageHeader> added;
-        added.reserve(entries.size());
-        HeadReader reader(maildir);
-        for (const MaildirEntry* entry : entries) {
-            if (const auto header = reader.read(*entry, texts_))
-                added.push_back(*header);
-        }
-        std::sort(added.begin(), added.end(), [](const MessageHeader& a, const MessageHeader& b) {
-            return a.received != b.received ? a.received < b.received : a.fileName < b.fileName;
-        });
+        std::vector<MessageHeader> added = readHeads(maildir, entries, texts_);
         std::uint32_t id = change.takeIds(added.size());
         std::int64_t number = sizes_.empty() ? 0 : sizes_.rbegin()->first;
         for (MessageHeader& header : added) {
@@ -161,7 +152,7 @@ private:
         return added.size();
     }
 
-    std::deque<std::string> texts_;
+    TextStore texts_;
     std::vector<MessageHeader> headers_;
     std::vector<std::int64_t> chunkOf_; // for each header
     std::map<std::int64_t, std::size_t> sizes_;

@@ -18,8 +18,7 @@ std::int64_t MessageHeader::receivedSeconds() const noexcept
     return received / 1'000'000'000 - (received % 1'000'000'000 < 0 ? 1 : 0);
 }
 
-MailboxSnapshot::MailboxSnapshot(
-    std::filesystem::path maildir, std::vector<MessageHeader> messages, std::deque<std::string> texts)
+MailboxSnapshot::MailboxSnapshot(std::filesystem::path maildir, std::vector<MessageHeader> messages, TextStore texts)
     : maildir_(std::move(maildir))
     , messages_(std::move(messages))
     , texts_(std::move(texts))

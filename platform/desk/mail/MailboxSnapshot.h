@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/desk/mail/Maildir.h"
+#include "platform/desk/mail/TextStore.h"
 
 #include <cstdint>
-#include <deque>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -34,7 +34,7 @@ struct MessageHeader {
 /// The messages of one mailbox at one moment, newest received first. Never changes; owns all its texts.
 class MailboxSnapshot {
 public:
-    MailboxSnapshot(std::filesystem::path maildir, std::vector<MessageHeader> messages, std::deque<std::string> texts);
+    MailboxSnapshot(std::filesystem::path maildir, std::vector<MessageHeader> messages, TextStore texts);
 
     const std::filesystem::path& maildir() const noexcept { return maildir_; }
     const std::vector<MessageHeader>& messages() const noexcept { return messages_; }
@@ -45,7 +45,7 @@ public:
 private:
     std::filesystem::path maildir_;
     std::vector<MessageHeader> messages_;
-    std::deque<std::string> texts_;
+    TextStore texts_;
     // Made when first asked.
     mutable std::unordered_map<std::uint32_t, std::size_t> byId_;
     mutable std::unordered_map<std::string_view, std::size_t> byBase_;

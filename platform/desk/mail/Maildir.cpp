@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
-#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 namespace mervo::desk {
@@ -68,22 +68,24 @@ void listFolder(const fs::path& folder, bool isNew, std::vector<MaildirEntry>& e
     }
 }
 
-/// cur was read after new, so where a message stands twice the later entry is the newer truth.
-void dropMessagesSeenTwice(std::vector<MaildirEntry>& entries)
+/// cur was read after new, so of a message that stands in both, cur has the newer truth.
+void dropMessagesSeenTwice(std::vector<MaildirEntry>& entries, std::size_t inNew)
 {
-    std::unordered_map<std::string_view, std::size_t> last;
-    last.reserve(entries.size());
-    for (std::size_t i = 0; i < entries.size(); ++i)
-        last[splitMaildirName(entries[i].fileName).base] = i;
-    if (last.size() == entries.size())
+    if (inNew == 0 || inNew == entries.size())
         return;
-    std::vector<MaildirEntry> kept;
-    kept.reserve(last.size());
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (last[splitMaildirName(entries[i].fileName).base] == i)
-            kept.push_back(entries[i]);
+    std::unordered_set<std::string_view> bases;
+    for (std::size_t i = 0; i < inNew; ++i)
+        bases.insert(splitMaildirName(entries[i].fileName).base);
+    std::unordered_set<std::string> twice; // not views: entries move while some are erased
+    for (std::size_t i = inNew; i < entries.size(); ++i) {
+        const std::string_view base = splitMaildirName(entries[i].fileName).base;
+        if (bases.contains(base))
+            twice.emplace(base);
     }
-    entries = std::move(kept);
+    if (!twice.empty())
+        std::erase_if(entries, [&twice](const MaildirEntry& entry) {
+            return entry.isNew && twice.contains(std::string(splitMaildirName(entry.fileName).base));
+        });
 }
 
 void makeFolder(const fs::path& folder)
@@ -203,8 +205,9 @@ std::vector<MaildirEntry> listMaildir(const fs::path& maildir)
 {
     std::vector<MaildirEntry> entries;
     listFolder(maildir / "new", true, entries);
+    const std::size_t inNew = entries.size();
     listFolder(maildir / "cur", false, entries);
-    dropMessagesSeenTwice(entries);
+    dropMessagesSeenTwice(entries, inNew);
     return entries;
 }
 

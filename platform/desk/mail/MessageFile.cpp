@@ -7,13 +7,16 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <future>
+#include <span>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace mervo::desk {
 namespace {
 
-constexpr std::size_t kFirstRead = 8 * 1024; // holds nearly every head
+constexpr std::size_t kFirstRead = 4 * 1024; // holds nearly every head
 
 // A message may be a link, never a device or a pipe: opening one of those must not wait.
 constexpr int kOpenFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
@@ -49,9 +52,25 @@ bool readSome(int descriptor, char* to, std::size_t most, std::size_t& got)
     }
 }
 
-std::string_view keep(std::deque<std::string>& texts, std::string text)
+constexpr std::size_t kWorthAThread = 500; // messages
+constexpr std::size_t kMostThreads = 4;
+
+/// What one thread reads.
+struct Share {
+    std::vector<MessageHeader> headers;
+    TextStore texts;
+};
+
+Share readShare(const std::filesystem::path& maildir, std::span<const MaildirEntry* const> entries)
 {
-    return text.empty() ? std::string_view() : std::string_view(texts.emplace_back(std::move(text)));
+    Share share;
+    share.headers.reserve(entries.size());
+    HeadReader reader(maildir);
+    for (const MaildirEntry* entry : entries) {
+        if (const auto header = reader.read(*entry, share.texts))
+            share.headers.push_back(*header);
+    }
+    return share;
 }
 
 } // namespace
@@ -88,7 +107,7 @@ std::size_t HeadReader::readHead(int descriptor, std::size_t fileSize)
     }
 }
 
-std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, std::deque<std::string>& texts)
+std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, TextStore& texts)
 {
     const Descriptor file(openat(entry.isNew ? new_ : cur_, entry.fileName.c_str(), kOpenFlags));
     struct stat status { };
@@ -110,12 +129,37 @@ std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, std::de
     header.attachments = head.isSinglePartText ? 0 : kAttachmentsUnknown;
     header.flags = maildirFlags(splitMaildirName(entry.fileName).info).bits();
     header.isNew = entry.isNew;
-    header.fileName = keep(texts, entry.fileName);
-    header.subject = keep(texts, std::move(head.subject));
-    header.sender = keep(texts, std::move(head.sender));
-    header.messageId = keep(texts, std::move(head.messageId));
-    header.to = keep(texts, std::move(head.to));
+    header.fileName = texts.keep(std::string_view(entry.fileName));
+    header.subject = texts.keep(std::string_view(head.subject));
+    header.sender = texts.keep(std::string_view(head.sender));
+    header.messageId = texts.keep(std::string_view(head.messageId));
+    header.to = texts.keep(std::string_view(head.to));
     return header;
+}
+
+std::vector<MessageHeader> readHeads(
+    const std::filesystem::path& maildir, const std::vector<const MaildirEntry*>& entries, TextStore& texts)
+{
+    const std::size_t cores = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
+    const std::size_t shares = std::clamp<std::size_t>(entries.size() / kWorthAThread, 1, cores);
+    const std::span<const MaildirEntry* const> all(entries);
+    std::vector<std::future<Share>> others;
+    for (std::size_t i = 1; i < shares; ++i) {
+        const std::size_t start = all.size() * i / shares, end = all.size() * (i + 1) / shares;
+        others.push_back(std::async(std::launch::async,
+            [&maildir, part = all.subspan(start, end - start)] { return readShare(maildir, part); }));
+    }
+    Share result = readShare(maildir, all.first(all.size() / shares));
+    for (std::future<Share>& other : others) {
+        Share share = other.get();
+        result.headers.insert(result.headers.end(), share.headers.begin(), share.headers.end());
+        result.texts.take(std::move(share.texts));
+    }
+    texts.take(std::move(result.texts));
+    std::sort(result.headers.begin(), result.headers.end(), [](const MessageHeader& a, const MessageHeader& b) {
+        return a.received != b.received ? a.received < b.received : a.fileName < b.fileName;
+    });
+    return std::move(result.headers);
 }
 
 std::string readMessageFile(const std::filesystem::path& path)

@@ -2,9 +2,9 @@
 
 #include "platform/desk/mail/MailboxSnapshot.h"
 
-#include <deque>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// One message file: its head for the index, its bytes for the reader.
 namespace mervo::desk {
@@ -17,9 +17,9 @@ public:
     HeadReader(const HeadReader&) = delete;
     HeadReader& operator=(const HeadReader&) = delete;
 
-    /// Everything but the id. A file whose head makes no sense still has its size, date and name. The texts are put
-    /// at the end of `texts`. Nothing when the file has vanished or is no file.
-    std::optional<MessageHeader> read(const MaildirEntry& entry, std::deque<std::string>& texts);
+    /// Everything but the id. A file whose head makes no sense still has its size, date and name. The texts are
+    /// kept in `texts`. Nothing when the file has vanished or is no file.
+    std::optional<MessageHeader> read(const MaildirEntry& entry, TextStore& texts);
 
 private:
     std::size_t readHead(int descriptor, std::size_t fileSize);
@@ -27,6 +27,11 @@ private:
     int cur_, new_;
     std::string buffer_;
 };
+
+/// The heads of many messages, oldest received first; those that have vanished are left out. Reads with as many threads
+/// as help.
+std::vector<MessageHeader> readHeads(
+    const std::filesystem::path& maildir, const std::vector<const MaildirEntry*>& entries, TextStore& texts);
 
 /// The whole file. Throws MailError; MessageGone when it is not there.
 std::string readMessageFile(const std::filesystem::path& file);

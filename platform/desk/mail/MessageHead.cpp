@@ -54,7 +54,7 @@ void visitFields(std::string_view head, Visit&& visit)
             while (!name.empty() && isBlank(name.back()))
                 name.remove_suffix(1);
             if (name.find(' ') == std::string_view::npos)
-                visit(name, trimmed(head.substr(colon + 1, length - colon - 1)));
+                visit(name, head.substr(colon + 1, length - colon - 1));
         }
         head.remove_prefix(length);
     }
@@ -130,7 +130,7 @@ std::optional<std::size_t> endOfHead(std::string_view bytes) noexcept
 void forEachField(
     std::string_view head, const std::function<void(std::string_view name, std::string_view value)>& visit)
 {
-    visitFields(head, visit);
+    visitFields(head, [&](std::string_view name, std::string_view value) { visit(name, trimmed(value)); });
 }
 
 MessageHead readMessageHead(std::string_view head)
@@ -139,7 +139,7 @@ MessageHead readMessageHead(std::string_view head)
     visitFields(head, [&](std::string_view name, std::string_view value) {
         const auto keepFirst = [&](std::string_view lower, std::string_view& field) {
             if (field.empty() && isNamed(name, lower))
-                field = value;
+                field = trimmed(value);
         };
         switch (name.size()) {
         case 2:
