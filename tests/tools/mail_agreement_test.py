@@ -167,8 +167,8 @@ class Agreement(unittest.TestCase):
         self.assertEqual(self.desk.call("mail.search", after="2000-01-01", limit="").get("outcome"), "error")
 
     def test_search_goes_where_it_is_sent(self):
-        for account, box in (("all", "all"), ("", ""), ("ALL", "inbox"), ("Work", "all"), ("Zu Hause – privat", "Archive"),
-                             ("work", "No Such Box")):
+        for account, box in (("all", "all"), ("", ""), ("ALL", "inbox"), ("Work", "all"), ("work", "No Such Box"),
+                             ("Zu Hause – privat", "Archive")):
             with self.subTest(f"{account}/{box}"):
                 call = self.desk.call("mail.search", account=account, mailbox=box, status="any", limit=0)
                 self.assertEqual(len(call.lines), sum(
@@ -176,16 +176,18 @@ class Agreement(unittest.TestCase):
                     if account.lower() in ("all", "", name.lower()) and box.lower() in ("all", "", other.lower())))
 
     def test_accounts_lists_what_there_is(self):
-        lines = [line for name, boxes in self.desk.mail.items() for line in ("ACCOUNT: " + name, *("  " + b for b in boxes))]
+        lines = [line for name, boxes in self.desk.mail.items()
+                 for line in ("ACCOUNT: " + name, *("  " + box for box in boxes))]
         self.expect(self.desk.call("mail.accounts"), lines)
 
     def test_failures_are_said(self):
         inbox = {"account": "Work", "mailbox": "INBOX"}
+        no_account = "execution error: Mail got an error: Can’t get account 1"
         for tool, arguments, said in (
                 ("mail.audit", inbox | {"mailbox": "No Such"}, "mailbox not found: No Such"),
                 ("mail.body", inbox | {"mailbox": "", "subject": "x"}, "missing required argument: mailbox"),
-                ("mail.headers", inbox | {"account": 'No" & "pe'}, "execution error: Mail got an error: Can’t get account 1"),
-                ("mail.search", {"account": "Nope", "from": "x"}, "execution error: Mail got an error: Can’t get account 1"),
+                ("mail.headers", inbox | {"account": 'No" & "pe'}, no_account),
+                ("mail.search", {"account": "Nope", "from": "x"}, no_account),
                 ("mail.audit", inbox | {"before": "soon"}, "execution error: "),
                 ("mail.audit", inbox | {"after": "2026-1-5"}, "execution error: "),
                 ("mail.audit", inbox | {"olderThan": "a week"}, "execution error: "),
@@ -220,7 +222,8 @@ class Agreement(unittest.TestCase):
                 kilobytes = round(sum(one.size for _, _, one in hits) / 1024)
                 self.assertEqual(call["outcome"], "pending")
                 self.assertEqual(call["preview"], f"{len(hits)} message(s), {kilobytes / 1024:.1f} MB")
-        call = self.desk.call("mail.flag", account="Work", mailbox="INBOX", subject="no such", color="RED", flag="False")
+        call = self.desk.call("mail.flag", account="Work", mailbox="INBOX", subject="no such", color="RED",
+                              flag="False")
         self.assertEqual(call["preview"], "0 message(s), 0.0 MB → unflag red")
         call = self.desk.call("mail.move", account="Work", mailbox="Nowhere", dest="Archive", status="read")
         self.assertNotIn("preview", {key for key, value in call.items() if value is not None})
@@ -272,18 +275,19 @@ class Odd(unittest.TestCase):
                     self.assertEqual(fields[2], sender)
                 if subject:
                     self.assertEqual(fields[3], subject)
-            self.assertEqual(desk.call("mail.body", account="A", mailbox="INBOX", subjectContains="a || b")["output"], "t")
+            body = desk.call("mail.body", account="A", mailbox="INBOX", subjectContains="a || b")
+            self.assertEqual(body["output"], "t")
 
     def test_the_first_of_two_with_one_date_is_the_newest(self):
-        head = b"From: x@example.org\nSubject: twice\n\n"
+        head = b"From: x@example.org\nSubject: twice\nMessage-ID: <%s@example.org>\n\n%s\n"
         with tempfile.TemporaryDirectory() as folder:
-            desk = SmallDesk(folder, [head + b"new\n", head + b"old\n"])
+            desk = SmallDesk(folder, [head % (word, word) for word in (b"new", b"old")])
             self.assertEqual(desk.call("mail.body", account="A", mailbox="INBOX", subject="TWICE")["output"], "new")
             for file in (desk.root / "cur").iterdir():
                 os.utime(file, (NEWEST, NEWEST))
-            first = desk.call("mail.audit", account="A", mailbox="INBOX", limit=1).lines
-            self.assertEqual(len(first), 1)
-            self.assertIn(desk.call("mail.body", account="A", mailbox="INBOX", subject="twice")["output"], ("new", "old"))
+            first, _ = desk.call("mail.messageId", account="A", mailbox="INBOX", subject="twice").lines
+            body = desk.call("mail.body", account="A", mailbox="INBOX", subject="twice")
+            self.assertEqual(body["output"], first.partition("@")[0])
 
 
 class Drafts(unittest.TestCase):

@@ -113,9 +113,9 @@ def cleaned(text):
     text = text.replace("\r\n", "\n").replace("\r", "\n")
     for pattern, by in ((r"[ \t]+\n", "\n"), (r"(?m)^[ \t]+", ""), (r"[ \t]{2,}", " "), (r"\n{3,}", "\n\n")):
         text = re.sub(pattern, by, text)
-    ends = [found.start() for pattern in (
-        r"(?m)^On .{0,200}? wrote:\s*$", r"(?m)^Le .{0,200}?(a écrit|écrit)\s*:\s*$", r"(?m)^>.*$",
-        r"(?i)-----Original Message-----", r"(?i)-----Message d'origine-----", "_" * 32) if (found := re.search(pattern, text))]
+    tails = (r"(?m)^On .{0,200}? wrote:\s*$", r"(?m)^Le .{0,200}?(a écrit|écrit)\s*:\s*$", r"(?m)^>.*$",
+             r"(?i)-----Original Message-----", r"(?i)-----Message d'origine-----", "_" * 32)
+    ends = [found.start() for tail in tails if (found := re.search(tail, text))]
     text = text[:min(ends, default=len(text))]
     text = text.partition("\n-- \n")[0].strip()
     data = text.encode()
