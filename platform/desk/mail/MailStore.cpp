@@ -17,6 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::chrono::milliseconds kOneLook{500};
+
 std::string newMessageId(std::string_view sender)
 {
     std::array<std::uint64_t, 2> random{};
@@ -99,10 +101,16 @@ const MailAccountSettings* MailStore::accountWithAddress(std::string_view addres
 
 std::shared_ptr<const MailboxSnapshot> MailStore::messages(const MailAccountSettings& account, const fs::path& maildir)
 {
+    Look& look = looks_[maildir.native()];
+    if (look.snapshot && std::chrono::steady_clock::now() - look.taken < kOneLook)
+        return look.snapshot;
     // An account whose root is there but was never used as a Maildir has an empty inbox.
     std::error_code error;
     const bool mayBeMissing = account.local || (maildir == account.root && fs::is_directory(maildir, error));
-    return index_.snapshot(maildir, mayBeMissing);
+    look = {{}, nullptr};
+    look.snapshot = index_.snapshot(maildir, mayBeMissing);
+    look.taken = std::chrono::steady_clock::now();
+    return look.snapshot;
 }
 
 std::string MailStore::bytes(const MailboxSnapshot& mailbox, const MessageHeader& message) const
@@ -156,6 +164,7 @@ fs::path MailStore::saveDraft(const OutgoingMail& mail)
     const fs::path maildir = mailFolderPath(*account, specialMailbox(*account, SpecialMailbox::drafts));
     const MimeEngine& engine = mimeEngine();
     createMaildir(maildir, account->layout == MailLayout::maildirPlusPlus && maildir != account->root);
+    looks_.clear();
     return deliverToMaildir(maildir, "DS", [&](int descriptor) { engine.write(draft, descriptor); });
 }
 

@@ -6,6 +6,7 @@
 #include "platform/desk/mail/SpecialMailbox.h"
 #include "platform/desk/settings/Configuration.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -39,7 +40,8 @@ public:
     /// The account that has this address, ignoring case; null when none has.
     const MailAccountSettings* accountWithAddress(std::string_view address) const;
 
-    /// Throws MailError when the mailbox cannot be read.
+    /// Throws MailError when the mailbox cannot be read. One look serves for half a second: a script that reads a
+    /// mailbox column by column gets columns of the same messages, whatever is delivered meanwhile.
     std::shared_ptr<const MailboxSnapshot> messages(
         const MailAccountSettings& account, const std::filesystem::path& maildir);
     /// The file of a message, also when another program has just renamed it. Throws MessageGone, MailError.
@@ -54,12 +56,17 @@ public:
     std::filesystem::path saveDraft(const OutgoingMail& mail);
 
 private:
+    struct Look {
+        std::chrono::steady_clock::time_point taken;
+        std::shared_ptr<const MailboxSnapshot> snapshot;
+    };
     using Counts = std::map<std::uint32_t, std::int32_t>; // by message id
 
     void createLocalAccount() const;
 
     Configuration configuration_;
     HeaderIndex index_;
+    std::unordered_map<std::string, Look> looks_; // by Maildir
     std::string contentOf_; // the Maildir and base of the message whose content is kept
     MimeContent content_;
     std::unordered_map<std::string, Counts> learned_; // by Maildir

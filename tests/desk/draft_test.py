@@ -1,0 +1,144 @@
+"""Drafts, composed by scripts and read again by Python's own mail library: `draft_test.py <platform programs>`."""
+
+import email
+import email.policy
+import mailbox
+import os
+import pathlib
+import sys
+import unittest
+
+from desk import Desk
+
+PROGRAMS = ""  # from the command line
+
+COMPOSE = """
+set msg to make new outgoing message with properties {subject:item 2 of argv, content:item 3 of argv, visible:false}
+tell msg
+    make new to recipient at end of to recipients with properties {address:item 1 of argv}
+end tell
+if (item 5 of argv) is not "" then
+    try
+        set sender of msg to item 5 of argv
+    end try
+end if
+if (item 4 of argv) is not "" then
+    set f to POSIX file (item 4 of argv)
+    tell content of msg
+        make new attachment with properties {file name:f} at after last paragraph
+    end tell
+end if
+save msg
+return "OK"
+"""
+
+
+class Drafts(unittest.TestCase):
+    def setUp(self):
+        self.desk = Desk(PROGRAMS, ("Work", "Home"))
+        self.addCleanup(self.desk.close)
+        for account in ("Work", "Home"):
+            self.desk.maildir(account)
+
+    def compose(self, to="b@x.example", subject="hello", body="text", file="", sender=""):
+        return self.desk.mail(COMPOSE, to, subject, body, str(file), sender)
+
+    def refusal(self, **change):
+        words = {"to": "b@x.example", "subject": "s", "body": "b", "file": "", "sender": ""} | change
+        return self.desk.failure(COMPOSE, *words.values())
+
+    def drafts(self, account="Work"):
+        folder = self.desk.root / account / ".Drafts"
+        return sorted((folder / "cur").glob("*")) if folder.exists() else []
+
+    def only_draft(self, account="Work"):
+        (file,) = self.drafts(account)
+        self.assertTrue(file.name.endswith(":2,DS"), file)
+        self.assertEqual(list((file.parent.parent / "tmp").iterdir()), [])
+        raw = file.read_bytes()
+        self.assertNotIn(b"\r", raw)
+        self.assertTrue(raw.isascii() and max(map(len, raw.split(b"\n"))) < 998, "any transport carries it")
+        message = email.message_from_bytes(raw, policy=email.policy.default)
+        self.assertEqual([part.defects for part in message.walk()], [[] for _ in message.walk()])
+        return message
+
+    def test_a_plain_draft(self):
+        self.assertEqual(self.compose(body="line\n\nFrom here\n.\n"), "OK")
+        message = self.only_draft()
+        self.assertEqual(message["from"], "work@desk.example")
+        self.assertEqual((message["to"], message["subject"]), ("b@x.example", "hello"))
+        self.assertEqual(message.get_content_type(), "text/plain")
+        self.assertEqual(message.get_content_charset(), "utf-8")
+        self.assertEqual(message.get_content(), "line\n\nFrom here\n.\n")
+        self.assertLess(abs(message["date"].datetime.timestamp() - self.drafts()[0].stat().st_mtime), 5)
+        self.assertRegex(message["message-id"], r"^<[^@<>\s]+@desk\.example>$")
+        self.assertEqual(mailbox.Maildir(self.desk.root / "Work", create=False).list_folders(), ["Drafts"])
+
+    def test_every_script_and_length_of_text(self):
+        subject = "Réunion 日本語 Привет 😀 " + "long " * 60
+        body = "Größe\t日本\n" + "x" * 5000 + "\n\rold line end\n\x00 and a control"
+        self.compose(subject=subject, body=body.replace("\x00", ""))
+        message = self.only_draft()
+        self.assertEqual(message["subject"].rstrip(), subject.rstrip())
+        self.assertEqual(message.get_content(), body.replace("\x00", "").replace("\r", "\n") + "\n")
+
+    def test_attachments_byte_for_byte(self):
+        for name in ("plain.pdf", "naïve 日本 'file' \"x\".csv", "a" * 120 + ".bin", "no-ending"):
+            with self.subTest(name):
+                file = self.desk.root / name
+                file.write_bytes(os.urandom(70_000) + b"\r\n.\r\n")
+                self.compose(file=file)
+                message = self.only_draft()
+                self.assertEqual(message.get_content_type(), "multipart/mixed")
+                self.assertEqual(message.get_body(("plain",)).get_content(), "text\n")
+                (part,) = message.iter_attachments()
+                self.assertEqual(part.get_filename(), name)
+                raw = part.get_payload(decode=True)
+                self.assertEqual(raw, file.read_bytes())
+                self.assertEqual(part["content-transfer-encoding"], "base64")
+                self.drafts()[0].unlink()
+
+    def test_several_people_in_one_address(self):
+        self.compose(to='Ann <a@x.example>, "Bee, B" <b@x.example>,c@x.example')
+        people = [(one.display_name, one.addr_spec) for one in self.only_draft()["to"].addresses]
+        self.assertEqual(people, [("Ann", "a@x.example"), ("Bee, B", "b@x.example"), ("", "c@x.example")])
+
+    def test_the_sender_decides_the_account(self):
+        self.compose(sender="HOME@desk.example")
+        self.assertEqual(self.only_draft("Home")["from"].lower(), "home@desk.example")
+        self.compose(sender="stranger@x.example")
+        self.assertEqual(self.only_draft("Work")["from"], "work@desk.example")
+        self.assertIn("(-10006)", self.desk.failure(
+            'set msg to make new outgoing message with properties {subject:"x"}\nset sender of msg to "stranger@x.example"'))
+
+    def test_no_argument_becomes_a_field(self):
+        evil = "x\nBcc: evil@x.example\r\nX-Evil: 1"
+        self.compose(subject=evil, sender="work@desk.example" + evil)
+        message = self.only_draft()
+        self.assertEqual(sorted(key.lower() for key in message.keys()),
+                         ["content-transfer-encoding", "content-type", "date", "from", "message-id", "mime-version",
+                          "subject", "to"])
+        self.drafts()[0].unlink()
+        for to in ("a@x.example\nBcc: evil@x.example", "a@x.example\r\n\r\nbody", "nobody", "", "a@b@c", "<a b@x>"):
+            self.assertIn("(-10000)", self.refusal(to=to), to)
+        self.assertEqual(self.drafts(), [])
+
+    def test_a_missing_file_leaves_nothing(self):
+        for file in ("/nowhere/a.pdf", str(self.desk.root), "/dev/null"):
+            self.assertIn("File %s wasn\u2019t found. (-43)" % file, self.refusal(file=file))
+        self.assertEqual(self.drafts(), [])
+
+    def test_saving_twice_keeps_one(self):
+        self.desk.mail('set msg to make new outgoing message with properties {subject:"one", content:"a"}\n'
+                       'save msg\nset subject of msg to "two"\nset content of msg to "b"\nsave msg')
+        message = self.only_draft()
+        self.assertEqual((message["subject"], message.get_content()), ("two", "b\n"))
+
+    def test_a_full_drafts_folder_is_said(self):
+        (self.desk.root / "Work/.Drafts").write_text("a file in the way")
+        self.assertRegex(self.refusal(), "Mail got an error: .*cannot be written.*-10000")
+
+
+if __name__ == "__main__":
+    PROGRAMS = str(pathlib.Path(sys.argv[1]).resolve())
+    unittest.main(argv=sys.argv[:1])
