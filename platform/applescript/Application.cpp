@@ -76,8 +76,8 @@ Value Application::perform(const CommandCall& call)
 void ApplicationRegistry::add(
     std::vector<std::string> names, std::string bundleId, DictionarySource dictionary, Factory factory)
 {
-    entries_.push_back(std::make_unique<Entry>(Entry {
-        std::move(names), std::move(bundleId), std::move(dictionary), std::move(factory), nullptr, false}));
+    entries_.push_back(std::make_unique<Entry>(
+        Entry{std::move(names), std::move(bundleId), std::move(dictionary), std::move(factory), nullptr, false}));
 }
 
 ApplicationRegistry::Entry* ApplicationRegistry::findByName(std::string_view name)

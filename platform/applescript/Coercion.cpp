@@ -57,18 +57,30 @@ std::int64_t rounded(const Value& value)
 const char* nameOf(TargetClass target)
 {
     switch (target) {
-    case TargetClass::integer: return "integer";
-    case TargetClass::real: return "real";
-    case TargetClass::number: return "number";
-    case TargetClass::text: return "text";
-    case TargetClass::boolean: return "boolean";
-    case TargetClass::list: return "list";
-    case TargetClass::record: return "record";
-    case TargetClass::date: return "date";
-    case TargetClass::classTerm: return "class";
-    case TargetClass::constant: return "constant";
-    case TargetClass::file: return "file";
-    case TargetClass::item: return "item";
+    case TargetClass::integer:
+        return "integer";
+    case TargetClass::real:
+        return "real";
+    case TargetClass::number:
+        return "number";
+    case TargetClass::text:
+        return "text";
+    case TargetClass::boolean:
+        return "boolean";
+    case TargetClass::list:
+        return "list";
+    case TargetClass::record:
+        return "record";
+    case TargetClass::date:
+        return "date";
+    case TargetClass::classTerm:
+        return "class";
+    case TargetClass::constant:
+        return "constant";
+    case TargetClass::file:
+        return "file";
+    case TargetClass::item:
+        return "item";
     }
     return "";
 }
@@ -136,7 +148,7 @@ Value listOf(const Value& value)
     if (value.is(Kind::list))
         return value;
     if (!value.is(Kind::record))
-        return Value::list(std::vector<Value> {value});
+        return Value::list(std::vector<Value>{value});
     auto list = makeRef<List>();
     for (const Record::Field& field : value.asRecord().fields())
         list->append(field.value);
@@ -162,15 +174,15 @@ std::optional<Date> parsedDate(const std::string& text)
     } else {
         char monthName[16] = {};
         char half[3] = {};
-        if (std::sscanf(text.c_str(), "%*15[A-Za-z], %15[A-Za-z] %2d, %9lld at %2d:%2d:%2d %2[AP]M", monthName, &day, &year,
-                &hour, &minute, &second, half)
+        if (std::sscanf(text.c_str(), "%*15[A-Za-z], %15[A-Za-z] %2d, %9lld at %2d:%2d:%2d %2[AP]M", monthName, &day,
+                &year, &hour, &minute, &second, half)
             < 3)
             return {};
         month = monthNumber(Symbol(monthName));
         hour = half[0] == '\0' ? hour : hour % 12 + (half[0] == 'P' ? 12 : 0);
     }
-    if (month < 1 || month > 12 || day < 1 || day > 31 || hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0
-        || second > 59)
+    if (month < 1 || month > 12 || day < 1 || day > 31 || hour < 0 || hour > 23 || minute < 0 || minute > 59
+        || second < 0 || second > 59)
         return {};
     return Date::fromParts(year, month, day, hour * 3600 + minute * 60 + second);
 }
@@ -183,21 +195,26 @@ Ref<Text> toText(const Value& original, std::string_view delimiter)
     Limits::step();
     const Value value = plain(original, Kind::text);
     switch (value.kind()) {
-    case Kind::text: return Ref<Text>(&value.asText());
+    case Kind::text:
+        return Ref<Text>(&value.asText());
     case Kind::integer:
     case Kind::real:
     case Kind::boolean:
     case Kind::missing:
     case Kind::classTerm:
-    case Kind::constant: return Text::make(displayForm(value));
-    case Kind::date: return Text::make(longDate(value.asDate()));
-    case Kind::file: return Ref<Text>(&value.asText());
+    case Kind::constant:
+        return Text::make(displayForm(value));
+    case Kind::date:
+        return Text::make(longDate(value.asDate()));
+    case Kind::file:
+        return Ref<Text>(&value.asText());
     case Kind::list: {
         Ref<Text> text = Text::make({});
         appendJoined(text, value.asList(), delimiter);
         return text;
     }
-    default: throw ScriptError::cannotCoerce(value, "text");
+    default:
+        throw ScriptError::cannotCoerce(value, "text");
     }
 }
 
@@ -263,21 +280,30 @@ Value coerce(const Value& original, TargetClass target, std::string_view delimit
 {
     Limits::enter();
     switch (target) {
-    case TargetClass::integer: return Value::integer(toInteger(original));
-    case TargetClass::real: return Value::real(toReal(original));
-    case TargetClass::number: return toNumber(original);
-    case TargetClass::text: return Value::text(toText(original, delimiter));
-    case TargetClass::boolean: return Value::boolean(toBoolean(original));
-    case TargetClass::file: return Value::file(toPath(original));
-    case TargetClass::item: return dereferenced(original);
-    case TargetClass::list: return listOf(dereferenced(original));
+    case TargetClass::integer:
+        return Value::integer(toInteger(original));
+    case TargetClass::real:
+        return Value::real(toReal(original));
+    case TargetClass::number:
+        return toNumber(original);
+    case TargetClass::text:
+        return Value::text(toText(original, delimiter));
+    case TargetClass::boolean:
+        return Value::boolean(toBoolean(original));
+    case TargetClass::file:
+        return Value::file(toPath(original));
+    case TargetClass::item:
+        return dereferenced(original);
+    case TargetClass::list:
+        return listOf(dereferenced(original));
     case TargetClass::date: {
         const Value value = plain(original, Kind::date);
         return value.is(Kind::date) ? value : Value::date(toDate(value));
     }
     case TargetClass::record:
     case TargetClass::classTerm:
-    case TargetClass::constant: break;
+    case TargetClass::constant:
+        break;
     }
     const Value value = dereferenced(original);
     const Kind kept = target == TargetClass::record ? Kind::record

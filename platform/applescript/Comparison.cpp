@@ -45,20 +45,32 @@ bool areEqual(const Value& left, const Value& right, const TextRules& rules)
     case Kind::none:
     case Kind::missing:
     case Kind::script:
-    case Kind::language: return true;
-    case Kind::boolean: return left.asBoolean() == right.asBoolean();
+    case Kind::language:
+        return true;
+    case Kind::boolean:
+        return left.asBoolean() == right.asBoolean();
     case Kind::integer:
-    case Kind::real: return left.asNumber() == right.asNumber();
-    case Kind::text: return areEqual(left.asText(), right.asText(), rules);
-    case Kind::list: return areEqualLists(left.asList(), right.asList(), rules);
-    case Kind::record: return areEqualRecords(left.asRecord(), right.asRecord(), rules);
-    case Kind::date: return left.asDate() == right.asDate();
+    case Kind::real:
+        return left.asNumber() == right.asNumber();
+    case Kind::text:
+        return areEqual(left.asText(), right.asText(), rules);
+    case Kind::list:
+        return areEqualLists(left.asList(), right.asList(), rules);
+    case Kind::record:
+        return areEqualRecords(left.asRecord(), right.asRecord(), rules);
+    case Kind::date:
+        return left.asDate() == right.asDate();
     case Kind::classTerm:
-    case Kind::constant: return left.asSymbol() == right.asSymbol();
-    case Kind::file: return left.view() == right.view();
-    case Kind::object: return left.asObject().isSame(right.asObject());
-    case Kind::reference: return left.asReference().isSame(right.asReference());
-    case Kind::application: return areEqual(left.asText(), right.asText(), TextRules {});
+    case Kind::constant:
+        return left.asSymbol() == right.asSymbol();
+    case Kind::file:
+        return left.view() == right.view();
+    case Kind::object:
+        return left.asObject().isSame(right.asObject());
+    case Kind::reference:
+        return left.asReference().isSame(right.asReference());
+    case Kind::application:
+        return areEqual(left.asText(), right.asText(), TextRules{});
     }
     return false;
 }

@@ -32,7 +32,7 @@ std::int64_t daysFromCivil(std::int64_t year, std::int64_t month, std::int64_t d
 std::int64_t offsetAt(std::int64_t moment)
 {
     const auto time = static_cast<std::time_t>(moment);
-    std::tm parts {};
+    std::tm parts{};
     return localtime_r(&time, &parts) ? parts.tm_gmtoff : 0;
 }
 

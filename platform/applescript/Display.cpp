@@ -145,32 +145,55 @@ void Writer::write(const Value& value)
     if (isFull())
         return;
     switch (value.kind()) {
-    case Kind::none: break;
-    case Kind::missing: out_ += "missing value"; break;
-    case Kind::boolean: out_ += value.asBoolean() ? "true" : "false"; break;
-    case Kind::integer: out_ += std::to_string(value.asInteger()); break;
-    case Kind::real: out_ += realText(value.asReal()); break;
-    case Kind::text: writeText(value.view()); break;
-    case Kind::list: writeItems(value.asList()); break;
-    case Kind::record: writeRecord(value.asRecord()); break;
+    case Kind::none:
+        break;
+    case Kind::missing:
+        out_ += "missing value";
+        break;
+    case Kind::boolean:
+        out_ += value.asBoolean() ? "true" : "false";
+        break;
+    case Kind::integer:
+        out_ += std::to_string(value.asInteger());
+        break;
+    case Kind::real:
+        out_ += realText(value.asReal());
+        break;
+    case Kind::text:
+        writeText(value.view());
+        break;
+    case Kind::list:
+        writeItems(value.asList());
+        break;
+    case Kind::record:
+        writeRecord(value.asRecord());
+        break;
     case Kind::date:
         out_ += isSource_ ? "date \"" + longDate(value.asDate()) + "\"" : "date " + longDate(value.asDate());
         break;
     case Kind::classTerm:
-    case Kind::constant: out_ += value.asSymbol().spelling(); break;
+    case Kind::constant:
+        out_ += value.asSymbol().spelling();
+        break;
     case Kind::file:
         out_ += isSource_ ? "POSIX file " : "";
         writeText(value.view());
         break;
-    case Kind::object: writeObject(value.asObject()); break;
+    case Kind::object:
+        writeObject(value.asObject());
+        break;
     case Kind::reference:
         if (isSource_)
             out_ += value.asReference().specifier();
         else
             write(dereferenced(value));
         break;
-    case Kind::script: out_ += "«script»"; break;
-    case Kind::language: out_ += "AppleScript"; break;
+    case Kind::script:
+        out_ += "«script»";
+        break;
+    case Kind::language:
+        out_ += "AppleScript";
+        break;
     case Kind::application:
         out_ += "application ";
         writeText(value.view());
@@ -246,21 +269,35 @@ Symbol classOf(const Value& value)
     switch (value.kind()) {
     case Kind::none:
     case Kind::missing:
-    case Kind::classTerm: return Symbol("class");
-    case Kind::boolean: return Symbol("boolean");
-    case Kind::integer: return Symbol("integer");
-    case Kind::real: return Symbol("real");
-    case Kind::text: return Symbol("text");
-    case Kind::list: return Symbol("list");
-    case Kind::record: return Symbol("record");
-    case Kind::date: return Symbol("date");
-    case Kind::constant: return Symbol("constant");
-    case Kind::file: return Symbol("POSIX file");
-    case Kind::object: return Symbol(value.asObject().objectClass().name);
-    case Kind::reference: return classOf(dereferenced(value));
+    case Kind::classTerm:
+        return Symbol("class");
+    case Kind::boolean:
+        return Symbol("boolean");
+    case Kind::integer:
+        return Symbol("integer");
+    case Kind::real:
+        return Symbol("real");
+    case Kind::text:
+        return Symbol("text");
+    case Kind::list:
+        return Symbol("list");
+    case Kind::record:
+        return Symbol("record");
+    case Kind::date:
+        return Symbol("date");
+    case Kind::constant:
+        return Symbol("constant");
+    case Kind::file:
+        return Symbol("POSIX file");
+    case Kind::object:
+        return Symbol(value.asObject().objectClass().name);
+    case Kind::reference:
+        return classOf(dereferenced(value));
     case Kind::script:
-    case Kind::language: return Symbol("script");
-    case Kind::application: return Symbol("application");
+    case Kind::language:
+        return Symbol("script");
+    case Kind::application:
+        return Symbol("application");
     }
     return {};
 }

@@ -10,12 +10,12 @@ namespace mervo::applescript {
 
 namespace {
 
-constexpr auto kReserved = std::to_array<std::string_view>({"after", "and", "as", "before", "begins", "but", "by",
-    "considering", "contains", "copy", "div", "does", "doesn't", "else", "end", "ends", "equal", "equals", "error", "every",
-    "exit", "false", "from", "global", "if", "ignoring", "in", "into", "is", "isn't", "it", "its", "local", "me", "mod",
-    "my", "not", "of", "on", "or", "prop", "property", "repeat", "return", "set", "starts", "tell", "the", "then",
-    "through", "thru", "timeout", "to", "transaction", "true", "try", "until", "where", "while", "whose", "with",
-    "without"});
+constexpr auto kReserved =
+    std::to_array<std::string_view>({"after", "and", "as", "before", "begins", "but", "by", "considering", "contains",
+        "copy", "div", "does", "doesn't", "else", "end", "ends", "equal", "equals", "error", "every", "exit", "false",
+        "from", "global", "if", "ignoring", "in", "into", "is", "isn't", "it", "its", "local", "me", "mod", "my", "not",
+        "of", "on", "or", "prop", "property", "repeat", "return", "set", "starts", "tell", "the", "then", "through",
+        "thru", "timeout", "to", "transaction", "true", "try", "until", "where", "while", "whose", "with", "without"});
 
 bool isLetter(char c) noexcept
 {
@@ -41,8 +41,8 @@ struct Sign {
     std::string_view meant;
 };
 constexpr Sign kSigns[] = {{"/=", "/="}, {"<=", "<="}, {">=", ">="}, {"≠", "/="}, {"≤", "<="}, {"≥", ">="}, {"÷", "/"},
-    {"×", "*"}, {"=", "="}, {"<", "<"}, {">", ">"}, {"+", "+"}, {"-", "-"}, {"*", "*"}, {"/", "/"}, {"^", "^"}, {"&", "&"},
-    {"(", "("}, {")", ")"}, {"{", "{"}, {"}", "}"}, {",", ","}, {":", ":"}};
+    {"×", "*"}, {"=", "="}, {"<", "<"}, {">", ">"}, {"+", "+"}, {"-", "-"}, {"*", "*"}, {"/", "/"}, {"^", "^"},
+    {"&", "&"}, {"(", "("}, {")", ")"}, {"{", "{"}, {"}", "}"}, {",", ","}, {":", ":"}};
 
 class Lexer {
 public:
@@ -55,7 +55,10 @@ public:
 
 private:
     bool startsWith(std::string_view text) const noexcept { return source_.substr(at_).starts_with(text); }
-    char peek(std::size_t ahead = 0) const noexcept { return at_ + ahead < source_.size() ? source_[at_ + ahead] : '\0'; }
+    char peek(std::size_t ahead = 0) const noexcept
+    {
+        return at_ + ahead < source_.size() ? source_[at_ + ahead] : '\0';
+    }
     void add(TokenKind kind, std::size_t start, std::string text = {}, double number = 0);
     [[noreturn]] void failOpen(std::size_t start, const char* closing) const;
     void skipLine();
@@ -74,7 +77,8 @@ private:
 
 void Lexer::add(TokenKind kind, std::size_t start, std::string text, double number)
 {
-    tokens_.push_back({kind, {static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(at_)}, std::move(text), number});
+    tokens_.push_back(
+        {kind, {static_cast<std::uint32_t>(start), static_cast<std::uint32_t>(at_)}, std::move(text), number});
 }
 
 void Lexer::failOpen(std::size_t start, const char* closing) const
@@ -202,7 +206,8 @@ void Lexer::readUntil(TokenKind kind, std::string_view opening, std::string_view
     const std::size_t start = at_;
     const std::size_t from = at_ + opening.size();
     const std::size_t end = source_.find(closing, from);
-    if (end == std::string_view::npos || source_.substr(from, end - from).find_first_of("\r\n") != std::string_view::npos)
+    if (end == std::string_view::npos
+        || source_.substr(from, end - from).find_first_of("\r\n") != std::string_view::npos)
         failOpen(start, closing.data());
     at_ = end + closing.size();
     add(kind, start, std::string(source_.substr(from, end - from)));
@@ -282,16 +287,24 @@ bool isReserved(std::string_view word) noexcept
 std::string nameOf(const Token& token)
 {
     switch (token.kind) {
-    case TokenKind::word: return isReserved(token.text) ? "“" + token.text + "”" : "identifier";
-    case TokenKind::barred: return "identifier";
-    case TokenKind::text: return "string";
+    case TokenKind::word:
+        return isReserved(token.text) ? "“" + token.text + "”" : "identifier";
+    case TokenKind::barred:
+        return "identifier";
+    case TokenKind::text:
+        return "string";
     case TokenKind::integer:
     case TokenKind::real:
-    case TokenKind::ordinal: return "number";
-    case TokenKind::raw: return "“«" + token.text + "»”";
-    case TokenKind::symbol: return "“" + token.text + "”";
-    case TokenKind::lineEnd: return "end of line";
-    case TokenKind::end: return "end of script";
+    case TokenKind::ordinal:
+        return "number";
+    case TokenKind::raw:
+        return "“«" + token.text + "»”";
+    case TokenKind::symbol:
+        return "“" + token.text + "”";
+    case TokenKind::lineEnd:
+        return "end of line";
+    case TokenKind::end:
+        return "end of script";
     }
     return {};
 }

@@ -50,7 +50,7 @@ void Limits::step()
 }
 
 Limits::Scope::Scope(std::uint64_t steps, std::size_t bytes)
-    : saved_ {state.byteLimit, state.steps, state.countsSteps, state.floor}
+    : saved_{state.byteLimit, state.steps, state.countsSteps, state.floor}
 {
     const std::uintptr_t here = stackPointer();
     state.byteLimit = bytes;

@@ -20,7 +20,7 @@ Value firstWith(Object& owner, TermId elementClass, TermId property, const Value
     const Value all = owner.every(elementClass);
     const Value keys = owner.propertyOfEvery(elementClass, property);
     for (std::size_t i = 0; i < all.asList().size() && i < keys.asList().size(); ++i)
-        if (areEqual(keys.asList()[i], wanted, TextRules {}))
+        if (areEqual(keys.asList()[i], wanted, TextRules{}))
             return all.asList()[i];
     return {};
 }
@@ -34,7 +34,7 @@ void Object::set(TermId, const Value&)
 
 Value Object::every(TermId)
 {
-    return Value::list(std::vector<Value> {});
+    return Value::list(std::vector<Value>{});
 }
 
 std::size_t Object::count(TermId elementClass)
@@ -81,7 +81,7 @@ bool Object::isSame(const Object& other) const
         return false;
     const Designation mine = designation();
     const Designation theirs = other.designation();
-    if (mine.form != theirs.form || mine.term != theirs.term || !areEqual(mine.key, theirs.key, TextRules {}))
+    if (mine.form != theirs.form || mine.term != theirs.term || !areEqual(mine.key, theirs.key, TextRules{}))
         return false;
     if (!mine.container || !theirs.container)
         return !mine.container && !theirs.container;

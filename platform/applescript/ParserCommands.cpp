@@ -21,13 +21,16 @@ bool Parser::startsOperand() const
     const Token& token = peek();
     switch (token.kind) {
     case TokenKind::lineEnd:
-    case TokenKind::end: return false;
-    case TokenKind::symbol: return token.text == "(" || token.text == "{" || token.text == "-";
+    case TokenKind::end:
+        return false;
+    case TokenKind::symbol:
+        return token.text == "(" || token.text == "{" || token.text == "-";
     case TokenKind::word:
         return !isReserved(token.text) || token.text == "it" || token.text == "me" || token.text == "my"
             || token.text == "its" || token.text == "every" || token.text == "the" || token.text == "true"
             || token.text == "false" || token.text == "not" || token.text == "return";
-    default: return true;
+    default:
+        return true;
     }
 }
 
@@ -53,7 +56,8 @@ ExprPtr Parser::parseCommand(const Match& found)
     const LanguageCommand command = found.language->command;
     const Token& token = peek();
     const bool belongsToApplications = command == LanguageCommand::make || command == LanguageCommand::remove
-        || command == LanguageCommand::move || command == LanguageCommand::duplicate || command == LanguageCommand::close;
+        || command == LanguageCommand::move || command == LanguageCommand::duplicate
+        || command == LanguageCommand::close;
     if (belongsToApplications && !dictionary()) {
         if (isSymbol("(", found.words) || isOfOrIn())
             return parseName();
@@ -149,17 +153,26 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
     };
     switch (command) {
     case LanguageCommand::none:
-    case LanguageCommand::currentDate: break;
-    case LanguageCommand::make: parseMake(*node); break;
-    case LanguageCommand::offset: parseOffset(*node); break;
-    case LanguageCommand::round: parseRound(*node); break;
+    case LanguageCommand::currentDate:
+        break;
+    case LanguageCommand::make:
+        parseMake(*node);
+        break;
+    case LanguageCommand::offset:
+        parseOffset(*node);
+        break;
+    case LanguageCommand::round:
+        parseRound(*node);
+        break;
     case LanguageCommand::count:
         if (takeWord("of") || takeWord("in"))
             setDirect(parsePostfix());
         else
             setDirect(parseBinary(kOperandLevel));
         break;
-    case LanguageCommand::exists: setDirect(parsePostfix()); break;
+    case LanguageCommand::exists:
+        setDirect(parsePostfix());
+        break;
     case LanguageCommand::pathTo:
         if (!takeWords("home folder"))
             fail("“home folder”");
@@ -190,7 +203,8 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
     case LanguageCommand::move:
     case LanguageCommand::remove:
         if (!startsOperand()) {
-            if (command != LanguageCommand::delay && command != LanguageCommand::log && command != LanguageCommand::close)
+            if (command != LanguageCommand::delay && command != LanguageCommand::log
+                && command != LanguageCommand::close)
                 fail("expression");
             break;
         }

@@ -25,11 +25,11 @@ constexpr auto kWordOperators = std::to_array<Spelling>({{"or", kOr, Sort::logic
     {"is equal", kEqual, Sort::binary, BinaryOp::equal}, {"equal to", kEqual, Sort::binary, BinaryOp::equal},
     {"equal", kEqual, Sort::binary, BinaryOp::equal}, {"is not", kEqual, Sort::binary, BinaryOp::notEqual},
     {"isn't", kEqual, Sort::binary, BinaryOp::notEqual}, {"is not equal to", kEqual, Sort::binary, BinaryOp::notEqual},
-    {"is not equal", kEqual, Sort::binary, BinaryOp::notEqual}, {"isn't equal to", kEqual, Sort::binary, BinaryOp::notEqual},
+    {"is not equal", kEqual, Sort::binary, BinaryOp::notEqual},
+    {"isn't equal to", kEqual, Sort::binary, BinaryOp::notEqual},
     {"does not equal", kEqual, Sort::binary, BinaryOp::notEqual},
-    {"doesn't equal", kEqual, Sort::binary, BinaryOp::notEqual},
-    {"less than", kRelate, Sort::binary, BinaryOp::less}, {"is less than", kRelate, Sort::binary, BinaryOp::less},
-    {"comes before", kRelate, Sort::binary, BinaryOp::less},
+    {"doesn't equal", kEqual, Sort::binary, BinaryOp::notEqual}, {"less than", kRelate, Sort::binary, BinaryOp::less},
+    {"is less than", kRelate, Sort::binary, BinaryOp::less}, {"comes before", kRelate, Sort::binary, BinaryOp::less},
     {"is not greater than or equal to", kRelate, Sort::binary, BinaryOp::less},
     {"isn't greater than or equal to", kRelate, Sort::binary, BinaryOp::less},
     {"greater than", kRelate, Sort::binary, BinaryOp::greater},
@@ -55,9 +55,9 @@ constexpr auto kWordOperators = std::to_array<Spelling>({{"or", kOr, Sort::logic
     {"doesn't come before", kRelate, Sort::binary, BinaryOp::greaterOrEqual},
     {"contains", kRelate, Sort::binary, BinaryOp::contains}, {"contain", kRelate, Sort::binary, BinaryOp::contains},
     {"does not contain", kRelate, Sort::binary, BinaryOp::notContains},
-    {"doesn't contain", kRelate, Sort::binary, BinaryOp::notContains},
-    {"is in", kRelate, Sort::binary, BinaryOp::isIn}, {"is contained by", kRelate, Sort::binary, BinaryOp::isIn},
-    {"is not in", kRelate, Sort::binary, BinaryOp::isNotIn}, {"isn't in", kRelate, Sort::binary, BinaryOp::isNotIn},
+    {"doesn't contain", kRelate, Sort::binary, BinaryOp::notContains}, {"is in", kRelate, Sort::binary, BinaryOp::isIn},
+    {"is contained by", kRelate, Sort::binary, BinaryOp::isIn}, {"is not in", kRelate, Sort::binary, BinaryOp::isNotIn},
+    {"isn't in", kRelate, Sort::binary, BinaryOp::isNotIn},
     {"is not contained by", kRelate, Sort::binary, BinaryOp::isNotIn},
     {"isn't contained by", kRelate, Sort::binary, BinaryOp::isNotIn},
     {"starts with", kRelate, Sort::binary, BinaryOp::startsWith},
@@ -70,13 +70,13 @@ constexpr auto kWordOperators = std::to_array<Spelling>({{"or", kOr, Sort::logic
     {"does not end with", kRelate, Sort::binary, BinaryOp::notEndsWith},
     {"doesn't end with", kRelate, Sort::binary, BinaryOp::notEndsWith}});
 
-constexpr auto kSymbolOperators = std::to_array<Spelling>({{"=", kEqual, Sort::binary, BinaryOp::equal},
-    {"/=", kEqual, Sort::binary, BinaryOp::notEqual}, {"<", kRelate, Sort::binary, BinaryOp::less},
-    {">", kRelate, Sort::binary, BinaryOp::greater}, {"<=", kRelate, Sort::binary, BinaryOp::lessOrEqual},
-    {">=", kRelate, Sort::binary, BinaryOp::greaterOrEqual}, {"&", kConcat, Sort::concat},
-    {"+", kSum, Sort::binary, BinaryOp::add}, {"-", kSum, Sort::binary, BinaryOp::subtract},
-    {"*", kProduct, Sort::binary, BinaryOp::multiply}, {"/", kProduct, Sort::binary, BinaryOp::divide},
-    {"^", kPower, Sort::binary, BinaryOp::power}});
+constexpr auto kSymbolOperators = std::to_array<Spelling>(
+    {{"=", kEqual, Sort::binary, BinaryOp::equal}, {"/=", kEqual, Sort::binary, BinaryOp::notEqual},
+        {"<", kRelate, Sort::binary, BinaryOp::less}, {">", kRelate, Sort::binary, BinaryOp::greater},
+        {"<=", kRelate, Sort::binary, BinaryOp::lessOrEqual}, {">=", kRelate, Sort::binary, BinaryOp::greaterOrEqual},
+        {"&", kConcat, Sort::concat}, {"+", kSum, Sort::binary, BinaryOp::add},
+        {"-", kSum, Sort::binary, BinaryOp::subtract}, {"*", kProduct, Sort::binary, BinaryOp::multiply},
+        {"/", kProduct, Sort::binary, BinaryOp::divide}, {"^", kPower, Sort::binary, BinaryOp::power}});
 
 bool isFirstOfOperator(const Token& token)
 {
@@ -102,7 +102,7 @@ std::optional<Parser::Operator> Parser::peekOperator() const
     if (token.kind == TokenKind::symbol) {
         for (const Spelling& spelling : kSymbolOperators)
             if (token.text == spelling.words)
-                return Operator {spelling.level, spelling.sort, spelling.op, 1};
+                return Operator{spelling.level, spelling.sort, spelling.op, 1};
         return {};
     }
     if (token.kind != TokenKind::word || !isFirstOfOperator(token))
@@ -232,23 +232,36 @@ TargetClass Parser::parseTargetClass()
     const Token& token = peek();
     at_ += found.words;
     switch (found.meaning->languageClass) {
-    case LanguageClass::integer: return TargetClass::integer;
-    case LanguageClass::real: return TargetClass::real;
-    case LanguageClass::number: return TargetClass::number;
-    case LanguageClass::text: return TargetClass::text;
-    case LanguageClass::boolean: return TargetClass::boolean;
-    case LanguageClass::list: return TargetClass::list;
-    case LanguageClass::record: return TargetClass::record;
-    case LanguageClass::date: return TargetClass::date;
-    case LanguageClass::classTerm: return TargetClass::classTerm;
-    case LanguageClass::constant: return TargetClass::constant;
+    case LanguageClass::integer:
+        return TargetClass::integer;
+    case LanguageClass::real:
+        return TargetClass::real;
+    case LanguageClass::number:
+        return TargetClass::number;
+    case LanguageClass::text:
+        return TargetClass::text;
+    case LanguageClass::boolean:
+        return TargetClass::boolean;
+    case LanguageClass::list:
+        return TargetClass::list;
+    case LanguageClass::record:
+        return TargetClass::record;
+    case LanguageClass::date:
+        return TargetClass::date;
+    case LanguageClass::classTerm:
+        return TargetClass::classTerm;
+    case LanguageClass::constant:
+        return TargetClass::constant;
     case LanguageClass::file:
     case LanguageClass::alias:
-    case LanguageClass::posixFile: return TargetClass::file;
+    case LanguageClass::posixFile:
+        return TargetClass::file;
     case LanguageClass::item:
     case LanguageClass::anything:
-    case LanguageClass::reference: return TargetClass::item;
-    default: failExpected("the name of a class that values can be made into", token);
+    case LanguageClass::reference:
+        return TargetClass::item;
+    default:
+        failExpected("the name of a class that values can be made into", token);
     }
 }
 
@@ -287,7 +300,14 @@ ExprPtr Parser::parsePostfix()
     while (takeSymbol("'s")) {
         const WithFlags flags(*this, {true, true});
         const Place start = expression->place;
-        ExprPtr part = parsePart();
+        ExprPtr part;
+        if (isName() && match().words == 0) { // a record's own label
+            auto property = make<PropertyExpr>();
+            property->name = takeName();
+            part = finish(std::move(property));
+        } else {
+            part = parsePart();
+        }
         ExprPtr* container = nullptr;
         if (part->kind == ExprKind::property)
             container = &static_cast<PropertyExpr&>(*part).container;
@@ -300,6 +320,9 @@ ExprPtr Parser::parsePostfix()
         part->place.start = start.start;
         expression = std::move(part);
     }
+    const bool isPart = expression->kind == ExprKind::element || expression->kind == ExprKind::property;
+    if (isPart && !expression->isParenthesised && !flags_.stopsAtWhose && (isWord("whose") || isWord("where")))
+        return parseWhose(std::move(expression));
     return expression;
 }
 
@@ -323,16 +346,20 @@ ExprPtr Parser::parsePrimary()
         ++at_;
         return literal;
     }
-    case TokenKind::ordinal: return parseOrdinalWord();
-    case TokenKind::barred: return parseName();
-    case TokenKind::word: return parseWord();
+    case TokenKind::ordinal:
+        return parseOrdinalWord();
+    case TokenKind::barred:
+        return parseName();
+    case TokenKind::word:
+        return parseWord();
     case TokenKind::symbol:
         if (token.text == "(")
             return parseParenthesis();
         if (token.text == "{")
             return parseBraces();
         break;
-    default: break;
+    default:
+        break;
     }
     fail("expression");
 }

@@ -77,7 +77,8 @@ ExprPtr Parser::parseTerm(const Match& found)
     if (found.isCommand() && !(found.isProperty() && isContained))
         return parseCommand(found);
     if (found.isConstant() && !(found.isProperty() && isContained)) {
-        const Meaning& meaning = found.application && found.application->isConstant() ? *found.application : *found.language;
+        const Meaning& meaning =
+            found.application && found.application->isConstant() ? *found.application : *found.language;
         ExprPtr literal = makeLiteral(meaning.constant);
         at_ += found.words;
         return literal;
@@ -258,16 +259,18 @@ bool Parser::startsIndex() const
     case TokenKind::integer:
     case TokenKind::real:
     case TokenKind::text:
-    case TokenKind::barred: return true;
+    case TokenKind::barred:
+        return true;
     case TokenKind::symbol:
         return token.text == "(" || (token.text == "-" && peek(1).kind == TokenKind::integer);
     case TokenKind::word:
         if (token.text == "my")
             return true;
-        return isName() && match().words == 0 && !isWord("app") && !isWord("exists") && !isWord("id") && !isWord("named")
-            && !startsOrdinal() && !isWord("at") && !isWord("less") && !isWord("greater") && !isWord("comes")
-            && !isWord("times");
-    default: return false;
+        return isName() && match().words == 0 && !isWord("app") && !isWord("exists") && !isWord("id")
+            && !isWord("named") && !startsOrdinal() && !isWord("at") && !isWord("less") && !isWord("greater")
+            && !isWord("comes") && !isWord("times");
+    default:
+        return false;
     }
 }
 
@@ -416,8 +419,8 @@ ExprPtr Parser::parseReferenceTo()
     const Token& start = peek();
     reference->what = parsePostfix();
     const ExprKind kind = reference->what->kind;
-    if (kind != ExprKind::element && kind != ExprKind::property && kind != ExprKind::filter && kind != ExprKind::variable
-        && kind != ExprKind::application)
+    if (kind != ExprKind::element && kind != ExprKind::property && kind != ExprKind::filter
+        && kind != ExprKind::variable && kind != ExprKind::application)
         failExpected("a reference", start);
     adopt(*reference, reference->what);
     return finish(std::move(reference));
@@ -436,8 +439,8 @@ std::unique_ptr<InsertionExpr> Parser::parseInsertion()
     using Where = InsertionExpr::Where;
     auto insertion = make<InsertionExpr>();
     const std::string& word = peek().text;
-    insertion->where = word == "before" ? Where::before
-        : word == "after"               ? Where::after
+    insertion->where = word == "before"   ? Where::before
+        : word == "after"                 ? Where::after
         : word == "end" || word == "back" ? Where::end
                                           : Where::beginning;
     ++at_;

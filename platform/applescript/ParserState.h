@@ -22,7 +22,7 @@ public:
     void run();
 
 private:
-    static constexpr int kDeepestNesting = 160;
+    static constexpr int kDeepestNesting = 600;
     static constexpr int kDeepestTree = 800; // chains such as a + b + c + ... grow to the left
 
     // What a term at the present token means in the innermost application and in the language; of different lengths
@@ -80,7 +80,10 @@ private:
     const Token& peek(std::size_t ahead = 0) const noexcept;
     std::span<const Token> rest() const noexcept;
     bool isWord(std::string_view word, std::size_t ahead = 0) const noexcept { return peek(ahead).isWord(word); }
-    bool isSymbol(std::string_view symbol, std::size_t ahead = 0) const noexcept { return peek(ahead).isSymbol(symbol); }
+    bool isSymbol(std::string_view symbol, std::size_t ahead = 0) const noexcept
+    {
+        return peek(ahead).isSymbol(symbol);
+    }
     bool takeWord(std::string_view word);
     bool takeWords(std::string_view words);
     bool takeSymbol(std::string_view symbol);

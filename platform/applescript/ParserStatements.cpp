@@ -8,7 +8,7 @@ namespace {
 
 struct Attribute {
     const char* name;
-    bool TextRules::* setting; // null: accepted, without effect
+    bool TextRules::*setting; // null: accepted, without effect
 };
 constexpr Attribute kAttributes[] = {{"case", &TextRules::letterCase}, {"diacriticals", &TextRules::diacriticals},
     {"white space", &TextRules::whiteSpace}, {"hyphens", &TextRules::hyphens}, {"punctuation", &TextRules::punctuation},
@@ -319,7 +319,8 @@ std::unique_ptr<Statement> Parser::parseError()
 {
     auto statement = std::make_unique<ErrorStatement>();
     ++at_;
-    if (!peek().endsLine() && !isWord("number") && !isWord("from") && !isWord("to") && !isWord("partial") && !isWord("else"))
+    if (!peek().endsLine() && !isWord("number") && !isWord("from") && !isWord("to") && !isWord("partial")
+        && !isWord("else"))
         statement->message = parseExpression();
     for (;;) {
         ExprPtr* argument = takeWord("number") ? &statement->number
@@ -341,7 +342,7 @@ std::unique_ptr<Statement> Parser::parseIf()
     ExprPtr condition = parseExpression();
     const bool hasThen = takeWord("then");
     if (hasThen && !peek().endsLine()) {
-        statement->branches.emplace_back(std::move(condition), Block {});
+        statement->branches.emplace_back(std::move(condition), Block{});
         statement->branches.back().second.push_back(parseSimple());
         if (takeWord("else"))
             statement->otherwise.push_back(parseSimple());

@@ -13,8 +13,8 @@ ScriptError::ScriptError(int errorNumber, std::string text, Value about)
 
 ScriptError ScriptError::cannotCoerce(const Value& value, std::string_view className)
 {
-    ScriptError error(ErrorNumber::cannotCoerce,
-        "Can’t make " + quoted(value) + " into type " + std::string(className) + ".", value);
+    ScriptError error(
+        ErrorNumber::cannotCoerce, "Can’t make " + quoted(value) + " into type " + std::string(className) + ".", value);
     error.expectedClass = Value::classTerm(Symbol(className));
     return error;
 }

@@ -58,6 +58,7 @@ public:
     Value expectedClass; // `to`
     bool isPlaced = false;
     Place place;
+    bool isFromApplication = false; // the message names the application already
 
     /// "Can’t make V into type C."
     static ScriptError cannotCoerce(const Value& value, std::string_view className);

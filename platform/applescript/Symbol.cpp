@@ -10,8 +10,8 @@ namespace mervo::applescript {
 namespace {
 
 struct Names {
-    std::deque<std::string> spellings {std::string()};
-    std::unordered_map<std::string, std::uint32_t> numbers {{std::string(), 0}};
+    std::deque<std::string> spellings{std::string()};
+    std::unordered_map<std::string, std::uint32_t> numbers{{std::string(), 0}};
 };
 
 Names& names()
@@ -25,8 +25,8 @@ Names& names()
 Symbol::Symbol(std::string_view spelling)
 {
     Names& all = names();
-    const auto [place, isNew] = all.numbers.try_emplace(
-        platform::foldCase(spelling), static_cast<std::uint32_t>(all.spellings.size()));
+    const auto [place, isNew] =
+        all.numbers.try_emplace(platform::foldCase(spelling), static_cast<std::uint32_t>(all.spellings.size()));
     if (isNew)
         all.spellings.emplace_back(spelling);
     number_ = place->second;

@@ -157,8 +157,8 @@ struct ElementExpr final : ExprOf<ExprKind::element> {
     const ClassTerm* classTerm = nullptr;
     Form form = Form::every;
     bool isNamed = false; // `named X`: the key is a name even where it looks like a number
-    ExprPtr key;          // a name when it is a text, a position when it is a number
-    ExprPtr lastKey;      // of a range
+    ExprPtr key; // a name when it is a text, a position when it is a number
+    ExprPtr lastKey; // of a range
     ExprPtr container;
 };
 
@@ -190,7 +190,7 @@ struct CommandExpr final : ExprOf<ExprKind::command> {
     const ClassTerm* newClass = nullptr; // `make`
     ExprPtr direct;
     std::vector<std::pair<TermId, ExprPtr>> arguments; // of commands of a dictionary
-    std::vector<std::pair<Symbol, ExprPtr>> labelled;  // of commands of the language, by label
+    std::vector<std::pair<Symbol, ExprPtr>> labelled; // of commands of the language, by label
 };
 
 struct ApplicationExpr final : ExprOf<ExprKind::application> {
@@ -326,7 +326,7 @@ struct Handler {
     // What deciding where names live needs.
     std::vector<VariableUse*> uses;
     std::vector<Symbol> globals; // declared in the handler, or at the top before it
-    std::vector<Symbol> locals;  // declared, and the parameters
+    std::vector<Symbol> locals; // declared, and the parameters
 };
 
 struct Property {

@@ -12,11 +12,11 @@ struct PropertyName {
     const char* name;
     LanguageProperty property;
 };
-constexpr PropertyName kProperties[] = {{"class", LanguageProperty::className}, {"contents", LanguageProperty::contents},
-    {"date string", LanguageProperty::dateString}, {"day", LanguageProperty::day},
-    {"frontmost", LanguageProperty::frontmost}, {"hours", LanguageProperty::hours}, {"id", LanguageProperty::id},
-    {"length", LanguageProperty::length}, {"minutes", LanguageProperty::minutes}, {"month", LanguageProperty::month},
-    {"name", LanguageProperty::name}, {"POSIX path", LanguageProperty::posixPath},
+constexpr PropertyName kProperties[] = {{"class", LanguageProperty::className},
+    {"contents", LanguageProperty::contents}, {"date string", LanguageProperty::dateString},
+    {"day", LanguageProperty::day}, {"frontmost", LanguageProperty::frontmost}, {"hours", LanguageProperty::hours},
+    {"id", LanguageProperty::id}, {"length", LanguageProperty::length}, {"minutes", LanguageProperty::minutes},
+    {"month", LanguageProperty::month}, {"name", LanguageProperty::name}, {"POSIX path", LanguageProperty::posixPath},
     {"properties", LanguageProperty::properties}, {"quoted form", LanguageProperty::quotedForm},
     {"rest", LanguageProperty::rest}, {"reverse", LanguageProperty::reverse}, {"running", LanguageProperty::running},
     {"seconds", LanguageProperty::seconds}, {"short date string", LanguageProperty::shortDateString},
@@ -29,31 +29,31 @@ struct ClassName {
     const char* plural;
     LanguageClass which;
 };
-constexpr ClassName kClasses[] = {{"alias", "aliases", LanguageClass::alias},
-    {"anything", "", LanguageClass::anything}, {"application", "applications", LanguageClass::application},
-    {"boolean", "booleans", LanguageClass::boolean}, {"character", "characters", LanguageClass::character},
-    {"class", "classes", LanguageClass::classTerm}, {"constant", "constants", LanguageClass::constant},
-    {"date", "dates", LanguageClass::date}, {"file", "files", LanguageClass::file},
-    {"integer", "integers", LanguageClass::integer}, {"item", "items", LanguageClass::item},
-    {"list", "lists", LanguageClass::list}, {"number", "numbers", LanguageClass::number},
-    {"paragraph", "paragraphs", LanguageClass::paragraph}, {"POSIX file", "", LanguageClass::posixFile},
-    {"real", "reals", LanguageClass::real}, {"record", "records", LanguageClass::record},
-    {"reference", "references", LanguageClass::reference}, {"script", "scripts", LanguageClass::script},
-    {"text", "texts", LanguageClass::text}, {"text item", "text items", LanguageClass::textItem},
-    {"word", "words", LanguageClass::word}};
+constexpr ClassName kClasses[] = {{"alias", "aliases", LanguageClass::alias}, {"anything", "", LanguageClass::anything},
+    {"application", "applications", LanguageClass::application}, {"boolean", "booleans", LanguageClass::boolean},
+    {"character", "characters", LanguageClass::character}, {"class", "classes", LanguageClass::classTerm},
+    {"constant", "constants", LanguageClass::constant}, {"date", "dates", LanguageClass::date},
+    {"file", "files", LanguageClass::file}, {"integer", "integers", LanguageClass::integer},
+    {"item", "items", LanguageClass::item}, {"list", "lists", LanguageClass::list},
+    {"number", "numbers", LanguageClass::number}, {"paragraph", "paragraphs", LanguageClass::paragraph},
+    {"POSIX file", "", LanguageClass::posixFile}, {"real", "reals", LanguageClass::real},
+    {"record", "records", LanguageClass::record}, {"reference", "references", LanguageClass::reference},
+    {"script", "scripts", LanguageClass::script}, {"text", "texts", LanguageClass::text},
+    {"text item", "text items", LanguageClass::textItem}, {"word", "words", LanguageClass::word}};
 
 struct CommandName {
     const char* name;
     LanguageCommand command;
 };
 constexpr CommandName kCommands[] = {{"activate", LanguageCommand::activate}, {"close", LanguageCommand::close},
-    {"count", LanguageCommand::count}, {"current date", LanguageCommand::currentDate}, {"delay", LanguageCommand::delay},
-    {"delete", LanguageCommand::remove}, {"do shell script", LanguageCommand::doShellScript},
-    {"duplicate", LanguageCommand::duplicate}, {"exists", LanguageCommand::exists}, {"get", LanguageCommand::get},
-    {"launch", LanguageCommand::launch}, {"log", LanguageCommand::log}, {"make", LanguageCommand::make},
-    {"move", LanguageCommand::move}, {"offset", LanguageCommand::offset}, {"path to", LanguageCommand::pathTo},
-    {"quit", LanguageCommand::quit}, {"random number", LanguageCommand::randomNumber},
-    {"reopen", LanguageCommand::reopen}, {"round", LanguageCommand::round}, {"run", LanguageCommand::run}};
+    {"count", LanguageCommand::count}, {"current date", LanguageCommand::currentDate},
+    {"delay", LanguageCommand::delay}, {"delete", LanguageCommand::remove},
+    {"do shell script", LanguageCommand::doShellScript}, {"duplicate", LanguageCommand::duplicate},
+    {"exists", LanguageCommand::exists}, {"get", LanguageCommand::get}, {"launch", LanguageCommand::launch},
+    {"log", LanguageCommand::log}, {"make", LanguageCommand::make}, {"move", LanguageCommand::move},
+    {"offset", LanguageCommand::offset}, {"path to", LanguageCommand::pathTo}, {"quit", LanguageCommand::quit},
+    {"random number", LanguageCommand::randomNumber}, {"reopen", LanguageCommand::reopen},
+    {"round", LanguageCommand::round}, {"run", LanguageCommand::run}};
 
 constexpr const char* kWordsOfTheLanguage[] = {"January", "February", "March", "April", "May", "June", "July", "August",
     "September", "October", "November", "December", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday",
@@ -153,11 +153,11 @@ Meaning& TermTable::add(std::string_view text)
     for (Term& term : terms)
         if (term.words == words)
             return term.meaning;
-    const auto shorter = std::find_if(
-        terms.begin(), terms.end(), [&](const Term& term) { return term.words.size() < words.size(); });
+    const auto shorter =
+        std::find_if(terms.begin(), terms.end(), [&](const Term& term) { return term.words.size() < words.size(); });
     Meaning meaning;
     meaning.words = Symbol(text);
-    return terms.insert(shorter, Term {std::move(words), std::move(meaning)})->meaning;
+    return terms.insert(shorter, Term{std::move(words), std::move(meaning)})->meaning;
 }
 
 void TermTable::addClass(std::string_view words, std::string_view className, bool isPlural, LanguageClass which)

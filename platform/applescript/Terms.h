@@ -97,7 +97,7 @@ enum class LanguageCommand {
 
 /// What one term can mean; several at once where a word is both a class and a property.
 struct Meaning {
-    Symbol words;     // the term itself
+    Symbol words; // the term itself
     Symbol className; // a class: its singular
     bool isPlural = false;
     LanguageProperty property = LanguageProperty::none;

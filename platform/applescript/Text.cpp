@@ -46,7 +46,7 @@ struct Text::Derived {
 
 Ref<Text> Text::make(std::string_view bytes)
 {
-    Ref<Text> text(new (ExtraBytes {bytes.size()}) Text());
+    Ref<Text> text(new (ExtraBytes{bytes.size()}) Text());
     char* inlineData = reinterpret_cast<char*>(text.get()) + sizeof(Text);
     if (!bytes.empty())
         std::memcpy(inlineData, bytes.data(), bytes.size());
@@ -77,7 +77,7 @@ Ref<Text> Text::joined(const Ref<Text>& left, std::string_view right)
     }
     std::memcpy(buffer->bytes.get() + buffer->used, right.data(), right.size());
     buffer->used += right.size();
-    Ref<Text> text(new (ExtraBytes {0}) Text());
+    Ref<Text> text(new (ExtraBytes{0}) Text());
     text->data_ = buffer->bytes.get();
     text->length_ = total;
     text->buffer_ = std::move(buffer);

@@ -26,7 +26,7 @@ constexpr bool isDigit(char c) noexcept
 
 /// Places of ASCII in dictionary order: spaces, signs, digits, letters; whatever is not ASCII comes after.
 constexpr std::array<unsigned char, 256> kWeights = [] {
-    std::array<unsigned char, 256> weights {};
+    std::array<unsigned char, 256> weights{};
     for (int c = 0; c < 256; ++c) {
         const bool digit = c >= '0' && c <= '9';
         const bool letter = c >= 'a' && c <= 'z';
@@ -34,8 +34,9 @@ constexpr std::array<unsigned char, 256> kWeights = [] {
         const int weight = digit ? 100 + c - '0' : letter ? 110 + c - 'a' : capital ? 110 + c - 'A' : 0;
         // The 66 other characters of ASCII keep their own order below the digits.
         const int shift = c > 'Z' ? (c > 'z' ? 62 : 36) : c > '9' ? 10 : 0;
-        weights[static_cast<std::size_t>(c)]
-            = static_cast<unsigned char>(c >= 128 ? c : weight != 0 ? weight : c - shift);
+        weights[static_cast<std::size_t>(c)] = static_cast<unsigned char>(c >= 128 ? c
+                : weight != 0                                                      ? weight
+                                                                                   : c - shift);
     }
     return weights;
 }();
@@ -143,8 +144,8 @@ int compareWeights(std::string_view left, std::string_view right, bool asNumbers
             k += rightDigits;
             continue;
         }
-        const int difference
-            = kWeights[static_cast<unsigned char>(left[i])] - kWeights[static_cast<unsigned char>(right[k])];
+        const int difference =
+            kWeights[static_cast<unsigned char>(left[i])] - kWeights[static_cast<unsigned char>(right[k])];
         if (difference != 0)
             return difference;
         ++i;
@@ -200,7 +201,8 @@ struct MappedKey {
 TextRange findMapped(const MappedKey& text, std::string_view part, std::size_t from)
 {
     // From the last of the units that begin here: ignored characters in front are not part of a match.
-    const auto start = std::lower_bound(text.textStarts.begin(), text.textStarts.end(), static_cast<std::uint32_t>(from));
+    const auto start =
+        std::lower_bound(text.textStarts.begin(), text.textStarts.end(), static_cast<std::uint32_t>(from));
     std::size_t place = text.keyStarts[static_cast<std::size_t>(start - text.textStarts.begin())];
     while ((place = text.key.find(part, place)) != std::string::npos) {
         const std::size_t first = text.unitAt(place, false);
@@ -281,8 +283,8 @@ std::vector<TextRange> findAll(
     const auto find = [&](const Part& part, std::size_t from) -> TextRange {
         if (!isPlain)
             return findMapped(*key, part.key, from);
-        const std::size_t start
-            = rules.letterCase ? text.view().find(part.key, from) : findIgnoringCase(text.view(), part.key, from);
+        const std::size_t start =
+            rules.letterCase ? text.view().find(part.key, from) : findIgnoringCase(text.view(), part.key, from);
         return {start, start == std::string::npos ? start : start + part.key.size()};
     };
     std::vector<TextRange> found;

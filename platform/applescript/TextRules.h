@@ -22,6 +22,7 @@ struct TextRules {
     {
         return !letterCase && diacriticals && whiteSpace && hyphens && punctuation && !numericStrings;
     }
+    friend bool operator==(const TextRules&, const TextRules&) noexcept = default;
 };
 
 /// A piece of a text in bytes, the end not included.

@@ -9,14 +9,14 @@
 namespace mervo::applescript {
 
 enum class TokenKind {
-    word,    // `text` without letter case
-    barred,  // |any name|
-    text,    // contents of a text literal
+    word, // `text` without letter case
+    barred, // |any name|
+    text, // contents of a text literal
     integer, // `number`; may be beyond the range of integers
     real,
     ordinal, // 1st, 2nd: `number`
-    raw,     // «class utf8»
-    symbol,  // ASCII spelling: <= >= /= and 's among them
+    raw, // «class utf8»
+    symbol, // ASCII spelling: <= >= /= and 's among them
     lineEnd,
     end,
 };

@@ -1,0 +1,455 @@
+#include "platform/applescript/Display.h"
+#include "platform/applescript/Evaluator.h"
+#include "platform/applescript/Limits.h"
+#include "platform/applescript/References.h"
+
+#include <random>
+
+namespace mervo::applescript {
+
+Evaluator::Found Evaluator::find(const Expr& expr)
+{
+    Limits::enter();
+    switch (expr.kind) {
+    case ExprKind::property:
+        return findProperty(as<PropertyExpr>(expr));
+    case ExprKind::element:
+        return findElement(as<ElementExpr>(expr));
+    case ExprKind::filter:
+        return findFilter(as<FilterExpr>(expr));
+    default:
+        return {evaluate(expr), false, {}, nullptr};
+    }
+}
+
+/// What a part belongs to: what was written, else the target of the `tell`.
+Evaluator::Found Evaluator::container(const ExprPtr& expr)
+{
+    Found found = expr ? find(*expr) : Found{frame_->it, false, {}, nullptr};
+    if (!found.every && !found.isMany)
+        found.value = dereferenced(std::move(found.value));
+    return found;
+}
+
+Value Evaluator::fetched(Found found)
+{
+    if (!found.every)
+        return std::move(found.value);
+    return ask(
+        found.parent->application(), [&] { return found.parent->every(found.every->id); },
+        [&] { return "every " + found.every->name + " of " + specifierOf(*found.parent); });
+}
+
+Evaluator::Found Evaluator::findProperty(const PropertyExpr& expr)
+{
+    const bool isOfIt = !expr.container
+        || (expr.container->kind == ExprKind::target && as<TargetExpr>(*expr.container).which == TargetExpr::Which::it);
+    if (isOfIt && frame_->filter)
+        if (Value value = column(expr); !value.is(Kind::none))
+            return {std::move(value), false, {}, nullptr};
+    // `contents of v` looks at the reference itself, every other property through it.
+    if (expr.property == LanguageProperty::contents && expr.container) {
+        Found owner = find(*expr.container);
+        if (!owner.every && !owner.isMany && owner.value.is(Kind::reference))
+            return {dereferenced(std::move(owner.value)), false, {}, nullptr};
+    }
+    Found owner = container(expr.container);
+    if (owner.every) {
+        Object& parent = *owner.parent;
+        if (expr.property == LanguageProperty::length)
+            return {Value::integer(static_cast<std::int64_t>(
+                        ask(parent.application(), [&] { return parent.count(owner.every->id); }))),
+                false, {}, nullptr};
+        const Dictionary& dictionary = parent.application().dictionary();
+        const PropertyTerm* term = expr.dictionary == &dictionary
+            ? dictionary.findProperty(*owner.every, expr.propertyId)
+            : dictionary.findProperty(*owner.every, expr.name);
+        if (term) {
+            Value values = ask(
+                parent.application(), [&] { return parent.propertyOfEvery(owner.every->id, term->id); },
+                [&] { return expr.name.spelling() + " of every " + owner.every->name + " of " + specifierOf(parent); });
+            return {std::move(values), true, {}, nullptr};
+        }
+        owner = {fetched(std::move(owner)), true, {}, nullptr};
+    }
+    if (owner.isMany)
+        return propertyOfMany(owner.value, expr);
+    return {propertyOf(owner.value, expr), false, {}, nullptr};
+}
+
+Evaluator::Found Evaluator::propertyOfMany(const Value& list, const PropertyExpr& expr)
+{
+    Limits::enter();
+    if (expr.property == LanguageProperty::length)
+        return {Value::integer(static_cast<std::int64_t>(list.asList().size())), false, {}, nullptr};
+    auto values = makeRef<List>();
+    values->reserve(list.asList().size());
+    for (const Value& owner : list.asList().items())
+        values->append(owner.is(Kind::list) ? propertyOfMany(owner, expr).value : propertyOf(owner, expr));
+    return {Value::list(values), true, {}, nullptr};
+}
+
+/// A property of the candidate of a filter: of all candidates in one question, at the first that asks. None: it is
+/// not a property of the elements.
+Value Evaluator::column(const PropertyExpr& expr)
+{
+    Filter& filter = *frame_->filter;
+    const Dictionary& dictionary = filter.parent->application().dictionary();
+    const PropertyTerm* term = expr.dictionary == &dictionary
+        ? dictionary.findProperty(*filter.elementClass, expr.propertyId)
+        : dictionary.findProperty(*filter.elementClass, expr.name);
+    if (!term)
+        return {};
+    for (const auto& [id, values] : filter.columns)
+        if (id == term->id)
+            return filter.index < values.asList().size() ? values.asList()[filter.index] : Value();
+    Value values = ask(
+        filter.parent->application(), [&] { return filter.parent->propertyOfEvery(filter.elementClass->id, term->id); },
+        [&] { return expr.name.spelling() + " of every " + filter.elementClass->name; });
+    // Elements came or went since: then each candidate is asked by itself.
+    if (values.asList().size() != filter.candidates.asList().size())
+        values = Value::list(std::vector<Value>{});
+    filter.columns.emplace_back(term->id, std::move(values));
+    return column(expr);
+}
+
+Value Evaluator::propertyOf(const Value& value, const PropertyExpr& expr)
+{
+    const Value owner = dereferenced(value);
+    if (owner.is(Kind::object))
+        return objectProperty(owner.asObject(), expr);
+    return languageProperty(owner, expr);
+}
+
+const PropertyTerm* Evaluator::propertyTerm(const Object& object, const PropertyExpr& expr) const
+{
+    const Dictionary& dictionary = object.application().dictionary();
+    if (expr.dictionary == &dictionary)
+        if (const PropertyTerm* term = dictionary.findProperty(object.objectClass(), expr.propertyId))
+            return term;
+    return dictionary.findProperty(object.objectClass(), expr.name);
+}
+
+Value Evaluator::objectProperty(Object& object, const PropertyExpr& expr)
+{
+    const Ref<Object> held(&object);
+    if (const PropertyTerm* term = propertyTerm(object, expr))
+        return ask(
+            object.application(), [&] { return object.get(term->id); },
+            [&] { return describe(expr, Value::object(held)); });
+    switch (expr.property) {
+    case LanguageProperty::className:
+        return Value::classTerm(Symbol(object.objectClass().name));
+    case LanguageProperty::properties:
+        return allProperties(object);
+    case LanguageProperty::contents:
+        return Value::object(held);
+    default:
+        break;
+    }
+    if (object.objectClass().id == CommonTerm::applicationClass)
+        return applicationProperty(Value::application(object.application().dictionary().applicationName()), expr);
+    ScriptError error(ErrorNumber::noSuchObject, {}, Value::object(held));
+    explain(error, object.application(), describe(expr, Value::object(held)));
+    throw error;
+}
+
+Value Evaluator::allProperties(Object& object)
+{
+    auto record = makeRef<Record>();
+    record->set(Symbol("class"), Value::classTerm(Symbol(object.objectClass().name)));
+    for (const PropertyTerm* term : object.application().dictionary().properties(object.objectClass()))
+        record->addMissing(Symbol(term->name),
+            ask(
+                object.application(), [&] { return object.get(term->id); },
+                [&] { return term->name + " of " + specifierOf(object); }));
+    return Value::record(record);
+}
+
+Evaluator::Keys Evaluator::keysOf(const ElementExpr& expr)
+{
+    // A bound such as `word 2` is no value of its own: it is looked up in the text that is cut.
+    const auto key = [&](const ExprPtr& part) {
+        return !part || part->kind == ExprKind::element ? Value() : operand(*part);
+    };
+    return {key(expr.key), key(expr.lastKey)};
+}
+
+Evaluator::Found Evaluator::findElement(const ElementExpr& expr)
+{
+    if (!expr.container && expr.form == ElementExpr::Form::id && !frame_->it.is(Kind::object)
+        && !frame_->it.is(Kind::application))
+        return {elementById(expr, keysOf(expr)), false, {}, nullptr};
+    Found owner = container(expr.container);
+    const Keys keys = keysOf(expr);
+    if (owner.every)
+        owner = {fetched(std::move(owner)), true, {}, nullptr};
+    if (owner.isMany)
+        return elementOfMany(owner.value, expr, keys);
+    return elementOf(owner.value, expr, keys);
+}
+
+Evaluator::Found Evaluator::elementOfMany(const Value& list, const ElementExpr& expr, const Keys& keys)
+{
+    Limits::enter();
+    auto values = makeRef<List>();
+    for (const Value& owner : list.asList().items())
+        values->append(
+            owner.is(Kind::list) ? elementOfMany(owner, expr, keys).value : fetched(elementOf(owner, expr, keys)));
+    return {Value::list(values), true, {}, nullptr};
+}
+
+Evaluator::Found Evaluator::elementOf(const Value& value, const ElementExpr& expr, const Keys& keys)
+{
+    const Value owner = dereferenced(value);
+    switch (owner.kind()) {
+    case Kind::object: {
+        const Ref<Object> object(&owner.asObject());
+        if (elementClass(*object, expr))
+            return objectElement(object, expr, keys);
+        // A rich text has the elements of a text, whether or not its dictionary names them.
+        if (const Value text = object->coerced(Kind::text); text.is(Kind::text))
+            return {textElement(text, expr, keys), false, {}, nullptr};
+        break;
+    }
+    case Kind::application:
+        return objectElement(rootOf(owner), expr, keys);
+    case Kind::text:
+        return {textElement(owner, expr, keys), false, {}, nullptr};
+    case Kind::list:
+        return {listElement(owner, expr, keys), false, {}, nullptr};
+    default:
+        break;
+    }
+    failElement(ErrorNumber::noSuchObject, expr, keys, owner);
+}
+
+const ClassTerm* Evaluator::elementClass(const Object& owner, const ElementExpr& expr) const
+{
+    const Dictionary& dictionary = owner.application().dictionary();
+    const ClassTerm* term = expr.dictionary == &dictionary ? expr.classTerm : dictionary.findClass(expr.className);
+    return term && dictionary.hasElement(owner.objectClass(), term->id) ? term : nullptr;
+}
+
+void Evaluator::failElement(int number, const ElementExpr& expr, const Keys& keys, const Value& owner)
+{
+    ScriptError error(number, {}, owner);
+    if (owner.is(Kind::object)) {
+        explain(error, owner.asObject().application(), describe(expr, keys, owner));
+        throw error;
+    }
+    const std::string specifier = describe(expr, keys, owner);
+    throw number == ErrorNumber::invalidIndex ? ScriptError::invalidIndex(specifier, owner)
+                                              : ScriptError::noSuchObject(specifier, owner);
+}
+
+/// One element by name, id or position, counted from 1 or backwards from -1; none where there is no such element.
+Value Evaluator::singleElement(
+    const Ref<Object>& owner, const ClassTerm& term, const ElementExpr& expr, const Keys& keys)
+{
+    using Form = ElementExpr::Form;
+    if (expr.form == Form::id)
+        return owner->withId(term.id, keys.first);
+    if (expr.form == Form::index && (expr.isNamed || keys.first.is(Kind::text)))
+        return owner->named(term.id, toText(keys.first)->view());
+    const auto count = static_cast<std::int64_t>(
+        expr.form == Form::index && keys.first.is(Kind::integer) && keys.first.asInteger() > 0 ? 0
+                                                                                               : owner->count(term.id));
+    std::int64_t index = 0;
+    if (expr.form == Form::middle)
+        index = (count + 1) / 2;
+    else if (expr.form == Form::some)
+        index = count > 0 ? 1 + static_cast<std::int64_t>(std::random_device()() % static_cast<unsigned>(count)) : 0;
+    else
+        index = toInteger(keys.first);
+    if (index < 0)
+        index += count + 1;
+    return index < 1 ? Value() : owner->at(term.id, static_cast<std::size_t>(index - 1));
+}
+
+Evaluator::Found Evaluator::objectElement(const Ref<Object>& owner, const ElementExpr& expr, const Keys& keys)
+{
+    using Form = ElementExpr::Form;
+    const Value ownerValue = Value::object(owner);
+    const ClassTerm* term = elementClass(*owner, expr);
+    if (!term)
+        failElement(ErrorNumber::noSuchObject, expr, keys, ownerValue);
+    if (expr.form == Form::every)
+        return {{}, false, owner, term};
+    const auto specifier = [&] { return describe(expr, keys, ownerValue); };
+    if (expr.form != Form::range) {
+        Value element = ask(
+            owner->application(), [&] { return singleElement(owner, *term, expr, keys); }, specifier);
+        const bool isByName = expr.form == Form::id || expr.isNamed || keys.first.is(Kind::text);
+        if (element.is(Kind::none))
+            failElement(isByName ? ErrorNumber::noSuchObject : ErrorNumber::invalidIndex, expr, keys, ownerValue);
+        return {std::move(element), false, {}, nullptr};
+    }
+    const Value all = ask(
+        owner->application(), [&] { return owner->every(term->id); }, specifier);
+    const auto first = position(expr, keys.first, all.asList().size());
+    const auto last = position(expr, keys.last, all.asList().size());
+    if (!first || !last)
+        failElement(ErrorNumber::invalidIndex, expr, keys, ownerValue);
+    auto range = makeRef<List>();
+    for (std::size_t i = std::min(*first, *last); i <= std::max(*first, *last); ++i)
+        range->append(all.asList()[i]);
+    return {Value::list(range), true, {}, nullptr};
+}
+
+Evaluator::Found Evaluator::findFilter(const FilterExpr& expr)
+{
+    Found owner = container(expr.element->container);
+    if (owner.every)
+        owner = {fetched(std::move(owner)), true, {}, nullptr};
+    if (owner.isMany) {
+        auto values = makeRef<List>();
+        for (const Value& each : owner.value.asList().items()) {
+            if (!each.is(Kind::object))
+                failElement(ErrorNumber::noSuchObject, *expr.element, {}, each);
+            values->append(filtered(Ref<Object>(&each.asObject()), expr).value);
+        }
+        return {Value::list(values), true, {}, nullptr};
+    }
+    if (owner.value.is(Kind::application))
+        return filtered(rootOf(owner.value), expr);
+    if (!owner.value.is(Kind::object))
+        failElement(ErrorNumber::noSuchObject, *expr.element, keysOf(*expr.element), owner.value);
+    return filtered(Ref<Object>(&owner.value.asObject()), expr);
+}
+
+namespace {
+
+/// Puts the candidates of a filter before its condition, one after the other, and the frame back as it was.
+template <typename FrameType, typename FilterType>
+class Candidates {
+public:
+    Candidates(FrameType& frame, FilterType& filter)
+        : frame_(frame)
+        , it_(frame.it)
+        , filter_(std::exchange(frame.filter, &filter))
+    {
+    }
+    Candidates(const Candidates&) = delete;
+    Candidates& operator=(const Candidates&) = delete;
+    ~Candidates()
+    {
+        frame_.it = std::move(it_);
+        frame_.filter = filter_;
+    }
+
+private:
+    FrameType& frame_;
+    Value it_;
+    FilterType* filter_;
+};
+
+} // namespace
+
+Evaluator::Found Evaluator::filtered(const Ref<Object>& owner, const FilterExpr& expr)
+{
+    using Form = ElementExpr::Form;
+    const ElementExpr& element = *expr.element;
+    const Keys keys = keysOf(element);
+    const ClassTerm* term = elementClass(*owner, element);
+    if (!term)
+        failElement(ErrorNumber::noSuchObject, element, keys, Value::object(owner));
+    const bool isSingle = element.form != Form::every && element.form != Form::range;
+    const std::int64_t wanted = element.form == Form::index ? toInteger(keys.first) : 0;
+    auto matches = makeRef<List>();
+    {
+        Filter filter;
+        filter.parent = owner;
+        filter.elementClass = term;
+        filter.candidates = fetched({{}, false, owner, term});
+        const Candidates restored(*frame_, filter);
+        for (; filter.index < filter.candidates.asList().size(); ++filter.index) {
+            Limits::step();
+            frame_->it = filter.candidates.asList()[filter.index];
+            if (condition(*expr.condition))
+                matches->append(filter.candidates.asList()[filter.index]);
+            if (wanted > 0 && matches->size() == static_cast<std::size_t>(wanted))
+                return {matches->items().back(), false, {}, nullptr};
+        }
+    }
+    if (!isSingle && element.form == Form::every)
+        return {Value::list(matches), true, {}, nullptr};
+    const std::size_t count = matches->size();
+    if (isSingle && count > 0 && wanted <= 0) {
+        const std::size_t index = element.form == Form::middle ? (count - 1) / 2
+            : element.form == Form::some
+            ? std::random_device()() % count
+            : count - static_cast<std::size_t>(std::min<std::int64_t>(-wanted, static_cast<std::int64_t>(count) + 1));
+        if (index < count)
+            return {(*matches)[index], false, {}, nullptr};
+    }
+    if (element.form == Form::range) {
+        const auto first = position(element, keys.first, count);
+        const auto last = position(element, keys.last, count);
+        if (first && last) {
+            auto range = makeRef<List>();
+            for (std::size_t i = std::min(*first, *last); i <= std::max(*first, *last); ++i)
+                range->append((*matches)[i]);
+            return {Value::list(range), true, {}, nullptr};
+        }
+    }
+    ScriptError error(ErrorNumber::invalidIndex, {}, Value::object(owner));
+    std::string specifier = describePart(element, keys);
+    if (const std::string place = describeOwner(element.container, Value::object(owner)); !place.empty())
+        specifier += " of " + place;
+    explain(error, owner->application(), specifier + " whose " + describeCondition(*expr.condition));
+    throw error;
+}
+
+Value ElementReference::fetch() const
+{
+    Value element = evaluator_.ask(
+        parent_->application(), [&] { return parent_->at(class_.id, index_); }, [&] { return specifier(); });
+    if (!element.is(Kind::none))
+        return element;
+    ScriptError error(ErrorNumber::invalidIndex);
+    evaluator_.explain(error, parent_->application(), specifier());
+    throw error;
+}
+
+void ElementReference::store(Value value) const
+{
+    evaluator_.failSet(specifier(), value);
+}
+
+std::string ElementReference::specifier() const
+{
+    std::string text = class_.name + " " + std::to_string(index_ + 1);
+    if (parent_->objectClass().id != CommonTerm::applicationClass)
+        text += " of " + specifierOf(*parent_);
+    return text;
+}
+
+Value PartReference::fetch() const
+{
+    if (part_.kind == ExprKind::property)
+        return evaluator_.propertyOf(owner_, as<PropertyExpr>(part_));
+    return evaluator_.fetched(evaluator_.elementOf(owner_, as<ElementExpr>(part_), {firstKey_, lastKey_}));
+}
+
+void PartReference::store(Value value) const
+{
+    if (part_.kind == ExprKind::property)
+        return evaluator_.setProperty(owner_, as<PropertyExpr>(part_), value);
+    const auto& element = as<ElementExpr>(part_);
+    const auto index = owner_.is(Kind::list) && element.form == ElementExpr::Form::index
+        ? evaluator_.position(element, firstKey_, owner_.asList().size())
+        : std::nullopt;
+    if (!index || element.languageClass != LanguageClass::item)
+        evaluator_.failSet(specifier(), value);
+    owner_.asList().replace(*index, std::move(value));
+}
+
+std::string PartReference::specifier() const
+{
+    if (part_.kind == ExprKind::property)
+        return as<PropertyExpr>(part_).name.spelling() + " of " + quoted(owner_);
+    return evaluator_.describePart(as<ElementExpr>(part_), {firstKey_, lastKey_}) + " of " + quoted(owner_);
+}
+
+} // namespace mervo::applescript
