@@ -1,5 +1,6 @@
 #include "core/foundation/Database.h"
 
+#include <algorithm>
 #include <sqlite3.h>
 #include <thread>
 #include <utility>
@@ -36,6 +37,7 @@ Statement::Statement(sqlite3* connection, std::string_view sql)
 Statement::Statement(Statement&& other) noexcept
     : statement_(std::exchange(other.statement_, nullptr))
     , bound_(other.bound_)
+    , names_(std::move(other.names_))
     , expected_(other.expected_)
 {
 }
@@ -120,20 +122,24 @@ std::int64_t Statement::firstInteger() const
     return sqlite3_column_int64(statement_, 0);
 }
 
-/// Readers mostly ask for columns in the order of the table, so the search starts behind the last hit.
+/// Readers mostly ask for columns in the order of the table and by their exact names, so the search starts behind the
+/// last hit, and the comparison that ignores case comes second.
 int Statement::index(std::string_view column) const
 {
-    const int count = sqlite3_column_count(statement_);
-    for (int tried = 0; tried < count; ++tried) {
-        const int at = (expected_ + tried) % count;
-        const std::string_view name = sqlite3_column_name(statement_, at);
-        if (name.size() == column.size()
-            && sqlite3_strnicmp(name.data(), column.data(), static_cast<int>(column.size())) == 0) {
-            expected_ = at + 1;
-            return at;
-        }
+    if (names_.empty()) {
+        for (int at = 0; at < sqlite3_column_count(statement_); ++at)
+            names_.emplace_back(sqlite3_column_name(statement_, at));
     }
-    return -1;
+    if (expected_ < names_.size() && names_[expected_] == column)
+        return static_cast<int>(expected_++);
+    const auto found = std::find_if(names_.begin(), names_.end(), [&](const std::string& name) {
+        return name.size() == column.size()
+            && sqlite3_strnicmp(name.data(), column.data(), static_cast<int>(column.size())) == 0;
+    });
+    if (found == names_.end())
+        return -1;
+    expected_ = static_cast<std::size_t>(found - names_.begin()) + 1;
+    return static_cast<int>(found - names_.begin());
 }
 
 Database::Database(const std::filesystem::path& file, Access access)

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -61,7 +62,8 @@ private:
 
     sqlite3_stmt* statement_ = nullptr;
     int bound_ = 0;
-    mutable int expected_ = 0; ///< where the next column asked for most likely stands
+    mutable std::vector<std::string> names_; ///< of the columns, known from the first row on
+    mutable std::size_t expected_ = 0; ///< where the next column asked for most likely stands
 };
 
 /// One serial connection to one SQLite file. Any thread may use it; closures run one at a time.

@@ -15,9 +15,10 @@ TEST(StringMap, decodesObjectsOfTextsAndNothingElse)
         {R"({"":"\u0000\/\ud83d\udc4d"})", {{"", std::string("\0/👍", 6)}}}};
     for (const auto& [json, expected] : good)
         EXPECT_EQ(StringMap::decode<Map>(json), expected) << json;
-    const std::string bad[]{"", "x", "null", "\"a\"", "[]", "[\"a\"]", "1", "{\"a\":1}", "{\"a\":null}", "{\"a\":[]}",
-        "{\"a\":{}}", "{\"a\":\"b\"", "{\"a\":\"b\"}{}", "{\"a\":\"\xFF\"}", "{\"a\":\"\\ud800\"}", "{a:\"b\"}",
-        "{\"a\":" + std::string(5'000'000, '[')};
+    const std::string bad[]{"{\"a\":\"b\",}", "{,}", "{\"a\":\"b\"\"c\":\"d\"}", "{\"a\"\"b\"}", "{\"a\":\"b\"}}",
+        "{\"a\":\"\x1F\"}", "{\"a\":\"b\\\"}", "{\"a", "", "x", "null", "\"a\"", "[]", "[\"a\"]", "1", "{\"a\":1}",
+        "{\"a\":null}", "{\"a\":[]}", "{\"a\":{}}", "{\"a\":\"b\"", "{\"a\":\"b\"}{}", "{\"a\":\"\xFF\"}",
+        "{\"a\":\"\\ud800\"}", "{a:\"b\"}", "{\"a\":" + std::string(5'000'000, '[')};
     for (const std::string& json : bad)
         EXPECT_FALSE(StringMap::decode<Map>(json)) << json.substr(0, 40);
 }
