@@ -183,7 +183,8 @@ Value Evaluator::applicationProperty(const Value& owner, const PropertyExpr& exp
     default:
         break;
     }
-    Object& root = *rootOf(owner);
+    const Ref<Object> held = rootOf(owner); // an application may make its root anew at each call
+    Object& root = *held;
     if (propertyTerm(root, expr) || expr.property == LanguageProperty::properties)
         return objectProperty(root, expr);
     if (expr.property == LanguageProperty::name)

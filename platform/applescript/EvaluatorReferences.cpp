@@ -170,7 +170,9 @@ Evaluator::Keys Evaluator::keysOf(const ElementExpr& expr)
 {
     // A bound such as `word 2` is no value of its own: it is looked up in the text that is cut.
     const auto key = [&](const ExprPtr& part) {
-        return !part || part->kind == ExprKind::element ? Value() : operand(*part);
+        const bool isBound =
+            part && part->kind == ExprKind::element && !static_cast<const ElementExpr&>(*part).container;
+        return !part || isBound ? Value() : operand(*part);
     };
     return {key(expr.key), key(expr.lastKey)};
 }
