@@ -37,7 +37,6 @@ private:
         switch (c) {
         case '"':
             words_ += quoted();
-            isQuoted_ = true;
             break;
         case '(':
             comment_ = comment();
@@ -95,11 +94,7 @@ private:
         std::string_view inside = raw_.substr(at_ + 1, end == std::string_view::npos ? end : end - at_ - 1);
         if (inside.starts_with('@')) // an obsolete route: <@relay:user@host>
             inside = inside.substr(std::min(inside.size(), inside.find(':') + 1));
-        angle_.clear();
-        for (const char c : inside) {
-            if (c != ' ' && c != '\t' && c != '\r' && c != '\n')
-                angle_.push_back(c);
-        }
+        angle_ = trimmed(inside);
         hasAngle_ = true;
         at_ = end == std::string_view::npos ? raw_.size() : end + 1;
     }
@@ -113,7 +108,6 @@ private:
             return;
         }
         words_.clear();
-        isQuoted_ = false;
     }
 
     void finishMailbox()
@@ -123,13 +117,8 @@ private:
         if (hasAngle_) {
             mailbox.address = angle_;
             mailbox.name = decodeHeaderText(words);
-        } else if (words.find('@') != std::string_view::npos && !isQuoted_) {
-            for (const char c : words) {
-                if (c != ' ' && c != '\t' && c != '\r' && c != '\n')
-                    mailbox.address.push_back(c);
-            }
         } else if (words.find('@') != std::string_view::npos) {
-            mailbox.address = words; // a quoted local part
+            mailbox.address = words;
         } else {
             mailbox.name = decodeHeaderText(words);
         }
@@ -142,13 +131,13 @@ private:
         words_.clear();
         comment_.clear();
         angle_.clear();
-        hasAngle_ = isQuoted_ = false;
+        hasAngle_ = false;
     }
 
     std::string_view raw_;
     std::size_t at_ = 0;
     std::string words_, comment_, angle_;
-    bool hasAngle_ = false, isQuoted_ = false;
+    bool hasAngle_ = false;
     std::vector<MailAddress> found_;
 };
 

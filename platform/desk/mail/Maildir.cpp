@@ -35,7 +35,7 @@ bool examine(const fs::path& folder, std::int64_t& changed, std::uint64_t& inode
 {
     struct stat status { };
     if (stat(folder.c_str(), &status) != 0) {
-        if (errno == ENOENT)
+        if (errno == ENOENT || errno == ENOTDIR)
             return false;
         failReading(folder, errno);
     }
@@ -46,11 +46,17 @@ bool examine(const fs::path& folder, std::int64_t& changed, std::uint64_t& inode
     return true;
 }
 
+bool isThere(const fs::path& path)
+{
+    struct stat status { };
+    return lstat(path.c_str(), &status) == 0;
+}
+
 void listFolder(const fs::path& folder, bool isNew, std::vector<MaildirEntry>& entries)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(folder.c_str()), closedir);
     if (!stream) {
-        if (errno == ENOENT)
+        if (errno == ENOENT || (errno == ENOTDIR && !isThere(folder)))
             return;
         failReading(folder, errno);
     }
