@@ -239,6 +239,12 @@ auto Evaluator::ask(Application& application, Question&& question, Specifier&& s
     } catch (ScriptError& error) {
         explain(error, application, error.message.empty() ? specifier() : std::string());
         throw;
+    } catch (const std::bad_alloc&) {
+        throw ScriptError::outOfMemory();
+    } catch (const std::exception&) {
+        ScriptError error(ErrorNumber::handlerFailed);
+        explain(error, application, {});
+        throw error;
     }
 }
 

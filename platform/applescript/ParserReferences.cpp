@@ -41,7 +41,9 @@ ExprPtr Parser::parsePart()
     }
     if (isWord("every"))
         return parseEvery();
-    if (startsOrdinal())
+    // `first name` of a person is a property, not the first of something.
+    const Match found = match();
+    if (startsOrdinal() && found.words < 2)
         return parseOrdinalWord();
     if (isWord("number") && isWord("of", 1)) {
         auto count = make<CommandExpr>();
@@ -51,7 +53,6 @@ ExprPtr Parser::parsePart()
         adopt(*count, count->direct);
         return finish(std::move(count));
     }
-    const Match found = match();
     if (found.words > 0)
         return parseTerm(found);
     if (isWord("app"))

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/applescript/Application.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace mervo::test {
+
+/// A small application for tests: accounts with boxes with letters. It counts what it is asked, so that a test can
+/// see that a bulk request was one request.
+struct ToyLetter {
+    std::int64_t id = 0;
+    std::string subject;
+    std::string sender;
+    std::int64_t size = 0;
+    applescript::Date received;
+    bool isRead = false;
+    std::string note; // empty: missing value
+    std::vector<std::string> recipients;
+};
+
+struct ToyBox {
+    std::string name;
+    std::vector<ToyLetter> letters;
+};
+
+struct ToyAccount {
+    std::string id;
+    std::string name;
+    std::vector<ToyBox> boxes;
+};
+
+struct ToyWorld {
+    std::vector<ToyAccount> accounts;
+    bool isRunning = false;
+    bool refusesAccess = false;
+    int made = 0; // times the application was made
+    int launches = 0;
+    int bulkRequests = 0;
+    int singleRequests = 0;
+    int listings = 0; // times elements were made
+    std::vector<std::string> commands;
+
+    /// Two accounts, "Home" with INBOX (three letters) and Old, "Work" with INBOX (one letter).
+    static ToyWorld sample();
+    /// One account "Bulk" with a box INBOX of so many letters.
+    static ToyWorld large(std::size_t letters);
+};
+
+/// Registers the application "Post" (also "Toy Post", com.example.post) over a world that outlives the registry.
+void registerToyPost(applescript::ApplicationRegistry& registry, ToyWorld& world);
+
+/// Runs a script text over the world; the display form of its result, or "error NUMBER: MESSAGE".
+std::string runOver(ToyWorld& world, const std::string& script, const std::vector<std::string>& arguments = {});
+/// The same without any application.
+std::string runAlone(const std::string& script);
+
+} // namespace mervo::test
