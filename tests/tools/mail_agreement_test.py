@@ -258,7 +258,7 @@ class Odd(unittest.TestCase):
         (b"Subject: =?UTF-8?B?4oCucm90IA==?= =?UTF-8?Q?=F0=9F=98=80?=\nFrom: =?x?= <y@example.org>\n\n", None,
          "\u202erot 😀"),
         (b"Subject: folded\n\tover\n lines\nFrom: \"Last, First\" <z@example.org>\n\n", "Last, First <z@example.org>",
-         "folded\tover lines"),
+         "folded over lines"),
         (b"subject: lower case\nFROM: A <a@example.org>\nDate: the day before\n\n", "A <a@example.org>", "lower case"),
     ]
 
@@ -290,6 +290,32 @@ class Odd(unittest.TestCase):
             self.assertEqual(body["output"], first.partition("@")[0])
 
 
+class Boundaries(unittest.TestCase):
+    """Sizes and days to the byte and to the second."""
+
+    def test_a_day_begins_at_local_midnight_and_belongs_to_neither_side(self):
+        days = ("2024-03-31", "2024-10-27", "2026-01-01")  # two of them have 23 and 25 hours
+        with tempfile.TemporaryDirectory() as folder:
+            desk = SmallDesk(folder, [b"Subject: before\n\n", b"Subject: midnight\n\n", b"Subject: after\n\n"])
+            for day in days:
+                midnight = int(datetime.datetime.strptime(day, "%Y-%m-%d").timestamp())
+                for file, offset in zip(sorted((desk.root / "cur").iterdir()), (-1, 0, 1)):
+                    os.utime(file, (midnight + offset,) * 2)
+                for key, subject in (("before", "before"), ("after", "after")):
+                    call = desk.call("mail.audit", account="A", mailbox="INBOX", **{key: day})
+                    self.assertEqual([line.split(" || ")[3] for line in call.lines], [subject], f"{key} {day}")
+
+    def test_a_size_counts_as_both_the_least_and_the_most(self):
+        with tempfile.TemporaryDirectory() as folder:
+            sizes = [1023, 1024, 1025, 1048576]
+            desk = SmallDesk(folder, [b"Subject: s\n\n" + b"x" * (size - 12) for size in sizes])
+            for key, expected in (("minSize", [1024, 1025, 1048576]), ("maxSize", [1023, 1024])):
+                call = desk.call("mail.audit", account="A", mailbox="INBOX", **{key: "0.0009765625"})
+                self.assertEqual([int(line.split(" || ")[1]) for line in call.lines], expected, key)
+            call = desk.call("mail.delete", account="A", mailbox="INBOX", minSize="1")
+            self.assertEqual(call["preview"], "1 message(s), 1.0 MB")
+
+
 class Drafts(unittest.TestCase):
     """What mail.draft leaves in the drafts mailbox, read by Python."""
 
@@ -309,8 +335,8 @@ class Drafts(unittest.TestCase):
             self.assertEqual(plain["subject"], hostile)
             self.assertEqual(plain.get_content().rstrip("\n").splitlines(), ["one", "", hostile, "last"])
             self.assertEqual(plain["from"].addresses[0].addr_spec, "me@example.org")
-            self.assertEqual(self.drafted(desk, to="a@b.example", subject="s", from_="OTHER@example.org")["from"]
-                             .addresses[0].addr_spec, "other@example.org")
+            other = self.drafted(desk, to="a@b.example", subject="s", from_="OTHER@example.org")
+            self.assertEqual(other["from"].addresses[0].addr_spec.lower(), "other@example.org")
             stranger = self.drafted(desk, to="a@b.example", subject="s", from_="stranger@example.com")
             self.assertEqual(stranger["from"].addresses[0].addr_spec, "me@example.org", "passed over in silence")
 
