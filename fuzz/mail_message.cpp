@@ -1,14 +1,16 @@
 // The bytes of one message file, from its head to its text: what any sender in the world can put before the desk.
 
-#include "platform/desk/mail/HeaderChunk.h"
 #include "platform/desk/mail/MailAddress.h"
 #include "platform/desk/mail/MessageHead.h"
+#include "platform/desk/mail/MessageRecord.h"
 #include "platform/desk/mime/MimeReader.h"
 #include "platform/unicode.h"
 
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -42,7 +44,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const MimeContent content = readMime(bytes);
     require(mervo::platform::isValidUtf8(content.text));
-    std::vector<MessageHeader> headers; // a stored chunk is outside data as well
-    static_cast<void>(decodeChunk(bytes, headers));
+    const std::string chunk(bytes); // what is stored is outside data as well
+    std::vector<MessageRecord> records;
+    try {
+        readRecords(chunk, records);
+    } catch (const MalformedRecords&) {
+    }
+    for (const MessageRecord& record : records)
+        require(record.to().data() + record.to().size() <= chunk.data() + chunk.size());
     return 0;
 }

@@ -44,8 +44,8 @@ protected:
     static std::vector<std::string> shown(const MailboxSnapshot& snapshot)
     {
         std::vector<std::string> lines;
-        for (const MessageHeader& header : snapshot.messages())
-            lines.push_back(std::string(header.subject) + (header.maildirFlags().seen ? " seen" : ""));
+        for (const MessageRecord& header : snapshot.messages())
+            lines.push_back(std::string(header.subject()) + (header.flags().seen ? " seen" : ""));
         return lines;
     }
 
@@ -76,7 +76,7 @@ TEST_F(HeaderIndexTest, showsWhatOtherProgramsDidMeanwhile)
     const auto second = index.snapshot(maildir_, false);
     EXPECT_THAT(shown(*second), ElementsAre("C", "A seen", "B seen"));
     EXPECT_THAT(seenByAnotherProcess(), ElementsAre("C", "A seen", "B seen"));
-    EXPECT_EQ(second->withBase("b")->id, first->withBase("b")->id) << "an id stays with its message";
+    EXPECT_EQ(second->withBase("b")->id(), first->withBase("b")->id()) << "an id stays with its message";
 
     fs::remove(maildir_ / "cur/a:2,S");
     EXPECT_THAT(shown(*index.snapshot(maildir_, false)), ElementsAre("C", "B seen"));
@@ -143,7 +143,7 @@ TEST_F(HeaderIndexTest, isNotNeeded)
     put("new/b", 2, "B");
     const auto second = index.snapshot(maildir_, false);
     EXPECT_THAT(shown(*second), ElementsAre("A seen", "B"));
-    EXPECT_EQ(first->messages()[0].id, second->messages()[0].id);
+    EXPECT_EQ(first->messages()[0].id(), second->messages()[0].id());
 }
 
 TEST_F(HeaderIndexTest, isSafeWithSeveralProcessesAtOnce)
@@ -178,8 +178,8 @@ TEST_F(HeaderIndexTest, isSafeWithSeveralProcessesAtOnce)
     HeaderIndex index(file_);
     const auto now = index.snapshot(maildir_, false);
     std::set<std::uint32_t> ids;
-    for (const MessageHeader& header : now->messages())
-        ids.insert(header.id);
+    for (const MessageRecord& header : now->messages())
+        ids.insert(header.id());
     EXPECT_EQ(now->messages().size(), 400U);
     EXPECT_EQ(ids.size(), 400U) << "no id twice";
 }
@@ -216,10 +216,10 @@ TEST_F(HeaderIndexTest, givesEveryFileItsSizeDateAndName)
     HeaderIndex index(file_);
     const auto now = index.snapshot(maildir_, false);
     EXPECT_EQ(now->messages().size(), 5U);
-    EXPECT_EQ(now->withBase("huge")->size, 3'000'006U);
-    EXPECT_EQ(now->withBase("long")->subject, "far down");
+    EXPECT_EQ(now->withBase("huge")->size(), 3'000'006U);
+    EXPECT_EQ(now->withBase("long")->subject(), "far down");
     EXPECT_EQ(now->withBase("\xFFstrange\n")->receivedSeconds(), kNewest - 1);
-    EXPECT_EQ(now->withBase("empty")->subject, "");
+    EXPECT_EQ(now->withBase("empty")->subject(), "");
 }
 
 TEST_F(HeaderIndexTest, readsAMessageThatWasJustRenamed)

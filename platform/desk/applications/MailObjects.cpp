@@ -166,7 +166,7 @@ Value MailboxObject::get(TermId property)
     case MailTerm::unreadCount: {
         const auto messages = snapshot();
         return Value::integer(std::count_if(messages->messages().begin(), messages->messages().end(),
-            [](const MessageHeader& message) { return !message.maildirFlags().seen; }));
+            [](const MessageRecord& message) { return !message.flags().seen; }));
     }
     case MailTerm::container: {
         const std::size_t slash = folder_.name.rfind('/');
@@ -197,7 +197,7 @@ Value MailboxObject::every(TermId elementClass)
     const auto list = makeRef<MessageList>(Ref<MailboxObject>(this), snapshot());
     std::vector<Value> messages;
     messages.reserve(list->snapshot->messages().size());
-    for (const MessageHeader& header : list->snapshot->messages())
+    for (const MessageRecord& header : list->snapshot->messages())
         messages.push_back(Value::object(makeRef<MessageObject>(list, header)));
     return Value::list(std::move(messages));
 }
@@ -221,7 +221,7 @@ Value MailboxObject::withId(TermId elementClass, const Value& id)
     if (elementClass != MailTerm::message)
         return Object::withId(elementClass, id);
     const auto list = makeRef<MessageList>(Ref<MailboxObject>(this), snapshot());
-    const MessageHeader* header = list->snapshot->withId(static_cast<std::uint32_t>(applescript::toInteger(id)));
+    const MessageRecord* header = list->snapshot->withId(static_cast<std::uint32_t>(applescript::toInteger(id)));
     return header == nullptr ? Value() : Value::object(makeRef<MessageObject>(list, *header));
 }
 
@@ -232,7 +232,7 @@ Value MailboxObject::propertyOfEvery(TermId elementClass, TermId property)
     const auto messages = snapshot();
     std::vector<Value> column;
     column.reserve(messages->messages().size());
-    for (const MessageHeader& header : messages->messages()) {
+    for (const MessageRecord& header : messages->messages()) {
         column.push_back(indexedProperty(*this, header, property));
         if (column.back().is(applescript::Kind::none))
             return Object::propertyOfEvery(elementClass, property);

@@ -78,36 +78,35 @@ MessageList::MessageList(Ref<MailboxObject> ofMailbox, std::shared_ptr<const Mai
 {
 }
 
-Value indexedProperty(const MailboxObject& mailbox, const MessageHeader& header, TermId property)
+Value indexedProperty(const MailboxObject& mailbox, const MessageRecord& header, TermId property)
 {
-    const MaildirFlags flags = header.maildirFlags();
     switch (property) {
     case CommonTerm::id:
-        return Value::integer(header.id);
+        return Value::integer(header.id());
     case MailTerm::messageId:
-        return Value::text(header.messageId);
+        return Value::text(header.messageId());
     case MailTerm::subject:
-        return Value::text(header.subject);
+        return Value::text(header.subject());
     case MailTerm::sender:
-        return Value::text(header.sender);
+        return Value::text(header.sender());
     case MailTerm::dateReceived:
         return date(header.receivedSeconds());
     case MailTerm::dateSent:
-        return date(header.sent);
+        return date(header.sent());
     case MailTerm::messageSize:
-        return Value::integer(static_cast<std::int64_t>(header.size));
+        return Value::integer(static_cast<std::int64_t>(header.size()));
     case MailTerm::readStatus:
-        return Value::boolean(flags.seen);
+        return Value::boolean(header.flags().seen);
     case MailTerm::flaggedStatus:
-        return Value::boolean(flags.flagged);
+        return Value::boolean(header.flags().flagged);
     case MailTerm::deletedStatus:
-        return Value::boolean(flags.trashed);
+        return Value::boolean(header.flags().trashed);
     case MailTerm::flagIndex:
-        return Value::integer(flags.flagged ? 0 : -1);
+        return Value::integer(header.flags().flagged ? 0 : -1);
     case MailTerm::wasRepliedTo:
-        return Value::boolean(flags.replied);
+        return Value::boolean(header.flags().replied);
     case MailTerm::wasForwarded:
-        return Value::boolean(flags.passed);
+        return Value::boolean(header.flags().passed);
     case MailTerm::junkMailStatus:
         return Value::boolean(isJunkMailbox(mailbox));
     default:
@@ -115,7 +114,7 @@ Value indexedProperty(const MailboxObject& mailbox, const MessageHeader& header,
     }
 }
 
-MessageObject::MessageObject(Ref<MessageList> list, const MessageHeader& header)
+MessageObject::MessageObject(Ref<MessageList> list, const MessageRecord& header)
     : MailObject(list->mailbox->mail(), MailTerm::message)
     , list_(std::move(list))
     , header_(&header)
@@ -124,14 +123,14 @@ MessageObject::MessageObject(Ref<MessageList> list, const MessageHeader& header)
 
 Designation MessageObject::designation() const
 {
-    return {Designation::Form::id, className(), Value::integer(header_->id), list_->mailbox};
+    return {Designation::Form::id, className(), Value::integer(header_->id()), list_->mailbox};
 }
 
-const MessageHeader& MessageObject::current()
+const MessageRecord& MessageObject::current()
 {
     std::shared_ptr<const MailboxSnapshot> now = list_->mailbox->snapshot();
     if (now != list_->snapshot) {
-        const MessageHeader* header = now->withBase(splitMaildirName(header_->fileName).base);
+        const MessageRecord* header = now->withBase(header_->base());
         if (header == nullptr)
             throw applescript::ScriptError(applescript::ErrorNumber::noSuchObject);
         list_ = makeRef<MessageList>(list_->mailbox, std::move(now));
@@ -142,7 +141,7 @@ const MessageHeader& MessageObject::current()
 
 std::string MessageObject::bytes()
 {
-    const MessageHeader& header = current();
+    const MessageRecord& header = current();
     return inScriptTerms([&] { return store().bytes(*list_->snapshot, header); });
 }
 
@@ -159,7 +158,7 @@ std::string MessageObject::field(std::string_view name)
 
 Value MessageObject::get(TermId property)
 {
-    const MessageHeader& header = current();
+    const MessageRecord& header = current();
     if (Value indexed = indexedProperty(*list_->mailbox, header, property); !indexed.is(applescript::Kind::none))
         return indexed;
     switch (property) {
@@ -173,7 +172,7 @@ Value MessageObject::get(TermId property)
     }
     case MailTerm::replyTo: {
         const std::vector<MailAddress> addresses = parseAddressList(field("reply-to"));
-        return addresses.empty() ? Value::text(header.sender) : Value::text(displayAddress(addresses.front()));
+        return addresses.empty() ? Value::text(header.sender()) : Value::text(displayAddress(addresses.front()));
     }
     default:
         return Value::object(list_->mailbox);
@@ -200,7 +199,7 @@ Value MessageObject::recipients(TermId which)
     };
     const bool all = which == MailTerm::recipient;
     if (all || which == MailTerm::toRecipient)
-        add(MailTerm::toRecipient, current().to);
+        add(MailTerm::toRecipient, current().to());
     if (all || which == MailTerm::ccRecipient)
         add(MailTerm::ccRecipient, field("cc"));
     if (all || which == MailTerm::bccRecipient)
@@ -222,8 +221,8 @@ Value MessageObject::headers()
 
 Value MessageObject::attachments()
 {
-    const MessageHeader& header = current();
-    if (header.attachments == 0)
+    const MessageRecord& header = current();
+    if (header.attachments() == 0)
         return Value::list(std::vector<Value>());
     return inScriptTerms([&] {
         std::vector<Value> found;
@@ -256,7 +255,7 @@ std::size_t MessageObject::count(TermId elementClass)
 {
     if (elementClass != MailTerm::mailAttachment)
         return Object::count(elementClass);
-    const MessageHeader& header = current();
+    const MessageRecord& header = current();
     return inScriptTerms([&] { return store().attachmentCount(*list_->snapshot, header); });
 }
 
@@ -276,7 +275,7 @@ bool MessageObject::isSame(const applescript::Object& other) const
 {
     const auto* message = dynamic_cast<const MessageObject*>(&other);
     return message != nullptr && message->list_->snapshot->maildir() == list_->snapshot->maildir()
-        && splitMaildirName(message->header_->fileName).base == splitMaildirName(header_->fileName).base;
+        && message->header_->base() == header_->base();
 }
 
 } // namespace mervo::desk

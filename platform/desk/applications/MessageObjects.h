@@ -21,13 +21,13 @@ public:
 
 /// A property that the index holds; no result for one that needs the message itself.
 applescript::Value indexedProperty(
-    const MailboxObject& mailbox, const MessageHeader& header, applescript::TermId property);
+    const MailboxObject& mailbox, const MessageRecord& header, applescript::TermId property);
 
 /// A message by its file's base name. What it tells is what the mailbox holds now, not what it held when the handle
 /// was made.
 class MessageObject final : public MailObject {
 public:
-    MessageObject(applescript::Ref<MessageList> list, const MessageHeader& header);
+    MessageObject(applescript::Ref<MessageList> list, const MessageRecord& header);
 
     applescript::Designation designation() const override;
     applescript::Value get(applescript::TermId property) override;
@@ -39,7 +39,7 @@ public:
 
 private:
     /// Brings the handle up to date. Throws -1728 when the message is gone.
-    const MessageHeader& current();
+    const MessageRecord& current();
     std::string bytes();
     std::string field(std::string_view name);
     applescript::Value recipients(applescript::TermId which);
@@ -47,7 +47,7 @@ private:
     applescript::Value attachments();
 
     applescript::Ref<MessageList> list_;
-    const MessageHeader* header_; // in the list's snapshot
+    const MessageRecord* header_; // in the list's snapshot
 };
 
 } // namespace mervo::desk

@@ -1,6 +1,5 @@
 #include "platform/desk/mail/HeaderIndex.h"
 
-#include "platform/desk/mail/HeaderChunk.h"
 #include "platform/desk/mail/MessageFile.h"
 
 #include <algorithm>
@@ -37,13 +36,14 @@ class Merge {
 public:
     explicit Merge(std::vector<IndexDatabase::Chunk> chunks)
     {
+        std::vector<MessageRecord> records;
         for (IndexDatabase::Chunk& chunk : chunks) {
-            const std::string_view bytes = texts_.keep(std::move(chunk.data));
-            const std::size_t first = headers_.size();
-            if (!decodeChunk(bytes, headers_))
-                throw IndexError("The mail index is damaged.", true);
+            records.clear();
+            readRecords(chunks_[chunk.number] = std::move(chunk.data), records);
+            sizes_[chunk.number] = records.size();
+            for (const MessageRecord& record : records)
+                headers_.push_back(record.header());
             chunkOf_.resize(headers_.size(), chunk.number);
-            sizes_[chunk.number] = headers_.size() - first;
         }
     }
 
@@ -82,26 +82,34 @@ public:
 
     bool isChanged() const noexcept { return !touched_.empty(); }
 
-    void write(const Folder& folder, IndexDatabase::Change& change) const
+    /// Puts the changed chunks together again and writes them. What was changed is settled then.
+    void write(const Folder& folder, IndexDatabase::Change& change)
     {
-        std::map<std::int64_t, std::vector<MessageHeader>> groups;
+        std::map<std::int64_t, std::string> fresh;
         for (const std::int64_t number : touched_)
-            groups[number];
+            fresh[number];
         for (std::size_t i = 0; i < headers_.size(); ++i) {
-            if (const auto group = groups.find(chunkOf_[i]); group != groups.end())
-                group->second.push_back(headers_[i]);
+            if (const auto chunk = fresh.find(chunkOf_[i]); chunk != fresh.end())
+                appendRecord(chunk->second, headers_[i]);
         }
-        for (const auto& [number, group] : groups) {
-            if (group.empty())
+        headers_.clear(); // they point into the chunks that are replaced now
+        for (auto& [number, bytes] : fresh) {
+            if (bytes.empty()) {
                 change.removeChunk(folder, number);
-            else
-                change.write(folder, IndexDatabase::Chunk{number, encodeChunk(group)});
+                chunks_.erase(number);
+            } else {
+                change.write(folder, number, bytes);
+                chunks_[number] = std::move(bytes);
+            }
         }
     }
 
     std::shared_ptr<const MailboxSnapshot> finish(const fs::path& maildir)
     {
-        return std::make_shared<MailboxSnapshot>(maildir, std::move(headers_), std::move(texts_));
+        std::vector<std::string> chunks;
+        for (auto& [number, bytes] : chunks_)
+            chunks.push_back(std::move(bytes));
+        return std::make_shared<MailboxSnapshot>(maildir, std::move(chunks));
     }
 
 private:
@@ -152,8 +160,9 @@ private:
         return added.size();
     }
 
-    TextStore texts_;
-    std::vector<MessageHeader> headers_;
+    std::map<std::int64_t, std::string> chunks_; // by number
+    TextStore texts_; // of messages that are in no chunk yet
+    std::vector<MessageHeader> headers_; // with texts in both
     std::vector<std::int64_t> chunkOf_; // for each header
     std::map<std::int64_t, std::size_t> sizes_;
     std::set<std::int64_t> touched_;
@@ -174,6 +183,8 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::snapshot(const fs::path& mai
             return trySnapshot(maildir, stamp);
         } catch (const IndexError& error) {
             startAnew(error);
+        } catch (const MalformedRecords& error) {
+            startAnew(IndexError(error.what(), true));
         }
     }
 }
@@ -192,11 +203,18 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::trySnapshot(const fs::path& 
                 known->second.folder = *folder;
                 return known->second.snapshot;
             }
-            Merge stored(database().chunks(*folder));
-            return (known_[maildir.native()] = {*folder, stored.finish(maildir)}).snapshot;
+            return (known_[maildir.native()] = {*folder, storedSnapshot(maildir, *folder)}).snapshot;
         }
     }
     return (known_[maildir.native()] = update(maildir)).snapshot;
+}
+
+std::shared_ptr<const MailboxSnapshot> HeaderIndex::storedSnapshot(const fs::path& maildir, const Folder& folder)
+{
+    std::vector<std::string> chunks;
+    for (IndexDatabase::Chunk& chunk : database().chunks(folder))
+        chunks.push_back(std::move(chunk.data));
+    return std::make_shared<MailboxSnapshot>(maildir, std::move(chunks));
 }
 
 HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)

@@ -41,6 +41,8 @@ private:
     IndexDatabase& database();
     void startAnew(const IndexError& reason);
     std::shared_ptr<const MailboxSnapshot> trySnapshot(const std::filesystem::path& maildir, const MaildirStamp& stamp);
+    std::shared_ptr<const MailboxSnapshot> storedSnapshot(
+        const std::filesystem::path& maildir, const IndexDatabase::Folder& folder);
     Known update(const std::filesystem::path& maildir);
 
     std::filesystem::path file_;

@@ -1,6 +1,6 @@
 #include "platform/desk/mail/IndexDatabase.h"
 
-#include "platform/desk/mail/HeaderChunk.h"
+#include "platform/desk/mail/MessageRecord.h"
 
 #include <cstring>
 #include <sqlite3.h>
@@ -10,16 +10,17 @@ namespace mervo::desk {
 namespace {
 
 constexpr int kWaitForLock = 10'000; // milliseconds
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 
 constexpr const char* kSchema = R"sql(
         CREATE TABLE folder(id INTEGER PRIMARY KEY, path BLOB NOT NULL UNIQUE, stamp BLOB NOT NULL,
             scanned INTEGER NOT NULL, generation INTEGER NOT NULL, content INTEGER NOT NULL);
         CREATE TABLE chunk(folder INTEGER NOT NULL, number INTEGER NOT NULL, fingerprint INTEGER NOT NULL,
-            data BLOB NOT NULL, UNIQUE(folder, number));
+            data BLOB NOT NULL);
+    CREATE UNIQUE INDEX chunks_of_folder ON chunk(folder, number);
         CREATE TABLE counter(next INTEGER NOT NULL);
         INSERT INTO counter VALUES(1 + abs(random() % 268435456));
-        PRAGMA user_version = 1;
+        PRAGMA user_version = 2;
     )sql";
 
 bool meansDamage(int code)
@@ -145,15 +146,29 @@ std::optional<IndexDatabase::Folder> IndexDatabase::folder(const std::filesystem
     return found;
 }
 
+/// The bytes of one blob, straight into a string: a column's value would be put together in memory a second time.
+std::string IndexDatabase::blob(std::int64_t row)
+{
+    sqlite3_blob* blob = nullptr;
+    if (const int code = sqlite3_blob_open(handle_, "main", "chunk", "data", row, 0, &blob); code != SQLITE_OK)
+        fail(code);
+    std::string bytes(static_cast<std::size_t>(sqlite3_blob_bytes(blob)), '\0');
+    const int code = sqlite3_blob_read(blob, bytes.data(), static_cast<int>(bytes.size()), 0);
+    sqlite3_blob_close(blob);
+    if (code != SQLITE_OK)
+        fail(code);
+    return bytes;
+}
+
 std::vector<IndexDatabase::Chunk> IndexDatabase::chunks(const Folder& folder)
 {
-    Query query(*this, "SELECT number, fingerprint, data FROM chunk WHERE folder = ? ORDER BY number");
+    Query query(*this, "SELECT rowid, number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
     query.bind(1, folder.id);
     std::vector<Chunk> found;
     std::uint64_t content = 0;
     while (query.step()) {
-        const Chunk& chunk = found.emplace_back(Chunk{query.integer(0), std::string(query.bytes(2))});
-        const auto print = static_cast<std::uint64_t>(query.integer(1));
+        const Chunk& chunk = found.emplace_back(Chunk{query.integer(1), blob(query.integer(0))});
+        const auto print = static_cast<std::uint64_t>(query.integer(2));
         if (fingerprint(chunk.data) != print)
             throw IndexError("The mail index is damaged.", true);
         content = combined(content, chunk.number, print);
@@ -211,11 +226,11 @@ void IndexDatabase::Change::write(Folder& folder, const std::filesystem::path& m
     update.bind(4, static_cast<std::int64_t>(folder.content)).bind(5, folder.id).step();
 }
 
-void IndexDatabase::Change::write(const Folder& folder, const Chunk& chunk)
+void IndexDatabase::Change::write(const Folder& folder, std::int64_t chunk, std::string_view data)
 {
     Query query(database_, "INSERT OR REPLACE INTO chunk(folder, number, fingerprint, data) VALUES(?, ?, ?, ?)");
-    query.bind(1, folder.id).bind(2, chunk.number);
-    query.bind(3, static_cast<std::int64_t>(fingerprint(chunk.data))).bind(4, chunk.data).step();
+    query.bind(1, folder.id).bind(2, chunk);
+    query.bind(3, static_cast<std::int64_t>(fingerprint(data))).bind(4, data).step();
 }
 
 void IndexDatabase::Change::removeChunk(const Folder& folder, std::int64_t number)

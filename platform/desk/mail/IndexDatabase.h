@@ -83,7 +83,7 @@ public:
 
         /// `folder.id` 0: a new row, whose id is filled in.
         void write(Folder& folder, const std::filesystem::path& maildir);
-        void write(const Folder& folder, const Chunk& chunk);
+        void write(const Folder& folder, std::int64_t chunk, std::string_view data);
         void removeChunk(const Folder& folder, std::int64_t number);
         std::uint64_t contentOf(const Folder& folder);
         std::uint32_t takeIds(std::size_t count);
@@ -96,6 +96,7 @@ public:
 
 private:
     class Query;
+    std::string blob(std::int64_t row);
     void execute(const char* sql);
     [[noreturn]] void fail(int code);
 

@@ -113,36 +113,36 @@ std::shared_ptr<const MailboxSnapshot> MailStore::messages(const MailAccountSett
     return look.snapshot;
 }
 
-std::string MailStore::bytes(const MailboxSnapshot& mailbox, const MessageHeader& message) const
+std::string MailStore::bytes(const MailboxSnapshot& mailbox, const MessageRecord& message) const
 {
     try {
-        return readMessageFile(messagePath(mailbox.maildir(), message.fileName, message.isNew));
+        return readMessageFile(messagePath(mailbox.maildir(), message.fileName(), message.isNew()));
     } catch (const MessageGone&) {
-        const fs::path moved = findMessage(mailbox.maildir(), splitMaildirName(message.fileName).base);
+        const fs::path moved = findMessage(mailbox.maildir(), message.base());
         if (moved.empty())
             throw;
         return readMessageFile(moved);
     }
 }
 
-const MimeContent& MailStore::content(const MailboxSnapshot& mailbox, const MessageHeader& message)
+const MimeContent& MailStore::content(const MailboxSnapshot& mailbox, const MessageRecord& message)
 {
-    std::string key = fmt::format("{}/{}", mailbox.maildir().native(), splitMaildirName(message.fileName).base);
+    std::string key = fmt::format("{}/{}", mailbox.maildir().native(), message.base());
     if (key != contentOf_) {
         contentOf_.clear();
         content_ = mimeEngine().read(bytes(mailbox, message));
         contentOf_ = std::move(key);
         const auto count = static_cast<std::int32_t>(content_.attachments.size());
-        if (message.attachments != count)
-            learned_[mailbox.maildir().native()][message.id] = count;
+        if (message.attachments() != count)
+            learned_[mailbox.maildir().native()][message.id()] = count;
     }
     return content_;
 }
 
-std::size_t MailStore::attachmentCount(const MailboxSnapshot& mailbox, const MessageHeader& message)
+std::size_t MailStore::attachmentCount(const MailboxSnapshot& mailbox, const MessageRecord& message)
 {
-    if (message.attachments >= 0)
-        return static_cast<std::size_t>(message.attachments);
+    if (message.attachments() >= 0)
+        return static_cast<std::size_t>(message.attachments());
     return content(mailbox, message).attachments.size();
 }
 

@@ -45,11 +45,11 @@ public:
     std::shared_ptr<const MailboxSnapshot> messages(
         const MailAccountSettings& account, const std::filesystem::path& maildir);
     /// The file of a message, also when another program has just renamed it. Throws MessageGone, MailError.
-    std::string bytes(const MailboxSnapshot& mailbox, const MessageHeader& message) const;
+    std::string bytes(const MailboxSnapshot& mailbox, const MessageRecord& message) const;
     /// The text and attachments of a message; the last one asked for is kept. Throws MessageGone, MailError.
-    const MimeContent& content(const MailboxSnapshot& mailbox, const MessageHeader& message);
+    const MimeContent& content(const MailboxSnapshot& mailbox, const MessageRecord& message);
     /// The number of attachments, without reading the message where the index knows it.
-    std::size_t attachmentCount(const MailboxSnapshot& mailbox, const MessageHeader& message);
+    std::size_t attachmentCount(const MailboxSnapshot& mailbox, const MessageRecord& message);
 
     /// Saves into the drafts mailbox of the sender's account, which is made when it is missing. Returns the file.
     /// Throws MailError, NoSuchAttachment; then nothing is left behind.

@@ -6,46 +6,43 @@
 namespace mervo::desk {
 namespace {
 
-bool newerFirst(const MessageHeader& a, const MessageHeader& b)
+bool newerFirst(const MessageRecord& a, const MessageRecord& b)
 {
-    return a.received != b.received ? a.received > b.received : a.fileName > b.fileName;
+    return a.received() != b.received() ? a.received() > b.received() : a.fileName() > b.fileName();
 }
 
 } // namespace
 
-std::int64_t MessageHeader::receivedSeconds() const noexcept
-{
-    return received / 1'000'000'000 - (received % 1'000'000'000 < 0 ? 1 : 0);
-}
-
-MailboxSnapshot::MailboxSnapshot(std::filesystem::path maildir, std::vector<MessageHeader> messages, TextStore texts)
+MailboxSnapshot::MailboxSnapshot(std::filesystem::path maildir, std::vector<std::string> chunks)
     : maildir_(std::move(maildir))
-    , messages_(std::move(messages))
-    , texts_(std::move(texts))
+    , chunks_(std::move(chunks))
 {
+    messages_.reserve(chunks_.size() * kMessagesInChunk);
+    for (const std::string& chunk : chunks_)
+        readRecords(chunk, messages_);
     // They come oldest first as a rule: turned round they are in order already.
     std::reverse(messages_.begin(), messages_.end());
     if (!std::is_sorted(messages_.begin(), messages_.end(), newerFirst))
         std::sort(messages_.begin(), messages_.end(), newerFirst);
 }
 
-const MessageHeader* MailboxSnapshot::withId(std::uint32_t id) const
+const MessageRecord* MailboxSnapshot::withId(std::uint32_t id) const
 {
     if (byId_.empty()) {
         byId_.reserve(messages_.size());
         for (std::size_t i = 0; i < messages_.size(); ++i)
-            byId_.emplace(messages_[i].id, i);
+            byId_.emplace(messages_[i].id(), i);
     }
     const auto found = byId_.find(id);
     return found == byId_.end() ? nullptr : &messages_[found->second];
 }
 
-const MessageHeader* MailboxSnapshot::withBase(std::string_view base) const
+const MessageRecord* MailboxSnapshot::withBase(std::string_view base) const
 {
     if (byBase_.empty()) {
         byBase_.reserve(messages_.size());
         for (std::size_t i = 0; i < messages_.size(); ++i)
-            byBase_.emplace(splitMaildirName(messages_[i].fileName).base, i);
+            byBase_.emplace(messages_[i].base(), i);
     }
     const auto found = byBase_.find(base);
     return found == byBase_.end() ? nullptr : &messages_[found->second];

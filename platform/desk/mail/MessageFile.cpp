@@ -124,7 +124,7 @@ std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, TextSto
     MessageHead head = readMessageHead(std::string_view(buffer_.data(), filled));
     MessageHeader header;
     header.received = static_cast<std::int64_t>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec;
-    header.sent = head.sent.value_or(header.receivedSeconds());
+    header.sent = head.sent.value_or(status.st_mtim.tv_sec);
     header.size = static_cast<std::uint64_t>(status.st_size);
     header.attachments = head.isSinglePartText ? 0 : kAttachmentsUnknown;
     header.flags = maildirFlags(splitMaildirName(entry.fileName).info).bits();

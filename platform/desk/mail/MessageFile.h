@@ -1,7 +1,9 @@
 #pragma once
 
-#include "platform/desk/mail/MailboxSnapshot.h"
+#include "platform/desk/mail/MessageRecord.h"
+#include "platform/desk/mail/TextStore.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
