@@ -1,6 +1,7 @@
 #include "platform/unicode.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <utf8proc.h>
@@ -47,6 +48,56 @@ void appendFolded(std::string& result, std::string_view text)
         result.append(reinterpret_cast<const char*>(mapped), static_cast<std::size_t>(length));
 }
 
+/// Single characters of Latin, Greek and Cyrillic, kana and Han: neither they nor their folded forms join with a
+/// neighbour, so a text of nothing else is folded character by character.
+bool foldsAlone(char32_t point) noexcept
+{
+    return point < 0x300 || (point >= 0x370 && point < 0x483) || (point >= 0x48A && point < 0x530)
+        || (point >= 0x2010 && point <= 0x2027) || (point >= 0x3041 && point <= 0x3096)
+        || (point >= 0x30A1 && point <= 0x30FA) || (point >= 0x3400 && point <= 0x9FFF);
+}
+
+void appendFoldedCharacter(std::string& result, std::string_view character, char32_t point)
+{
+    struct Folded {
+        char bytes[7];
+        unsigned char length; // 0: not known yet
+    };
+    constexpr char32_t kAlphabetsEnd = 0x530; // what foldsAlone() accepts above it is its own folded form
+    constinit static thread_local std::array<Folded, kAlphabetsEnd> known{};
+    if (point < 0x80) {
+        result += asciiLower(static_cast<char>(point));
+        return;
+    }
+    if (point >= kAlphabetsEnd) {
+        result += character;
+        return;
+    }
+    Folded& folded = known[point];
+    if (folded.length == 0) {
+        std::string bytes;
+        appendFolded(bytes, character);
+        folded.length = static_cast<unsigned char>(bytes.copy(folded.bytes, sizeof folded.bytes));
+    }
+    result.append(folded.bytes, folded.length);
+}
+
+/// False, and nothing appended, when a part of the text does not fold alone or is ill-formed.
+bool appendFoldedAlone(std::string& result, std::string_view text)
+{
+    const std::size_t start = result.size();
+    while (!text.empty()) {
+        const CodePoint point = firstCodePoint(text);
+        if (!point.valid || !foldsAlone(point.value)) {
+            result.resize(start);
+            return false;
+        }
+        appendFoldedCharacter(result, text.substr(0, point.length), point.value);
+        text.remove_prefix(point.length);
+    }
+    return true;
+}
+
 } // namespace
 
 CodePoint firstCodePoint(std::string_view text) noexcept
@@ -72,6 +123,8 @@ std::string foldCase(std::string_view text)
         std::transform(text.begin(), text.end(), std::back_inserter(result), asciiLower);
         return result;
     }
+    if (appendFoldedAlone(result, text))
+        return result;
     while (!text.empty()) {
         const std::size_t length = validPrefix(text);
         if (length > 0)

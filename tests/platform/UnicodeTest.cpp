@@ -1,6 +1,7 @@
 #include "platform/unicode.h"
 
 #include <gtest/gtest.h>
+#include <random>
 
 namespace mervo::platform {
 namespace {
@@ -90,6 +91,35 @@ TEST(Unicode, countsCharactersAsAReaderDoes)
         return text;
     }();
     EXPECT_EQ(countCharacters(flags), 10000U) << "pairs, also in a long run";
+}
+
+TEST(Unicode, foldsTheShortWayAsTheLongWay)
+{
+    const auto utf8 = [](char32_t value) {
+        std::string text;
+        if (value < 0x80)
+            return std::string(1, static_cast<char>(value));
+        if (value < 0x800) {
+            text += static_cast<char>(0xC0 | value >> 6);
+        } else {
+            text += static_cast<char>(0xE0 | value >> 12);
+            text += static_cast<char>(0x80 | (value >> 6 & 0x3F));
+        }
+        text += static_cast<char>(0x80 | (value & 0x3F));
+        return text;
+    };
+    const std::string emoji = "\U0001F600"; // takes the whole text the long way, and is its own folded form
+    std::mt19937 random(5);
+    const std::pair<char32_t, char32_t> ranges[]{
+        {0x20, 0x300}, {0x370, 0x530}, {0x2000, 0x2030}, {0x3040, 0x3100}, {0x3400, 0xA000}};
+    for (int round = 0; round < 20'000; ++round) {
+        std::string text;
+        for (int i = 0; i < 5; ++i) {
+            const auto& [start, end] = ranges[random() % std::size(ranges)];
+            text += utf8(start + random() % (end - start));
+        }
+        ASSERT_EQ(foldCase(text) + emoji, foldCase(text + emoji)) << text;
+    }
 }
 
 } // namespace
