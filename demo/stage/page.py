@@ -6,7 +6,7 @@ import sys
 import textwrap
 
 BOLD, DIM, GREEN, YELLOW, RED, CYAN = "1", "2", "32", "33", "31", "36"
-COLOURS = {"ran": GREEN, "held": YELLOW, "refused": RED, "failed": RED}
+COLOURS = {"run": GREEN, "held": YELLOW, "refused": RED, "": DIM}
 
 
 class Page:
@@ -41,7 +41,7 @@ class Page:
         self._margin("agent", CYAN, text)
 
     def answer(self, kind, text):
-        """What came back: "ran", "held", "refused"."""
+        """What came back: "run", "held", "refused"; "" goes on with the answer before."""
         self._margin(kind, COLOURS[kind], text)
 
     def owner(self, text):
@@ -52,8 +52,8 @@ class Page:
         self.line(f"  {self.paint('$', DIM)} {self.paint(command, BOLD)}")
 
     def output(self, text):
-        for row in text.splitlines():
-            self.line("    " + self._cut(row, self.width - 4))
+        for row in self._folded(text, self.width - 4):
+            self.line("    " + row)
 
     def table(self, header, rows):
         """Columns as wide as what is in them; the last one takes what is left of the line."""
@@ -64,9 +64,15 @@ class Page:
             self.line("    " + (self.paint(cells.rstrip(), DIM) if number == 0 else cells))
 
     def _margin(self, who, colour, text):
-        for number, row in enumerate(text.splitlines() or [""]):
+        for number, row in enumerate(self._folded(text, self.width - 11)):
             label = self.paint(f"{who:>9}", colour) if number == 0 else " " * 9
-            self.line(f"{label}  {self._cut(row, self.width - 11)}")
+            self.line(f"{label}  {row}")
+
+    @staticmethod
+    def _folded(text, width):
+        """Long lines go on below, set in; short ones stay as they are."""
+        for row in text.splitlines() or [""]:
+            yield from textwrap.wrap(row, width, subsequent_indent="    ", break_on_hyphens=False) if len(row) > width else [row]
 
     @staticmethod
     def _cut(text, width):
