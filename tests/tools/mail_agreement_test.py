@@ -278,6 +278,16 @@ class Odd(unittest.TestCase):
             body = desk.call("mail.body", account="A", mailbox="INBOX", subjectContains="a || b")
             self.assertEqual(body["output"], "t")
 
+    def test_a_broken_mailbox_hides_only_itself_from_a_search(self):
+        with tempfile.TemporaryDirectory() as folder:
+            desk = SmallDesk(folder, [b"Subject: here\n\n"])
+            for part in ("new", "tmp"):
+                (desk.root / ".Broken" / part).mkdir(parents=True)
+            (desk.root / ".Broken/cur").symlink_to("cur")
+            lines = desk.call("mail.search", status="any").lines
+            self.assertEqual([line.split(" || ")[0] for line in lines], ["A/INBOX"])
+            self.assertEqual(desk.call("mail.audit", account="A", mailbox="Broken")["outcome"], "error")
+
     def test_the_first_of_two_with_one_date_is_the_newest(self):
         head = b"From: x@example.org\nSubject: twice\nMessage-ID: <%s@example.org>\n\n%s\n"
         messages = [head % (word, word) for word in (b"one", b"two", b"three")]
