@@ -88,7 +88,7 @@ const char* nameOf(TargetClass target)
 /// A list of one item coerces as the item does.
 const Value* onlyItem(const Value& value)
 {
-    return value.is(Kind::list) && value.asList().size() == 1 ? &value.asList()[0] : nullptr;
+    return value.is(Kind::list) && value.asList().size() == 1 ? &value.asList().items()[0] : nullptr;
 }
 
 int monthNumber(Symbol word)

@@ -54,7 +54,23 @@ List::~List()
     Limits::discharge(charged_);
 }
 
-void List::charge()
+List::List(std::unique_ptr<const ItemSource> source)
+    : source_(std::move(source))
+{
+}
+
+void List::settle() const
+{
+    std::vector<Value> items;
+    items.reserve(source_->size());
+    for (std::size_t i = 0; i < source_->size(); ++i)
+        items.push_back(source_->item(i));
+    items_ = std::move(items);
+    source_.reset();
+    charge();
+}
+
+void List::charge() const
 {
     const std::size_t bytes = items_.capacity() * sizeof(Value);
     if (bytes > charged_) {
@@ -65,18 +81,21 @@ void List::charge()
 
 void List::clear() noexcept
 {
+    source_.reset();
     const std::vector<Value> gone = std::move(items_);
     items_.clear();
 }
 
 void List::reserve(std::size_t count)
 {
+    items();
     items_.reserve(count);
     charge();
 }
 
 void List::append(Value value)
 {
+    items();
     if (items_.size() == items_.capacity())
         reserve(items_.empty() ? 4 : items_.size() * 2);
     items_.push_back(std::move(value));

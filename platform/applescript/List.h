@@ -3,6 +3,7 @@
 #include "platform/applescript/Value.h"
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace mervo::applescript {
@@ -28,27 +29,54 @@ private:
     Container* next_ = nullptr;
 };
 
+/// Where the items of a list come from that nobody has looked at. For columns of many thousand values of which a
+/// script looks at few, or at each but once. Its values must be such that making one twice is the same as sharing it:
+/// numbers, booleans, texts, handles of objects; not dates, which scripts change in place.
+class ItemSource {
+public:
+    ItemSource() = default;
+    ItemSource(const ItemSource&) = delete;
+    ItemSource& operator=(const ItemSource&) = delete;
+    virtual ~ItemSource() = default;
+
+    virtual std::size_t size() const noexcept = 0;
+    virtual Value item(std::size_t index) const = 0;
+};
+
 /// A list, shared by all its names. Reading an item and appending take constant time.
 class List final : public Container {
 public:
     List() = default;
     explicit List(std::vector<Value> items);
+    /// The items are made one by one when they are asked for, and all at once when the list changes or is gone through.
+    explicit List(std::unique_ptr<const ItemSource> source);
     ~List() override;
 
-    std::size_t size() const noexcept { return items_.size(); }
-    const std::vector<Value>& items() const noexcept { return items_; }
-    const Value& operator[](std::size_t index) const noexcept { return items_[index]; }
-    void replace(std::size_t index, Value value) { items_[index] = std::move(value); }
+    std::size_t size() const noexcept { return source_ ? source_->size() : items_.size(); }
+    const std::vector<Value>& items() const
+    {
+        if (source_)
+            settle();
+        return items_;
+    }
+    Value operator[](std::size_t index) const { return source_ ? source_->item(index) : items_[index]; }
+    void replace(std::size_t index, Value value)
+    {
+        items();
+        items_[index] = std::move(value);
+    }
     void reserve(std::size_t count);
     void append(Value value);
     void prepend(Value value);
 
 private:
     void clear() noexcept override;
-    void charge();
+    void settle() const;
+    void charge() const;
 
-    std::vector<Value> items_;
-    std::size_t charged_ = 0;
+    mutable std::unique_ptr<const ItemSource> source_; // until the list is settled
+    mutable std::vector<Value> items_;
+    mutable std::size_t charged_ = 0;
 };
 
 /// A record: labels and values in the order written. Small, so a label is found by going through them.

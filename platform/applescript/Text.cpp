@@ -11,7 +11,7 @@ namespace mervo::applescript {
 
 namespace {
 
-constexpr std::size_t kIndexStep = 64;
+constexpr std::size_t kIndexStep = 16;
 constexpr std::size_t kSmallestBuffer = 256; // below it, texts hold their own bytes
 
 } // namespace
@@ -40,7 +40,7 @@ struct Text::Derived {
     bool hasFolded = false;
     std::size_t count = 0;
     std::size_t charged = 0;
-    std::vector<std::uint32_t> offsets; // of characters 0, 64, 128, ...
+    std::vector<std::uint32_t> offsets; // of characters 0, 16, 32, ...
     std::string folded;
 };
 

@@ -13,7 +13,7 @@ namespace mervo::applescript {
 
 /// An immutable text, shared between values. What is costly to know (character boundaries, the folded form) is found
 /// out once and kept. A text of ASCII without CR LF pairs is indexed in constant time; any other through an index
-/// of every 64th character.
+/// of every 16th character.
 class Text final : public Cell {
 public:
     static Ref<Text> make(std::string_view bytes);

@@ -1,0 +1,35 @@
+#include "platform/applescript/Display.h"
+#include "platform/applescript/Evaluator.h"
+#include "platform/applescript/Limits.h"
+#include "platform/applescript/Parser.h"
+#include "tests/applescript/ToyPost.h"
+
+#include <cstddef>
+#include <cstdint>
+
+/// Any script ends within its steps and its memory, with a value that can be shown or with an error.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    namespace as = mervo::applescript;
+    constexpr std::uint64_t kSteps = 5000;
+    constexpr std::size_t kBytes = std::size_t(4) << 20;
+    std::string source(reinterpret_cast<const char*>(data), size);
+    std::string lowered = source;
+    for (char& c : lowered)
+        c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+    if (lowered.find("delay") != std::string::npos) // it would only wait
+        return 0;
+    mervo::test::ToyWorld world = mervo::test::ToyWorld::sample();
+    as::ApplicationRegistry registry;
+    mervo::test::registerToyPost(registry, world);
+    const as::Limits::Scope limits(kSteps, kBytes);
+    try {
+        const auto script = as::parse(std::move(source), registry);
+        as::Evaluator evaluator(*script, registry, [](const std::string&) {});
+        const as::Value result = evaluator.run({"first", ""});
+        as::displayForm(result);
+        as::sourceForm(result);
+    } catch (const as::ScriptError&) {
+    }
+    return 0;
+}
