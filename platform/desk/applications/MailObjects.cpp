@@ -194,12 +194,7 @@ Value MailboxObject::every(TermId elementClass)
 {
     if (elementClass == MailTerm::mailbox)
         return children();
-    const auto list = makeRef<MessageList>(Ref<MailboxObject>(this), snapshot());
-    std::vector<Value> messages;
-    messages.reserve(list->snapshot->messages().size());
-    for (const MessageRecord& header : list->snapshot->messages())
-        messages.push_back(Value::object(makeRef<MessageObject>(list, header)));
-    return Value::list(std::move(messages));
+    return messageHandles(makeRef<MessageList>(Ref<MailboxObject>(this), snapshot()));
 }
 
 std::size_t MailboxObject::count(TermId elementClass)
@@ -229,15 +224,8 @@ Value MailboxObject::propertyOfEvery(TermId elementClass, TermId property)
 {
     if (elementClass != MailTerm::message)
         return Object::propertyOfEvery(elementClass, property);
-    const auto messages = snapshot();
-    std::vector<Value> column;
-    column.reserve(messages->messages().size());
-    for (const MessageRecord& header : messages->messages()) {
-        column.push_back(indexedProperty(*this, header, property));
-        if (column.back().is(applescript::Kind::none))
-            return Object::propertyOfEvery(elementClass, property);
-    }
-    return Value::list(std::move(column));
+    Value column = indexedColumn(makeRef<MessageList>(Ref<MailboxObject>(this), snapshot()), property);
+    return column.is(applescript::Kind::none) ? Object::propertyOfEvery(elementClass, property) : column;
 }
 
 bool MailboxObject::isSame(const applescript::Object& other) const

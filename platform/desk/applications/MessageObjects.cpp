@@ -65,6 +65,30 @@ private:
     Fields fields_;
 };
 
+/// A value for each message of a list, made by a function when it is asked for.
+template <typename Make>
+class MessageSource final : public applescript::ItemSource {
+public:
+    MessageSource(Ref<MessageList> list, Make make)
+        : list_(std::move(list))
+        , make_(std::move(make))
+    {
+    }
+    std::size_t size() const noexcept override { return list_->snapshot->messages().size(); }
+    Value item(std::size_t index) const override { return make_(*list_, index); }
+
+private:
+    Ref<MessageList> list_;
+    Make make_;
+};
+
+template <typename Make>
+Value lazyList(Ref<MessageList> list, Make make)
+{
+    auto source = std::make_unique<const MessageSource<Make>>(std::move(list), std::move(make));
+    return Value::list(makeRef<applescript::List>(std::move(source)));
+}
+
 bool isField(std::string_view name, std::string_view wanted)
 {
     return platform::foldCase(name) == platform::foldCase(wanted);
@@ -112,6 +136,32 @@ Value indexedProperty(const MailboxObject& mailbox, const MessageRecord& header,
     default:
         return Value();
     }
+}
+
+Value indexedColumn(Ref<MessageList> list, TermId property)
+{
+    const std::vector<MessageRecord>& messages = list->snapshot->messages();
+    const bool isDate = property == MailTerm::dateReceived || property == MailTerm::dateSent;
+    if (!isDate && !messages.empty()
+        && indexedProperty(*list->mailbox, messages[0], property).is(applescript::Kind::none))
+        return Value();
+    const auto item = [property](const MessageList& all, std::size_t index) {
+        return indexedProperty(*all.mailbox, all.snapshot->messages()[index], property);
+    };
+    if (!isDate)
+        return lazyList(std::move(list), item);
+    std::vector<Value> dates; // a script may change one in place
+    dates.reserve(messages.size());
+    for (std::size_t i = 0; i < messages.size(); ++i)
+        dates.push_back(item(*list, i));
+    return Value::list(std::move(dates));
+}
+
+Value messageHandles(Ref<MessageList> list)
+{
+    return lazyList(list, [](MessageList& all, std::size_t index) {
+        return Value::object(makeRef<MessageObject>(Ref<MessageList>(&all), all.snapshot->messages()[index]));
+    });
 }
 
 MessageObject::MessageObject(Ref<MessageList> list, const MessageRecord& header)

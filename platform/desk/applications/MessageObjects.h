@@ -23,6 +23,13 @@ public:
 applescript::Value indexedProperty(
     const MailboxObject& mailbox, const MessageRecord& header, applescript::TermId property);
 
+/// Such a property of all messages, as a list that makes its values when they are asked for; no result where
+/// indexedProperty has none.
+applescript::Value indexedColumn(applescript::Ref<MessageList> list, applescript::TermId property);
+
+/// All messages, as a list that makes the handles when they are asked for.
+applescript::Value messageHandles(applescript::Ref<MessageList> list);
+
 /// A message by its file's base name. What it tells is what the mailbox holds now, not what it held when the handle
 /// was made.
 class MessageObject final : public MailObject {

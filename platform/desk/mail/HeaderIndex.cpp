@@ -3,7 +3,9 @@
 #include "platform/desk/mail/MessageFile.h"
 
 #include <algorithm>
+#include <new>
 #include <set>
+#include <stdexcept>
 #include <time.h>
 #include <unistd.h>
 #include <utility>
@@ -34,17 +36,19 @@ bool isTooFresh(const Folder& folder)
 /// The stored headers of one mailbox while a new listing is laid over them.
 class Merge {
 public:
-    explicit Merge(std::vector<IndexDatabase::Chunk> chunks)
+    Merge(IndexDatabase& database, const Folder& folder)
     {
-        std::vector<MessageRecord> records;
-        for (IndexDatabase::Chunk& chunk : chunks) {
-            records.clear();
-            readRecords(chunks_[chunk.number] = std::move(chunk.data), records);
-            sizes_[chunk.number] = records.size();
-            for (const MessageRecord& record : records)
-                headers_.push_back(record.header());
-            chunkOf_.resize(headers_.size(), chunk.number);
-        }
+        if (folder.id == 0)
+            return;
+        std::string arriving;
+        database.readChunks(folder,
+            {.expect = [](std::size_t, std::size_t) {},
+                .room =
+                    [&](std::size_t bytes) {
+                        arriving.assign(bytes, '\0');
+                        return arriving.data();
+                    },
+                .take = [&](std::int64_t number, std::string_view) { keep(number, std::move(arriving)); }});
     }
 
     /// False when a listed message was not found under its name: another program has just renamed it.
@@ -104,15 +108,33 @@ public:
         }
     }
 
-    std::shared_ptr<const MailboxSnapshot> finish(const fs::path& maildir)
+    std::shared_ptr<const MailboxSnapshot> finish(const fs::path& maildir) const
     {
-        std::vector<std::string> chunks;
-        for (auto& [number, bytes] : chunks_)
-            chunks.push_back(std::move(bytes));
-        return std::make_shared<MailboxSnapshot>(maildir, std::move(chunks));
+        std::size_t total = 0;
+        for (const auto& [number, bytes] : chunks_)
+            total += bytes.size();
+        RecordMemory memory(total);
+        std::vector<MessageRecord> records;
+        records.reserve(chunkOf_.size());
+        for (const auto& [number, bytes] : chunks_) {
+            char* place = memory.take(bytes.size());
+            bytes.copy(place, bytes.size());
+            readRecords({place, bytes.size()}, records);
+        }
+        return std::make_shared<MailboxSnapshot>(maildir, std::move(memory), std::move(records));
     }
 
 private:
+    void keep(std::int64_t number, std::string chunk)
+    {
+        std::vector<MessageRecord> records;
+        readRecords(chunks_[number] = std::move(chunk), records);
+        sizes_[number] = records.size();
+        for (const MessageRecord& record : records)
+            headers_.push_back(record.header());
+        chunkOf_.resize(headers_.size(), number);
+    }
+
     void rename(std::size_t at, const MaildirEntry& entry)
     {
         MessageHeader& header = headers_[at];
@@ -185,6 +207,10 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::snapshot(const fs::path& mai
             startAnew(error);
         } catch (const MalformedRecords& error) {
             startAnew(IndexError(error.what(), true));
+        } catch (const std::bad_alloc&) { // a length out of a damaged file
+            startAnew(IndexError("The mail index needs more memory than there is.", true));
+        } catch (const std::length_error&) {
+            startAnew(IndexError("The mail index is damaged.", true));
         }
     }
 }
@@ -211,10 +237,17 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::trySnapshot(const fs::path& 
 
 std::shared_ptr<const MailboxSnapshot> HeaderIndex::storedSnapshot(const fs::path& maildir, const Folder& folder)
 {
-    std::vector<std::string> chunks;
-    for (IndexDatabase::Chunk& chunk : database().chunks(folder))
-        chunks.push_back(std::move(chunk.data));
-    return std::make_shared<MailboxSnapshot>(maildir, std::move(chunks));
+    std::optional<RecordMemory> memory;
+    std::vector<MessageRecord> records;
+    database().readChunks(folder,
+        {.expect =
+                [&](std::size_t bytes, std::size_t chunks) {
+                    memory.emplace(bytes);
+                    records.reserve(chunks * kMessagesInChunk);
+                },
+            .room = [&](std::size_t bytes) { return memory->take(bytes); },
+            .take = [&](std::int64_t, std::string_view chunk) { readRecords(chunk, records); }});
+    return std::make_shared<MailboxSnapshot>(maildir, std::move(*memory), std::move(records));
 }
 
 HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)
@@ -223,7 +256,7 @@ HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)
     Folder folder = database().folder(maildir).value_or(Folder{});
     const std::int64_t storedScan = folder.scanned;
     const MaildirStamp storedStamp = folder.stamp;
-    Merge merge(folder.id == 0 ? std::vector<IndexDatabase::Chunk>() : database().chunks(folder));
+    Merge merge(database(), folder);
     bool isSteady = false;
     for (int tries = 0; tries < kMostListings && !isSteady; ++tries) {
         folder.scanned = now();
@@ -263,7 +296,7 @@ void HeaderIndex::rememberAttachments(
         std::optional<Folder> folder = database().folder(maildir);
         if (!folder)
             return;
-        Merge merge(database().chunks(*folder));
+        Merge merge(database(), *folder);
         for (const auto& [id, count] : counts)
             merge.setAttachments(id, count);
         merge.write(*folder, change);

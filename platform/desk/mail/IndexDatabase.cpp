@@ -146,36 +146,38 @@ std::optional<IndexDatabase::Folder> IndexDatabase::folder(const std::filesystem
     return found;
 }
 
-/// The bytes of one blob, straight into a string: a column's value would be put together in memory a second time.
-std::string IndexDatabase::blob(std::int64_t row)
+/// One blob straight to its place: a column's value would be put together in memory a second time.
+std::string_view IndexDatabase::readBlob(std::int64_t row, const Reader& reader)
 {
     sqlite3_blob* blob = nullptr;
     if (const int code = sqlite3_blob_open(handle_, "main", "chunk", "data", row, 0, &blob); code != SQLITE_OK)
         fail(code);
-    std::string bytes(static_cast<std::size_t>(sqlite3_blob_bytes(blob)), '\0');
-    const int code = sqlite3_blob_read(blob, bytes.data(), static_cast<int>(bytes.size()), 0);
-    sqlite3_blob_close(blob);
-    if (code != SQLITE_OK)
+    const std::unique_ptr<sqlite3_blob, int (*)(sqlite3_blob*)> owner(blob, sqlite3_blob_close);
+    const int size = sqlite3_blob_bytes(blob);
+    char* place = reader.room(static_cast<std::size_t>(size));
+    if (const int code = sqlite3_blob_read(blob, place, size, 0); code != SQLITE_OK)
         fail(code);
-    return bytes;
+    return {place, static_cast<std::size_t>(size)};
 }
 
-std::vector<IndexDatabase::Chunk> IndexDatabase::chunks(const Folder& folder)
+void IndexDatabase::readChunks(const Folder& folder, const Reader& reader)
 {
+    Query total(*this, "SELECT total(length(data)), count(*) FROM chunk WHERE folder = ?");
+    total.bind(1, folder.id).step();
+    reader.expect(static_cast<std::size_t>(total.integer(0)), static_cast<std::size_t>(total.integer(1)));
     Query query(*this, "SELECT rowid, number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
     query.bind(1, folder.id);
-    std::vector<Chunk> found;
     std::uint64_t content = 0;
     while (query.step()) {
-        const Chunk& chunk = found.emplace_back(Chunk{query.integer(1), blob(query.integer(0))});
+        const std::string_view chunk = readBlob(query.integer(0), reader);
         const auto print = static_cast<std::uint64_t>(query.integer(2));
-        if (fingerprint(chunk.data) != print)
+        if (fingerprint(chunk) != print)
             throw IndexError("The mail index is damaged.", true);
-        content = combined(content, chunk.number, print);
+        content = combined(content, query.integer(1), print);
+        reader.take(query.integer(1), chunk);
     }
     if (content != folder.content)
         throw IndexError("The mail index is damaged.", true);
-    return found;
 }
 
 void IndexDatabase::execute(const char* sql)

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -45,9 +46,11 @@ public:
         std::int64_t generation = 0; ///< grows with every change
         std::uint64_t content = 0; ///< over the fingerprints of all chunks
     };
-    struct Chunk {
-        std::int64_t number = 0;
-        std::string data;
+    /// Takes what is read of a mailbox, chunk by chunk in order of their numbers.
+    struct Reader {
+        std::function<void(std::size_t bytes, std::size_t chunks)> expect; ///< called first: how much will come
+        std::function<char*(std::size_t bytes)> room; ///< where the next chunk is to be put
+        std::function<void(std::int64_t number, std::string_view chunk)> take; ///< it is there, and it is whole
     };
 
     /// An empty path: a database in memory, which lasts as long as this object.
@@ -69,9 +72,9 @@ public:
     };
 
     std::optional<Folder> folder(const std::filesystem::path& maildir);
-    /// In order of their numbers, for a folder read under the same Reading or Change. Damaged when one of them, or
-    /// their number, is not what was written.
-    std::vector<Chunk> chunks(const Folder& folder);
+    /// Reads the chunks of a folder that was read under the same Reading or Change. Damaged when one of them, or their
+    /// number, is not what was written.
+    void readChunks(const Folder& folder, const Reader& reader);
 
     /// One change: holds the write lock from its making; rolled back unless committed.
     class Change {
@@ -96,7 +99,7 @@ public:
 
 private:
     class Query;
-    std::string blob(std::int64_t row);
+    std::string_view readBlob(std::int64_t row, const Reader& reader);
     void execute(const char* sql);
     [[noreturn]] void fail(int code);
 

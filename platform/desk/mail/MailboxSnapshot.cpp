@@ -13,13 +13,12 @@ bool newerFirst(const MessageRecord& a, const MessageRecord& b)
 
 } // namespace
 
-MailboxSnapshot::MailboxSnapshot(std::filesystem::path maildir, std::vector<std::string> chunks)
+MailboxSnapshot::MailboxSnapshot(
+    std::filesystem::path maildir, RecordMemory memory, std::vector<MessageRecord> messages)
     : maildir_(std::move(maildir))
-    , chunks_(std::move(chunks))
+    , memory_(std::move(memory))
+    , messages_(std::move(messages))
 {
-    messages_.reserve(chunks_.size() * kMessagesInChunk);
-    for (const std::string& chunk : chunks_)
-        readRecords(chunk, messages_);
     // They come oldest first as a rule: turned round they are in order already.
     std::reverse(messages_.begin(), messages_.end());
     if (!std::is_sorted(messages_.begin(), messages_.end(), newerFirst))

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/desk/mail/MessageRecord.h"
+#include "platform/desk/mail/RecordMemory.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -14,8 +14,8 @@ namespace mervo::desk {
 /// The messages of one mailbox at one moment, newest received first. Never changes; owns the bytes of its records.
 class MailboxSnapshot {
 public:
-    /// Throws MalformedRecords.
-    MailboxSnapshot(std::filesystem::path maildir, std::vector<std::string> chunks);
+    /// Records in any order, and the memory that they lie in.
+    MailboxSnapshot(std::filesystem::path maildir, RecordMemory memory, std::vector<MessageRecord> messages);
 
     const std::filesystem::path& maildir() const noexcept { return maildir_; }
     const std::vector<MessageRecord>& messages() const noexcept { return messages_; }
@@ -25,7 +25,7 @@ public:
 
 private:
     std::filesystem::path maildir_;
-    std::vector<std::string> chunks_;
+    RecordMemory memory_;
     std::vector<MessageRecord> messages_;
     // Made when first asked.
     mutable std::unordered_map<std::uint32_t, std::size_t> byId_;
