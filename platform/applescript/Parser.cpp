@@ -30,9 +30,9 @@ Parser::Nesting::Nesting(Parser& parser)
     }
 }
 
-void Parser::failTooDeep() const
+void Parser::failAs(std::string message) const
 {
-    ScriptError error(ErrorNumber::syntax, "The script is nested too deeply here.");
+    ScriptError error(ErrorNumber::syntax, std::move(message));
     error.isPlaced = true;
     error.place = peek().place;
     throw error;

@@ -412,8 +412,12 @@ ExprPtr Parser::parseBraces()
         return finish(std::move(list));
     do {
         const std::optional<Symbol> label = takeLabel();
-        if (label.has_value() != !record->fields.empty() && !(list->items.empty() && record->fields.empty()))
-            fail(label ? "expression" : "the name of a property and “:”");
+        if (label && !list->items.empty()) {
+            --at_;
+            fail("“,” or “}”");
+        }
+        if (!label && !record->fields.empty())
+            fail("the name of a property and “:”");
         ExprPtr value = parseExpression();
         if (label)
             adopt(*record, record->fields.emplace_back(*label, std::move(value)).second);

@@ -92,7 +92,9 @@ private:
     void expectLineEnd();
     void skipLineEnds();
     [[noreturn]] void fail(std::string_view expected) const { failExpected(expected, peek()); }
-    [[noreturn]] void failTooDeep() const;
+    [[noreturn]] void failAs(std::string message) const;
+    [[noreturn]] void failTooDeep() const { failAs("The script is nested too deeply here."); }
+    [[noreturn]] void failUnknown(const std::string& what) const { failAs(what + " are not known to this host."); }
     Symbol symbolOf(const Token& token) const;
     Symbol takeName();
     Match match() const;

@@ -190,6 +190,10 @@ void Parser::parseStatement(Block& block)
         return parseDeclaration(handler_->globals);
     if (isWord("local"))
         return parseDeclaration(handler_->locals);
+    if (isWord("script") && (isName(1) || peek(1).endsLine()))
+        failUnknown("Script objects");
+    if (isWord("transaction") || matchWords(rest(), "with transaction") > 0)
+        failUnknown("Transactions");
     const Place start = peek().place;
     auto statement = parseCompound();
     if (!statement)

@@ -371,7 +371,6 @@ as::Value PostApplication::perform(const as::CommandCall& call)
 
 std::string run(as::ApplicationRegistry& registry, const std::string& text, const std::vector<std::string>& arguments)
 {
-    const as::Limits::Scope limits;
     try {
         const auto script = as::parse(text, registry);
         as::Evaluator evaluator(*script, registry, [](const std::string&) {});
@@ -425,12 +424,14 @@ std::string runOver(ToyWorld& world, const std::string& script, const std::vecto
 {
     as::ApplicationRegistry registry;
     registerToyPost(registry, world);
+    const as::Limits::Scope limits;
     return run(registry, script, arguments);
 }
 
-std::string runAlone(const std::string& script)
+std::string runAlone(const std::string& script, std::uint64_t steps, std::size_t bytes)
 {
     as::ApplicationRegistry none;
+    const as::Limits::Scope limits(steps, bytes);
     return run(none, script, {});
 }
 

@@ -55,7 +55,7 @@ void registerToyPost(applescript::ApplicationRegistry& registry, ToyWorld& world
 
 /// Runs a script text over the world; the display form of its result, or "error NUMBER: MESSAGE".
 std::string runOver(ToyWorld& world, const std::string& script, const std::vector<std::string>& arguments = {});
-/// The same without any application.
-std::string runAlone(const std::string& script);
+/// The same without any application, within bounds (0 steps: unlimited).
+std::string runAlone(const std::string& script, std::uint64_t steps = 0, std::size_t bytes = std::size_t(1) << 30);
 
 } // namespace mervo::test

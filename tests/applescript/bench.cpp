@@ -18,7 +18,8 @@ double milliseconds(const std::function<void()>& work)
     for (int i = 0; i < 5; ++i) {
         const auto start = std::chrono::steady_clock::now();
         work();
-        best = std::min(best, std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        best =
+            std::min(best, std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
     }
     return best;
 }
@@ -35,7 +36,8 @@ void criteria(std::size_t letters)
     std::size_t found = 0;
     const double floor = milliseconds([&] {
         for (const ToyLetter& letter : world.accounts[0].boxes[0].letters)
-            found += letter.sender.find("Person 42") != std::string::npos && letter.subject.find("number 99") != std::string::npos;
+            found += letter.sender.find("Person 42") != std::string::npos
+                && letter.subject.find("number 99") != std::string::npos;
     });
     std::printf("criteria over %zu letters: %.1f ms (floor %.2f ms, %zu bytes of answer)\n", letters, time, floor,
         answer.size() + (found > 0 ? 0 : 1));
@@ -43,11 +45,12 @@ void criteria(std::size_t letters)
 
 void loop(const char* name, int rounds, const std::string& body, const std::string& before = "")
 {
-    const std::string script
-        = before + "\nrepeat with i from 1 to " + std::to_string(rounds) + "\n" + body + "\nend repeat\nreturn 0";
+    const std::string script =
+        before + "\nrepeat with i from 1 to " + std::to_string(rounds) + "\n" + body + "\nend repeat\nreturn 0";
     std::string answer;
     const double time = milliseconds([&] { answer = runAlone(script); });
-    std::printf("%-44s %7.1f ms  %6.0f ns each%s\n", name, time, time * 1e6 / rounds, answer == "0" ? "" : answer.c_str());
+    std::printf(
+        "%-44s %7.1f ms  %6.0f ns each%s\n", name, time, time * 1e6 / rounds, answer == "0" ? "" : answer.c_str());
 }
 
 } // namespace
@@ -56,8 +59,9 @@ int main()
 {
     criteria(20000);
     criteria(100000);
-    const std::string list = "set L to {}\nrepeat with k from 1 to 100000\nset end of L to \"Person \" & k & \" <p@example.org>\"\n"
-                             "end repeat\nset hits to 0\nset q to \"PERSON 42\"";
+    const std::string list =
+        "set L to {}\nrepeat with k from 1 to 100000\nset end of L to \"Person \" & k & \" <p@example.org>\"\n"
+        "end repeat\nset hits to 0\nset q to \"PERSON 42\"";
     loop("nothing", 100000, "");
     loop("x + 1", 100000, "set x to x + 1", "set x to 0");
     loop("set end of L", 100000, "set end of L to i", "set L to {}");
