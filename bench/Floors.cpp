@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <stdexcept>
+#include <time.h>
 #include <unistd.h>
 
 namespace mervo::bench {
@@ -78,7 +79,10 @@ public:
 
     Sample sample() override
     {
-        return {.wall = timed([&] { bare_.run(); })};
+        const std::int64_t before = ownCpu();
+        Sample sample{.wall = timed([&] { bare_.run(); })};
+        sample.cpu = ownCpu() - before;
+        return sample;
     }
 
 private:
@@ -156,6 +160,13 @@ private:
 };
 
 } // namespace
+
+std::int64_t ownCpu()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return time.tv_sec * 1'000'000'000LL + time.tv_nsec;
+}
 
 std::unique_ptr<Measure> makeInsert(const Words& words)
 {

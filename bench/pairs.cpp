@@ -5,7 +5,8 @@
 ///     spawn COMMAND...          a whole process
 ///     fresh FOLDER COMMAND...   the same, without a folder that is removed before (outside of the clock)
 ///     greet COMMAND...          a server's start, until "initialize" is answered
-///     serve REQUEST COMMAND...  one answer of a running server; "@" in the request is a number that grows
+///     serve PART REQUEST COMMAND...
+///                               one answer of a running server, which must hold PART; "@" is a number that grows
 ///     insert FILE               one row of an audit trail, committed
 ///     walk FOLDER               the first 4 KiB of every file below a folder
 ///     scan FILE STATEMENT TEXT  one statement with a text for all its parameters, all rows
