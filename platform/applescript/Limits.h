@@ -13,7 +13,7 @@ class Limits {
 public:
     static constexpr std::size_t kDefaultBytes = std::size_t(1) << 30;
     /// Deep enough for some thousand nested handler calls, well below the usual stack of 8 MiB.
-    static constexpr std::size_t kStackBytes = std::size_t(3) << 20;
+    static constexpr std::size_t kStackBytes = std::size_t(5) << 20;
 
     /// Memory that values hold; `discharge` what was charged.
     static void charge(std::size_t bytes);

@@ -120,6 +120,7 @@ private:
     ExprPtr& adopt(Expr& parent, ExprPtr& child) const;
     ExprPtr makeLiteral(Value value);
     ExprPtr makeTarget(TargetExpr::Which which);
+    /// The node that holds the variable must stay in the tree: where its value lives is written into it at the end.
     void use(VariableUse& variable, Symbol name);
 
     // ParserStatements.cpp
@@ -146,7 +147,7 @@ private:
     std::unique_ptr<Statement> parseTell();
     std::unique_ptr<Statement> parseTry();
     void parseCatch(TryStatement& statement);
-    std::unique_ptr<VariableUse> parseBinding();
+    void parseBinding(std::unique_ptr<VariableUse>& place);
     std::unique_ptr<Statement> parseConsider();
     void parseAttributes(ConsiderStatement& statement, bool isConsidering);
     std::unique_ptr<Statement> parseTimeout();

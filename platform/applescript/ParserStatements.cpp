@@ -334,6 +334,8 @@ std::unique_ptr<Statement> Parser::parseError()
                                                : nullptr;
         if (!argument)
             return statement;
+        if (*argument)
+            failAs("A part of “error” stands here twice.");
         *argument = parseExpression();
     }
 }
@@ -437,11 +439,12 @@ std::unique_ptr<Statement> Parser::parseTell()
     return statement;
 }
 
-std::unique_ptr<VariableUse> Parser::parseBinding()
+void Parser::parseBinding(std::unique_ptr<VariableUse>& place)
 {
-    auto variable = std::make_unique<VariableUse>();
-    use(*variable, takeName());
-    return variable;
+    if (place)
+        failAs("A part of “on error” stands here twice.");
+    place = std::make_unique<VariableUse>();
+    use(*place, takeName());
 }
 
 /// "try" NL block [ "on error" [ ident ] { catch } NL block ] "end" [ "try" | "error" ]
@@ -464,7 +467,7 @@ std::unique_ptr<Statement> Parser::parseTry()
 void Parser::parseCatch(TryStatement& statement)
 {
     if (isName() && !isWord("number") && !isWord("partial"))
-        statement.message = parseBinding();
+        parseBinding(statement.message);
     while (!peek().endsLine()) {
         if (takeWord("number")) {
             const bool isNegative = isSymbol("-") && peek(1).kind == TokenKind::integer;
@@ -475,14 +478,14 @@ void Parser::parseCatch(TryStatement& statement)
                 statement.onlyNumber = static_cast<std::int64_t>(peek().number) * (isNegative ? -1 : 1);
                 ++at_;
             } else {
-                statement.number = parseBinding();
+                parseBinding(statement.number);
             }
         } else if (takeWord("from")) {
-            statement.offender = parseBinding();
+            parseBinding(statement.offender);
         } else if (takeWords("partial result")) {
-            statement.partialResult = parseBinding();
+            parseBinding(statement.partialResult);
         } else if (takeWord("to")) {
-            statement.expectedClass = parseBinding();
+            parseBinding(statement.expectedClass);
         } else {
             fail("“number”, “from”, “partial result”, “to” or end of line");
         }
@@ -544,10 +547,9 @@ std::unique_ptr<Statement> Parser::parseTimeout()
 void Parser::parseTermsFrom(Block& block)
 {
     at_ += 3;
-    const Token& start = peek();
-    const ExprPtr application = parsePostfix();
-    if (application->kind != ExprKind::application)
-        failExpected("application", start);
+    if ((!isWord("application") && !isWord("app")) || peek(isWord("id", 1) ? 2 : 1).kind != TokenKind::text)
+        fail("“application” and its name");
+    const ExprPtr application = parseApplication();
     enterTerms(as<ApplicationExpr>(*application));
     expectLineEnd();
     for (auto& statement : parseBlock())

@@ -52,6 +52,13 @@ TEST(Language, syntaxErrors)
             "error -2741: Expected a command of the language or a “tell application” around it but found identifier."},
         {"path to desktop", "error -2741: Expected “home folder” but found identifier."},
         {"set x to «event aevtoapp»", "error -2741: Expected expression but found “«event aevtoapp»”."},
+        {"error to e = error to c", "error -2741: Expected expression but found “error”."},
+        {"error \"a\" to a to b", "error -2741: A part of “error” stands here twice."},
+        {"try\non error number a number b\nend try", "error -2741: A part of “on error” stands here twice."},
+        {"using terms from application id x\nend using terms from",
+            "error -2741: Expected “application” and its name but found identifier."},
+        {"using terms from application x\nend using terms from",
+            "error -2741: Expected “application” and its name but found identifier."},
         {"return @", "error -2741: Expected expression but found “@”."},
         {"script foo\nend script", "error -2741: Script objects are not known to this host."},
         {"transaction\nend transaction", "error -2741: Transactions are not known to this host."},
@@ -143,7 +150,8 @@ TEST(Language, textRules)
 TEST(Language, textElements)
 {
     const Case cases[] = {
-        {"set s to \"naïve→🔗👩‍👩‍👧x\"\nreturn {count of s, character 7 of s, character 8 of s, character -1 of "
+        {"set s to \"naïve→🔗👩‍👩‍👧x\"\nreturn {count of s, character 7 of s, character 8 of s, character -1 "
+         "of "
          "s, "
          "text 3 thru 6 of s}",
             "9, 🔗, 👩‍👩‍👧, x, ïve→"},
