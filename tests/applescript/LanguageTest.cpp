@@ -150,10 +150,8 @@ TEST(Language, textRules)
 TEST(Language, textElements)
 {
     const Case cases[] = {
-        {"set s to \"naïve→🔗👩‍👩‍👧x\"\nreturn {count of s, character 7 of s, character 8 of s, character -1 "
-         "of "
-         "s, "
-         "text 3 thru 6 of s}",
+        {"set s to \"naïve→🔗👩‍👩‍👧x\"\n"
+         "return {count of s, character 7 of s, character 8 of s, character -1 of s, text 3 thru 6 of s}",
             "9, 🔗, 👩‍👩‍👧, x, ïve→"},
         {"return {word 1 of \"it's 3.14, (x-y) a@b.org\", words of \"it's 3.14, (x-y) a@b.org\"}",
             "it's, it's, 3.14, x, y, a, b.org"},
