@@ -3,6 +3,8 @@
 #include "platform/desk/mail/Charset.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <optional>
 
 namespace mervo::desk {
@@ -155,15 +157,34 @@ bool isControl(char c)
     return byte < 0x20 || byte == 0x7F;
 }
 
+/// True when eight bytes are all printable ASCII.
+bool arePrintable(std::uint64_t bytes)
+{
+    constexpr std::uint64_t kOnes = 0x0101010101010101U, kHighs = kOnes * 0x80;
+    const std::uint64_t belowSpace = (bytes - kOnes * 0x20) & ~bytes;
+    const std::uint64_t isDelete = (bytes ^ kOnes * 0x7F) - kOnes;
+    return ((bytes | belowSpace | isDelete) & kHighs) == 0;
+}
+
+/// True for a text that decoding leaves as it is. Nearly all fields are: eight bytes are looked at at a time.
+bool isPlain(std::string_view raw)
+{
+    if (raw.find("=?") != std::string_view::npos)
+        return false;
+    for (; raw.size() >= 8; raw.remove_prefix(8)) {
+        std::uint64_t bytes = 0;
+        std::memcpy(&bytes, raw.data(), sizeof bytes);
+        if (!arePrintable(bytes))
+            return false;
+    }
+    return std::all_of(raw.begin(), raw.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
+}
+
 } // namespace
 
 std::string decodeHeaderText(std::string_view raw)
 {
-    bool plain = true;
-    for (std::size_t i = 0; i < raw.size() && plain; ++i)
-        plain = !isControl(raw[i]) && static_cast<unsigned char>(raw[i]) < 0x80
-            && !(raw[i] == '?' && i > 0 && raw[i - 1] == '=');
-    if (plain)
+    if (isPlain(raw))
         return std::string(raw);
     std::string unfolded;
     unfolded.reserve(raw.size());

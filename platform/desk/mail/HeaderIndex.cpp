@@ -18,6 +18,8 @@ using Folder = IndexDatabase::Folder;
 
 constexpr std::int64_t kCoarsestClock = 2'000'000'000; // nanoseconds; some file systems count in two seconds
 
+constexpr std::size_t kUsualChunk = kMessagesInChunk * 320; // bytes
+
 constexpr int kMostListings = 4; // of a folder that changes while it is listed
 
 std::int64_t now()
@@ -91,7 +93,7 @@ public:
     {
         std::map<std::int64_t, std::string> fresh;
         for (const std::int64_t number : touched_)
-            fresh[number];
+            fresh[number].reserve(kUsualChunk);
         for (std::size_t i = 0; i < headers_.size(); ++i) {
             if (const auto chunk = fresh.find(chunkOf_[i]); chunk != fresh.end())
                 appendRecord(chunk->second, headers_[i]);

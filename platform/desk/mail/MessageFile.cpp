@@ -7,10 +7,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <future>
-#include <span>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace mervo::desk {
@@ -50,27 +47,6 @@ bool readSome(int descriptor, char* to, std::size_t most, std::size_t& got)
         got = count < 0 ? 0 : static_cast<std::size_t>(count);
         return count >= 0;
     }
-}
-
-constexpr std::size_t kWorthAThread = 500; // messages
-constexpr std::size_t kMostThreads = 4;
-
-/// What one thread reads.
-struct Share {
-    std::vector<MessageHeader> headers;
-    TextStore texts;
-};
-
-Share readShare(const std::filesystem::path& maildir, std::span<const MaildirEntry* const> entries)
-{
-    Share share;
-    share.headers.reserve(entries.size());
-    HeadReader reader(maildir);
-    for (const MaildirEntry* entry : entries) {
-        if (const auto header = reader.read(*entry, share.texts))
-            share.headers.push_back(*header);
-    }
-    return share;
 }
 
 } // namespace
@@ -140,26 +116,17 @@ std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, TextSto
 std::vector<MessageHeader> readHeads(
     const std::filesystem::path& maildir, const std::vector<const MaildirEntry*>& entries, TextStore& texts)
 {
-    const std::size_t cores = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
-    const std::size_t shares = std::clamp<std::size_t>(entries.size() / kWorthAThread, 1, cores);
-    const std::span<const MaildirEntry* const> all(entries);
-    std::vector<std::future<Share>> others;
-    for (std::size_t i = 1; i < shares; ++i) {
-        const std::size_t start = all.size() * i / shares, end = all.size() * (i + 1) / shares;
-        others.push_back(std::async(std::launch::async,
-            [&maildir, part = all.subspan(start, end - start)] { return readShare(maildir, part); }));
+    std::vector<MessageHeader> headers;
+    headers.reserve(entries.size());
+    HeadReader reader(maildir);
+    for (const MaildirEntry* entry : entries) {
+        if (const auto header = reader.read(*entry, texts))
+            headers.push_back(*header);
     }
-    Share result = readShare(maildir, all.first(all.size() / shares));
-    for (std::future<Share>& other : others) {
-        Share share = other.get();
-        result.headers.insert(result.headers.end(), share.headers.begin(), share.headers.end());
-        result.texts.take(std::move(share.texts));
-    }
-    texts.take(std::move(result.texts));
-    std::sort(result.headers.begin(), result.headers.end(), [](const MessageHeader& a, const MessageHeader& b) {
+    std::sort(headers.begin(), headers.end(), [](const MessageHeader& a, const MessageHeader& b) {
         return a.received != b.received ? a.received < b.received : a.fileName < b.fileName;
     });
-    return std::move(result.headers);
+    return headers;
 }
 
 std::string readMessageFile(const std::filesystem::path& path)

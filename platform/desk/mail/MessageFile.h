@@ -30,8 +30,7 @@ private:
     std::string buffer_;
 };
 
-/// The heads of many messages, oldest received first; those that have vanished are left out. Reads with as many threads
-/// as help.
+/// The heads of many messages, oldest received first; those that have vanished are left out.
 std::vector<MessageHeader> readHeads(
     const std::filesystem::path& maildir, const std::vector<const MaildirEntry*>& entries, TextStore& texts);
 

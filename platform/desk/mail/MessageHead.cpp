@@ -5,6 +5,7 @@
 #include "platform/desk/mail/MailDate.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace mervo::desk {
@@ -38,8 +39,9 @@ bool isEmptyLine(std::string_view line) noexcept
 }
 
 /// Goes through the fields without a call for each: the index reads a hundred thousand heads with it.
-template <typename Visit>
-void visitFields(std::string_view head, Visit&& visit)
+/// A field whose first letter is not wanted is passed over unread.
+template <typename Wants, typename Visit>
+void visitFields(std::string_view head, Wants&& wants, Visit&& visit)
 {
     while (!head.empty()) {
         const std::string_view line = firstLine(head);
@@ -48,7 +50,7 @@ void visitFields(std::string_view head, Visit&& visit)
         std::size_t length = line.size();
         while (length < head.size() && isBlank(head[length]))
             length += firstLine(head.substr(length)).size();
-        const std::size_t colon = line.find(':');
+        const std::size_t colon = wants(head[0]) ? line.find(':') : std::string_view::npos;
         if (colon != std::string_view::npos && colon > 0 && !isBlank(head[0])) {
             std::string_view name = line.substr(0, colon);
             while (!name.empty() && isBlank(name.back()))
@@ -90,8 +92,13 @@ std::string bareMessageId(std::string_view raw)
 /// The commonest form, `Name <address>` in ASCII without quotes, needs no reader.
 std::string senderText(std::string_view raw)
 {
-    const bool simple = std::all_of(
-        raw.begin(), raw.end(), [](char c) { return c >= 0x20 && c < 0x7F && std::strchr("\"(,;:\\=", c) == nullptr; });
+    static constexpr std::array<bool, 256> kSimple = [] {
+        std::array<bool, 256> table{};
+        for (std::size_t c = 0x20; c < 0x7F; ++c)
+            table[c] = std::string_view("\"(,;:\\=").find(static_cast<char>(c)) == std::string_view::npos;
+        return table;
+    }();
+    const bool simple = std::all_of(raw.begin(), raw.end(), [](unsigned char c) { return kSimple[c]; });
     const std::size_t open = raw.find('<');
     if (simple && open != std::string_view::npos && open > 1 && raw[open - 1] == ' ' && !isBlank(raw[open - 2])
         && raw.find('>') == raw.size() - 1 && raw.find(' ', open) == std::string_view::npos)
@@ -130,13 +137,16 @@ std::optional<std::size_t> endOfHead(std::string_view bytes) noexcept
 void forEachField(
     std::string_view head, const std::function<void(std::string_view name, std::string_view value)>& visit)
 {
-    visitFields(head, [&](std::string_view name, std::string_view value) { visit(name, trimmed(value)); });
+    visitFields(
+        head, [](char) { return true; },
+        [&](std::string_view name, std::string_view value) { visit(name, trimmed(value)); });
 }
 
 MessageHead readMessageHead(std::string_view head)
 {
     std::string_view subject, from, sender, to, date, messageId, type, disposition;
-    visitFields(head, [&](std::string_view name, std::string_view value) {
+    const auto wants = [](char first) { return std::memchr("tfdsmcTFDSMC", first, 12) != nullptr; };
+    visitFields(head, wants, [&](std::string_view name, std::string_view value) {
         const auto keepFirst = [&](std::string_view lower, std::string_view& field) {
             if (field.empty() && isNamed(name, lower))
                 field = trimmed(value);

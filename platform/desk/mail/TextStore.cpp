@@ -1,7 +1,6 @@
 #include "platform/desk/mail/TextStore.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace mervo::desk {
@@ -24,20 +23,6 @@ std::string_view TextStore::keep(std::string_view text)
     const std::size_t start = block.size();
     block.append(text);
     return std::string_view(block).substr(start);
-}
-
-std::string_view TextStore::keep(std::string&& text)
-{
-    if (text.size() < kBlock)
-        return keep(std::string_view(text));
-    blocks_.insert(blocks_.begin(), std::move(text)); // the last block stays the one that is filled
-    return blocks_.front();
-}
-
-void TextStore::take(TextStore&& other)
-{
-    std::move(other.blocks_.begin(), other.blocks_.end(), std::inserter(blocks_, blocks_.begin()));
-    other.blocks_.clear();
 }
 
 } // namespace mervo::desk
