@@ -207,7 +207,7 @@ Evaluator::Flow Evaluator::repeatList(const RepeatStatement& statement)
 {
     Found found = find(*statement.first);
     Flow flow = Flow::normal;
-    if (found.every && !statement.first->isParenthesised) {
+    if (found.every && !found.range && !statement.first->isParenthesised) {
         Application& application = found.parent->application();
         const std::size_t rounds = ask(application, [&] { return found.parent->count(found.every->id); });
         for (std::size_t i = 0; i < rounds; ++i) {

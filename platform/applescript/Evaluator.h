@@ -53,13 +53,19 @@ private:
         Filter* filter = nullptr; // set while `it` is a candidate
     };
 
-    /// What a reference leads to: one value, a list that stands for many objects, or all elements of one class of
-    /// one object, not fetched.
+    /// What a reference leads to: one value, a list that stands for many objects, or the elements of one class of
+    /// one object, all or a range of them, not fetched.
     struct Found {
+        struct Range {
+            std::size_t first = 0;
+            std::size_t count = 0;
+        };
+
         Value value;
         bool isMany = false;
         Ref<Object> parent;
         const ClassTerm* every = nullptr;
+        std::optional<Range> range = {};
     };
 
     struct Keys {
@@ -117,6 +123,7 @@ private:
     Found find(const Expr& expr);
     Found container(const ExprPtr& expr);
     Value fetched(Found found);
+    std::size_t countOf(const Found& found);
     Found findProperty(const PropertyExpr& expr);
     Found propertyOfMany(const Value& list, const PropertyExpr& expr);
     Value column(const PropertyExpr& expr);

@@ -46,12 +46,10 @@ void Evaluator::assignList(const ListExpr& target, const Value& value)
 
 void Evaluator::assignProperty(const PropertyExpr& target, const Value& value)
 {
-    if (target.property == LanguageProperty::contents && target.container) {
-        const Found found = find(*target.container);
-        if (!found.every && !found.isMany && found.value.is(Kind::reference))
-            return found.value.asReference().store(value);
-    }
-    Found owner = container(target.container);
+    Found owner = target.container ? find(*target.container) : Found{frame_->it, false, {}, nullptr};
+    if (target.property == LanguageProperty::contents && !owner.every && !owner.isMany
+        && owner.value.is(Kind::reference))
+        return owner.value.asReference().store(value);
     if (!owner.every && !owner.isMany)
         return setProperty(owner.value, target, value);
     const Value all = fetched(std::move(owner));

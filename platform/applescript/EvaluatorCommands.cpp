@@ -90,11 +90,8 @@ Value Evaluator::command(const CommandExpr& expr)
 Value Evaluator::count(const CommandExpr& expr)
 {
     const Found found = find(*expr.direct);
-    if (found.every) {
-        Object& parent = *found.parent;
-        return Value::integer(
-            static_cast<std::int64_t>(ask(parent.application(), [&] { return parent.count(found.every->id); })));
-    }
+    if (found.every)
+        return Value::integer(static_cast<std::int64_t>(countOf(found)));
     const Value value = dereferenced(found.value);
     switch (value.kind()) {
     case Kind::list:
@@ -113,10 +110,8 @@ bool Evaluator::exists(const CommandExpr& expr)
 {
     try {
         const Found found = find(*expr.direct);
-        if (found.every) {
-            Object& parent = *found.parent;
-            return ask(parent.application(), [&] { return parent.count(found.every->id); }) > 0;
-        }
+        if (found.every)
+            return countOf(found) > 0;
         const Value value = dereferenced(found.value);
         switch (value.kind()) {
         case Kind::none:

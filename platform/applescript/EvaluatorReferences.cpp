@@ -7,6 +7,23 @@
 
 namespace mervo::applescript {
 
+namespace {
+
+/// Only the items of the range are made of a list that makes its items when they are asked for.
+template <typename Range>
+Value slice(Value all, const std::optional<Range>& range)
+{
+    if (!range)
+        return all;
+    auto items = makeRef<List>();
+    const std::size_t end = std::min(all.asList().size(), range->first + range->count);
+    for (std::size_t i = range->first; i < end; ++i)
+        items->append(all.asList()[i]);
+    return Value::list(items);
+}
+
+} // namespace
+
 Evaluator::Found Evaluator::find(const Expr& expr)
 {
     Limits::enter();
@@ -35,9 +52,18 @@ Value Evaluator::fetched(Found found)
 {
     if (!found.every)
         return std::move(found.value);
-    return ask(
+    Value all = ask(
         found.parent->application(), [&] { return found.parent->every(found.every->id); },
         [&] { return "every " + found.every->name + " of " + specifierOf(*found.parent); });
+    return slice(std::move(all), found.range);
+}
+
+/// How many elements were found, without fetching them.
+std::size_t Evaluator::countOf(const Found& found)
+{
+    if (found.range)
+        return found.range->count;
+    return ask(found.parent->application(), [&] { return found.parent->count(found.every->id); });
 }
 
 Evaluator::Found Evaluator::findProperty(const PropertyExpr& expr)
@@ -47,19 +73,17 @@ Evaluator::Found Evaluator::findProperty(const PropertyExpr& expr)
     if (isOfIt && frame_->filter)
         if (Value value = column(expr); !value.is(Kind::none))
             return {std::move(value), false, {}, nullptr};
+    Found owner = expr.container ? find(*expr.container) : Found{frame_->it, false, {}, nullptr};
     // `contents of v` looks at the reference itself, every other property through it.
-    if (expr.property == LanguageProperty::contents && expr.container) {
-        Found owner = find(*expr.container);
-        if (!owner.every && !owner.isMany && owner.value.is(Kind::reference))
-            return {dereferenced(std::move(owner.value)), false, {}, nullptr};
+    if (!owner.every && !owner.isMany && owner.value.is(Kind::reference)) {
+        owner.value = dereferenced(std::move(owner.value));
+        if (expr.property == LanguageProperty::contents && expr.container)
+            return owner;
     }
-    Found owner = container(expr.container);
     if (owner.every) {
         Object& parent = *owner.parent;
         if (expr.property == LanguageProperty::length)
-            return {Value::integer(static_cast<std::int64_t>(
-                        ask(parent.application(), [&] { return parent.count(owner.every->id); }))),
-                false, {}, nullptr};
+            return {Value::integer(static_cast<std::int64_t>(countOf(owner))), false, {}, nullptr};
         const Dictionary& dictionary = parent.application().dictionary();
         const PropertyTerm* term = expr.dictionary == &dictionary
             ? dictionary.findProperty(*owner.every, expr.propertyId)
@@ -68,7 +92,7 @@ Evaluator::Found Evaluator::findProperty(const PropertyExpr& expr)
             Value values = ask(
                 parent.application(), [&] { return parent.propertyOfEvery(owner.every->id, term->id); },
                 [&] { return expr.name.spelling() + " of every " + owner.every->name + " of " + specifierOf(parent); });
-            return {std::move(values), true, {}, nullptr};
+            return {slice(std::move(values), owner.range), true, {}, nullptr};
         }
         owner = {fetched(std::move(owner)), true, {}, nullptr};
     }
@@ -287,16 +311,14 @@ Evaluator::Found Evaluator::objectElement(const Ref<Object>& owner, const Elemen
             failElement(isByName ? ErrorNumber::noSuchObject : ErrorNumber::invalidIndex, expr, keys, ownerValue);
         return {std::move(element), false, {}, nullptr};
     }
-    const Value all = ask(
-        owner->application(), [&] { return owner->every(term->id); }, specifier);
-    const auto first = position(expr, keys.first, all.asList().size());
-    const auto last = position(expr, keys.last, all.asList().size());
+    const std::size_t count = ask(
+        owner->application(), [&] { return owner->count(term->id); }, specifier);
+    const auto first = position(expr, keys.first, count);
+    const auto last = position(expr, keys.last, count);
     if (!first || !last)
         failElement(ErrorNumber::invalidIndex, expr, keys, ownerValue);
-    auto range = makeRef<List>();
-    for (std::size_t i = std::min(*first, *last); i <= std::max(*first, *last); ++i)
-        range->append(all.asList()[i]);
-    return {Value::list(range), true, {}, nullptr};
+    const Found::Range range{std::min(*first, *last), std::max(*first, *last) - std::min(*first, *last) + 1};
+    return {{}, false, owner, term, range};
 }
 
 Evaluator::Found Evaluator::findFilter(const FilterExpr& expr)

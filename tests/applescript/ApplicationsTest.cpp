@@ -162,6 +162,39 @@ TEST(Applications, aBulkPropertyIsOneRequest)
     EXPECT_EQ(world.singleRequests, 0);
 }
 
+TEST(Applications, aRangeIsOneRequestAndMakesOnlyItsItems)
+{
+    ToyWorld world = ToyWorld::large(1000);
+    EXPECT_EQ(runOver(world, R"(tell application "Post"
+        set mb to first box
+        set total to 3
+        set sizes to letter size of (letters 2 thru total of mb)
+        set last_ to subject of letters -2 thru -1 of mb
+        return {sizes, last_, count of letters 5 thru 9 of mb, subject of item 2 of (get letters 3 thru 1 of mb)}
+    end tell)"),
+        "1007, 1014, Subject number 998, Subject number 999, 5, Subject number 1");
+    EXPECT_EQ(world.bulkRequests, 2);
+    EXPECT_EQ(world.listings, 1);
+    EXPECT_EQ(world.madeItems, 2);
+}
+
+TEST(Applications, aListThatMakesItsItemsIsAListLikeAnyOther)
+{
+    ToyWorld world = ToyWorld::sample();
+    EXPECT_EQ(runOver(world, R"(tell application "Post" to set L to letter size of every letter of first box
+        set M to L
+        set seen to {count of L, item -1 of L, 300 is in L, items 1 thru 2 of L, reverse of L, L = {2000, 300, 1500}, L as text}
+        set end of L to 4
+        set item 1 of M to 0
+        set beginning of M to "b"
+        copy L to N
+        repeat with v in L
+            set contents of v to 1
+        end repeat
+        return {seen, L, M & rest of N})"),
+        "3, 1500, true, 2000, 300, 1500, 300, 2000, true, 20003001500, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 300, 1500, 4");
+}
+
 TEST(Applications, areMadeAndStartedOnlyWhenAddressed)
 {
     ToyWorld world = ToyWorld::sample();

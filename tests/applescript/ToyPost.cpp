@@ -4,6 +4,7 @@
 #include "platform/applescript/Display.h"
 #include "platform/applescript/Evaluator.h"
 #include "platform/applescript/Limits.h"
+#include "platform/applescript/List.h"
 #include "platform/applescript/Parser.h"
 
 #include <algorithm>
@@ -140,6 +141,27 @@ as::Value valueOf(const ToyLetter& letter, as::TermId property)
     }
 }
 
+/// The sizes of the letters as they are now, each made when it is asked for.
+class Sizes final : public as::ItemSource {
+public:
+    Sizes(ToyWorld& world, const std::vector<ToyLetter>& letters)
+        : world_(world)
+    {
+        for (const ToyLetter& letter : letters)
+            sizes_.push_back(letter.size);
+    }
+    std::size_t size() const noexcept override { return sizes_.size(); }
+    as::Value item(std::size_t index) const override
+    {
+        ++world_.madeItems;
+        return as::Value::integer(sizes_[index]);
+    }
+
+private:
+    ToyWorld& world_;
+    std::vector<std::int64_t> sizes_;
+};
+
 class BoxThing final : public Thing {
 public:
     BoxThing(PostApplication& post, std::string account, std::string box)
@@ -172,6 +194,8 @@ public:
         if (elementClass != kLetter || property == kBoxOf)
             return Object::propertyOfEvery(elementClass, property);
         ++world().bulkRequests;
+        if (elementClass == kLetter && property == kSize)
+            return as::Value::list(as::makeRef<as::List>(std::make_unique<Sizes>(world(), box().letters)));
         auto values = std::vector<as::Value>();
         values.reserve(box().letters.size());
         for (const ToyLetter& letter : box().letters)

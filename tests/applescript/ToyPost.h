@@ -42,6 +42,7 @@ struct ToyWorld {
     int bulkRequests = 0;
     int singleRequests = 0;
     int listings = 0; // times elements were made
+    int madeItems = 0; // of the column of sizes, which makes its items when they are asked for
     std::vector<std::string> commands;
 
     /// Two accounts, "Home" with INBOX (three letters) and Old, "Work" with INBOX (one letter).
