@@ -43,6 +43,7 @@ private:
         Value candidates;
         std::size_t index = 0;
         std::vector<std::pair<TermId, Value>> columns;
+        std::vector<std::pair<const Expr*, Value>> outside; // what has been computed once for all candidates
     };
 
     struct Frame {
@@ -119,14 +120,13 @@ private:
     Value fastItem(const ElementExpr& expr);
     Value referenceTo(const ReferenceTo& expr);
 
-    // EvaluatorReferences.cpp: properties, elements, filters.
+    // EvaluatorReferences.cpp: properties and elements.
     Found find(const Expr& expr);
     Found container(const ExprPtr& expr);
     Value fetched(Found found);
     std::size_t countOf(const Found& found);
     Found findProperty(const PropertyExpr& expr);
     Found propertyOfMany(const Value& list, const PropertyExpr& expr);
-    Value column(const PropertyExpr& expr);
     Value propertyOf(const Value& owner, const PropertyExpr& expr);
     Value objectProperty(Object& object, const PropertyExpr& expr);
     Value allProperties(Object& object);
@@ -138,9 +138,13 @@ private:
     Found objectElement(const Ref<Object>& owner, const ElementExpr& expr, const Keys& keys);
     Value singleElement(const Ref<Object>& owner, const ClassTerm& term, const ElementExpr& expr, const Keys& keys);
     const ClassTerm* elementClass(const Object& owner, const ElementExpr& expr) const;
+    [[noreturn]] void failElement(int number, const ElementExpr& expr, const Keys& keys, const Value& owner);
+
+    // EvaluatorFilters.cpp
     Found findFilter(const FilterExpr& expr);
     Found filtered(const Ref<Object>& owner, const FilterExpr& expr);
-    [[noreturn]] void failElement(int number, const ElementExpr& expr, const Keys& keys, const Value& owner);
+    Value column(const PropertyExpr& expr);
+    Value onceForAll(const Expr& expr);
 
     // EvaluatorProperties.cpp: of the language's own values.
     Value languageProperty(const Value& owner, const PropertyExpr& expr);

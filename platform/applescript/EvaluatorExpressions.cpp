@@ -105,9 +105,9 @@ Value Evaluator::evaluate(const Expr& expr)
     case ExprKind::referenceTo:
         return referenceTo(as<ReferenceTo>(expr));
     case ExprKind::call:
-        return call(as<CallExpr>(expr));
+        return frame_->filter ? onceForAll(expr) : call(as<CallExpr>(expr));
     case ExprKind::command:
-        return command(as<CommandExpr>(expr));
+        return frame_->filter ? onceForAll(expr) : command(as<CommandExpr>(expr));
     case ExprKind::application: {
         const auto& application = as<ApplicationExpr>(expr);
         const Value name = operand(*application.name);

@@ -195,6 +195,26 @@ TEST(Applications, aListThatMakesItsItemsIsAListLikeAnyOther)
         "3, 1500, true, 2000, 300, 1500, 300, 2000, true, 20003001500, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 300, 1500, 4");
 }
 
+TEST(Applications, aConditionAsksOutsideOnce)
+{
+    ToyWorld world = ToyWorld::sample();
+    EXPECT_EQ(runOver(world, R"(property calls : 0
+        on least(n)
+            set calls to calls + 1
+            return n
+        end least
+        on twice(n)
+            set calls to calls + 10
+            return 2 * n
+        end twice
+        tell application "Post"
+            set a to id of (letters of first box whose letter size > my least(1000) and date received < (current date))
+            set b to id of (letters of first box whose my twice(letter size) > 3500)
+        end tell
+        return {a, b, calls})"),
+        "7, 9, 7, 31");
+}
+
 TEST(Applications, areMadeAndStartedOnlyWhenAddressed)
 {
     ToyWorld world = ToyWorld::sample();
