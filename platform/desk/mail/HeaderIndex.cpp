@@ -170,6 +170,8 @@ private:
         if (entries.empty())
             return 0;
         std::vector<MessageHeader> added = readHeads(maildir, entries, texts_);
+        headers_.reserve(headers_.size() + added.size());
+        chunkOf_.reserve(headers_.capacity());
         std::uint32_t id = change.takeIds(added.size());
         std::int64_t number = sizes_.empty() ? 0 : sizes_.rbegin()->first;
         for (MessageHeader& header : added) {

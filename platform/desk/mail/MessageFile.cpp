@@ -66,19 +66,18 @@ HeadReader::~HeadReader()
         close(new_);
 }
 
-/// Fills the buffer until it holds the end of the head; the number of bytes read.
-std::size_t HeadReader::readHead(int descriptor, std::size_t fileSize)
+/// Reads until the head's end is seen, the file ends, or the head is longer than any sender's.
+MessageHead HeadReader::readHead(int descriptor, std::size_t fileSize)
 {
-    std::size_t filled = 0;
+    std::size_t filled = 0, got = 0;
     while (true) {
-        std::size_t got = 0;
-        if (!readSome(descriptor, buffer_.data() + filled, buffer_.size() - filled, got) || got == 0)
-            return filled;
-        filled += got;
-        if (filled < buffer_.size() && filled < fileSize)
-            continue;
-        if (filled >= fileSize || filled >= kLongestHead || endOfHead(std::string_view(buffer_.data(), filled)))
-            return filled;
+        const std::size_t wanted = std::min(buffer_.size(), fileSize);
+        while (
+            filled < wanted && readSome(descriptor, buffer_.data() + filled, buffer_.size() - filled, got) && got > 0)
+            filled += got;
+        MessageHead head = readMessageHead(std::string_view(buffer_.data(), filled));
+        if (head.isWhole || filled < wanted || filled >= fileSize || filled >= kLongestHead)
+            return head;
         buffer_.resize(buffer_.size() * 2);
     }
 }
@@ -96,8 +95,7 @@ std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, TextSto
     }
     if (!S_ISREG(status.st_mode))
         return std::nullopt;
-    const std::size_t filled = file.get() < 0 ? 0 : readHead(file.get(), static_cast<std::size_t>(status.st_size));
-    MessageHead head = readMessageHead(std::string_view(buffer_.data(), filled));
+    MessageHead head = file.get() < 0 ? MessageHead() : readHead(file.get(), static_cast<std::size_t>(status.st_size));
     MessageHeader header;
     header.received = static_cast<std::int64_t>(status.st_mtim.tv_sec) * 1'000'000'000 + status.st_mtim.tv_nsec;
     header.sent = head.sent.value_or(status.st_mtim.tv_sec);

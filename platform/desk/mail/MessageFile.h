@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/desk/mail/MessageHead.h"
 #include "platform/desk/mail/MessageRecord.h"
 #include "platform/desk/mail/TextStore.h"
 
@@ -24,7 +25,7 @@ public:
     std::optional<MessageHeader> read(const MaildirEntry& entry, TextStore& texts);
 
 private:
-    std::size_t readHead(int descriptor, std::size_t fileSize);
+    MessageHead readHead(int descriptor, std::size_t fileSize);
 
     int cur_, new_;
     std::string buffer_;

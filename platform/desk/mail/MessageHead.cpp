@@ -39,14 +39,14 @@ bool isEmptyLine(std::string_view line) noexcept
 }
 
 /// Goes through the fields without a call for each: the index reads a hundred thousand heads with it.
-/// A field whose first letter is not wanted is passed over unread.
+/// A field whose first letter is not wanted is passed over unread. True when the head's end was seen.
 template <typename Wants, typename Visit>
-void visitFields(std::string_view head, Wants&& wants, Visit&& visit)
+bool visitFields(std::string_view head, Wants&& wants, Visit&& visit)
 {
     while (!head.empty()) {
         const std::string_view line = firstLine(head);
         if (isEmptyLine(line))
-            return;
+            return true;
         std::size_t length = line.size();
         while (length < head.size() && isBlank(head[length]))
             length += firstLine(head.substr(length)).size();
@@ -60,6 +60,7 @@ void visitFields(std::string_view head, Wants&& wants, Visit&& visit)
         }
         head.remove_prefix(length);
     }
+    return false;
 }
 
 bool isNamed(std::string_view name, std::string_view lower)
@@ -146,7 +147,7 @@ MessageHead readMessageHead(std::string_view head)
 {
     std::string_view subject, from, sender, to, date, messageId, type, disposition;
     const auto wants = [](char first) { return std::memchr("tfdsmcTFDSMC", first, 12) != nullptr; };
-    visitFields(head, wants, [&](std::string_view name, std::string_view value) {
+    const bool isWhole = visitFields(head, wants, [&](std::string_view name, std::string_view value) {
         const auto keepFirst = [&](std::string_view lower, std::string_view& field) {
             if (field.empty() && isNamed(name, lower))
                 field = trimmed(value);
@@ -178,6 +179,7 @@ MessageHead readMessageHead(std::string_view head)
         }
     });
     MessageHead result;
+    result.isWhole = isWhole;
     result.subject = decodeHeaderText(subject);
     result.sender = senderText(from.empty() ? sender : from);
     result.messageId = bareMessageId(messageId);

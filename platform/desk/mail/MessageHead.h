@@ -28,6 +28,7 @@ struct MessageHead {
     std::string messageId; ///< without angle brackets
     std::string to; ///< the raw To field, unfolded
     std::optional<std::int64_t> sent;
+    bool isWhole = false; ///< the empty line at its end was seen
     bool isSinglePartText = false; ///< by its Content-Type there is nothing attached
 };
 
