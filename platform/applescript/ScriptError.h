@@ -62,9 +62,9 @@ public:
 
     /// "Can’t make V into type C."
     static ScriptError cannotCoerce(const Value& value, std::string_view className);
-    /// "Can’t get SPEC."
+    /// "Can’t get REFERENCE."
     static ScriptError noSuchObject(const std::string& specifier, Value offender = {});
-    /// "Can’t get SPEC. Invalid index."
+    /// "Can’t get REFERENCE. Invalid index."
     static ScriptError invalidIndex(const std::string& specifier, Value offender = {});
     static ScriptError stackOverflow();
     static ScriptError outOfMemory();
