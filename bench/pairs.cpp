@@ -9,7 +9,6 @@
 ///                               one answer of a running server, which must hold PART; "@" is a number that grows
 ///     insert FILE               one row of an audit trail, committed
 ///     walk FOLDER               the first 4 KiB of every file below a folder
-///     scan FILE STATEMENT TEXT  one statement with a text for all its parameters, all rows
 ///
 /// Two rounds more than asked for are done first and left out. Prints one JSON object with all samples in ns.
 #include "bench/Measure.h"
@@ -26,8 +25,7 @@ namespace mervo::bench {
 std::unique_ptr<Measure> makeMeasure(const Words& words)
 {
     static const std::map<std::string, std::unique_ptr<Measure> (*)(const Words&)> kinds{{"spawn", makeSpawn},
-        {"fresh", makeFresh}, {"greet", makeGreet}, {"serve", makeServe}, {"insert", makeInsert}, {"walk", makeWalk},
-        {"scan", makeScan}};
+        {"fresh", makeFresh}, {"greet", makeGreet}, {"serve", makeServe}, {"insert", makeInsert}, {"walk", makeWalk}};
     const auto kind = kinds.find(words.at(0));
     if (kind == kinds.end())
         throw std::runtime_error(words[0] + " is no kind of measure");
