@@ -30,8 +30,9 @@ private:
 };
 
 /// Where the items of a list come from that nobody has looked at. For columns of many thousand values of which a
-/// script looks at few, or at each but once. Its values must be such that making one twice is the same as sharing it:
-/// numbers, booleans, texts, handles of objects; not dates, which scripts change in place.
+/// script looks at few, or at each but once. Asking twice for an item must be the same as sharing it: numbers,
+/// booleans, texts and handles of objects may be made anew, but a date, which scripts change in place, is kept once it
+/// was made.
 class ItemSource {
 public:
     ItemSource() = default;

@@ -21,7 +21,8 @@ on run argv
 	set mbName to item 2 of argv
 )AS";
 
-// A flag for each criterion, so that a test that is off costs one look at a variable for each message.
+// A flag for each criterion and for groups of them, so that tests that are off cost a few looks at variables for each
+// message.
 constexpr std::string_view kCriteria = R"AS(
 	set fromQ to item 3 of argv
 	set toQ to item 4 of argv
@@ -54,6 +55,9 @@ constexpr std::string_view kCriteria = R"AS(
 	set onlyUnread to (statusQ is "unread")
 	set onlyRead to (statusQ is "read")
 	set byAttachment to (hasAttQ is not "")
+	set bySize to (byMin or byMax)
+	set byDate to (byBefore or byAfter)
+	set byRest to (onlyUnread or onlyRead or byTo or byAttachment)
 )AS";
 
 constexpr std::string_view kOpenMail = R"AS(
@@ -88,30 +92,36 @@ constexpr std::string_view kFilter = R"AS(
 			if byFrom then set ok to (item i of senders) contains fromQ
 			if bySubject and ok then set ok to (item i of subjects) is subjQ
 			if byPart and ok then set ok to (item i of subjects) contains scQ
-			if byMin and ok then set ok to (item i of sizes) >= minBytes
-			if byMax and ok then set ok to (item i of sizes) <= maxBytes
-			if byBefore and ok then set ok to (item i of arrivals) < beforeDate
-			if byAfter and ok then set ok to (item i of arrivals) > afterDate
-			if onlyUnread and ok then set ok to not (item i of readFlags)
-			if onlyRead and ok then set ok to (item i of readFlags)
-			if byTo and ok then
-				set ok to false
-				try
-					set m to item i of msgs
-					repeat with addr in (get address of every to recipient of m)
-						if addr contains toQ then
-							set ok to true
-							exit repeat
-						end if
-					end repeat
-				end try
+			if bySize and ok then
+				if byMin then set ok to (item i of sizes) >= minBytes
+				if byMax and ok then set ok to (item i of sizes) <= maxBytes
 			end if
-			if byAttachment and ok then
-				set ok to false
-				try
-					set m to item i of msgs
-					set ok to (count of mail attachments of m) > 0
-				end try
+			if byDate and ok then
+				if byBefore then set ok to (item i of arrivals) < beforeDate
+				if byAfter and ok then set ok to (item i of arrivals) > afterDate
+			end if
+			if byRest and ok then
+				if onlyUnread then set ok to not (item i of readFlags)
+				if onlyRead then set ok to (item i of readFlags)
+				if byTo and ok then
+					set ok to false
+					try
+						set m to item i of msgs
+						repeat with addr in (get address of every to recipient of m)
+							if addr contains toQ then
+								set ok to true
+								exit repeat
+							end if
+						end repeat
+					end try
+				end if
+				if byAttachment and ok then
+					set ok to false
+					try
+						set m to item i of msgs
+						set ok to (count of mail attachments of m) > 0
+					end try
+				end if
 			end if
 )AS";
 

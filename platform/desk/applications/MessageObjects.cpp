@@ -89,6 +89,29 @@ Value lazyList(Ref<MessageList> list, Make make)
     return Value::list(makeRef<applescript::List>(std::move(source)));
 }
 
+/// Dates are changed in place by scripts, so one that was made is kept; most scripts look at few or none.
+class DateSource final : public applescript::ItemSource {
+public:
+    DateSource(Ref<MessageList> list, TermId property)
+        : list_(std::move(list))
+        , property_(property)
+    {
+    }
+    std::size_t size() const noexcept override { return list_->snapshot->messages().size(); }
+    Value item(std::size_t index) const override
+    {
+        made_.resize(size());
+        if (made_[index].is(applescript::Kind::none))
+            made_[index] = indexedProperty(*list_->mailbox, list_->snapshot->messages()[index], property_);
+        return made_[index];
+    }
+
+private:
+    Ref<MessageList> list_;
+    TermId property_;
+    mutable std::vector<Value> made_; // empty until the first date is asked for
+};
+
 bool isField(std::string_view name, std::string_view wanted)
 {
     return platform::foldCase(name) == platform::foldCase(wanted);
@@ -140,21 +163,16 @@ Value indexedProperty(const MailboxObject& mailbox, const MessageRecord& header,
 
 Value indexedColumn(Ref<MessageList> list, TermId property)
 {
+    if (property == MailTerm::dateReceived || property == MailTerm::dateSent) {
+        auto source = std::make_unique<const DateSource>(std::move(list), property);
+        return Value::list(makeRef<applescript::List>(std::move(source)));
+    }
     const std::vector<MessageRecord>& messages = list->snapshot->messages();
-    const bool isDate = property == MailTerm::dateReceived || property == MailTerm::dateSent;
-    if (!isDate && !messages.empty()
-        && indexedProperty(*list->mailbox, messages[0], property).is(applescript::Kind::none))
+    if (!messages.empty() && indexedProperty(*list->mailbox, messages[0], property).is(applescript::Kind::none))
         return Value();
-    const auto item = [property](const MessageList& all, std::size_t index) {
+    return lazyList(std::move(list), [property](const MessageList& all, std::size_t index) {
         return indexedProperty(*all.mailbox, all.snapshot->messages()[index], property);
-    };
-    if (!isDate)
-        return lazyList(std::move(list), item);
-    std::vector<Value> dates; // a script may change one in place
-    dates.reserve(messages.size());
-    for (std::size_t i = 0; i < messages.size(); ++i)
-        dates.push_back(item(*list, i));
-    return Value::list(std::move(dates));
+    });
 }
 
 Value messageHandles(Ref<MessageList> list)

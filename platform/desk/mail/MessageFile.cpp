@@ -7,13 +7,21 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <future>
+#include <sched.h>
+#include <span>
 #include <sys/stat.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace mervo::desk {
 namespace {
 
 constexpr std::size_t kFirstRead = 4 * 1024; // holds nearly every head
+
+constexpr std::size_t kWorthAThread = 250; // messages
+constexpr std::size_t kMostThreads = 4;
 
 // A message may be a link, never a device or a pipe: opening one of those must not wait.
 constexpr int kOpenFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
@@ -111,20 +119,63 @@ std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, TextSto
     return header;
 }
 
+namespace {
+
+/// What one thread reads.
+struct Share {
+    std::vector<MessageHeader> headers;
+    TextStore texts;
+};
+
+Share readShare(const std::filesystem::path& maildir, std::span<const MaildirEntry* const> entries)
+{
+    Share share;
+    share.headers.reserve(entries.size());
+    HeadReader reader(maildir);
+    for (const MaildirEntry* entry : entries) {
+        if (const auto header = reader.read(*entry, share.texts))
+            share.headers.push_back(*header);
+    }
+    return share;
+}
+
+/// The same on a thread of its own; where the system gives no thread, when the result is asked for.
+std::future<Share> readShareBeside(const std::filesystem::path& maildir, std::span<const MaildirEntry* const> entries)
+{
+    try {
+        return std::async(std::launch::async, [&maildir, entries] {
+            unshare(CLONE_FILES); // a descriptor table of its own: threads that open thousands of files share no lock
+            return readShare(maildir, entries);
+        });
+    } catch (const std::system_error&) {
+        return std::async(std::launch::deferred, [&maildir, entries] { return readShare(maildir, entries); });
+    }
+}
+
+} // namespace
+
 std::vector<MessageHeader> readHeads(
     const std::filesystem::path& maildir, const std::vector<const MaildirEntry*>& entries, TextStore& texts)
 {
-    std::vector<MessageHeader> headers;
-    headers.reserve(entries.size());
-    HeadReader reader(maildir);
-    for (const MaildirEntry* entry : entries) {
-        if (const auto header = reader.read(*entry, texts))
-            headers.push_back(*header);
+    const std::size_t cores = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
+    const std::size_t shares = std::clamp<std::size_t>(entries.size() / kWorthAThread, 1, cores);
+    const std::span<const MaildirEntry* const> all(entries);
+    std::vector<std::future<Share>> others;
+    for (std::size_t i = 1; i < shares; ++i) {
+        const std::size_t start = all.size() * i / shares, end = all.size() * (i + 1) / shares;
+        others.push_back(readShareBeside(maildir, all.subspan(start, end - start)));
     }
-    std::sort(headers.begin(), headers.end(), [](const MessageHeader& a, const MessageHeader& b) {
+    Share read = readShare(maildir, all.first(all.size() / shares));
+    for (std::future<Share>& other : others) {
+        Share share = other.get();
+        read.headers.insert(read.headers.end(), share.headers.begin(), share.headers.end());
+        read.texts.take(std::move(share.texts));
+    }
+    texts.take(std::move(read.texts));
+    std::sort(read.headers.begin(), read.headers.end(), [](const MessageHeader& a, const MessageHeader& b) {
         return a.received != b.received ? a.received < b.received : a.fileName < b.fileName;
     });
-    return headers;
+    return std::move(read.headers);
 }
 
 std::string readMessageFile(const std::filesystem::path& path)

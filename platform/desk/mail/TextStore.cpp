@@ -1,6 +1,7 @@
 #include "platform/desk/mail/TextStore.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace mervo::desk {
@@ -23,6 +24,14 @@ std::string_view TextStore::keep(std::string_view text)
     const std::size_t start = block.size();
     block.append(text);
     return std::string_view(block).substr(start);
+}
+
+void TextStore::take(TextStore&& other)
+{
+    // In front, so that the last block stays the one that is filled.
+    blocks_.insert(
+        blocks_.begin(), std::make_move_iterator(other.blocks_.begin()), std::make_move_iterator(other.blocks_.end()));
+    other.blocks_.clear();
 }
 
 } // namespace mervo::desk

@@ -11,6 +11,8 @@ namespace mervo::desk {
 class TextStore {
 public:
     std::string_view keep(std::string_view text);
+    /// Takes over everything that the other one owns.
+    void take(TextStore&& other);
 
 private:
     std::vector<std::string> blocks_; // each on the heap, never grown past its capacity
