@@ -1,7 +1,8 @@
 #include "core/catalogue/Tools.h"
 
+#include "core/foundation/EditDistance.h"
+
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 namespace mervo::Tools {
@@ -21,27 +22,6 @@ std::string plain(std::string_view id)
     return text;
 }
 
-/// The number of letters to insert, remove, replace or swap with a neighbour to get from one text to the other.
-std::size_t distance(std::string_view from, std::string_view to)
-{
-    std::vector<std::size_t> beforeLast(to.size() + 1);
-    std::vector<std::size_t> last(to.size() + 1);
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(last.begin(), last.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= from.size(); ++i) {
-        row[0] = i;
-        for (std::size_t j = 1; j <= to.size(); ++j) {
-            const std::size_t replaced = last[j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
-            row[j] = std::min({last[j] + 1, row[j - 1] + 1, replaced});
-            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1])
-                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
-        }
-        beforeLast.swap(last);
-        last.swap(row);
-    }
-    return last.back();
-}
-
 /// How far apart two ids may be and still be near.
 std::size_t reach(const std::string& wanted)
 {
@@ -55,7 +35,7 @@ std::size_t farness(const std::string& wanted, const std::string& id)
     const auto verb = id.substr(id.find('.') + 1);
     if (verb == wanted || (wanted.size() > 2 && id.starts_with(wanted)))
         return 1;
-    const std::size_t apart = distance(wanted, id);
+    const std::size_t apart = editDistance(wanted, id);
     return verb == wanted.substr(wanted.find('.') + 1) ? std::min(apart, reach(wanted)) : apart;
 }
 

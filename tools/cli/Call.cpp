@@ -54,16 +54,17 @@ void takeBodyFile(Args& args, Io& io)
     args.emplace(kBody, path == "-" ? io.input() : readText(path));
 }
 
-void noteUnknown(const Call& call, Io& io)
+/// A key that the tool does not know is ignored without comment, unless it looks like a slip of the pen.
+void noteMistyped(const Call& call, Io& io)
 {
     std::vector<std::string_view> names;
     for (const Argument& argument : call.tool->arguments)
         names.push_back(argument.name);
     for (const auto& [key, value] : call.args) {
-        if (std::ranges::find(names, key) != names.end())
+        const std::vector<std::string> meant = nearest(key, names, 1);
+        if (meant.empty() || std::ranges::find(names, key) != names.end())
             continue;
-        const std::string note =
-            fmt::format("note: {} ignores {}={}", call.tool->id, key, didYouMean(nearest(key, names, 1)));
+        const std::string note = fmt::format("note: {} ignores {}={}", call.tool->id, key, didYouMean(meant));
         io.err(Text::visibleLine(note) + "\n");
     }
 }
@@ -78,7 +79,7 @@ Call readCall(const Arguments& arguments, Io& io)
     for (const std::string& word : std::span(arguments.words).subspan(1))
         add(call.args, word);
     takeBodyFile(call.args, io);
-    noteUnknown(call, io);
+    noteMistyped(call, io);
     return call;
 }
 

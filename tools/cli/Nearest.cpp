@@ -1,7 +1,8 @@
 #include "tools/cli/Nearest.h"
 
+#include "core/foundation/EditDistance.h"
+
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 namespace mervo::cli {
@@ -17,27 +18,6 @@ std::string lowered(std::string_view word)
     return result;
 }
 
-/// The number of letters to insert, remove or replace, or of neighbours to swap, to get from one word to the other.
-std::size_t distance(std::string_view from, std::string_view to)
-{
-    std::vector<std::size_t> beforeLast(to.size() + 1);
-    std::vector<std::size_t> last(to.size() + 1);
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(last.begin(), last.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= from.size(); ++i) {
-        row[0] = i;
-        for (std::size_t j = 1; j <= to.size(); ++j) {
-            const std::size_t replaced = last[j - 1] + (from[i - 1] == to[j - 1] ? 0 : 1);
-            row[j] = std::min({last[j] + 1, row[j - 1] + 1, replaced});
-            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1])
-                row[j] = std::min(row[j], beforeLast[j - 2] + 1);
-        }
-        beforeLast.swap(last);
-        last.swap(row);
-    }
-    return last.back();
-}
-
 } // namespace
 
 std::vector<std::string> nearest(std::string_view word, std::span<const std::string_view> candidates, std::size_t count)
@@ -48,7 +28,7 @@ std::vector<std::string> nearest(std::string_view word, std::span<const std::str
     std::vector<std::pair<std::size_t, std::string>> found;
     for (const std::string_view candidate : candidates) {
         const std::string name = lowered(candidate);
-        const std::size_t apart = name.starts_with(wanted) ? 1 : distance(wanted, name);
+        const std::size_t apart = name.starts_with(wanted) ? 1 : editDistance(wanted, name);
         if (apart <= std::max<std::size_t>(1, wanted.size() / 3))
             found.emplace_back(apart, candidate);
     }
