@@ -5,6 +5,7 @@
 #include "tests/support/Files.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <stdlib.h>
 
 namespace mervo::platform {
@@ -13,8 +14,11 @@ namespace {
 TEST(Folders, aLeadingTildeIsAHome)
 {
     ::setenv("HOME", "/home/somebody", 1);
-    const std::pair<const char*, const char*> cases[]{{"~", "/home/somebody"}, {"~/x", "/home/somebody/x"},
-        {"~//x", "/home/somebody/x"}, {"~root", "/root"}, {"~root/x", "/root/x"},
+    const passwd* root = ::getpwnam("root");
+    ASSERT_NE(root, nullptr);
+    const std::string rootHome = root->pw_dir;
+    const std::pair<const char*, std::string> cases[]{{"~", "/home/somebody"}, {"~/x", "/home/somebody/x"},
+        {"~//x", "/home/somebody/x"}, {"~root", rootHome}, {"~root/x", rootHome + "/x"},
         {"~nobody-of-this-name/x", "~nobody-of-this-name/x"}, {"/a/~", "/a/~"}, {"", ""}, {"a~", "a~"}};
     for (const auto& [text, path] : cases)
         EXPECT_EQ(expandTilde(text), path) << text;
