@@ -1,5 +1,6 @@
 #include "tests/cli/Cli.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 namespace mervo::test {
@@ -49,7 +50,10 @@ TEST_F(RunTest, whatWaitsIsToldWithItsPreview)
     for (const auto& [key, value] : object.items())
         keys.push_back(key);
     EXPECT_THAT(keys, ElementsAre("outcome", "id", "preview"));
-    EXPECT_EQ(object["preview"], pending().back().preview.value());
+    const auto waiting = pending();
+    const auto queued = std::ranges::find(waiting, object["id"].get<std::string>(), &PendingAction::id);
+    ASSERT_NE(queued, waiting.end());
+    EXPECT_EQ(object["preview"], queued->preview.value_or(""));
 }
 
 TEST_F(RunTest, whatTheGateDecidesDecidesTheExitStatus)
