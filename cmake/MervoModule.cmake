@@ -7,7 +7,8 @@
 # LIBRARIES  outside libraries
 #
 # The bundle of the build tree has the layout of the installed one:
-#   mervo_program(mervo AT Helpers SOURCES main.cpp MAY_USE tools/cli)
+#   mervo_program(mervo AT Helpers SOURCES main.cpp MAY_USE tools/cli ON_PATH)
+# ON_PATH: installed, the program is also linked into the bin folder.
 
 set(MERVO_BUNDLE ${CMAKE_BINARY_DIR}/Contents)
 
@@ -35,11 +36,18 @@ function(mervo_module)
 endfunction()
 
 function(mervo_program target)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "AT" "SOURCES;MAY_USE;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "ON_PATH" "AT" "SOURCES;MAY_USE;LIBRARIES")
     add_executable(${target} ${ARG_SOURCES})
     mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${MERVO_BUNDLE}/${ARG_AT})
     install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBDIR}/mervo/Contents/${ARG_AT})
+    if(ARG_ON_PATH)
+        install(CODE "
+            set(bin \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
+            file(MAKE_DIRECTORY \"\${bin}\")
+            file(CREATE_LINK ../${CMAKE_INSTALL_LIBDIR}/mervo/Contents/${ARG_AT}/${target} \"\${bin}/${target}\" SYMBOLIC)
+            message(STATUS \"Linking: \${bin}/${target}\")")
+    endif()
 endfunction()
 
 # mervo_test(core-policy SOURCES a.cpp MAY_USE core/policy): one GoogleTest program, its cases known to ctest.

@@ -31,7 +31,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s+"((?:%s)/[^"]+)"' % "|".join(ROOMS + AN
 QT_INCLUDE = re.compile(r"^\s*#\s*include\s+<(Q[A-Z]\w*(?:/\w+)?)>", re.M)
 CALL = re.compile(r"\bmervo_\w+\s*\(([^)]*)\)")
 LIBRARY = re.compile(r"\bmervo_\w+\s*\(|\badd_library\s*\(mervo-")
-KEYWORDS = {"SOURCES", "MAY_USE", "LIBRARIES", "AT"}
+KEYWORDS = {"SOURCES", "MAY_USE", "LIBRARIES", "AT", "ON_PATH"}
 
 
 @dataclasses.dataclass
