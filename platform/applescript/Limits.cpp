@@ -2,6 +2,10 @@
 
 #include "platform/applescript/ScriptError.h"
 
+#include <limits>
+#include <string>
+#include <time.h>
+
 namespace mervo::applescript {
 
 namespace {
@@ -9,8 +13,10 @@ namespace {
 struct State {
     std::size_t bytes = 0;
     std::size_t byteLimit = Limits::kDefaultBytes;
-    std::uint64_t steps = 0;
+    std::uint64_t untilLook = std::numeric_limits<std::uint64_t>::max(); // steps until a bound is looked at
     bool countsSteps = false;
+    std::chrono::nanoseconds processorTime{};
+    std::chrono::nanoseconds processorEnd{}; // on the thread's clock
     std::uintptr_t floor = 0;
 };
 constinit thread_local State state;
@@ -18,6 +24,37 @@ constinit thread_local State state;
 std::uintptr_t stackPointer() noexcept
 {
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+}
+
+constexpr std::uint64_t kStepsBetweenLooks = 1 << 14; // some milliseconds
+
+std::chrono::nanoseconds processorNow() noexcept
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+std::string seconds(std::chrono::nanoseconds time)
+{
+    return std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) + " s of processor time";
+}
+
+void look()
+{
+    state.untilLook = 1; // whatever is thrown now is thrown at the next step again
+    if (state.countsSteps)
+        throw ScriptError(ErrorNumber::timedOut, "The script took too many steps.");
+    if (processorNow() >= state.processorEnd)
+        throw ScriptError(ErrorNumber::timedOut, "The script was stopped after " + seconds(state.processorTime) + ".");
+    state.untilLook = kStepsBetweenLooks;
+}
+
+std::uint64_t untilFirstLook(std::uint64_t steps, std::chrono::nanoseconds processorTime)
+{
+    if (steps != 0)
+        return steps + 1;
+    return processorTime.count() != 0 ? kStepsBetweenLooks : std::numeric_limits<std::uint64_t>::max();
 }
 
 } // namespace
@@ -42,28 +79,29 @@ void Limits::enter()
 
 void Limits::step()
 {
-    if (!state.countsSteps)
-        return;
-    if (state.steps == 0)
-        throw ScriptError(ErrorNumber::timedOut, "The script took too many steps.");
-    --state.steps;
+    if (--state.untilLook == 0)
+        look();
 }
 
-Limits::Scope::Scope(std::uint64_t steps, std::size_t bytes)
-    : saved_{state.byteLimit, state.steps, state.countsSteps, state.floor}
+Limits::Scope::Scope(std::uint64_t steps, std::size_t bytes, std::chrono::nanoseconds processorTime)
+    : saved_{state.byteLimit, state.untilLook, state.countsSteps, state.processorTime, state.processorEnd, state.floor}
 {
     const std::uintptr_t here = stackPointer();
     state.byteLimit = bytes;
-    state.steps = steps;
+    state.untilLook = untilFirstLook(steps, processorTime);
     state.countsSteps = steps != 0;
+    state.processorTime = processorTime;
+    state.processorEnd = processorNow() + processorTime;
     state.floor = here > kStackBytes ? here - kStackBytes : 0;
 }
 
 Limits::Scope::~Scope()
 {
     state.byteLimit = saved_.byteLimit;
-    state.steps = saved_.steps;
+    state.untilLook = saved_.untilLook;
     state.countsSteps = saved_.countsSteps;
+    state.processorTime = saved_.processorTime;
+    state.processorEnd = saved_.processorEnd;
     state.floor = saved_.floor;
 }
 

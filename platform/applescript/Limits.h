@@ -1,19 +1,25 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
 namespace mervo::applescript {
 
-/// What one script may use on the current thread: memory of its values, depth of the stack and, for tests, steps.
+/// What one script may use on the current thread: memory of its values, depth of the stack, processor time and, for
+/// tests, steps.
 ///
-/// Reaching a bound throws ScriptError (-108 for memory, -2706 for depth, -1712 for steps). Without a Scope nothing
-/// but the default bound of memory applies.
+/// Reaching a bound throws ScriptError (-108 for memory, -2706 for depth, -1712 for time and steps). What has no time
+/// or steps left throws at every further step, so that no `try` goes on for long. Time that is spent waiting does not
+/// count. Without a Scope nothing but the default bound of memory applies.
 class Limits {
 public:
     static constexpr std::size_t kDefaultBytes = std::size_t(1) << 30;
     /// Deep enough for some thousand nested handler calls, well below the usual stack of 8 MiB.
     static constexpr std::size_t kStackBytes = std::size_t(5) << 20;
+
+    /// Some hundred times what the largest mailboxes need.
+    static constexpr std::chrono::seconds kProcessorTime{30};
 
     /// Memory that values hold; `discharge` what was charged.
     static void charge(std::size_t bytes);
@@ -26,7 +32,9 @@ public:
     /// Sets the bounds for its lifetime; the stack is measured from where it stands.
     class Scope {
     public:
-        explicit Scope(std::uint64_t steps = 0, std::size_t bytes = kDefaultBytes); // 0 steps: unlimited
+        /// No steps, or no time: unlimited. Steps go before time.
+        explicit Scope(std::uint64_t steps = 0, std::size_t bytes = kDefaultBytes,
+            std::chrono::nanoseconds processorTime = std::chrono::nanoseconds::zero());
         Scope(const Scope&) = delete;
         Scope& operator=(const Scope&) = delete;
         ~Scope();
@@ -34,8 +42,10 @@ public:
     private:
         struct Saved {
             std::size_t byteLimit;
-            std::uint64_t steps;
+            std::uint64_t untilLook;
             bool countsSteps;
+            std::chrono::nanoseconds processorTime;
+            std::chrono::nanoseconds processorEnd;
             std::uintptr_t floor;
         } saved_;
     };

@@ -136,7 +136,7 @@ int fail(const Options& options, const char* kind, const ScriptError& error)
 
 int runScript(const Options& options, ApplicationRegistry& registry)
 {
-    const Limits::Scope limits;
+    const Limits::Scope limits(0, Limits::kDefaultBytes, Limits::kProcessorTime);
     std::unique_ptr<Script> script;
     try {
         script = parse(options.source, registry);

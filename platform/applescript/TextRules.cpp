@@ -47,15 +47,35 @@ bool equalIgnoringCase(std::string_view left, std::string_view right) noexcept
         && std::equal(left.begin(), left.end(), right.begin(), [](char a, char b) { return lower(a) == lower(b); });
 }
 
-std::size_t findIgnoringCase(std::string_view text, std::string_view part, std::size_t from) noexcept
+/// In linear time, whatever the texts are; std::string_view::find is quadratic at worst.
+std::size_t findBytes(std::string_view text, std::string_view part, std::size_t from = 0) noexcept
 {
-    if (part.size() > text.size())
+    if (from > text.size())
         return std::string_view::npos;
-    const char first = part.empty() ? '\0' : lower(part.front());
-    for (std::size_t i = from; i + part.size() <= text.size(); ++i)
-        if (part.empty() || (lower(text[i]) == first && equalIgnoringCase(text.substr(i, part.size()), part)))
-            return i;
-    return std::string_view::npos;
+    const void* found = memmem(text.data() + from, text.size() - from, part.data(), part.size());
+    return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) : std::string_view::npos;
+}
+
+std::string lowered(std::string_view text)
+{
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), lower);
+    return result;
+}
+
+constexpr std::size_t kShortPart = 64; // found without a copy: the work is at most so many times the text's length
+
+bool containsIgnoringCase(std::string_view text, std::string_view part)
+{
+    if (part.empty() || part.size() > text.size())
+        return part.empty();
+    if (part.size() > kShortPart)
+        return findBytes(lowered(text), lowered(part)) != std::string_view::npos;
+    const char first = lower(part.front());
+    for (std::size_t i = 0; i + part.size() <= text.size(); ++i)
+        if (lower(text[i]) == first && equalIgnoringCase(text.substr(i, part.size()), part))
+            return true;
+    return false;
 }
 
 std::string mapped(std::string_view text, int options)
@@ -204,7 +224,7 @@ TextRange findMapped(const MappedKey& text, std::string_view part, std::size_t f
     const auto start =
         std::lower_bound(text.textStarts.begin(), text.textStarts.end(), static_cast<std::uint32_t>(from));
     std::size_t place = text.keyStarts[static_cast<std::size_t>(start - text.textStarts.begin())];
-    while ((place = text.key.find(part, place)) != std::string::npos) {
+    while ((place = findBytes(text.key, part, place)) != std::string::npos) {
         const std::size_t first = text.unitAt(place, false);
         const std::size_t end = text.unitAt(place + part.size(), true);
         if (first != std::string::npos && end != std::string::npos)
@@ -244,8 +264,8 @@ int order(const Text& left, const Text& right, const TextRules& rules)
 bool contains(const Text& text, const Text& part, const TextRules& rules)
 {
     if (rules.areDefault() && areAscii(text, part))
-        return findIgnoringCase(text.view(), part.view(), 0) != std::string_view::npos;
-    return Key(text, rules).view().find(Key(part, rules).view()) != std::string_view::npos;
+        return containsIgnoringCase(text.view(), part.view());
+    return findBytes(Key(text, rules).view(), Key(part, rules).view()) != std::string_view::npos;
 }
 
 bool startsWith(const Text& text, const Text& part, const TextRules& rules)
@@ -271,20 +291,23 @@ std::vector<TextRange> findAll(
     const bool isPlain = text.isAscii() && rules.diacriticals && rules.whiteSpace && rules.hyphens && rules.punctuation
         && std::all_of(parts.begin(), parts.end(), [](const Ref<Text>& part) { return part->isAscii(); });
     const std::unique_ptr<MappedKey> key = isPlain ? nullptr : std::make_unique<MappedKey>(text, rules);
+    const auto plainKey = [&](const Text& of) {
+        return rules.letterCase ? std::string(of.view()) : lowered(of.view());
+    };
+    const std::string plainText = isPlain ? plainKey(text) : std::string();
     struct Part {
         std::string key;
         TextRange next;
     };
     std::vector<Part> sought;
     for (const Ref<Text>& part : parts)
-        if (std::string partKey = isPlain ? std::string(part->view()) : keyOf(part->view(), rules); !partKey.empty())
+        if (std::string partKey = isPlain ? plainKey(*part) : keyOf(part->view(), rules); !partKey.empty())
             sought.push_back({std::move(partKey), {}});
 
     const auto find = [&](const Part& part, std::size_t from) -> TextRange {
         if (!isPlain)
             return findMapped(*key, part.key, from);
-        const std::size_t start =
-            rules.letterCase ? text.view().find(part.key, from) : findIgnoringCase(text.view(), part.key, from);
+        const std::size_t start = findBytes(plainText, part.key, from);
         return {start, start == std::string::npos ? start : start + part.key.size()};
     };
     std::vector<TextRange> found;

@@ -1,3 +1,5 @@
+#include "platform/applescript/Limits.h"
+#include "platform/applescript/ScriptError.h"
 #include "tests/applescript/ToyPost.h"
 
 #include <gtest/gtest.h>
@@ -90,6 +92,28 @@ TEST(Bounds, steps)
     EXPECT_EQ(runAlone(wide + "return L", 10000), tooMany);
     EXPECT_EQ(runAlone(wide + "copy L to M", 10000), tooMany);
     EXPECT_EQ(runAlone(wide + "return L as text", 10000), tooMany);
+}
+
+TEST(Bounds, findingIsLinear)
+{
+    const std::string haystack = "set t to \"aaaaaaaaaa\"\nrepeat 20 times\nset t to t & t\nend repeat\n"
+                                 "set p to (text 1 thru 2000000 of t) & \"b\"\n";
+    EXPECT_EQ(runAlone(haystack + "return t contains p"), "false");
+    EXPECT_EQ(runAlone(haystack + "considering case\nreturn offset of p in t\nend considering"), "0");
+    EXPECT_EQ(runAlone(haystack + "return (\"é\" & t) contains (\"É\" & p)"), "false");
+}
+
+TEST(Bounds, processorTime)
+{
+    using namespace mervo::applescript;
+    const Limits::Scope limits(0, Limits::kDefaultBytes, std::chrono::milliseconds(100));
+    try {
+        while (true)
+            Limits::step();
+    } catch (const ScriptError& error) {
+        EXPECT_EQ(error.message, "The script was stopped after 1 s of processor time.");
+    }
+    EXPECT_THROW(Limits::step(), ScriptError) << "a try around the rest does not help";
 }
 
 TEST(Bounds, numbers)
