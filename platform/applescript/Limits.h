@@ -18,7 +18,7 @@ public:
     /// Deep enough for some thousand nested handler calls, well below the usual stack of 8 MiB.
     static constexpr std::size_t kStackBytes = std::size_t(5) << 20;
 
-    /// Some hundred times what the largest mailboxes need.
+    /// Some hundred times what a search of 100,000 messages takes.
     static constexpr std::chrono::seconds kProcessorTime{30};
 
     /// Memory that values hold; `discharge` what was charged.
