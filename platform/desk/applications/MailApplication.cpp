@@ -4,6 +4,7 @@
 #include "platform/applescript/List.h"
 #include "platform/desk/applications/MailDictionary.h"
 #include "platform/desk/applications/MailObjects.h"
+#include "platform/desk/applications/MessageObjects.h"
 #include "platform/desk/applications/OutgoingObjects.h"
 #include "platform/desk/settings/Places.h"
 
@@ -122,14 +123,22 @@ Value MailApplication::make(const applescript::MakeRequest& request)
     }
 }
 
-void MailApplication::remove(applescript::Object&)
+void MailApplication::remove(applescript::Object& object)
 {
-    refuse("This desk’s Mail does not delete messages.");
+    auto* message = dynamic_cast<MessageObject*>(&object);
+    if (message == nullptr)
+        refuse("This desk’s Mail deletes messages, and nothing else.");
+    message->remove();
 }
 
-Value MailApplication::move(applescript::Object&, const applescript::Insertion&)
+Value MailApplication::move(applescript::Object& object, const applescript::Insertion& place)
 {
-    refuse("This desk’s Mail does not move messages.");
+    auto* message = dynamic_cast<MessageObject*>(&object);
+    const auto* destination = dynamic_cast<MailboxObject*>(place.anchor.get());
+    if (message == nullptr || destination == nullptr)
+        refuse("This desk’s Mail moves messages to mailboxes, and nothing else.");
+    message->moveTo(*destination);
+    return Value();
 }
 
 Value MailApplication::perform(const applescript::CommandCall& call)

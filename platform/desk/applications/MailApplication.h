@@ -10,8 +10,8 @@ namespace mervo::desk {
 
 class OutgoingObject;
 
-/// The desk's Mail as scripts see it. Messages are read, and drafts are composed and saved; sending, replying and
-/// changing messages are refused with a sentence.
+/// The desk's Mail as scripts see it. Messages are read, moved, deleted and marked, and drafts are composed and saved;
+/// sending and replying are refused with a sentence.
 class MailApplication final : public applescript::Application {
 public:
     MailApplication() = default;

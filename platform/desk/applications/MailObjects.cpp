@@ -148,9 +148,16 @@ MailboxObject::MailboxObject(Ref<AccountObject> account, MailFolder folder)
 {
 }
 
-std::shared_ptr<const MailboxSnapshot> MailboxObject::snapshot() const
+std::shared_ptr<const MailboxSnapshot> MailboxObject::snapshot(MailLook::OwnChanges changes) const
 {
-    return inScriptTerms([this] { return store().messages(account(), folder_.path); });
+    return inScriptTerms([&] { return store().messages(account(), folder_.path, changes); });
+}
+
+bool MailboxObject::isForJunk() const
+{
+    if (!isForJunk_)
+        isForJunk_ = folder_.name == specialMailbox(account(), SpecialMailbox::junk);
+    return *isForJunk_;
 }
 
 Designation MailboxObject::designation() const

@@ -5,6 +5,7 @@
 #include "platform/desk/applications/MailDictionary.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -61,8 +62,10 @@ public:
     MailboxObject(applescript::Ref<AccountObject> account, MailFolder folder);
     const MailFolder& folder() const noexcept { return folder_; }
     const MailAccountSettings& account() const noexcept { return account_->account(); }
-    /// The messages now; -10000 with a sentence when the mailbox cannot be read.
-    std::shared_ptr<const MailboxSnapshot> snapshot() const;
+    /// The messages now; -10000 with a sentence when the mailbox cannot be read. See MailStore::messages.
+    std::shared_ptr<const MailboxSnapshot> snapshot(MailLook::OwnChanges changes = MailLook::OwnChanges::end) const;
+    /// Whether this is its account's mailbox for junk.
+    bool isForJunk() const;
 
     applescript::Designation designation() const override;
     applescript::Value get(applescript::TermId property) override;
@@ -78,6 +81,7 @@ private:
 
     applescript::Ref<AccountObject> account_;
     MailFolder folder_;
+    mutable std::optional<bool> isForJunk_; // found out when it is first asked: that lists the account's folders
 };
 
 /// Runs a piece of the store's work and turns its errors into those of scripts: MessageGone into -1728, a missing

@@ -1,11 +1,13 @@
 #include "platform/desk/applications/MessageObjects.h"
 
+#include "platform/applescript/Coercion.h"
 #include "platform/applescript/List.h"
 #include "platform/desk/mail/MailAddress.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace mervo::desk {
 namespace {
@@ -27,9 +29,38 @@ Value date(std::int64_t moment)
     return Value::date(applescript::Date::fromUnix(moment));
 }
 
-bool isJunkMailbox(const MailboxObject& mailbox)
+Value colourOf(const MailboxObject& mailbox, std::string_view info)
 {
-    return mailbox.folder().name == specialMailbox(mailbox.account(), SpecialMailbox::junk);
+    return Value::integer(messageColour(info, mailbox.store().keywords(mailbox.folder().path)));
+}
+
+Value isJunk(const MailboxObject& mailbox, std::string_view info)
+{
+    const std::optional<bool> mark = junkMark(info, mailbox.store().keywords(mailbox.folder().path));
+    return Value::boolean(mark ? *mark : mailbox.isForJunk());
+}
+
+/// What to do to a message so that a property has a value; nothing when no message can have that.
+std::optional<FlagChange> changeTo(TermId property, const Value& value)
+{
+    FlagChange change;
+    if (property == MailTerm::flagIndex) {
+        const std::int64_t colour = applescript::toInteger(value);
+        if (colour < kNoColour || colour > kLastColour)
+            return std::nullopt;
+        change.colour = static_cast<int>(colour);
+        return change;
+    }
+    const bool on = applescript::toBoolean(value);
+    if (property == MailTerm::readStatus)
+        change.seen = on;
+    else if (property == MailTerm::flaggedStatus)
+        change.flagged = on;
+    else if (property == MailTerm::deletedStatus)
+        change.trashed = on;
+    else
+        change.junk = on;
+    return change;
 }
 
 /// Something inside a message: a recipient, a header field, an attachment. It keeps what it was made from.
@@ -149,13 +180,13 @@ Value indexedProperty(const MailboxObject& mailbox, const MessageRecord& header,
     case MailTerm::deletedStatus:
         return Value::boolean(header.flags().trashed);
     case MailTerm::flagIndex:
-        return Value::integer(header.flags().flagged ? 0 : -1);
+        return colourOf(mailbox, splitMaildirName(header.fileName()).info);
     case MailTerm::wasRepliedTo:
         return Value::boolean(header.flags().replied);
     case MailTerm::wasForwarded:
         return Value::boolean(header.flags().passed);
     case MailTerm::junkMailStatus:
-        return Value::boolean(isJunkMailbox(mailbox));
+        return isJunk(mailbox, splitMaildirName(header.fileName()).info);
     default:
         return Value();
     }
@@ -196,7 +227,7 @@ Designation MessageObject::designation() const
 
 const MessageRecord& MessageObject::current()
 {
-    std::shared_ptr<const MailboxSnapshot> now = list_->mailbox->snapshot();
+    std::shared_ptr<const MailboxSnapshot> now = list_->mailbox->snapshot(MailLook::OwnChanges::keep);
     if (now != list_->snapshot) {
         const MessageRecord* header = now->withBase(header_->base());
         if (header == nullptr)
@@ -224,9 +255,37 @@ std::string MessageObject::field(std::string_view name)
     return found;
 }
 
+/// The flags out of the file's name, which this script may have changed after the last look. None: no flag.
+Value MessageObject::flag(TermId property)
+{
+    const MaildirEntry file = inScriptTerms([&] { return store().entry(*list_->snapshot, *header_); });
+    const std::string_view info = splitMaildirName(file.fileName).info;
+    const MaildirFlags flags = maildirFlags(info);
+    switch (property) {
+    case MailTerm::readStatus:
+        return Value::boolean(flags.seen);
+    case MailTerm::flaggedStatus:
+        return Value::boolean(flags.flagged);
+    case MailTerm::deletedStatus:
+        return Value::boolean(flags.trashed);
+    case MailTerm::wasRepliedTo:
+        return Value::boolean(flags.replied);
+    case MailTerm::wasForwarded:
+        return Value::boolean(flags.passed);
+    case MailTerm::flagIndex:
+        return colourOf(*list_->mailbox, info);
+    case MailTerm::junkMailStatus:
+        return isJunk(*list_->mailbox, info);
+    default:
+        return Value();
+    }
+}
+
 Value MessageObject::get(TermId property)
 {
     const MessageRecord& header = current();
+    if (Value now = flag(property); !now.is(applescript::Kind::none))
+        return now;
     if (Value indexed = indexedProperty(*list_->mailbox, header, property); !indexed.is(applescript::Kind::none))
         return indexed;
     switch (property) {
@@ -247,9 +306,29 @@ Value MessageObject::get(TermId property)
     }
 }
 
-void MessageObject::set(TermId, const Value&)
+void MessageObject::set(TermId property, const Value& value)
 {
-    refuse("This desk’s Mail reads messages; it does not change them.");
+    if (property == MailTerm::mailboxOf) {
+        const auto* mailbox =
+            value.is(applescript::Kind::object) ? dynamic_cast<MailboxObject*>(&value.asObject()) : nullptr;
+        if (mailbox == nullptr)
+            throw applescript::ScriptError(applescript::ErrorNumber::cannotSet);
+        return moveTo(*mailbox);
+    }
+    const std::optional<FlagChange> change = changeTo(property, value);
+    if (!change)
+        throw applescript::ScriptError(applescript::ErrorNumber::cannotSet);
+    inScriptTerms([&] { store().change(*list_->snapshot, *header_, *change); });
+}
+
+void MessageObject::moveTo(const MailboxObject& destination)
+{
+    inScriptTerms([&] { store().move(*list_->snapshot, *header_, destination.folder()); });
+}
+
+void MessageObject::remove()
+{
+    inScriptTerms([&] { store().remove(list_->mailbox->account(), *list_->snapshot, *header_); });
 }
 
 Value MessageObject::recipients(TermId which)
@@ -331,6 +410,7 @@ bool MessageObject::exists()
 {
     try {
         current();
+        inScriptTerms([&] { return store().entry(*list_->snapshot, *header_); });
         return true;
     } catch (const applescript::ScriptError& error) {
         if (error.number == applescript::ErrorNumber::noSuchObject)

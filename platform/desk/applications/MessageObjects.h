@@ -31,7 +31,7 @@ applescript::Value indexedColumn(applescript::Ref<MessageList> list, applescript
 applescript::Value messageHandles(applescript::Ref<MessageList> list);
 
 /// A message by its file's base name. What it tells is what the mailbox holds now, not what it held when the handle
-/// was made.
+/// was made. A change goes to the file straight away, under the name that it is known by: no look at the mailbox first.
 class MessageObject final : public MailObject {
 public:
     MessageObject(applescript::Ref<MessageList> list, const MessageRecord& header);
@@ -44,9 +44,14 @@ public:
     bool exists() override;
     bool isSame(const applescript::Object& other) const override;
 
+    void moveTo(const MailboxObject& destination);
+    /// Into the trash, or out of it for good.
+    void remove();
+
 private:
     /// Brings the handle up to date. Throws -1728 when the message is gone.
     const MessageRecord& current();
+    applescript::Value flag(applescript::TermId property);
     std::string bytes();
     std::string field(std::string_view name);
     applescript::Value recipients(applescript::TermId which);

@@ -2,6 +2,7 @@
 
 #include "platform/desk/mail/MailDate.h"
 #include "platform/desk/mail/MessageFile.h"
+#include "platform/desk/mail/MessageMove.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -16,8 +17,6 @@ namespace mervo::desk {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::chrono::milliseconds kOneLook{500};
 
 std::string newMessageId(std::string_view sender)
 {
@@ -99,30 +98,47 @@ const MailAccountSettings* MailStore::accountWithAddress(std::string_view addres
     return nullptr;
 }
 
-std::shared_ptr<const MailboxSnapshot> MailStore::messages(const MailAccountSettings& account, const fs::path& maildir)
+MailLook& MailStore::look(const fs::path& maildir)
 {
-    Look& look = looks_[maildir.native()];
-    if (look.snapshot && std::chrono::steady_clock::now() - look.taken < kOneLook)
-        return look.snapshot;
+    return looks_.try_emplace(maildir.native(), maildir).first->second;
+}
+
+std::shared_ptr<const MailboxSnapshot> MailStore::messages(
+    const MailAccountSettings& account, const fs::path& maildir, MailLook::OwnChanges changes)
+{
+    MailLook& last = look(maildir);
+    if (auto snapshot = last.snapshot(changes))
+        return snapshot;
     // An account whose root is there but was never used as a Maildir has an empty inbox.
     std::error_code error;
     const bool mayBeMissing = account.local || (maildir == account.root && fs::is_directory(maildir, error));
-    look = {{}, nullptr};
-    look.snapshot = index_.snapshot(maildir, mayBeMissing);
-    look.taken = std::chrono::steady_clock::now();
-    return look.snapshot;
+    auto snapshot = index_.snapshot(maildir, mayBeMissing);
+    last.take(snapshot);
+    return snapshot;
 }
 
-std::string MailStore::bytes(const MailboxSnapshot& mailbox, const MessageRecord& message) const
+MaildirEntry MailStore::entry(const MailboxSnapshot& mailbox, const MessageRecord& message)
 {
-    try {
-        return readMessageFile(messagePath(mailbox.maildir(), message.fileName(), message.isNew()));
-    } catch (const MessageGone&) {
-        const fs::path moved = findMessage(mailbox.maildir(), message.base());
-        if (moved.empty())
-            throw;
-        return readMessageFile(moved);
-    }
+    return look(mailbox.maildir()).entry(mailbox, message);
+}
+
+const MaildirKeywords& MailStore::keywords(const fs::path& maildir)
+{
+    return look(maildir).keywords();
+}
+
+std::string MailStore::bytes(const MailboxSnapshot& mailbox, const MessageRecord& message)
+{
+    std::string found;
+    look(mailbox.maildir()).withFile(mailbox, message, [&](const MaildirEntry& file) {
+        try {
+            found = readMessageFile(messagePath(mailbox.maildir(), file.fileName, file.isNew));
+            return true;
+        } catch (const MessageGone&) {
+            return false;
+        }
+    });
+    return found;
 }
 
 const MimeContent& MailStore::content(const MailboxSnapshot& mailbox, const MessageRecord& message)
@@ -144,6 +160,61 @@ std::size_t MailStore::attachmentCount(const MailboxSnapshot& mailbox, const Mes
     if (message.attachments() >= 0)
         return static_cast<std::size_t>(message.attachments());
     return content(mailbox, message).attachments.size();
+}
+
+void MailStore::change(const MailboxSnapshot& mailbox, const MessageRecord& message, const FlagChange& change)
+{
+    MailLook& known = look(mailbox.maildir());
+    known.withFile(mailbox, message, [&](const MaildirEntry& file) {
+        const std::string_view before = splitMaildirName(file.fileName).info;
+        const std::string after = changedInfo(before, change, mailbox.maildir(), known.keywords());
+        if (after == before)
+            return true;
+        auto renamed = renameMessage(mailbox.maildir(), file, after);
+        if (renamed)
+            known.renamed(message.base(), std::move(*renamed));
+        return renamed.has_value();
+    });
+}
+
+void MailStore::move(const MailboxSnapshot& mailbox, const MessageRecord& message, const MailFolder& destination)
+{
+    if (destination.path == mailbox.maildir())
+        throw MailError(fmt::format("The message is in the mailbox “{}” already.", destination.name));
+    moveTo(mailbox, message, destination.path);
+}
+
+void MailStore::moveTo(const MailboxSnapshot& mailbox, const MessageRecord& message, const fs::path& destination)
+{
+    MailLook& known = look(mailbox.maildir());
+    MailLook& arriving = look(destination);
+    known.withFile(mailbox, message, [&](const MaildirEntry& file) {
+        const std::string info =
+            translatedInfo(splitMaildirName(file.fileName).info, known.keywords(), destination, arriving.keywords());
+        return moveMessage(mailbox.maildir(), file, destination, info).has_value();
+    });
+    known.removed(message.base());
+    arriving.changed();
+}
+
+void MailStore::remove(const MailAccountSettings& account, const MailboxSnapshot& mailbox, const MessageRecord& message)
+{
+    if (const fs::path& destination = trash(account); destination != mailbox.maildir())
+        return moveTo(mailbox, message, destination);
+    MailLook& known = look(mailbox.maildir());
+    known.withFile(mailbox, message, [&](const MaildirEntry& file) { return removeMessage(mailbox.maildir(), file); });
+    known.removed(message.base());
+}
+
+const fs::path& MailStore::trash(const MailAccountSettings& account)
+{
+    fs::path& known = trashes_[account.name];
+    if (known.empty()) {
+        fs::path found = mailFolderPath(account, specialMailbox(account, SpecialMailbox::trash));
+        createMaildir(found, account.layout == MailLayout::maildirPlusPlus && found != account.root);
+        known = std::move(found);
+    }
+    return known;
 }
 
 fs::path MailStore::saveDraft(const OutgoingMail& mail)

@@ -2,11 +2,12 @@
 
 #include "platform/desk/mail/HeaderIndex.h"
 #include "platform/desk/mail/MailFolders.h"
+#include "platform/desk/mail/MailLook.h"
+#include "platform/desk/mail/MessageFlags.h"
 #include "platform/desk/mail/MimeEngine.h"
 #include "platform/desk/mail/SpecialMailbox.h"
 #include "platform/desk/settings/Configuration.h"
 
-#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -41,32 +42,44 @@ public:
     const MailAccountSettings* accountWithAddress(std::string_view address) const;
 
     /// Throws MailError when the mailbox cannot be read. One look serves for half a second: a script that reads a
-    /// mailbox column by column gets columns of the same messages, whatever is delivered meanwhile.
-    std::shared_ptr<const MailboxSnapshot> messages(
-        const MailAccountSettings& account, const std::filesystem::path& maildir);
+    /// mailbox column by column gets columns of the same messages, whatever is delivered meanwhile. It ends when this
+    /// store changes the mailbox, unless the caller asks for a look that serves on (see MailLook).
+    std::shared_ptr<const MailboxSnapshot> messages(const MailAccountSettings& account,
+        const std::filesystem::path& maildir, MailLook::OwnChanges changes = MailLook::OwnChanges::end);
+    /// The name of a message's file now, as far as is known. Throws MessageGone.
+    MaildirEntry entry(const MailboxSnapshot& mailbox, const MessageRecord& message);
+    const MaildirKeywords& keywords(const std::filesystem::path& maildir);
     /// The file of a message, also when another program has just renamed it. Throws MessageGone, MailError.
-    std::string bytes(const MailboxSnapshot& mailbox, const MessageRecord& message) const;
+    std::string bytes(const MailboxSnapshot& mailbox, const MessageRecord& message);
     /// The text and attachments of a message; the last one asked for is kept. Throws MessageGone, MailError.
     const MimeContent& content(const MailboxSnapshot& mailbox, const MessageRecord& message);
     /// The number of attachments, without reading the message where the index knows it.
     std::size_t attachmentCount(const MailboxSnapshot& mailbox, const MessageRecord& message);
+
+    /// Changes of one message. When they throw (MessageGone, MailError) the message is as it was and where it was.
+    /// Nothing is written when a change changes nothing.
+    void change(const MailboxSnapshot& mailbox, const MessageRecord& message, const FlagChange& change);
+    /// To another mailbox of any account; one that is not there is an error, and so is the message's own.
+    void move(const MailboxSnapshot& mailbox, const MessageRecord& message, const MailFolder& destination);
+    /// To the account's trash, which is made when it is missing. A message that is there already is removed for good.
+    void remove(const MailAccountSettings& account, const MailboxSnapshot& mailbox, const MessageRecord& message);
 
     /// Saves into the drafts mailbox of the sender's account, which is made when it is missing. Returns the file.
     /// Throws MailError, NoSuchAttachment; then nothing is left behind.
     std::filesystem::path saveDraft(const OutgoingMail& mail);
 
 private:
-    struct Look {
-        std::chrono::steady_clock::time_point taken;
-        std::shared_ptr<const MailboxSnapshot> snapshot;
-    };
     using Counts = std::map<std::uint32_t, std::int32_t>; // by message id
 
     void createLocalAccount() const;
+    MailLook& look(const std::filesystem::path& maildir);
+    void moveTo(const MailboxSnapshot& mailbox, const MessageRecord& message, const std::filesystem::path& destination);
+    const std::filesystem::path& trash(const MailAccountSettings& account);
 
     Configuration configuration_;
     HeaderIndex index_;
-    std::unordered_map<std::string, Look> looks_; // by Maildir
+    std::unordered_map<std::string, MailLook> looks_; // by Maildir
+    std::unordered_map<std::string, std::filesystem::path> trashes_; // by account; there once they were asked for
     std::string contentOf_; // the Maildir and base of the message whose content is kept
     MimeContent content_;
     std::unordered_map<std::string, Counts> learned_; // by Maildir

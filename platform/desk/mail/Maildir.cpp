@@ -102,25 +102,6 @@ void makeFolder(const fs::path& folder)
         failWriting(folder, errno);
 }
 
-/// time.unique.host, after the format's rules: unique by process, count and random bits; host without "/" and ":".
-std::string uniqueBase()
-{
-    static std::atomic<unsigned> count = 0;
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    std::uint32_t random = 0;
-    if (getrandom(&random, sizeof random, 0) < 0)
-        random = 0;
-    char host[256] = "";
-    gethostname(host, sizeof host - 1);
-    for (char* c = host; *c != 0; ++c) {
-        if (*c == '/' || *c == ':' || *c == ',')
-            *c = '_';
-    }
-    return fmt::format("{}.M{:06}P{}Q{}R{:08x}.{}", now.tv_sec, now.tv_nsec / 1000, getpid(), ++count, random,
-        host[0] != 0 ? host : "localhost");
-}
-
 void syncFolder(const fs::path& folder)
 {
     const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -231,6 +212,24 @@ fs::path findMessage(const fs::path& maildir, std::string_view base)
     return {};
 }
 
+std::string newMaildirBase()
+{
+    static std::atomic<unsigned> count = 0;
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    std::uint32_t random = 0;
+    if (getrandom(&random, sizeof random, 0) < 0)
+        random = 0;
+    char host[256] = "";
+    gethostname(host, sizeof host - 1);
+    for (char* c = host; *c != 0; ++c) {
+        if (*c == '/' || *c == ':' || *c == ',')
+            *c = '_';
+    }
+    return fmt::format("{}.M{:06}P{}Q{}R{:08x}.{}", now.tv_sec, now.tv_nsec / 1000, getpid(), ++count, random,
+        host[0] != 0 ? host : "localhost");
+}
+
 void createMaildir(const fs::path& maildir, bool plusPlusChild)
 {
     makeFolder(maildir);
@@ -248,7 +247,7 @@ void createMaildir(const fs::path& maildir, bool plusPlusChild)
 fs::path deliverToMaildir(
     const fs::path& maildir, std::string_view flags, const std::function<void(int descriptor)>& write)
 {
-    const std::string base = uniqueBase();
+    const std::string base = newMaildirBase();
     TemporaryFile file(maildir / "tmp" / base);
     write(file.descriptor());
     fs::path destination = maildir / "cur" / fmt::format("{}:2,{}", base, flags);

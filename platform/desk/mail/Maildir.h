@@ -55,6 +55,10 @@ std::filesystem::path messagePath(const std::filesystem::path& maildir, std::str
 /// The file of the message with this base, wherever it went within its Maildir; empty when it is gone.
 std::filesystem::path findMessage(const std::filesystem::path& maildir, std::string_view base);
 
+/// A base that no other message has, for a new file: time, process, count, random bits and host, after the format's
+/// rules.
+std::string newMaildirBase();
+
 /// Makes the folder with its cur, new and tmp where they are missing; `plusPlusChild` adds the marker file of a
 /// sub-folder. Throws MailError.
 void createMaildir(const std::filesystem::path& maildir, bool plusPlusChild);

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/desk/mail/MaildirKeywords.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// A message's flags, colour and junk mark as they stand in the name of its file: capital letters are Maildir's own
+/// flags, small ones keywords (see MaildirKeywords). The colour is three bits of keywords, the junk mark is one of two.
+namespace mervo::desk {
+
+/// What to change; what is left out stays as it is.
+struct FlagChange {
+    std::optional<bool> seen, flagged, replied, passed, trashed;
+    std::optional<bool> junk; ///< false says that it is none, which also holds in the junk mailbox
+    std::optional<int> colour; ///< 0 red to 6 gray, which flags the message as well; -1 takes flag and colour away
+};
+
+inline constexpr int kNoColour = -1, kLastColour = 6;
+
+/// kNoColour for a message that is not flagged; 0 for one that is flagged without a colour.
+int messageColour(std::string_view info, const MaildirKeywords& keywords) noexcept;
+
+/// True or false as the message was marked; nothing when it never was.
+std::optional<bool> junkMark(std::string_view info, const MaildirKeywords& keywords) noexcept;
+
+/// `info` after the change: letters in order of their codes, unknown ones kept, and so is what stands behind a comma.
+/// Keywords that the Maildir has no letter for yet are added there. Throws MailError.
+std::string changedInfo(
+    std::string_view info, const FlagChange& change, const std::filesystem::path& maildir, MaildirKeywords& keywords);
+
+/// `info` of a message that goes to another Maildir, where a keyword may have another letter. One that finds no room
+/// there is dropped. Throws MailError.
+std::string translatedInfo(
+    std::string_view info, const MaildirKeywords& from, const std::filesystem::path& destination, MaildirKeywords& to);
+
+} // namespace mervo::desk
