@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -44,5 +45,8 @@ private:
 /// Throws NotStarted; also for a program or argument that holds a NUL character, which no program can receive. Any
 /// thread may call it, also several at once.
 Outcome run(const Command& command);
+
+/// Whether a process with this number is there and ours to signal. False for 0 and below.
+bool isRunning(std::int64_t processId) noexcept;
 
 } // namespace mervo::platform

@@ -1,10 +1,10 @@
 #include "core/automations/AutomationArguments.h"
 
+#include "core/automations/AgentClients.h"
 #include "core/foundation/Text.h"
 #include "core/tools/Arguments.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 
 namespace mervo::AutomationArguments {
@@ -50,11 +50,13 @@ bool checkSchedule(const Args& args)
 
 void checkClient(const Args& args)
 {
-    constexpr std::array<std::string_view, 4> kClients{"claude", "codex", "agy", "grok"};
     const auto found = args.find("client");
-    if (found == args.end() || std::find(kClients.begin(), kClients.end(), found->second) != kClients.end())
+    if (found == args.end() || AgentClients::isKnown(found->second))
         return;
-    throw ToolError::badArg("client must be one of " + Text::join({kClients.begin(), kClients.end()}, ", "));
+    std::vector<std::string> ids;
+    for (const AgentClient& client : AgentClients::all())
+        ids.emplace_back(client.id);
+    throw ToolError::badArg("client must be one of " + Text::join(ids, ", "));
 }
 
 } // namespace

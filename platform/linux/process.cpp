@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <limits>
 #include <poll.h>
 #include <spawn.h>
 #include <string_view>
@@ -265,6 +266,12 @@ Outcome run(const Command& command)
     if (const auto status = child.wait())
         setStatus(outcome, *status);
     return outcome;
+}
+
+bool isRunning(std::int64_t processId) noexcept
+{
+    return processId > 0 && processId <= std::numeric_limits<pid_t>::max()
+        && kill(static_cast<pid_t>(processId), 0) == 0;
 }
 
 } // namespace mervo::platform
