@@ -40,7 +40,7 @@ std::string verdict(const PendingAction& action, std::string_view note)
 
 } // namespace
 
-Result approve(const PendingAction& action, Stores stores)
+Claim claim(const PendingAction& action, Stores stores)
 {
     const Tool* tool = Tools::find(action.tool);
     if (tool == nullptr)
@@ -52,15 +52,33 @@ Result approve(const PendingAction& action, Stores stores)
     }
     if (!stores.pending.remove(action.id))
         return AlreadyGone{};
-    const auto run = HarnessRunner::executeBuilt(*tool, action.args);
+    return Claimed{action};
+}
+
+Run run(const Claimed& claimed, Stores stores)
+{
+    const PendingAction& action = claimed.action;
+    const auto done = HarnessRunner::executeBuilt(*Tools::find(action.tool), action.args);
     AuditLog::Details details = action.args;
-    if (run.ok) {
-        details["result"] = HarnessRunner::truncate(run.output, HarnessRunner::kAuditTextLimit);
+    if (done.ok) {
+        details["result"] = HarnessRunner::truncate(done.output, HarnessRunner::kAuditTextLimit);
         stores.audit.log(kActor, action.tool, std::nullopt, details, "executed", "approved");
-        return Executed{run.output};
+        return Executed{done.output};
     }
-    stores.audit.log(kActor, action.tool, std::nullopt, details, "error", run.error);
-    return Failed{run.error, queuedAgain(action, stores.pending)};
+    stores.audit.log(kActor, action.tool, std::nullopt, details, "error", done.error);
+    return Failed{done.error, queuedAgain(action, stores.pending)};
+}
+
+Result approve(const PendingAction& action, Stores stores)
+{
+    auto claimed = claim(action, stores);
+    if (const auto* ours = std::get_if<Claimed>(&claimed))
+        return std::visit([](auto&& end) { return Result(std::move(end)); }, run(*ours, stores));
+    if (auto* unknown = std::get_if<UnknownTool>(&claimed))
+        return std::move(*unknown);
+    if (auto* refused = std::get_if<Refused>(&claimed))
+        return std::move(*refused);
+    return AlreadyGone{};
 }
 
 bool reject(const PendingAction& action, std::string_view note, Stores stores)

@@ -29,6 +29,10 @@ struct Refused {
 };
 /// Someone else approved or rejected the action first, or its file could not be removed: nothing ran.
 struct AlreadyGone { };
+/// The file was removed by this call: the action is this caller's to run, and nobody else's.
+struct Claimed {
+    PendingAction action;
+};
 struct Executed {
     std::string output;
 };
@@ -37,11 +41,20 @@ struct Failed {
     std::string error;
     bool queuedAgain = false;
 };
+using Claim = std::variant<UnknownTool, Refused, AlreadyGone, Claimed>;
+using Run = std::variant<Executed, Failed>;
 using Result = std::variant<UnknownTool, Refused, AlreadyGone, Executed, Failed>;
 
-/// Runs the action as it was shown, whatever its file says by now; policy is not asked again. The file is removed
-/// before the run, and whoever removed it runs: of several approvals at once one does. A crash in the middle loses the
-/// queued copy rather than run it twice. Writes the audit row. Blocks while the tool runs; never throws.
+/// The first half of an approval: looks the tool up, lets it check the arguments and removes the file. Whoever removed
+/// it runs: of several approvals at once one does. Quick, and runs nothing; never throws.
+[[nodiscard]] Claim claim(const PendingAction& action, Stores stores);
+
+/// The second half: runs the action as it was shown, whatever its file said by then; policy is not asked again. Writes
+/// the audit row; an action that failed is queued again. A crash in the middle loses the queued copy rather than run it
+/// twice. Blocks while the tool runs; any thread; never throws.
+[[nodiscard]] Run run(const Claimed& claimed, Stores stores);
+
+/// Both halves.
 [[nodiscard]] Result approve(const PendingAction& action, Stores stores);
 
 /// Drops the action and tells later runs of automations so for a week. The note may be empty. True when this call
