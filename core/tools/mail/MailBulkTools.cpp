@@ -5,9 +5,12 @@
 #include "core/tools/MissingBridge.h"
 #include "core/tools/mail/MailCount.h"
 #include "core/tools/mail/MailCriteria.h"
+#include "core/tools/mail/MailScripts.h"
 #include "core/tools/mail/MailSelector.h"
 
+#include <algorithm>
 #include <array>
+#include <vector>
 
 namespace mervo::Tools {
 
@@ -15,17 +18,25 @@ using namespace std::string_literals;
 
 namespace {
 
-Invocation buildBulk(const Args& args)
+/// A criteria script with the tool's own items behind the thirteen.
+Invocation bulk(const Args& args, const std::string& script, const std::vector<std::string>& own = {})
 {
     MailCriteria::requireFilter(args);
     MailSelector::requireMailbox(args);
-    return {};
+    Invocation invocation{script, MailCriteria::argv(args)};
+    invocation.argv.insert(invocation.argv.end(), own.begin(), own.end());
+    return invocation;
+}
+
+Invocation buildDelete(const Args& args)
+{
+    return bulk(args, MailScripts::remove());
 }
 
 Invocation buildMove(const Args& args)
 {
-    Arguments::required(args, "dest");
-    return buildBulk(args);
+    const std::string destination = Arguments::required(args, "dest");
+    return bulk(args, MailScripts::move(), {destination});
 }
 
 Invocation buildArchive(const Args& args)
@@ -40,21 +51,44 @@ std::optional<std::string> previewMove(const Args& args)
     return MailCount::preview(args, " → " + Arguments::optional(args, "dest", "?"));
 }
 
-/// The colour's word when it is one that a flag can have, with a blank before it; else nothing.
-std::string knownColour(const Args& args)
+struct Colour {
+    std::string_view word;
+    char index;
+};
+
+/// The colour when it is one that a flag can have.
+const Colour* knownColour(const Args& args)
 {
-    constexpr std::array<std::string_view, 8> kColours{
-        "red", "orange", "yellow", "green", "blue", "purple", "gray", "grey"};
+    static constexpr std::array<Colour, 8> kColours{{{"red", '0'}, {"orange", '1'}, {"yellow", '2'}, {"green", '3'},
+        {"blue", '4'}, {"purple", '5'}, {"gray", '6'}, {"grey", '6'}}};
     const std::string wanted = Arguments::optional(args, "color");
-    for (const auto colour : kColours)
-        if (Text::equalsIgnoringCase(wanted, colour))
-            return " " + std::string(colour);
-    return {};
+    const auto found = std::find_if(kColours.begin(), kColours.end(),
+        [&](const Colour& colour) { return Text::equalsIgnoringCase(wanted, colour.word); });
+    return found == kColours.end() ? nullptr : &*found;
+}
+
+std::string asDigit(bool isOn)
+{
+    return isOn ? "1" : "0";
+}
+
+Invocation buildFlag(const Args& args)
+{
+    const Colour* colour = knownColour(args);
+    return bulk(args, MailScripts::flag(),
+        {asDigit(Arguments::isOn(args, "flag")), colour == nullptr ? std::string() : std::string(1, colour->index)});
+}
+
+Invocation buildJunk(const Args& args)
+{
+    return bulk(args, MailScripts::junk(), {asDigit(Arguments::isOn(args, "junk"))});
 }
 
 std::optional<std::string> previewFlag(const Args& args)
 {
-    return MailCount::preview(args, (Arguments::isOn(args, "flag") ? " → flag" : " → unflag") + knownColour(args));
+    const Colour* colour = knownColour(args);
+    std::string suffix = Arguments::isOn(args, "flag") ? " → flag" : " → unflag";
+    return MailCount::preview(args, colour == nullptr ? suffix : suffix + " " + std::string(colour->word));
 }
 
 std::optional<std::string> previewJunk(const Args& args)
@@ -66,32 +100,30 @@ std::optional<std::string> previewJunk(const Args& args)
 
 const Tool& mailDelete()
 {
-    static const Tool tool = withoutBridge("Mail",
-        {
-            .id = "mail.delete",
-            .summary = "Move messages to Trash by criteria (account, mailbox, ≥1 of: "s + MailCriteria::kSentence
-                + "). Approval.",
-            .effect = Effect::destructive,
-            .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox}),
-            .build = buildBulk,
-            .preview = [](const Args& args) { return MailCount::preview(args, ""); },
-        });
+    static const Tool tool = {
+        .id = "mail.delete",
+        .summary =
+            "Move messages to Trash by criteria (account, mailbox, ≥1 of: "s + MailCriteria::kSentence + "). Approval.",
+        .effect = Effect::destructive,
+        .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox}),
+        .build = buildDelete,
+        .preview = [](const Args& args) { return MailCount::preview(args, ""); },
+    };
     return tool;
 }
 
 const Tool& mailMove()
 {
-    static const Tool tool = withoutBridge("Mail",
-        {
-            .id = "mail.move",
-            .summary = "Move matching messages to another folder (account, mailbox, dest, ≥1 of: "s
-                + MailCriteria::kSentence + "). Reversible; Approval.",
-            .effect = Effect::destructive,
-            .arguments = MailCriteria::arguments(
-                {MailSelector::kAccount, MailSelector::kMailbox, {"dest", true, "mailbox of the same account"}}),
-            .build = buildMove,
-            .preview = previewMove,
-        });
+    static const Tool tool = {
+        .id = "mail.move",
+        .summary = "Move matching messages to another folder (account, mailbox, dest, ≥1 of: "s
+            + MailCriteria::kSentence + "). Reversible; Approval.",
+        .effect = Effect::destructive,
+        .arguments = MailCriteria::arguments(
+            {MailSelector::kAccount, MailSelector::kMailbox, {"dest", true, "mailbox of the same account"}}),
+        .build = buildMove,
+        .preview = previewMove,
+    };
     return tool;
 }
 
@@ -113,34 +145,32 @@ const Tool& mailArchive()
 
 const Tool& mailFlag()
 {
-    static const Tool tool = withoutBridge("Mail",
-        {
-            .id = "mail.flag",
-            .summary = "Flag (or unflag) matching messages (account, mailbox, ≥1 of: "s + MailCriteria::kSentence
-                + ", [flag=true|false], [color=red|orange|yellow|green|blue|purple|gray]). Reversible; Approval.",
-            .effect = Effect::destructive,
-            .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox},
-                {{"flag", false, "false takes the flag away (true)"},
-                    {"color", false, "red, orange, yellow, green, blue, purple or gray"}}),
-            .build = buildBulk,
-            .preview = previewFlag,
-        });
+    static const Tool tool = {
+        .id = "mail.flag",
+        .summary = "Flag (or unflag) matching messages (account, mailbox, ≥1 of: "s + MailCriteria::kSentence
+            + ", [flag=true|false], [color=red|orange|yellow|green|blue|purple|gray]). Reversible; Approval.",
+        .effect = Effect::destructive,
+        .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox},
+            {{"flag", false, "false takes the flag away (true)"},
+                {"color", false, "red, orange, yellow, green, blue, purple or gray"}}),
+        .build = buildFlag,
+        .preview = previewFlag,
+    };
     return tool;
 }
 
 const Tool& mailJunk()
 {
-    static const Tool tool = withoutBridge("Mail",
-        {
-            .id = "mail.junk",
-            .summary = "Mark (or unmark) matching messages as junk/spam (account, mailbox, ≥1 of: "s
-                + MailCriteria::kSentence + ", [junk=true|false]). Reversible; Approval.",
-            .effect = Effect::destructive,
-            .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox},
-                {{"junk", false, "false takes the mark away (true)"}}),
-            .build = buildBulk,
-            .preview = previewJunk,
-        });
+    static const Tool tool = {
+        .id = "mail.junk",
+        .summary = "Mark (or unmark) matching messages as junk/spam (account, mailbox, ≥1 of: "s
+            + MailCriteria::kSentence + ", [junk=true|false]). Reversible; Approval.",
+        .effect = Effect::destructive,
+        .arguments = MailCriteria::arguments(
+            {MailSelector::kAccount, MailSelector::kMailbox}, {{"junk", false, "false takes the mark away (true)"}}),
+        .build = buildJunk,
+        .preview = previewJunk,
+    };
     return tool;
 }
 

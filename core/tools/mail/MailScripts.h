@@ -18,6 +18,10 @@ const std::string& audit(); ///< and limit
 const std::string& search(); ///< and limit
 const std::string& messageId();
 const std::string& count(); ///< gives "<matches>|<kilobytes>"
+const std::string& remove();
+const std::string& move(); ///< and destination
+const std::string& flag(); ///< and "1" or "0", the index of a colour or ""
+const std::string& junk(); ///< and "1" or "0"
 
 const std::string& body(); ///< account, mailbox, subject, subjectContains, from
 const std::string& draft(); ///< to, subject, body, attachments one a line, from
