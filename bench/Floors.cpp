@@ -1,13 +1,18 @@
 #include "bench/Measure.h"
 
 #include <array>
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <fstream>
 #include <sqlite3.h>
 #include <stdexcept>
 #include <time.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace mervo::bench {
 namespace {
@@ -112,6 +117,43 @@ private:
     std::int64_t rows_ = 0;
 };
 
+class Rename final : public Measure {
+public:
+    explicit Rename(const std::string& list)
+    {
+        std::ifstream lines(list);
+        for (std::string from, to; std::getline(lines, from) && std::getline(lines, to);)
+            pairs_.emplace_back(from, to);
+    }
+
+    Sample sample() override
+    {
+        const std::int64_t before = ownCpu();
+        Sample sample{.wall = timed([&] {
+            for (const auto& [from, to] : pairs_)
+                rename(from, to);
+        })};
+        sample.cpu = ownCpu() - before;
+        for (const auto& [from, to] : pairs_)
+            rename(to, from);
+        return sample;
+    }
+
+    std::map<std::string, std::int64_t> notes() override
+    {
+        return {{"files", static_cast<std::int64_t>(pairs_.size())}};
+    }
+
+private:
+    static void rename(const std::string& from, const std::string& to)
+    {
+        if (std::rename(from.c_str(), to.c_str()) != 0)
+            throw std::runtime_error(from + ": " + std::strerror(errno));
+    }
+
+    std::vector<std::pair<std::string, std::string>> pairs_;
+};
+
 /// Reads as little as a program can that must look into every message: 4 KiB hold the headers.
 class Walk final : public Measure {
 public:
@@ -176,6 +218,11 @@ std::unique_ptr<Measure> makeWalk(const Words& words)
 {
     return std::make_unique<Walk>(words.at(0));
 }
+std::unique_ptr<Measure> makeRename(const Words& list)
+{
+    return std::make_unique<Rename>(list.at(0));
+}
+
 std::unique_ptr<Measure> makeScan(const Words& words)
 {
     return std::make_unique<Scan>(words.at(0), words.at(1), words.at(2));

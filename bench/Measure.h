@@ -30,10 +30,12 @@ std::unique_ptr<Measure> makeMeasure(const Words& words);
 
 std::unique_ptr<Measure> makeSpawn(const Words& command); ///< a whole process, until its end
 std::unique_ptr<Measure> makeFresh(const Words& folderAndCommand); ///< the same, a folder removed before
+std::unique_ptr<Measure> makeAfter(const Words& preparationAndCommand); ///< the same, a shell command run before
 std::unique_ptr<Measure> makeGreet(const Words& command); ///< a process, until its first answer
 std::unique_ptr<Measure> makeServe(const Words& partRequestAndCommand); ///< one more answer of a running process
 std::unique_ptr<Measure> makeInsert(const Words& file); ///< the audit trail's INSERT, committed
 std::unique_ptr<Measure> makeWalk(const Words& folder); ///< the first 4 KiB of every file below a folder
+std::unique_ptr<Measure> makeRename(const Words& list); ///< a loop of renames; they are undone out of the clock
 std::unique_ptr<Measure> makeScan(const Words& fileStatementText); ///< one statement, all its rows
 
 /// Nanoseconds of processor time that this process has taken.

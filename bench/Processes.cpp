@@ -44,6 +44,25 @@ private:
     Spawn spawn_;
 };
 
+class After final : public Measure {
+public:
+    explicit After(const Words& words)
+        : preparation_({"sh", "-c", words.at(0)})
+        , spawn_(Words(words.begin() + 1, words.end()))
+    {
+    }
+
+    Sample sample() override
+    {
+        Child(preparation_).finish();
+        return spawn_.sample();
+    }
+
+private:
+    Words preparation_;
+    Spawn spawn_;
+};
+
 constexpr std::string_view kInitialize = R"({"jsonrpc":"2.0","id":0,"method":"initialize","params":{)"
                                          R"("protocolVersion":"2025-06-18","capabilities":{},)"
                                          R"("clientInfo":{"name":"bench","version":"1"}}})"
@@ -139,6 +158,11 @@ std::unique_ptr<Measure> makeFresh(const Words& words)
 {
     return std::make_unique<Fresh>(words);
 }
+std::unique_ptr<Measure> makeAfter(const Words& preparationAndCommand)
+{
+    return std::make_unique<After>(preparationAndCommand);
+}
+
 std::unique_ptr<Measure> makeGreet(const Words& words)
 {
     return std::make_unique<Greet>(words);

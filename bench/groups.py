@@ -8,6 +8,7 @@ import statistics
 import subprocess
 import sys
 
+from bulk import bulk
 from figures import MS, Figure, added
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -217,4 +218,4 @@ def gate(bench):
     ]
 
 
-GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "gate": gate}
+GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "bulk": bulk, "gate": gate}

@@ -4,11 +4,14 @@
 ///
 ///     spawn COMMAND...          a whole process
 ///     fresh FOLDER COMMAND...   the same, without a folder that is removed before (outside of the clock)
+///     after PREPARE COMMAND...  the same, with a command for the shell that is run before (outside of the clock)
 ///     greet COMMAND...          a server's start, until "initialize" is answered
 ///     serve PART REQUEST COMMAND...
 ///                               one answer of a running server, which must hold PART; "@" is a number that grows
 ///     insert FILE               one row of an audit trail, committed
 ///     walk FOLDER               the first 4 KiB of every file below a folder
+///     rename LIST               a file's pairs of lines, from and to: each renamed (and back again outside of the
+///     clock)
 ///
 /// Two rounds more than asked for are done first and left out. Prints one JSON object with all samples in ns.
 #include "bench/Measure.h"
@@ -25,7 +28,8 @@ namespace mervo::bench {
 std::unique_ptr<Measure> makeMeasure(const Words& words)
 {
     static const std::map<std::string, std::unique_ptr<Measure> (*)(const Words&)> kinds{{"spawn", makeSpawn},
-        {"fresh", makeFresh}, {"greet", makeGreet}, {"serve", makeServe}, {"insert", makeInsert}, {"walk", makeWalk}};
+        {"fresh", makeFresh}, {"after", makeAfter}, {"greet", makeGreet}, {"serve", makeServe}, {"insert", makeInsert},
+        {"walk", makeWalk}, {"rename", makeRename}};
     const auto kind = kinds.find(words.at(0));
     if (kind == kinds.end())
         throw std::runtime_error(words[0] + " is no kind of measure");

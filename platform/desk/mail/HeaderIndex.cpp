@@ -79,17 +79,17 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::trySnapshot(const fs::path& 
 
 std::shared_ptr<const MailboxSnapshot> HeaderIndex::storedSnapshot(const fs::path& maildir, const Folder& folder)
 {
-    std::optional<RecordMemory> memory;
+    std::vector<RecordMemory> memory;
     std::vector<MessageRecord> records;
     database().readChunks(folder,
         {.expect =
                 [&](std::size_t bytes, std::size_t chunks) {
-                    memory.emplace(bytes);
+                    memory.emplace_back(bytes);
                     records.reserve(chunks * kMessagesInChunk);
                 },
-            .room = [&](std::size_t bytes) { return memory->take(bytes); },
+            .room = [&](std::size_t bytes) { return memory.back().take(bytes); },
             .take = [&](std::int64_t, std::string_view chunk) { readRecords(chunk, records); }});
-    return std::make_shared<MailboxSnapshot>(maildir, std::move(*memory), std::move(records));
+    return std::make_shared<MailboxSnapshot>(maildir, std::move(memory), std::move(records));
 }
 
 HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)

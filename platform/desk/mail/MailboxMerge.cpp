@@ -2,13 +2,63 @@
 
 #include "platform/desk/mail/MessageFile.h"
 
-#include <unordered_map>
+#include <bit>
+#include <limits>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace mervo::desk {
 namespace {
 
-constexpr std::size_t kUsualChunk = kMessagesInChunk * 320; // bytes
+/// Finds messages by their bases. A fingerprint and a position are all that it holds of each, side by side, so that
+/// comparing a folder's names with a hundred thousand known ones does not jump about in memory for each.
+class BaseTable {
+public:
+    explicit BaseTable(const std::vector<MessageHeader>& headers)
+        : headers_(headers)
+        , slots_(std::bit_ceil(headers.size() * 2 + 1))
+    {
+        for (std::size_t i = 0; i < headers.size(); ++i) {
+            const std::string_view base = splitMaildirName(headers[i].fileName).base;
+            if (Slot& slot = find(base); slot.position == kFree)
+                slot = {print(base), static_cast<std::uint32_t>(i)};
+        }
+    }
+
+    /// The first header with this base; nothing when there is none.
+    std::optional<std::size_t> position(std::string_view base)
+    {
+        const Slot& slot = find(base);
+        return slot.position == kFree ? std::nullopt : std::optional<std::size_t>(slot.position);
+    }
+
+private:
+    static constexpr std::uint32_t kFree = std::numeric_limits<std::uint32_t>::max();
+    struct Slot {
+        std::uint32_t print = 0, position = kFree;
+    };
+
+    static std::uint32_t print(std::string_view base) noexcept
+    {
+        return static_cast<std::uint32_t>(fingerprint(base) >> 32);
+    }
+
+    /// The slot of this base, or the free one where it belongs.
+    Slot& find(std::string_view base)
+    {
+        const std::uint32_t wanted = print(base);
+        for (std::size_t at = wanted;; ++at) {
+            Slot& slot = slots_[at & (slots_.size() - 1)];
+            if (slot.position == kFree
+                || (slot.print == wanted && splitMaildirName(headers_[slot.position].fileName).base == base))
+                return slot;
+        }
+    }
+
+    const std::vector<MessageHeader>& headers_;
+    std::vector<Slot> slots_;
+};
 
 } // namespace
 
@@ -16,33 +66,29 @@ MailboxMerge::MailboxMerge(IndexDatabase& database, const IndexDatabase::Folder&
 {
     if (folder.id == 0)
         return;
-    std::string arriving;
     database.readChunks(folder,
-        {.expect = [](std::size_t, std::size_t) {},
-            .room =
-                [&](std::size_t bytes) {
-                    arriving.assign(bytes, '\0');
-                    return arriving.data();
+        {.expect =
+                [&](std::size_t bytes, std::size_t chunks) {
+                    memory_.emplace_back(bytes);
+                    headers_.reserve(chunks * kMessagesInChunk);
+                    chunkOf_.reserve(chunks * kMessagesInChunk);
                 },
-            .take = [&](std::int64_t number, std::string_view) { keep(number, std::move(arriving)); }});
+            .room = [&](std::size_t bytes) { return memory_.back().take(bytes); },
+            .take = [&](std::int64_t number, std::string_view chunk) { keep(number, chunk); }});
 }
 
 bool MailboxMerge::apply(
     const std::filesystem::path& maildir, const std::vector<MaildirEntry>& entries, IndexDatabase::Change& change)
 {
-    std::unordered_map<std::string_view, std::size_t> byBase;
-    byBase.reserve(headers_.size());
-    for (std::size_t i = 0; i < headers_.size(); ++i)
-        byBase.emplace(splitMaildirName(headers_[i].fileName).base, i);
+    BaseTable known(headers_);
     std::vector<bool> isSeen(headers_.size());
     std::vector<const MaildirEntry*> unknown;
     for (const MaildirEntry& entry : entries) {
-        const auto found = byBase.find(splitMaildirName(entry.fileName).base);
-        if (found == byBase.end()) {
-            unknown.push_back(&entry);
+        if (const auto found = known.position(splitMaildirName(entry.fileName).base)) {
+            isSeen[*found] = true;
+            rename(*found, entry);
         } else {
-            isSeen[found->second] = true;
-            rename(found->second, entry);
+            unknown.push_back(&entry);
         }
     }
     removeUnseen(isSeen);
@@ -59,47 +105,56 @@ void MailboxMerge::setAttachments(std::uint32_t id, std::int32_t count)
     }
 }
 
+std::size_t MailboxMerge::touchedLength() const
+{
+    std::size_t length = 0;
+    for (std::size_t i = 0; i < headers_.size(); ++i) {
+        if (touched_.contains(chunkOf_[i]))
+            length += recordLength(headers_[i]);
+    }
+    return length;
+}
+
 void MailboxMerge::write(const IndexDatabase::Folder& folder, IndexDatabase::Change& change)
 {
-    std::map<std::int64_t, std::string> fresh;
-    for (const std::int64_t number : touched_)
-        fresh[number].reserve(kUsualChunk);
-    for (std::size_t i = 0; i < headers_.size(); ++i) {
-        if (const auto chunk = fresh.find(chunkOf_[i]); chunk != fresh.end())
-            appendRecord(chunk->second, headers_[i]);
-    }
-    headers_.clear(); // they point into the chunks that are replaced now
-    for (auto& [number, bytes] : fresh) {
-        if (bytes.empty()) {
+    RecordMemory fresh(touchedLength());
+    std::string chunk;
+    std::size_t next = 0;
+    for (const std::int64_t number : touched_) {
+        chunk.clear();
+        while (next < headers_.size() && chunkOf_[next] < number)
+            ++next;
+        for (; next < headers_.size() && chunkOf_[next] == number; ++next)
+            appendRecord(chunk, headers_[next]);
+        if (chunk.empty()) {
             change.removeChunk(folder, number);
             chunks_.erase(number);
         } else {
-            change.write(folder, number, bytes);
-            chunks_[number] = std::move(bytes);
+            change.write(folder, number, chunk);
+            char* place = fresh.take(chunk.size());
+            chunk.copy(place, chunk.size());
+            chunks_[number] = {place, chunk.size()};
         }
     }
+    headers_.clear(); // they are as they were before
+    memory_.push_back(std::move(fresh));
 }
 
-std::shared_ptr<const MailboxSnapshot> MailboxMerge::finish(const std::filesystem::path& maildir) const
+std::shared_ptr<const MailboxSnapshot> MailboxMerge::finish(const std::filesystem::path& maildir)
 {
-    std::size_t total = 0;
-    for (const auto& [number, bytes] : chunks_)
-        total += bytes.size();
-    RecordMemory memory(total);
     std::vector<MessageRecord> records;
     records.reserve(chunkOf_.size());
-    for (const auto& [number, bytes] : chunks_) {
-        char* place = memory.take(bytes.size());
-        bytes.copy(place, bytes.size());
-        readRecords({place, bytes.size()}, records);
-    }
-    return std::make_shared<MailboxSnapshot>(maildir, std::move(memory), std::move(records));
+    for (const auto& [number, chunk] : chunks_)
+        readRecords(chunk, records);
+    return std::make_shared<MailboxSnapshot>(maildir, std::move(memory_), std::move(records));
 }
 
-void MailboxMerge::keep(std::int64_t number, std::string chunk)
+void MailboxMerge::keep(std::int64_t number, std::string_view chunk)
 {
     std::vector<MessageRecord> records;
-    readRecords(chunks_[number] = std::move(chunk), records);
+    records.reserve(kMessagesInChunk);
+    readRecords(chunk, records);
+    chunks_[number] = chunk;
     sizes_[number] = records.size();
     for (const MessageRecord& record : records)
         headers_.push_back(record.header());

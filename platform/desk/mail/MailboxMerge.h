@@ -2,6 +2,7 @@
 
 #include "platform/desk/mail/IndexDatabase.h"
 #include "platform/desk/mail/MailboxSnapshot.h"
+#include "platform/desk/mail/RecordMemory.h"
 #include "platform/desk/mail/TextStore.h"
 
 #include <cstdint>
@@ -9,7 +10,7 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace mervo::desk {
@@ -29,19 +30,22 @@ public:
 
     /// Puts the changed chunks together again and writes them. What was changed is settled then.
     void write(const IndexDatabase::Folder& folder, IndexDatabase::Change& change);
-    std::shared_ptr<const MailboxSnapshot> finish(const std::filesystem::path& maildir) const;
+    /// The messages as they are written now. The last thing to ask for: it takes the memory along.
+    std::shared_ptr<const MailboxSnapshot> finish(const std::filesystem::path& maildir);
 
 private:
-    void keep(std::int64_t number, std::string chunk);
+    void keep(std::int64_t number, std::string_view chunk);
+    std::size_t touchedLength() const;
     void rename(std::size_t at, const MaildirEntry& entry);
     void removeUnseen(const std::vector<bool>& isSeen);
     std::size_t add(const std::filesystem::path& maildir, const std::vector<const MaildirEntry*>& entries,
         IndexDatabase::Change& change);
 
-    std::map<std::int64_t, std::string> chunks_; // by number
+    std::vector<RecordMemory> memory_; // what was read, then what was written
+    std::map<std::int64_t, std::string_view> chunks_; // by number
     TextStore texts_; // of messages that are in no chunk yet
     std::vector<MessageHeader> headers_; // with texts in both
-    std::vector<std::int64_t> chunkOf_; // for each header
+    std::vector<std::int64_t> chunkOf_; // for each header; never descends
     std::map<std::int64_t, std::size_t> sizes_; // of the chunks, in messages
     std::set<std::int64_t> touched_;
 };

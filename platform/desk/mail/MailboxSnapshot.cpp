@@ -14,7 +14,7 @@ bool newerFirst(const MessageRecord& a, const MessageRecord& b)
 } // namespace
 
 MailboxSnapshot::MailboxSnapshot(
-    std::filesystem::path maildir, RecordMemory memory, std::vector<MessageRecord> messages)
+    std::filesystem::path maildir, std::vector<RecordMemory> memory, std::vector<MessageRecord> messages)
     : maildir_(std::move(maildir))
     , memory_(std::move(memory))
     , messages_(std::move(messages))

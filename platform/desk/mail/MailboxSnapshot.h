@@ -14,8 +14,9 @@ namespace mervo::desk {
 /// The messages of one mailbox at one moment, newest received first. Never changes; owns the bytes of its records.
 class MailboxSnapshot {
 public:
-    /// Records in any order, and the memory that they lie in.
-    MailboxSnapshot(std::filesystem::path maildir, RecordMemory memory, std::vector<MessageRecord> messages);
+    /// Records in any order, and the pieces of memory that they lie in.
+    MailboxSnapshot(
+        std::filesystem::path maildir, std::vector<RecordMemory> memory, std::vector<MessageRecord> messages);
 
     const std::filesystem::path& maildir() const noexcept { return maildir_; }
     const std::vector<MessageRecord>& messages() const noexcept { return messages_; }
@@ -25,7 +26,7 @@ public:
 
 private:
     std::filesystem::path maildir_;
-    RecordMemory memory_;
+    std::vector<RecordMemory> memory_;
     std::vector<MessageRecord> messages_;
     // Made when first asked.
     mutable std::unordered_map<std::uint32_t, std::size_t> byId_;

@@ -102,6 +102,26 @@ void makeFolder(const fs::path& folder)
         failWriting(folder, errno);
 }
 
+/// Without the characters that mean something in a file's name.
+std::string hostName()
+{
+    char host[256] = "";
+    gethostname(host, sizeof host - 1);
+    for (char* c = host; *c != 0; ++c) {
+        if (*c == '/' || *c == ':' || *c == ',')
+            *c = '_';
+    }
+    return host[0] != 0 ? host : "localhost";
+}
+
+std::uint32_t randomNumber()
+{
+    std::uint32_t random = 0;
+    if (getrandom(&random, sizeof random, 0) < 0)
+        random = static_cast<std::uint32_t>(getpid());
+    return random;
+}
+
 void syncFolder(const fs::path& folder)
 {
     const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -214,20 +234,12 @@ fs::path findMessage(const fs::path& maildir, std::string_view base)
 
 std::string newMaildirBase()
 {
+    static const std::uint32_t random = randomNumber();
+    static const std::string host = hostName();
     static std::atomic<unsigned> count = 0;
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    std::uint32_t random = 0;
-    if (getrandom(&random, sizeof random, 0) < 0)
-        random = 0;
-    char host[256] = "";
-    gethostname(host, sizeof host - 1);
-    for (char* c = host; *c != 0; ++c) {
-        if (*c == '/' || *c == ':' || *c == ',')
-            *c = '_';
-    }
-    return fmt::format("{}.M{:06}P{}Q{}R{:08x}.{}", now.tv_sec, now.tv_nsec / 1000, getpid(), ++count, random,
-        host[0] != 0 ? host : "localhost");
+    return fmt::format("{}.M{:06}P{}Q{}R{:08x}.{}", now.tv_sec, now.tv_nsec / 1000, getpid(), ++count, random, host);
 }
 
 void createMaildir(const fs::path& maildir, bool plusPlusChild)

@@ -80,6 +80,12 @@ void appendRecord(std::string& chunk, const MessageHeader& header)
     chunk.resize(padded(chunk.size()));
 }
 
+std::size_t recordLength(const MessageHeader& header) noexcept
+{
+    return padded(sizeof(MessageRecord::FixedPart) + header.fileName.size() + header.subject.size()
+        + header.sender.size() + header.messageId.size() + header.to.size());
+}
+
 void readRecords(std::string_view chunk, std::vector<MessageRecord>& records)
 {
     using Fixed = MessageRecord::FixedPart;

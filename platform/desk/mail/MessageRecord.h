@@ -79,6 +79,7 @@ private:
     const FixedPart* fixed_;
 
     friend void appendRecord(std::string& chunk, const MessageHeader& header);
+    friend std::size_t recordLength(const MessageHeader& header) noexcept;
     friend void readRecords(std::string_view chunk, std::vector<MessageRecord>& records);
 };
 
@@ -89,6 +90,9 @@ public:
 };
 
 void appendRecord(std::string& chunk, const MessageHeader& header);
+
+/// The bytes that a record of this header takes.
+std::size_t recordLength(const MessageHeader& header) noexcept;
 
 /// Appends the records of a chunk, whose bytes must be aligned as `new` gives them. Every length is checked here and
 /// trusted later. Throws MalformedRecords.
