@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -119,7 +120,8 @@ private:
 
 class Rename final : public Measure {
 public:
-    explicit Rename(const std::string& list)
+    Rename(const std::string& preparation, const std::string& list)
+        : preparation_(preparation)
     {
         std::ifstream lines(list);
         for (std::string from, to; std::getline(lines, from) && std::getline(lines, to);)
@@ -128,14 +130,16 @@ public:
 
     Sample sample() override
     {
+        if (std::system(preparation_.c_str()) != 0)
+            throw std::runtime_error(preparation_ + " failed");
         const std::int64_t before = ownCpu();
         Sample sample{.wall = timed([&] {
-            for (const auto& [from, to] : pairs_)
-                rename(from, to);
+            for (const auto& [from, to] : pairs_) {
+                if (std::rename(from.c_str(), to.c_str()) != 0)
+                    throw std::runtime_error(from + ": " + std::strerror(errno));
+            }
         })};
         sample.cpu = ownCpu() - before;
-        for (const auto& [from, to] : pairs_)
-            rename(to, from);
         return sample;
     }
 
@@ -145,12 +149,7 @@ public:
     }
 
 private:
-    static void rename(const std::string& from, const std::string& to)
-    {
-        if (std::rename(from.c_str(), to.c_str()) != 0)
-            throw std::runtime_error(from + ": " + std::strerror(errno));
-    }
-
+    std::string preparation_;
     std::vector<std::pair<std::string, std::string>> pairs_;
 };
 
@@ -218,9 +217,9 @@ std::unique_ptr<Measure> makeWalk(const Words& words)
 {
     return std::make_unique<Walk>(words.at(0));
 }
-std::unique_ptr<Measure> makeRename(const Words& list)
+std::unique_ptr<Measure> makeRename(const Words& words)
 {
-    return std::make_unique<Rename>(list.at(0));
+    return std::make_unique<Rename>(words.at(0), words.at(1));
 }
 
 std::unique_ptr<Measure> makeScan(const Words& words)

@@ -79,17 +79,7 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::trySnapshot(const fs::path& 
 
 std::shared_ptr<const MailboxSnapshot> HeaderIndex::storedSnapshot(const fs::path& maildir, const Folder& folder)
 {
-    std::vector<RecordMemory> memory;
-    std::vector<MessageRecord> records;
-    database().readChunks(folder,
-        {.expect =
-                [&](std::size_t bytes, std::size_t chunks) {
-                    memory.emplace_back(bytes);
-                    records.reserve(chunks * kMessagesInChunk);
-                },
-            .room = [&](std::size_t bytes) { return memory.back().take(bytes); },
-            .take = [&](std::int64_t, std::string_view chunk) { readRecords(chunk, records); }});
-    return std::make_shared<MailboxSnapshot>(maildir, std::move(memory), std::move(records));
+    return std::make_shared<MailboxSnapshot>(maildir, database().readChunks(folder));
 }
 
 HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)
@@ -98,15 +88,15 @@ HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)
     Folder folder = database().folder(maildir).value_or(Folder{});
     const std::int64_t storedScan = folder.scanned;
     const MaildirStamp storedStamp = folder.stamp;
-    MailboxMerge merge(database(), folder);
+    const auto before = known_.find(maildir.native());
+    const bool isAsBefore = before != known_.end() && before->second.folder.generation == folder.generation;
+    MailboxMerge merge(isAsBefore ? before->second.snapshot->chunks() : database().readChunks(folder));
     bool isSteady = false;
     for (int tries = 0; tries < kMostListings && !isSteady; ++tries) {
         folder.scanned = now();
         folder.stamp = maildirStamp(maildir, true);
         isSteady = merge.apply(maildir, listMaildir(maildir), change) && folder.stamp == maildirStamp(maildir, true);
     }
-    const auto before = known_.find(maildir.native());
-    const bool isAsBefore = before != known_.end() && before->second.folder.generation == folder.generation;
     // While the folder is fresh it is listed at every call anyhow: writing that down would change nothing.
     const bool isWorthWriting =
         merge.isChanged() || folder.id == 0 || folder.stamp != storedStamp || !isTooFresh(folder);
@@ -138,7 +128,7 @@ void HeaderIndex::rememberAttachments(
         std::optional<Folder> folder = database().folder(maildir);
         if (!folder)
             return;
-        MailboxMerge merge(database(), *folder);
+        MailboxMerge merge(database().readChunks(*folder));
         for (const auto& [id, count] : counts)
             merge.setAttachments(id, count);
         merge.write(*folder, change);

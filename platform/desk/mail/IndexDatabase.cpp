@@ -147,37 +147,42 @@ std::optional<IndexDatabase::Folder> IndexDatabase::folder(const std::filesystem
 }
 
 /// One blob straight to its place: a column's value would be put together in memory a second time.
-std::string_view IndexDatabase::readBlob(std::int64_t row, const Reader& reader)
+std::string_view IndexDatabase::readBlob(std::int64_t row, RecordMemory& memory)
 {
     sqlite3_blob* blob = nullptr;
     if (const int code = sqlite3_blob_open(handle_, "main", "chunk", "data", row, 0, &blob); code != SQLITE_OK)
         fail(code);
     const std::unique_ptr<sqlite3_blob, int (*)(sqlite3_blob*)> owner(blob, sqlite3_blob_close);
     const int size = sqlite3_blob_bytes(blob);
-    char* place = reader.room(static_cast<std::size_t>(size));
+    char* place = memory.take(static_cast<std::size_t>(size));
     if (const int code = sqlite3_blob_read(blob, place, size, 0); code != SQLITE_OK)
         fail(code);
     return {place, static_cast<std::size_t>(size)};
 }
 
-void IndexDatabase::readChunks(const Folder& folder, const Reader& reader)
+RecordChunks IndexDatabase::readChunks(const Folder& folder)
 {
-    Query total(*this, "SELECT total(length(data)), count(*) FROM chunk WHERE folder = ?");
+    RecordChunks chunks;
+    if (folder.id == 0)
+        return chunks;
+    Query total(*this, "SELECT total(length(data)) FROM chunk WHERE folder = ?");
     total.bind(1, folder.id).step();
-    reader.expect(static_cast<std::size_t>(total.integer(0)), static_cast<std::size_t>(total.integer(1)));
+    auto memory = std::make_shared<RecordMemory>(static_cast<std::size_t>(total.integer(0)));
     Query query(*this, "SELECT rowid, number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
     query.bind(1, folder.id);
     std::uint64_t content = 0;
     while (query.step()) {
-        const std::string_view chunk = readBlob(query.integer(0), reader);
+        const std::string_view chunk = readBlob(query.integer(0), *memory);
         const auto print = static_cast<std::uint64_t>(query.integer(2));
         if (fingerprint(chunk) != print)
             throw IndexError("The mail index is damaged.", true);
         content = combined(content, query.integer(1), print);
-        reader.take(query.integer(1), chunk);
+        chunks.byNumber.emplace(query.integer(1), chunk);
     }
     if (content != folder.content)
         throw IndexError("The mail index is damaged.", true);
+    chunks.memory.push_back(std::move(memory));
+    return chunks;
 }
 
 void IndexDatabase::execute(const char* sql)

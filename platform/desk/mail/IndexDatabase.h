@@ -1,10 +1,10 @@
 #pragma once
 
 #include "platform/desk/mail/Maildir.h"
+#include "platform/desk/mail/RecordMemory.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -46,13 +46,6 @@ public:
         std::int64_t generation = 0; ///< grows with every change
         std::uint64_t content = 0; ///< over the fingerprints of all chunks
     };
-    /// Takes what is read of a mailbox, chunk by chunk in order of their numbers.
-    struct Reader {
-        std::function<void(std::size_t bytes, std::size_t chunks)> expect; ///< called first: how much will come
-        std::function<char*(std::size_t bytes)> room; ///< where the next chunk is to be put
-        std::function<void(std::int64_t number, std::string_view chunk)> take; ///< it is there, and it is whole
-    };
-
     /// An empty path: a database in memory, which lasts as long as this object.
     explicit IndexDatabase(const std::filesystem::path& file);
     ~IndexDatabase();
@@ -72,9 +65,9 @@ public:
     };
 
     std::optional<Folder> folder(const std::filesystem::path& maildir);
-    /// Reads the chunks of a folder that was read under the same Reading or Change. Damaged when one of them, or their
+    /// The chunks of a folder that was read under the same Reading or Change. Damaged when one of them, or their
     /// number, is not what was written.
-    void readChunks(const Folder& folder, const Reader& reader);
+    RecordChunks readChunks(const Folder& folder);
 
     /// One change: holds the write lock from its making; rolled back unless committed.
     class Change {
@@ -99,7 +92,7 @@ public:
 
 private:
     class Query;
-    std::string_view readBlob(std::int64_t row, const Reader& reader);
+    std::string_view readBlob(std::int64_t row, RecordMemory& memory);
     void execute(const char* sql);
     [[noreturn]] void fail(int code);
 

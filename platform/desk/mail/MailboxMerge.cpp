@@ -2,6 +2,7 @@
 
 #include "platform/desk/mail/MessageFile.h"
 
+#include <algorithm>
 #include <bit>
 #include <limits>
 #include <optional>
@@ -62,19 +63,20 @@ private:
 
 } // namespace
 
-MailboxMerge::MailboxMerge(IndexDatabase& database, const IndexDatabase::Folder& folder)
+MailboxMerge::MailboxMerge(RecordChunks stored)
+    : chunks_(std::move(stored))
 {
-    if (folder.id == 0)
-        return;
-    database.readChunks(folder,
-        {.expect =
-                [&](std::size_t bytes, std::size_t chunks) {
-                    memory_.emplace_back(bytes);
-                    headers_.reserve(chunks * kMessagesInChunk);
-                    chunkOf_.reserve(chunks * kMessagesInChunk);
-                },
-            .room = [&](std::size_t bytes) { return memory_.back().take(bytes); },
-            .take = [&](std::int64_t number, std::string_view chunk) { keep(number, chunk); }});
+    headers_.reserve(chunks_.byNumber.size() * kMessagesInChunk);
+    chunkOf_.reserve(headers_.capacity());
+    std::vector<MessageRecord> records;
+    for (const auto& [number, chunk] : chunks_.byNumber) {
+        records.clear();
+        readRecords(chunk, records);
+        sizes_[number] = records.size();
+        for (const MessageRecord& record : records)
+            headers_.push_back(record.header());
+        chunkOf_.resize(headers_.size(), number);
+    }
 }
 
 bool MailboxMerge::apply(
@@ -117,7 +119,7 @@ std::size_t MailboxMerge::touchedLength() const
 
 void MailboxMerge::write(const IndexDatabase::Folder& folder, IndexDatabase::Change& change)
 {
-    RecordMemory fresh(touchedLength());
+    auto fresh = std::make_shared<RecordMemory>(touchedLength());
     std::string chunk;
     std::size_t next = 0;
     for (const std::int64_t number : touched_) {
@@ -128,37 +130,30 @@ void MailboxMerge::write(const IndexDatabase::Folder& folder, IndexDatabase::Cha
             appendRecord(chunk, headers_[next]);
         if (chunk.empty()) {
             change.removeChunk(folder, number);
-            chunks_.erase(number);
+            chunks_.byNumber.erase(number);
         } else {
             change.write(folder, number, chunk);
-            char* place = fresh.take(chunk.size());
+            char* place = fresh->take(chunk.size());
             chunk.copy(place, chunk.size());
-            chunks_[number] = {place, chunk.size()};
+            chunks_.byNumber[number] = {place, chunk.size()};
         }
     }
     headers_.clear(); // they are as they were before
-    memory_.push_back(std::move(fresh));
+    chunks_.memory.push_back(std::move(fresh));
+    dropUnusedMemory();
+}
+
+void MailboxMerge::dropUnusedMemory()
+{
+    std::erase_if(chunks_.memory, [this](const std::shared_ptr<const RecordMemory>& memory) {
+        return std::none_of(chunks_.byNumber.begin(), chunks_.byNumber.end(),
+            [&](const auto& chunk) { return memory->holds(chunk.second.data()); });
+    });
 }
 
 std::shared_ptr<const MailboxSnapshot> MailboxMerge::finish(const std::filesystem::path& maildir)
 {
-    std::vector<MessageRecord> records;
-    records.reserve(chunkOf_.size());
-    for (const auto& [number, chunk] : chunks_)
-        readRecords(chunk, records);
-    return std::make_shared<MailboxSnapshot>(maildir, std::move(memory_), std::move(records));
-}
-
-void MailboxMerge::keep(std::int64_t number, std::string_view chunk)
-{
-    std::vector<MessageRecord> records;
-    records.reserve(kMessagesInChunk);
-    readRecords(chunk, records);
-    chunks_[number] = chunk;
-    sizes_[number] = records.size();
-    for (const MessageRecord& record : records)
-        headers_.push_back(record.header());
-    chunkOf_.resize(headers_.size(), number);
+    return std::make_shared<MailboxSnapshot>(maildir, std::move(chunks_));
 }
 
 void MailboxMerge::rename(std::size_t at, const MaildirEntry& entry)

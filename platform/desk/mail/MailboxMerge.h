@@ -20,7 +20,7 @@ namespace mervo::desk {
 /// Throws IndexError, MalformedRecords.
 class MailboxMerge {
 public:
-    MailboxMerge(IndexDatabase& database, const IndexDatabase::Folder& folder);
+    explicit MailboxMerge(RecordChunks stored);
 
     /// False when a listed message was not found under its name: another program has just renamed it.
     [[nodiscard]] bool apply(
@@ -34,15 +34,14 @@ public:
     std::shared_ptr<const MailboxSnapshot> finish(const std::filesystem::path& maildir);
 
 private:
-    void keep(std::int64_t number, std::string_view chunk);
+    void dropUnusedMemory();
     std::size_t touchedLength() const;
     void rename(std::size_t at, const MaildirEntry& entry);
     void removeUnseen(const std::vector<bool>& isSeen);
     std::size_t add(const std::filesystem::path& maildir, const std::vector<const MaildirEntry*>& entries,
         IndexDatabase::Change& change);
 
-    std::vector<RecordMemory> memory_; // what was read, then what was written
-    std::map<std::int64_t, std::string_view> chunks_; // by number
+    RecordChunks chunks_;
     TextStore texts_; // of messages that are in no chunk yet
     std::vector<MessageHeader> headers_; // with texts in both
     std::vector<std::int64_t> chunkOf_; // for each header; never descends

@@ -6,23 +6,36 @@
 namespace mervo::desk {
 namespace {
 
-bool newerFirst(const MessageRecord& a, const MessageRecord& b)
+/// Records with the times that they are sorted by beside them: sorting by way of the records alone would fetch a piece
+/// of far memory for every comparison.
+struct Dated {
+    std::int64_t received;
+    MessageRecord record;
+};
+
+bool newerFirst(const Dated& a, const Dated& b)
 {
-    return a.received() != b.received() ? a.received() > b.received() : a.fileName() > b.fileName();
+    return a.received != b.received ? a.received > b.received : a.record.fileName() > b.record.fileName();
 }
 
 } // namespace
 
-MailboxSnapshot::MailboxSnapshot(
-    std::filesystem::path maildir, std::vector<RecordMemory> memory, std::vector<MessageRecord> messages)
+MailboxSnapshot::MailboxSnapshot(std::filesystem::path maildir, RecordChunks chunks)
     : maildir_(std::move(maildir))
-    , memory_(std::move(memory))
-    , messages_(std::move(messages))
+    , chunks_(std::move(chunks))
 {
+    messages_.reserve(chunks_.byNumber.size() * kMessagesInChunk);
+    for (const auto& [number, chunk] : chunks_.byNumber)
+        readRecords(chunk, messages_);
     // They come oldest first as a rule: turned round they are in order already.
-    std::reverse(messages_.begin(), messages_.end());
-    if (!std::is_sorted(messages_.begin(), messages_.end(), newerFirst))
-        std::sort(messages_.begin(), messages_.end(), newerFirst);
+    std::vector<Dated> dated;
+    dated.reserve(messages_.size());
+    for (auto record = messages_.rbegin(); record != messages_.rend(); ++record)
+        dated.push_back({record->received(), *record});
+    if (!std::is_sorted(dated.begin(), dated.end(), newerFirst))
+        std::sort(dated.begin(), dated.end(), newerFirst);
+    for (std::size_t i = 0; i < dated.size(); ++i)
+        messages_[i] = dated[i].record;
 }
 
 const MessageRecord* MailboxSnapshot::withId(std::uint32_t id) const

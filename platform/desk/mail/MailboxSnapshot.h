@@ -14,19 +14,19 @@ namespace mervo::desk {
 /// The messages of one mailbox at one moment, newest received first. Never changes; owns the bytes of its records.
 class MailboxSnapshot {
 public:
-    /// Records in any order, and the pieces of memory that they lie in.
-    MailboxSnapshot(
-        std::filesystem::path maildir, std::vector<RecordMemory> memory, std::vector<MessageRecord> messages);
+    /// Throws MalformedRecords.
+    MailboxSnapshot(std::filesystem::path maildir, RecordChunks chunks);
 
     const std::filesystem::path& maildir() const noexcept { return maildir_; }
     const std::vector<MessageRecord>& messages() const noexcept { return messages_; }
+    const RecordChunks& chunks() const noexcept { return chunks_; }
     /// Null when there is no such message.
     const MessageRecord* withId(std::uint32_t id) const;
     const MessageRecord* withBase(std::string_view base) const;
 
 private:
     std::filesystem::path maildir_;
-    std::vector<RecordMemory> memory_;
+    RecordChunks chunks_;
     std::vector<MessageRecord> messages_;
     // Made when first asked.
     mutable std::unordered_map<std::uint32_t, std::size_t> byId_;
