@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -12,6 +13,18 @@ namespace mervo::platform {
 
 /// The bytes of a regular file; nothing when it cannot be read, or is a device, a pipe or a folder.
 std::optional<std::string> readFile(const std::filesystem::path& file) noexcept;
+
+/// What changes when a file does: another file under its name, another length, another time of writing.
+struct FileStamp {
+    std::uint64_t device = 0, number = 0; ///< which file it is
+    std::int64_t bytes = 0;
+    std::int64_t written = 0; ///< nanoseconds since 1970
+
+    bool operator==(const FileStamp&) const = default;
+    bool isSameFile(const FileStamp& other) const { return device == other.device && number == other.number; }
+};
+/// Nothing when there is no such file. Links are followed.
+std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept;
 
 /// Whether the bytes must outlive a power cut. A file of the moment need not, and is written much faster.
 enum class Keep { throughPowerCut, whileRunning };

@@ -40,7 +40,7 @@ std::string verdict(const PendingAction& action, std::string_view note)
 
 } // namespace
 
-Claim claim(const PendingAction& action, Stores stores)
+Claim claim(const PendingAction& action, const PendingStore& pending)
 {
     const Tool* tool = Tools::find(action.tool);
     if (tool == nullptr)
@@ -50,7 +50,7 @@ Claim claim(const PendingAction& action, Stores stores)
     } catch (const std::exception& refusal) {
         return Refused{refusal.what()};
     }
-    if (!stores.pending.remove(action.id))
+    if (!pending.remove(action.id))
         return AlreadyGone{};
     return Claimed{action};
 }
@@ -71,7 +71,7 @@ Run run(const Claimed& claimed, Stores stores)
 
 Result approve(const PendingAction& action, Stores stores)
 {
-    auto claimed = claim(action, stores);
+    auto claimed = claim(action, stores.pending);
     if (const auto* ours = std::get_if<Claimed>(&claimed))
         return std::visit([](auto&& end) { return Result(std::move(end)); }, run(*ours, stores));
     if (auto* unknown = std::get_if<UnknownTool>(&claimed))

@@ -47,7 +47,7 @@ using Result = std::variant<UnknownTool, Refused, AlreadyGone, Executed, Failed>
 
 /// The first half of an approval: looks the tool up, lets it check the arguments and removes the file. Whoever removed
 /// it runs: of several approvals at once one does. Quick, and runs nothing; never throws.
-[[nodiscard]] Claim claim(const PendingAction& action, Stores stores);
+[[nodiscard]] Claim claim(const PendingAction& action, const PendingStore& pending);
 
 /// The second half: runs the action as it was shown, whatever its file said by then; policy is not asked again. Writes
 /// the audit row; an action that failed is queued again. A crash in the middle loses the queued copy rather than run it

@@ -9,9 +9,6 @@ namespace mervo {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto kLongestWait = 10s;
 constexpr int kShortestPauseMicroseconds = 500;
 constexpr int kLongestPauseMicroseconds = 1500;
 
@@ -142,7 +139,8 @@ int Statement::index(std::string_view column) const
     return static_cast<int>(found - names_.begin());
 }
 
-Database::Database(const std::filesystem::path& file, Access access)
+Database::Database(const std::filesystem::path& file, Access access, std::chrono::milliseconds longestWait)
+    : longestWait_(longestWait)
 {
     const int flags = access == Access::readOnly ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     const int result =
@@ -182,7 +180,7 @@ int Database::waitForLock(void* self, int attempts)
     const auto now = std::chrono::steady_clock::now();
     if (attempts == 0)
         database.waitingSince_ = now;
-    else if (now - database.waitingSince_ > kLongestWait)
+    else if (now - database.waitingSince_ > database.longestWait_)
         return 0;
     std::uniform_int_distribution pause(kShortestPauseMicroseconds, kLongestPauseMicroseconds);
     std::this_thread::sleep_for(std::chrono::microseconds(pause(database.pauses_)));

@@ -68,15 +68,18 @@ private:
 
 /// One serial connection to one SQLite file. Any thread may use it; closures run one at a time.
 ///
-/// A lock that another connection holds is waited for: up to 10 s, asked again after 0.5 to 1.5 ms at random, so that
-/// many writers at once each get their turn. Foreign keys are on; the journal is SQLite's default.
+/// A lock that another connection holds is waited for: up to 10 s (or what the opener says), asked again after 0.5 to
+/// 1.5 ms at random, so that many writers at once each get their turn. Foreign keys are on; the journal is SQLite's
+/// default.
 class Database {
 public:
     enum class Access { readWrite, readOnly };
+    static constexpr std::chrono::milliseconds kUsualWait = std::chrono::seconds(10);
 
     /// ":memory:" gives a database of its own. Throws DatabaseError. Read-only access never creates a file and refuses
     /// every statement that writes; it still completes the roll-back that a killed writer left behind.
-    explicit Database(const std::filesystem::path& file, Access access = Access::readWrite);
+    explicit Database(const std::filesystem::path& file, Access access = Access::readWrite,
+        std::chrono::milliseconds longestWait = kUsualWait);
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
     ~Database();
@@ -104,6 +107,7 @@ private:
 
     std::recursive_mutex mutex_;
     sqlite3* connection_ = nullptr;
+    std::chrono::milliseconds longestWait_;
     std::chrono::steady_clock::time_point waitingSince_;
     std::minstd_rand pauses_{std::random_device{}()};
 };

@@ -101,7 +101,8 @@ void apply(Database& database, const Migration& migration)
     database.prepare("INSERT INTO grdb_migrations (identifier) VALUES (?)").bind(migration.identifier).run();
 }
 
-std::shared_ptr<MervoDB> orNothing(std::shared_ptr<MervoDB> (*open)()) noexcept
+template <typename Open>
+std::shared_ptr<MervoDB> orNothing(Open&& open) noexcept
 {
     try {
         return open();
@@ -113,17 +114,17 @@ std::shared_ptr<MervoDB> orNothing(std::shared_ptr<MervoDB> (*open)()) noexcept
 } // namespace
 
 MervoDB::MervoDB()
-    : MervoDB(fileInHome(), Database::Access::readWrite)
+    : MervoDB(fileInHome(), Database::Access::readWrite, Database::kUsualWait)
 {
 }
 
-MervoDB::MervoDB(const std::filesystem::path& directory)
-    : MervoDB(fileIn(directory), Database::Access::readWrite)
+MervoDB::MervoDB(const std::filesystem::path& directory, std::chrono::milliseconds longestWait)
+    : MervoDB(fileIn(directory), Database::Access::readWrite, longestWait)
 {
 }
 
-MervoDB::MervoDB(const std::filesystem::path& file, Database::Access access)
-    : database_(file, access)
+MervoDB::MervoDB(const std::filesystem::path& file, Database::Access access, std::chrono::milliseconds longestWait)
+    : database_(file, access, longestWait)
 {
     if (access == Database::Access::readWrite)
         migrate();
@@ -131,19 +132,20 @@ MervoDB::MervoDB(const std::filesystem::path& file, Database::Access access)
 
 std::shared_ptr<MervoDB> MervoDB::inMemory()
 {
-    return std::shared_ptr<MervoDB>(new MervoDB(":memory:", Database::Access::readWrite));
+    return std::shared_ptr<MervoDB>(new MervoDB(":memory:", Database::Access::readWrite, Database::kUsualWait));
 }
 
-std::shared_ptr<MervoDB> MervoDB::existing() noexcept
+std::shared_ptr<MervoDB> MervoDB::existing(std::chrono::milliseconds longestWait) noexcept
 {
-    return orNothing(
-        +[] { return std::shared_ptr<MervoDB>(new MervoDB(ConfigDir::databaseURL(), Database::Access::readOnly)); });
+    return orNothing([=] {
+        return std::shared_ptr<MervoDB>(new MervoDB(ConfigDir::databaseURL(), Database::Access::readOnly, longestWait));
+    });
 }
 
 const std::shared_ptr<MervoDB>& MervoDB::shared() noexcept
 {
     // Never destroyed: a thread may still be writing its last row while the process ends.
-    static const auto& db = *new std::shared_ptr<MervoDB>(orNothing(+[] { return std::make_shared<MervoDB>(); }));
+    static const auto& db = *new std::shared_ptr<MervoDB>(orNothing([] { return std::make_shared<MervoDB>(); }));
     return db;
 }
 

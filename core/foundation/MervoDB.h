@@ -17,12 +17,13 @@ public:
     /// The file in the home directory, which is created. Throws DatabaseError or filesystem_error.
     MervoDB();
     /// The same file name in another directory, created if missing.
-    explicit MervoDB(const std::filesystem::path& directory);
+    explicit MervoDB(
+        const std::filesystem::path& directory, std::chrono::milliseconds longestWait = Database::kUsualWait);
     /// A database without a file, of its own.
     static std::shared_ptr<MervoDB> inMemory();
     /// The file in the home directory for reading only: nothing is created or migrated. Empty when there is none, or
     /// when it cannot be opened.
-    static std::shared_ptr<MervoDB> existing() noexcept;
+    static std::shared_ptr<MervoDB> existing(std::chrono::milliseconds longestWait = Database::kUsualWait) noexcept;
 
     /// The one connection of this process to the file in the home directory, opened on first use; empty for the rest
     /// of the process when that failed.
@@ -31,7 +32,7 @@ public:
     Database& database() { return database_; }
 
 private:
-    MervoDB(const std::filesystem::path& file, Database::Access access);
+    MervoDB(const std::filesystem::path& file, Database::Access access, std::chrono::milliseconds longestWait);
     void migrate();
 
     Database database_;

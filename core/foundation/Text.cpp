@@ -75,13 +75,18 @@ std::string_view Text::trimmed(std::string_view text)
     return text;
 }
 
-std::string Text::cut(std::string_view text, std::size_t limit)
+std::string_view Text::firstCharacters(std::string_view text, std::size_t limit)
 {
     std::size_t length = 0;
     for (std::size_t count = 0; count < limit && length < text.size(); ++count)
         length += platform::firstCharacterLength(text.substr(length));
-    std::string result(text.substr(0, length));
-    if (length < text.size())
+    return text.substr(0, length);
+}
+
+std::string Text::cut(std::string_view text, std::size_t limit)
+{
+    std::string result(firstCharacters(text, limit));
+    if (result.size() < text.size())
         result += "...";
     return result;
 }

@@ -18,6 +18,9 @@ std::string_view trimmed(std::string_view text);
 /// The first `limit` characters (as a reader counts them) followed by "..." when there are more, else the text.
 std::string cut(std::string_view text, std::size_t limit);
 
+/// The first `limit` characters, with nothing behind.
+std::string_view firstCharacters(std::string_view text, std::size_t limit);
+
 /// Text from outside made safe to show: every control character but a line feed and a tab, and every zero-width or
 /// direction-changing character, is written as its code point in angle brackets ("<U+202E>"); bytes that are no
 /// UTF-8 likewise ("<0xFF>").

@@ -23,12 +23,6 @@ std::filesystem::path file(const std::filesystem::path& dir, std::string_view id
     return dir / (std::string(id) += kExtension);
 }
 
-std::optional<PendingAction> read(const std::filesystem::path& path)
-{
-    const auto json = platform::readFile(path);
-    return json ? PendingAction::decode(*json) : std::nullopt;
-}
-
 std::vector<std::filesystem::path> actionFiles(const std::filesystem::path& dir)
 {
     std::vector<std::filesystem::path> files;
@@ -44,7 +38,7 @@ std::vector<PendingAction> actionsIn(const std::filesystem::path& dir)
 {
     std::vector<PendingAction> actions;
     for (const auto& path : actionFiles(dir)) {
-        if (auto action = read(path))
+        if (auto action = PendingStore::read(path))
             actions.push_back(*std::move(action));
     }
     std::sort(actions.begin(), actions.end(), [](const PendingAction& a, const PendingAction& b) {
@@ -89,6 +83,12 @@ bool PendingStore::remove(std::string_view id) const
 {
     std::error_code ignored;
     return isBaseName(id) && std::filesystem::remove(file(dir_, id), ignored);
+}
+
+std::optional<PendingAction> PendingStore::read(const std::filesystem::path& file)
+{
+    const auto json = platform::readFile(file);
+    return json ? PendingAction::decode(*json) : std::nullopt;
 }
 
 std::vector<PendingAction> PendingStore::listExisting(const std::filesystem::path& configDir)

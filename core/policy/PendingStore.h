@@ -44,6 +44,8 @@ public:
     /// True when this call removed the file: of several that try, one gets true.
     bool remove(std::string_view id) const;
 
+    /// The action of one file; nothing when it cannot be read or decoded.
+    static std::optional<PendingAction> read(const std::filesystem::path& file);
     /// The actions below a home directory that may not exist; creates nothing.
     static std::vector<PendingAction> listExisting(const std::filesystem::path& configDir);
 

@@ -130,6 +130,16 @@ std::optional<std::string> readFile(const std::filesystem::path& file) noexcept
     return failed ? std::nullopt : bytes;
 }
 
+std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept
+{
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    struct stat found { };
+    if (::stat(file.c_str(), &found) != 0)
+        return std::nullopt;
+    return FileStamp{found.st_dev, found.st_ino, found.st_size,
+        std::int64_t{found.st_mtim.tv_sec} * kNanoseconds + found.st_mtim.tv_nsec};
+}
+
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view bytes, Keep keep) noexcept
 {
     return guarded([&]() -> std::error_code {

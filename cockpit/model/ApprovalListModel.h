@@ -1,0 +1,72 @@
+#pragma once
+
+#include "cockpit/model/Rows.h"
+#include "core/foundation/Timestamps.h"
+#include "core/policy/PendingStore.h"
+
+#include <QAbstractListModel>
+#include <QString>
+#include <QVariantList>
+
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace mervo {
+
+/// The cards of the actions that wait, oldest first. Every text is safe to show; what a card shows is made when a view
+/// asks for it.
+class ApprovalListModel final : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    enum Role {
+        KeyRole = Qt::UserRole + 1, ///< exactly this content: the id and a digest of the action
+        ActionIdRole,
+        ToolRole,
+        SymbolRole,
+        TintRole, ///< "red", "purple", "blue", "teal" or "orange"
+        AgeRole, ///< "5 minutes ago"; empty when the time cannot be read
+        SummaryRole,
+        DetailRole, ///< may be empty
+        PreviewRole, ///< empty: none
+        ArgumentsRole, ///< a list of {name, shown, whole, cutBy}
+        HasEmailRole,
+        EmailToRole,
+        EmailSubjectRole,
+        EmailBodyRole,
+        CanOpenInMailRole,
+    };
+    Q_ENUM(Role)
+
+    explicit ApprovalListModel(QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    /// Shows these actions; rows of an equal content stay as they are.
+    void show(std::span<const PendingAction> actions, Timestamps::Time now);
+    /// Tells the views of the ages that read differently by now.
+    void showAges(Timestamps::Time now);
+    /// The action that a card shows, null when there is no such card.
+    const PendingAction* action(const QString& key) const;
+
+private:
+    struct Row {
+        PendingAction shown;
+        QString key;
+        QString age;
+        mutable std::optional<QVariantList> arguments = {}; ///< made on first use: a value may be long
+
+        const QString& identity() const { return key; }
+        bool operator==(const Row& other) const { return key == other.key && age == other.age; }
+    };
+    friend class Rows<ApprovalListModel, Row>;
+
+    QVariant emailData(const PendingAction& action, int role) const;
+
+    Rows<ApprovalListModel, Row> rows_;
+};
+
+} // namespace mervo

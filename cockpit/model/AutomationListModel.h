@@ -1,0 +1,52 @@
+#pragma once
+
+#include "cockpit/model/Rows.h"
+#include "core/automations/Automation.h"
+
+#include <QAbstractListModel>
+#include <QString>
+
+#include <span>
+
+namespace mervo {
+
+/// The automations that the owner sees, by name. Every text is safe to show.
+class AutomationListModel final : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    enum Role {
+        NameRole = Qt::UserRole + 1,
+        StateRole, ///< "running", "paused", "failed", "stopped", "ok" or "never"
+        SymbolRole, ///< empty while it runs: the views show a progress indicator
+        SymbolTintRole, ///< "red", "green" or ""
+        SubtitleRole,
+        IsRunningRole,
+        IsAgentRole,
+    };
+    Q_ENUM(Role)
+
+    explicit AutomationListModel(QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    void show(std::span<const Automation> automations, Timestamps::Time now);
+
+private:
+    struct Row {
+        QString name, shownName, state, symbol, symbolTint, subtitle;
+        bool isRunning = false, isAgent = false;
+
+        const QString& identity() const { return name; }
+        bool operator==(const Row&) const = default;
+    };
+    friend class Rows<AutomationListModel, Row>;
+
+    static Row rowOf(const Automation& automation, Timestamps::Time now);
+
+    Rows<AutomationListModel, Row> rows_;
+};
+
+} // namespace mervo

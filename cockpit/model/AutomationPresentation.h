@@ -1,0 +1,28 @@
+#pragma once
+
+#include "core/automations/Automation.h"
+
+#include <string>
+
+/// What a row of the automations shows.
+namespace mervo::AutomationPresentation {
+
+/// In this order: the first that holds.
+enum class State { running, paused, failed, stopped, ok, never };
+
+State state(const Automation& automation);
+
+struct Look {
+    const char* name;
+    const char* symbol; ///< empty: a progress indicator
+    const char* tint; ///< "red", "green" or ""
+};
+Look look(State state);
+
+/// "running...", "paused", or when it runs and, after a run that did not end well, how that ended.
+std::string subtitle(const Automation& automation, Timestamps::Time now);
+
+/// "last run ✗ exit 3 5 minutes ago"; empty when it never ran.
+std::string lastRun(const Automation& automation, Timestamps::Time now);
+
+} // namespace mervo::AutomationPresentation

@@ -1,0 +1,174 @@
+#include "cockpit/model/CockpitModel.h"
+
+#include "cockpit/model/ShownText.h"
+#include "core/foundation/Text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <utility>
+
+namespace mervo {
+
+namespace {
+
+constexpr std::chrono::seconds kTick(3);
+constexpr std::string_view kFailed = "❌";
+
+std::vector<std::string> idsOf(const std::vector<PendingAction>& actions)
+{
+    std::vector<std::string> ids;
+    std::ranges::transform(actions, std::back_inserter(ids), &PendingAction::id);
+    return ids;
+}
+
+bool countsAsFailed(const Automation& automation)
+{
+    return automation.enabled && automation.lastOutcome() == Automation::RunOutcome::failed;
+}
+
+StatusIconState::Autonomy autonomyOf(AutonomyMode mode)
+{
+    switch (mode) {
+    case AutonomyMode::panic:
+        return StatusIconState::Autonomy::panic;
+    case AutonomyMode::yolo:
+        return StatusIconState::Autonomy::yolo;
+    case AutonomyMode::copilote:
+        break;
+    }
+    return StatusIconState::Autonomy::copilote;
+}
+
+} // namespace
+
+CockpitModel::CockpitModel(const Surroundings& surroundings, QObject* parent)
+    : QObject(parent)
+    , outside_(surroundings)
+    , queue_(PendingStore().dir())
+{
+    connect(&settings_, &CockpitSettings::autonomyModeChanged, this, &CockpitModel::autonomyModeChanged);
+    connect(&settings_, &CockpitSettings::notSaved, this,
+        [this] { setLastResult("❌ the configuration could not be saved; nothing was changed"); });
+    settings_.showLaunchAtLogin(outside_.loginItem.isEnabled());
+    outside_.notifier.onResponse = [this](const auto& action, const auto& context) { respond(action, context); };
+    refresh(true);
+    timer_.setTimerType(Qt::CoarseTimer);
+    connect(&timer_, &QTimer::timeout, this, &CockpitModel::reload);
+    timer_.start(kTick);
+}
+
+CockpitModel::~CockpitModel()
+{
+    outside_.notifier.onResponse = nullptr;
+    timer_.stop();
+    work_.finish();
+}
+
+QString CockpitModel::autonomyMode() const
+{
+    const auto word = rawValue(settings_.autonomyMode());
+    return QString::fromLatin1(word.data(), static_cast<qsizetype>(word.size()));
+}
+
+void CockpitModel::reload()
+{
+    refresh(false);
+}
+
+void CockpitModel::refresh(bool initial)
+{
+    std::vector<PendingAction> fresh;
+    if (queue_.refresh()) {
+        std::ranges::copy_if(queue_.actions(), std::back_inserter(fresh),
+            [this](const PendingAction& action) { return !knownIds_.contains(action.id); });
+        const auto ids = idsOf(queue_.actions());
+        knownIds_ = {ids.begin(), ids.end()};
+        showQueue();
+    } else {
+        approvals_.showAges(outside_.clock.wall());
+    }
+    settings_.refresh();
+    readDatabase();
+    readAutomations();
+    updateCounts();
+    refreshIcon();
+    if (!initial && !fresh.empty())
+        notify(fresh, queue_.actions().size());
+}
+
+void CockpitModel::showQueue()
+{
+    pending_.clear();
+    std::ranges::copy_if(queue_.actions(), std::back_inserter(pending_),
+        [this](const PendingAction& action) { return !deciding_.contains(action.id); });
+    approvals_.show(pending_, outside_.clock.wall());
+    withdrawDecided();
+}
+
+void CockpitModel::readDatabase()
+{
+    auto reading = stores_.read();
+    if (!reading)
+        return;
+    if (reading->audit && *reading->audit != audit_) {
+        audit_ = std::move(*reading->audit);
+        Q_EMIT auditChanged();
+    }
+    if (reading->rules && *reading->rules != rules_) {
+        rules_ = std::move(*reading->rules);
+        Q_EMIT rulesChanged();
+    }
+    std::erase_if(reading->questions, [this](const FeedbackItem& item) { return answering_.contains(item.id); });
+    if (reading->questions != openQuestions_) {
+        openQuestions_ = std::move(reading->questions);
+        questions_.show(openQuestions_);
+    }
+}
+
+void CockpitModel::readAutomations()
+{
+    auto listed = outside_.engine.list();
+    std::erase_if(listed, &Automation::isSystem);
+    if (listed != listed_)
+        listed_ = std::move(listed);
+    automations_.show(listed_, outside_.clock.wall());
+}
+
+void CockpitModel::updateCounts()
+{
+    const int count = static_cast<int>(pending_.size() + openQuestions_.size());
+    if (std::exchange(waitingCount_, count) != count)
+        Q_EMIT waitingCountChanged();
+    if (std::exchange(badge_, pending_.size()) != pending_.size())
+        outside_.workspace.setBadge(pending_.empty() ? std::string() : std::to_string(pending_.size()));
+}
+
+void CockpitModel::refreshIcon()
+{
+    const bool isRunning = std::ranges::any_of(listed_, &Automation::running);
+    const StatusIconState state{autonomyOf(settings_.autonomyMode()), attention(), busyCount_ > 0 || isRunning};
+    if (state != icon_.state())
+        icon_.apply(state);
+}
+
+StatusIconState::Attention CockpitModel::attention() const
+{
+    if (!pending_.empty())
+        return StatusIconState::Attention::approval;
+    if (lastResult_.toStdString().starts_with(kFailed) || std::ranges::any_of(listed_, countsAsFailed))
+        return StatusIconState::Attention::error;
+    return openQuestions_.empty() ? StatusIconState::Attention::none : StatusIconState::Attention::proposal;
+}
+
+void CockpitModel::setLastResult(const std::string& text)
+{
+    QString shown = ShownText::block(Text::trimmed(text), ShownText::kArgumentLimit);
+    if (shown == lastResult_)
+        return;
+    lastResult_ = std::move(shown);
+    Q_EMIT lastResultChanged();
+    refreshIcon();
+}
+
+} // namespace mervo

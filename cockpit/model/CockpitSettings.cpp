@@ -1,0 +1,156 @@
+#include "cockpit/model/CockpitSettings.h"
+
+#include "core/foundation/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace mervo {
+
+namespace {
+
+constexpr std::array<std::string_view, 2> kChannels{"mail", "cockpit"}; // the first is the default
+constexpr std::array<std::string_view, 3> kCleanups{"archive", "delete", "off"};
+
+std::string oneOf(const QString& word, const auto& words)
+{
+    const std::string text = word.toStdString();
+    return std::ranges::find(words, text) == words.end() ? std::string(words.front()) : text;
+}
+
+std::optional<std::string> orNotSet(std::string text)
+{
+    return text.empty() ? std::nullopt : std::optional(std::move(text));
+}
+
+std::string trimmed(const QString& text)
+{
+    const std::string whole = text.toStdString();
+    return std::string(Text::trimmed(whole));
+}
+
+QString shown(const std::optional<std::string>& text)
+{
+    return QString::fromStdString(text.value_or(""));
+}
+
+} // namespace
+
+CockpitSettings::CockpitSettings(QObject* parent)
+    : QObject(parent)
+    , mirror_(HarnessConfig::load())
+{
+}
+
+QString CockpitSettings::rondelHome() const
+{
+    return shown(mirror_.rondelHome);
+}
+
+QString CockpitSettings::terminalApp() const
+{
+    return shown(mirror_.terminalApp);
+}
+
+QString CockpitSettings::notifyEmail() const
+{
+    return shown(mirror_.notifyEmail);
+}
+
+QString CockpitSettings::notifyIMessageHandle() const
+{
+    return shown(mirror_.notifyIMessageHandle);
+}
+
+QString CockpitSettings::askChannel() const
+{
+    return shown(mirror_.askChannel);
+}
+
+QString CockpitSettings::askCleanup() const
+{
+    return shown(mirror_.askCleanup);
+}
+
+void CockpitSettings::setTerminalApp(const QString& application)
+{
+    store(
+        [&](HarnessConfig& config) { mirror_.terminalApp = config.terminalApp = orNotSet(application.toStdString()); });
+}
+
+void CockpitSettings::setNotifyEmail(const QString& address)
+{
+    store([&](HarnessConfig& config) { mirror_.notifyEmail = config.notifyEmail = trimmed(address); });
+}
+
+void CockpitSettings::setNotifyIMessageHandle(const QString& handle)
+{
+    store([&](HarnessConfig& config) {
+        mirror_.notifyIMessageHandle = config.notifyIMessageHandle = orNotSet(trimmed(handle));
+    });
+}
+
+void CockpitSettings::setAskChannel(const QString& channel)
+{
+    store([&](HarnessConfig& config) { mirror_.askChannel = config.askChannel = oneOf(channel, kChannels); });
+}
+
+void CockpitSettings::setAskCleanup(const QString& cleanup)
+{
+    store([&](HarnessConfig& config) { mirror_.askCleanup = config.askCleanup = oneOf(cleanup, kCleanups); });
+}
+
+bool CockpitSettings::setAutonomyMode(AutonomyMode mode)
+{
+    const bool saved = store([&](HarnessConfig& config) { mirror_.autonomyMode = config.autonomyMode = mode; });
+    if (saved)
+        Q_EMIT autonomyModeChanged();
+    return saved;
+}
+
+bool CockpitSettings::setImapAccounts(const std::function<void(std::vector<IMAPArchiveAccount>&)>& change)
+{
+    const bool saved = store([&](HarnessConfig& config) {
+        change(config.imapAccounts);
+        mirror_.imapAccounts = config.imapAccounts;
+    });
+    if (saved)
+        Q_EMIT imapAccountsChanged();
+    return saved;
+}
+
+/// The change sets its field in the file's content and in the mirror.
+bool CockpitSettings::store(const std::function<void(HarnessConfig&)>& change)
+{
+    const HarnessConfig before = mirror_;
+    HarnessConfig config = HarnessConfig::load();
+    change(config);
+    if (!config.save()) {
+        mirror_ = before;
+        Q_EMIT notSaved();
+        return false;
+    }
+    if (mirror_ != before)
+        Q_EMIT changed();
+    return true;
+}
+
+void CockpitSettings::showLaunchAtLogin(bool on)
+{
+    if (std::exchange(launchAtLogin_, on) != on)
+        Q_EMIT changed();
+}
+
+void CockpitSettings::refresh()
+{
+    HarnessConfig now = HarnessConfig::load();
+    if (std::exchange(mirror_.autonomyMode, now.autonomyMode) != now.autonomyMode)
+        Q_EMIT autonomyModeChanged();
+    if (std::exchange(mirror_.imapAccounts, now.imapAccounts) != now.imapAccounts)
+        Q_EMIT imapAccountsChanged();
+}
+
+} // namespace mervo

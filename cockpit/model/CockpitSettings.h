@@ -1,0 +1,67 @@
+#pragma once
+
+#include "core/foundation/HarnessConfig.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <vector>
+
+namespace mervo {
+
+/// The configuration as the cockpit's panes show and change it. Each change loads the file afresh, sets its one field
+/// and saves at once, so that what another process wrote meanwhile is kept. Main thread only.
+class CockpitSettings final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString rondelHome READ rondelHome CONSTANT)
+    Q_PROPERTY(QString terminalApp READ terminalApp WRITE setTerminalApp NOTIFY changed) ///< empty: not set
+    Q_PROPERTY(QString notifyEmail READ notifyEmail WRITE setNotifyEmail NOTIFY changed)
+    Q_PROPERTY(QString notifyIMessageHandle READ notifyIMessageHandle WRITE setNotifyIMessageHandle NOTIFY changed)
+    Q_PROPERTY(QString askChannel READ askChannel WRITE setAskChannel NOTIFY changed)
+    Q_PROPERTY(QString askCleanup READ askCleanup WRITE setAskCleanup NOTIFY changed)
+    Q_PROPERTY(bool launchAtLogin READ launchAtLogin NOTIFY changed)
+
+public:
+    explicit CockpitSettings(QObject* parent = nullptr);
+
+    AutonomyMode autonomyMode() const { return mirror_.autonomyMode; }
+    const std::vector<IMAPArchiveAccount>& imapAccounts() const { return mirror_.imapAccounts; }
+    QString rondelHome() const;
+    QString terminalApp() const;
+    QString notifyEmail() const;
+    QString notifyIMessageHandle() const;
+    QString askChannel() const;
+    QString askCleanup() const;
+    bool launchAtLogin() const { return launchAtLogin_; }
+
+    void setTerminalApp(const QString& application);
+    void setNotifyEmail(const QString& address);
+    void setNotifyIMessageHandle(const QString& handle);
+    /// A word that is no channel, or no clean-up, stores the default.
+    void setAskChannel(const QString& channel);
+    void setAskCleanup(const QString& cleanup);
+
+    /// True when it was saved; otherwise nothing has changed.
+    bool setAutonomyMode(AutonomyMode mode);
+    bool setImapAccounts(const std::function<void(std::vector<IMAPArchiveAccount>&)>& change);
+    void showLaunchAtLogin(bool on);
+
+    /// Takes over what other processes may change under the cockpit's eyes: the mode and the archive's accounts.
+    void refresh();
+
+Q_SIGNALS:
+    void changed();
+    void autonomyModeChanged();
+    void imapAccountsChanged();
+    /// The file could not be written, and stands as it was.
+    void notSaved();
+
+private:
+    bool store(const std::function<void(HarnessConfig&)>& change);
+
+    HarnessConfig mirror_;
+    bool launchAtLogin_ = false;
+};
+
+} // namespace mervo

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/policy/PendingStore.h"
+#include "platform/files.h"
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace mervo {
+
+/// The queue read again and again. A file is read anew only when it may have changed: a tick over some hundred waiting
+/// actions costs one look at each file's stamp. One thread.
+class QueueReader {
+public:
+    explicit QueueReader(std::filesystem::path folder);
+
+    /// Brings `actions` up to date; true when they are others than before.
+    bool refresh();
+    /// Oldest first. What cannot be read or decoded is left out, and what stands under a name that is not its id.
+    const std::vector<PendingAction>& actions() const { return actions_; }
+
+private:
+    struct Known {
+        platform::FileStamp stamp;
+        bool isSettled = false; ///< no later writing can have left this stamp
+        std::optional<PendingAction> action;
+    };
+    Known look(const std::filesystem::path& file, Known known) const;
+
+    std::filesystem::path folder_;
+    std::unordered_map<std::string, Known> known_; ///< by file name
+    std::vector<PendingAction> actions_;
+};
+
+} // namespace mervo

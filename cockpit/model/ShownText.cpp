@@ -1,0 +1,62 @@
+#include "cockpit/model/ShownText.h"
+
+#include "core/foundation/Text.h"
+#include "platform/unicode.h"
+
+#include <fmt/format.h>
+
+namespace mervo::ShownText {
+
+namespace {
+
+/// The text's first `limit` code points, and how many follow: counted without a look at what they combine to, since a
+/// hostile text may be one character of a million parts.
+struct Split {
+    std::string_view first;
+    std::size_t leftOut = 0;
+};
+
+Split split(std::string_view text, std::size_t limit)
+{
+    std::size_t points = 0, end = text.size();
+    for (std::size_t at = 0; at < text.size(); ++points) {
+        if (points == limit)
+            end = at;
+        at += platform::firstCodePoint(text.substr(at)).length;
+    }
+    return {text.substr(0, end), points > limit ? points - limit : 0};
+}
+
+QString withNote(std::string shown, std::size_t leftOut)
+{
+    if (leftOut > 0)
+        shown += fmt::format("... ({} more character{})", leftOut, leftOut == 1 ? "" : "s");
+    return QString::fromStdString(shown);
+}
+
+} // namespace
+
+Cut cut(std::string_view text, std::size_t limit)
+{
+    const auto [first, leftOut] = split(text, limit);
+    return {QString::fromStdString(Text::visible(first)), leftOut};
+}
+
+QString whole(std::string_view text)
+{
+    return QString::fromStdString(Text::visible(text));
+}
+
+QString line(std::string_view text, std::size_t limit)
+{
+    const auto [first, leftOut] = split(text, limit);
+    return withNote(Text::visibleLine(first), leftOut);
+}
+
+QString block(std::string_view text, std::size_t limit)
+{
+    const auto [first, leftOut] = split(text, limit);
+    return withNote(Text::visible(first), leftOut);
+}
+
+} // namespace mervo::ShownText

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+
+#include <cstddef>
+#include <string_view>
+
+/// Texts from outside as the views may show them: plain, what is invisible made visible, long ones cut.
+namespace mervo::ShownText {
+
+inline constexpr std::size_t kArgumentLimit = 2'000; ///< characters
+inline constexpr std::size_t kLineLimit = 500;
+inline constexpr std::size_t kBlockLimit = 20'000;
+
+/// A text up to a limit, and how many characters were left out.
+struct Cut {
+    QString shown;
+    std::size_t leftOut = 0;
+};
+Cut cut(std::string_view text, std::size_t limit);
+
+/// The whole text; line feeds and tabs stay.
+QString whole(std::string_view text);
+
+/// One line, and several, with "... (<n> more characters)" behind what was cut.
+QString line(std::string_view text, std::size_t limit = kLineLimit);
+QString block(std::string_view text, std::size_t limit = kBlockLimit);
+
+} // namespace mervo::ShownText

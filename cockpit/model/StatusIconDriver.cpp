@@ -1,0 +1,47 @@
+#include "cockpit/model/StatusIconDriver.h"
+
+#include <chrono>
+
+namespace mervo {
+
+namespace {
+
+constexpr std::chrono::milliseconds kFrame(83); // 12 a second
+constexpr double kMillisecondsInSecond = 1000;
+
+bool moves(const StatusIconState& state)
+{
+    return state.working || state.attention == StatusIconState::Attention::approval;
+}
+
+} // namespace
+
+StatusIconDriver::StatusIconDriver(QObject* parent)
+    : QObject(parent)
+{
+    timer_.setInterval(kFrame);
+    connect(&timer_, &QTimer::timeout, this, &StatusIconDriver::imageChanged);
+}
+
+void StatusIconDriver::apply(const StatusIconState& state)
+{
+    timer_.stop();
+    state_ = state;
+    if (moves(state)) {
+        epoch_.start();
+        timer_.start();
+    }
+    Q_EMIT imageChanged();
+}
+
+double StatusIconDriver::t() const
+{
+    return isAnimating() ? static_cast<double>(epoch_.elapsed()) / kMillisecondsInSecond : 0;
+}
+
+bool StatusIconDriver::isAnimating() const
+{
+    return timer_.isActive();
+}
+
+} // namespace mervo
