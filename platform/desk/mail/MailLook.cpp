@@ -9,7 +9,7 @@ namespace mervo::desk {
 namespace {
 
 constexpr std::chrono::milliseconds kOneLook{500};
-constexpr int kRarely = 10; // listings take at most about a tenth of the time
+constexpr int kRarely = 4; // listings take at most a fifth of the time
 constexpr int kMostNames = 4; // of one message that is tried while another program renames it again and again
 
 } // namespace

@@ -1,0 +1,109 @@
+#include "platform/desk/mail/MailStore.h"
+
+#include "tests/support/Files.h"
+
+#include <chrono>
+#include <gmock/gmock.h>
+
+namespace mervo::desk {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class MailStoreTest : public testing::Test {
+protected:
+    void deliver(int count)
+    {
+        createMaildir(account().root, false);
+        for (int i = 0; i < count; ++i)
+            test::writeFile(account().root / "cur" / (std::to_string(i) + ".x:2,"), "Subject: x\n\n");
+    }
+
+    std::shared_ptr<const MailboxSnapshot> look(MailLook::OwnChanges changes = MailLook::OwnChanges::end)
+    {
+        return store_.messages(account(), account().root, changes);
+    }
+
+    const MailAccountSettings& account() const { return store_.accounts().front(); }
+
+    static Configuration oneAccount(const fs::path& root)
+    {
+        Configuration configuration;
+        MailAccountSettings account;
+        account.name = "Work";
+        account.addresses = {"me@desk.example"};
+        account.root = root;
+        configuration.mailAccounts = {account};
+        return configuration;
+    }
+
+    test::TempDir folder_;
+    MailStore store_{oneAccount(folder_ / "mail"), folder_ / "cache"};
+};
+
+TEST_F(MailStoreTest, changesThousandsThatAnotherProgramRenamedWithoutAListingForEach)
+{
+    constexpr int kMessages = 2000;
+    deliver(kMessages);
+    const auto messages = look();
+    for (const MessageRecord& message : messages->messages())
+        fs::rename(account().root / "cur" / message.fileName(),
+            account().root / "cur" / (std::string(message.base()) + ":2,S"));
+
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20; ++i)
+        listMaildir(account().root);
+    const auto ofTwentyListings = std::chrono::steady_clock::now() - start;
+    for (const MessageRecord& message : messages->messages())
+        store_.change(*messages, message, {.flagged = true});
+    EXPECT_LT(std::chrono::steady_clock::now() - start - ofTwentyListings, ofTwentyListings * (kMessages / 20 / 4));
+
+    for (const MaildirEntry& entry : listMaildir(account().root))
+        EXPECT_THAT(entry.fileName, testing::EndsWith(":2,FS"));
+}
+
+TEST_F(MailStoreTest, knowsItsOwnChangesWithoutANewLookAndLooksAnewWhenAsked)
+{
+    deliver(3);
+    const auto before = look();
+    const MessageRecord& first = before->messages()[0];
+    const MessageRecord& second = before->messages()[1];
+    store_.change(*before, first, {.seen = true});
+    store_.change(*before, first, {.colour = 2});
+    store_.remove(account(), *before, second);
+    EXPECT_THAT(store_.entry(*before, first).fileName, testing::EndsWith(":2,FSa"));
+    EXPECT_THROW(store_.entry(*before, second), MessageGone);
+    EXPECT_THROW(store_.change(*before, second, {.seen = true}), MessageGone);
+    EXPECT_EQ(look(MailLook::OwnChanges::keep), before);
+
+    const auto after = look();
+    EXPECT_EQ(after->messages().size(), 2U);
+    EXPECT_EQ(after->withBase(first.base())->id(), first.id()) << "a rename keeps the id";
+    EXPECT_THROW(store_.entry(*before, second), MessageGone) << "an old handle after a new look";
+    store_.change(*before, first, {.seen = false});
+    EXPECT_THAT(store_.entry(*before, first).fileName, testing::EndsWith(":2,Fa"));
+}
+
+TEST_F(MailStoreTest, leavesAMessageWhereItIsWhenItCannotGo)
+{
+    deliver(2);
+    const auto messages = look();
+    const MessageRecord& message = messages->messages()[0];
+    try {
+        store_.move(*messages, message, {"Gone", account().root / ".Gone"});
+        FAIL() << "it went into a folder that is not there";
+    } catch (const MessageGone& error) {
+        FAIL() << error.what();
+    } catch (const MailError& error) {
+        EXPECT_THAT(error.what(), HasSubstr(".Gone: No such file or directory."));
+    }
+    EXPECT_TRUE(fs::exists(account().root / "cur" / message.fileName()));
+
+    fs::remove(account().root / "cur" / message.fileName());
+    EXPECT_THROW(store_.remove(account(), *messages, message), MessageGone);
+    EXPECT_EQ(listMaildir(account().root).size(), 1U);
+}
+
+} // namespace
+} // namespace mervo::desk
