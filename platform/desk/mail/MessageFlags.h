@@ -13,9 +13,9 @@ namespace mervo::desk {
 
 /// What to change; what is left out stays as it is.
 struct FlagChange {
-    std::optional<bool> seen, flagged, replied, passed, trashed;
-    std::optional<bool> junk; ///< false says that it is none, which also holds in the junk mailbox
-    std::optional<int> colour; ///< 0 red to 6 gray, which flags the message as well; -1 takes flag and colour away
+    std::optional<bool> seen = {}, flagged = {}, replied = {}, passed = {}, trashed = {};
+    std::optional<bool> junk = {}; ///< false says that it is none, which also holds in the junk mailbox
+    std::optional<int> colour = {}; ///< 0 red to 6 gray, which flags the message as well; -1 takes flag and colour away
 };
 
 inline constexpr int kNoColour = -1, kLastColour = 6;
