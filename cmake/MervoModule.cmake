@@ -50,6 +50,17 @@ function(mervo_program target)
     endif()
 endfunction()
 
+# mervo_platform_module(mervo-tls SOURCES a.cpp MAY_USE platform/desk/mime): a part of the bundle that is loaded when it is
+# first needed, with the library behind it.
+function(mervo_platform_module target)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;MAY_USE;LIBRARIES")
+    add_library(${target} MODULE ${ARG_SOURCES})
+    mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
+    set_target_properties(${target} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${MERVO_BUNDLE}/Helpers/platform)
+    target_link_options(${target} PRIVATE -Wl,--exclude-libs,ALL)
+    install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/mervo/Contents/Helpers/platform)
+endfunction()
+
 # mervo_test(core-policy SOURCES a.cpp MAY_USE core/policy): one GoogleTest program, its cases known to ctest.
 function(mervo_test name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;MAY_USE;LIBRARIES")

@@ -13,8 +13,9 @@ import re
 # From the ground up. An include leads to a lower floor, or to a neighbour as long as no circle comes of it.
 FLOORS = [
     {"platform"},
-    {"core/foundation", "platform/applescript", "platform/desk/settings"},
-    {"core/scripting", "platform/desk/mail"},
+    {"core/foundation", "platform/applescript", "platform/desk/settings", "platform/linux/tls",
+     "platform/linux/keychain"},
+    {"core/scripting", "core/imap", "core/secrets", "platform/desk/mail"},
     {"core/policy", "platform/desk/mime", "platform/desk/applications"},
     {"core/tools", "platform/desk"},
     {"core/automations", "core/feedback"},

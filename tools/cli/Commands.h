@@ -17,9 +17,10 @@ extern const Command kAutoRun;
 extern const Command kAutoDone;
 extern const Command kPermissions;
 extern const Command kBootstrapPermissions;
+extern const Command kSecret;
 extern const Command kDoctor;
 
 inline constexpr std::array kCommands{&kRun, &kTools, &kExplain, &kPending, &kAutonomy, &kAutoRun, &kAutoDone,
-    &kPermissions, &kBootstrapPermissions, &kDoctor};
+    &kPermissions, &kBootstrapPermissions, &kSecret, &kDoctor};
 
 } // namespace mervo::cli

@@ -2,7 +2,7 @@
 
 #include "core/foundation/Text.h"
 #include "core/tools/Arguments.h"
-#include "core/tools/MissingBridge.h"
+#include "core/tools/mail/MailArchiveService.h"
 #include "core/tools/mail/MailCount.h"
 #include "core/tools/mail/MailCriteria.h"
 #include "core/tools/mail/MailScripts.h"
@@ -44,6 +44,14 @@ Invocation buildArchive(const Args& args)
     Arguments::required(args, "account");
     MailCriteria::requireFilter(args);
     return {};
+}
+
+std::optional<std::string> previewArchive(const Args& args)
+{
+    Args narrowed = args;
+    narrowed.try_emplace("mailbox", "INBOX");
+    return MailCount::preview(
+        narrowed, " → " + MailArchiveService::destinationLabel(Arguments::optional(args, "account")));
 }
 
 std::optional<std::string> previewMove(const Args& args)
@@ -129,17 +137,19 @@ const Tool& mailMove()
 
 const Tool& mailArchive()
 {
-    static const Tool tool = withoutBridge("Mail",
-        {
-            .id = "mail.archive",
-            .summary = "Archive matching messages out of a mailbox (account, [mailbox=INBOX], ≥1 of: "s
-                + MailCriteria::kSentence
-                + "). Gmail removes \\Inbox over IMAP (transparent); other accounts move to \"Archive\". Approval.",
-            .effect = Effect::destructive,
-            .arguments =
-                MailCriteria::arguments({MailSelector::kAccount, {"mailbox", false, "name of the mailbox (INBOX)"}}),
-            .build = buildArchive,
-        });
+    static const Tool tool = {
+        .id = "mail.archive",
+        .summary = "Archive matching messages out of a mailbox (account, [mailbox=INBOX], ≥1 of: "s
+            + MailCriteria::kSentence
+            + "). Gmail removes \\Inbox over IMAP (transparent); other accounts move to \"Archive\". Approval.",
+        .effect = Effect::destructive,
+        .arguments =
+            MailCriteria::arguments({MailSelector::kAccount, {"mailbox", false, "name of the mailbox (INBOX)"}},
+                {{"dest", false, "mailbox of an account without IMAP (Archive)"}}),
+        .build = buildArchive,
+        .nativeRun = MailArchiveService::archive,
+        .preview = previewArchive,
+    };
     return tool;
 }
 

@@ -11,6 +11,7 @@
 namespace mervo::MailScripts {
 
 const std::string& accounts();
+const std::string& accountServers(); ///< a line each: name, first address and server, parted by tabs
 const std::string& headers(); ///< account, mailbox, limit
 
 // With the criteria's thirteen items; there is one filter, so that what a count previews is what an operation does.

@@ -23,6 +23,28 @@ on run argv
     return script;
 }
 
+const std::string& accountServers()
+{
+    static const std::string script = assembled({R"AS(
+on run argv
+	set out to {}
+	tell application "Mail"
+		repeat with acct in (get every account)
+			set theAddress to ""
+			set theServer to ""
+			try
+				set theAddress to item 1 of (get email addresses of acct)
+			end try
+			try
+				set theServer to server name of acct
+			end try
+			set end of out to (name of acct) & tab & theAddress & tab & theServer
+		end repeat
+)AS",
+        kReturnLines, kJoinLines});
+    return script;
+}
+
 const std::string& headers()
 {
     // Only the wanted range is asked for: the first twenty of a large mailbox cost twenty messages.

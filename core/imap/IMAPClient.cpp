@@ -1,0 +1,139 @@
+#include "core/imap/IMAPClient.h"
+
+#include "core/foundation/Text.h"
+#include "core/imap/ImapText.h"
+
+#include <utility>
+
+namespace mervo {
+
+namespace {
+
+constexpr std::size_t kMostAtOnce = 65536;
+constexpr std::size_t kMostInAnswer = 16 * 1024 * 1024; ///< no server has that much to say to one of our commands
+constexpr std::string_view kHidden = "***";
+constexpr std::string_view kUsualAllMail = "[Gmail]/All Mail";
+
+} // namespace
+
+IMAPClient::IMAPClient(const std::string& host, std::uint16_t port, std::chrono::milliseconds ioTimeout)
+    : ioTimeout_(ioTimeout)
+{
+    try {
+        conn_ = platform::connectTls(host, port == 0 ? kPort : port, ioTimeout);
+    } catch (const platform::TlsTimeout&) {
+        throw IMAPError::timeout("connect");
+    } catch (const platform::TlsFailure& failure) {
+        throw IMAPError::connect(failure.what());
+    }
+    while (buffer_.find("\r\n") == std::string::npos)
+        receive();
+    buffer_.clear(); // the greeting
+}
+
+std::size_t IMAPClient::archiveByMessageID(const std::string& host, std::uint16_t port, const std::string& email,
+    const std::string& password, const std::vector<std::string>& messageIDs, std::chrono::milliseconds ioTimeout)
+{
+    IMAPClient client(host, port, ioTimeout);
+    client.login(email, password);
+    const std::string folder = client.allMailFolder();
+    client.command("SELECT INBOX");
+    std::size_t moved = 0;
+    for (const std::string& id : messageIDs)
+        moved += client.moveById(id, folder);
+    client.logout();
+    return moved;
+}
+
+void IMAPClient::verifyLogin(const std::string& host, std::uint16_t port, const std::string& email,
+    const std::string& password, std::chrono::milliseconds ioTimeout)
+{
+    IMAPClient client(host, port, ioTimeout);
+    client.login(email, password);
+    client.logout();
+}
+
+void IMAPClient::login(const std::string& email, const std::string& password)
+{
+    if (!ImapText::isQuotable(email) || !ImapText::isQuotable(password))
+        throw IMAPError::connect("the address or the password holds a line end, which no server takes");
+    secrets_ = {ImapText::quoted(password), password};
+    command("LOGIN " + ImapText::quoted(email) + " " + secrets_.front());
+}
+
+std::string IMAPClient::shown(std::string_view line) const
+{
+    std::string text(line);
+    for (const std::string& secret : secrets_)
+        for (auto at = secret.empty() ? std::string::npos : text.find(secret); at != std::string::npos;
+             at = text.find(secret, at + kHidden.size()))
+            text.replace(at, secret.size(), kHidden);
+    return Text::visibleLine(text);
+}
+
+void IMAPClient::logout() noexcept
+{
+    try {
+        command("LOGOUT");
+    } catch (const std::exception&) {
+        close(); // the work is done
+    }
+}
+
+std::string IMAPClient::allMailFolder()
+{
+    return ImapText::allMailFolder(command(R"(LIST "" "*")")).value_or(std::string(kUsualAllMail));
+}
+
+std::size_t IMAPClient::moveById(const std::string& messageID, const std::string& folder)
+{
+    const std::string id = messageID.starts_with('<') ? messageID : "<" + messageID + ">";
+    if (!ImapText::isQuotable(id))
+        return 0; // no header of a message can hold this
+    std::size_t moved = 0;
+    for (const std::uint64_t uid :
+        ImapText::searchHits(command("UID SEARCH HEADER MESSAGE-ID " + ImapText::quoted(id)))) {
+        command("UID MOVE " + std::to_string(uid) + " " + ImapText::quoted(folder));
+        ++moved;
+    }
+    return moved;
+}
+
+std::string IMAPClient::command(std::string_view text)
+{
+    const std::string tag = "a" + std::to_string(++tagSeq_);
+    try {
+        conn_->send(tag + " " + std::string(text) + "\r\n", ioTimeout_);
+    } catch (const platform::TlsTimeout&) {
+        throw IMAPError::timeout("write");
+    } catch (const platform::TlsFailure& failure) {
+        throw IMAPError::connect(failure.what());
+    }
+    for (std::size_t from = 0;;) {
+        if (const auto line = ImapText::taggedLine(buffer_, tag, from)) {
+            if (!ImapText::isOk(*line, tag))
+                throw IMAPError::server(shown(*line));
+            return std::exchange(buffer_, {});
+        }
+        receive();
+    }
+}
+
+void IMAPClient::receive()
+{
+    std::string bytes;
+    try {
+        bytes = conn_->receive(kMostAtOnce, ioTimeout_);
+    } catch (const platform::TlsTimeout&) {
+        throw IMAPError::timeout("read");
+    } catch (const platform::TlsFailure& failure) {
+        throw IMAPError::connect(failure.what());
+    }
+    if (bytes.empty())
+        throw IMAPError::connect("connection closed");
+    if (buffer_.size() + bytes.size() > kMostInAnswer)
+        throw IMAPError::server("an answer of more than 16 MiB");
+    buffer_ += bytes;
+}
+
+} // namespace mervo

@@ -1,0 +1,87 @@
+#include "platform/linux/tls/Socket.h"
+
+#include <arpa/inet.h>
+#include <future>
+#include <memory>
+#include <netdb.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <thread>
+
+namespace mervo::platform {
+namespace {
+
+struct FreeAddresses {
+    void operator()(addrinfo* list) const { freeaddrinfo(list); }
+};
+using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
+
+Addresses resolve(const std::string& host, std::uint16_t port)
+{
+    addrinfo hints{};
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_ADDRCONFIG | AI_NUMERICSERV;
+    addrinfo* found = nullptr;
+    const int failure = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found);
+    if (failure != 0)
+        throw TlsFailure(host + ": " + (failure == EAI_SYSTEM ? std::strerror(errno) : gai_strerror(failure)));
+    return Addresses(found);
+}
+
+/// The system's lookup knows no time limit, so it has a thread of its own, which is left behind when it is too slow.
+Addresses resolveInTime(const std::string& host, std::uint16_t port, const Deadline& deadline)
+{
+    std::promise<Addresses> promise;
+    std::future<Addresses> result = promise.get_future();
+    std::thread([host, port, promise = std::move(promise)]() mutable {
+        try {
+            promise.set_value(resolve(host, port));
+        } catch (...) {
+            promise.set_exception(std::current_exception());
+        }
+    }).detach();
+    if (result.wait_for(deadline.left()) != std::future_status::ready)
+        throw TlsTimeout();
+    return result.get();
+}
+
+/// An open descriptor, or the negated error number.
+int connectTo(const addrinfo& address, const Deadline& deadline)
+{
+    const int descriptor =
+        socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol);
+    if (descriptor < 0)
+        return -errno;
+    int failure = connect(descriptor, address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
+    try {
+        if (failure == EINPROGRESS) {
+            deadline.await(descriptor, POLLOUT);
+            socklen_t size = sizeof failure;
+            if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &failure, &size) != 0)
+                failure = errno;
+        }
+    } catch (...) {
+        close(descriptor);
+        throw;
+    }
+    if (failure != 0) {
+        close(descriptor);
+        return -failure;
+    }
+    const int on = 1; // lines are short and wait for their answers
+    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    return descriptor;
+}
+
+} // namespace
+
+Socket::Socket(const std::string& host, std::uint16_t port, const Deadline& deadline)
+{
+    const Addresses addresses = resolveInTime(host, port, deadline);
+    for (const addrinfo* address = addresses.get(); address != nullptr && descriptor_ < 0; address = address->ai_next)
+        descriptor_ = connectTo(*address, deadline);
+    if (descriptor_ < 0)
+        throw TlsFailure(host + " port " + std::to_string(port) + ": " + std::strerror(-descriptor_));
+}
+
+} // namespace mervo::platform
