@@ -25,7 +25,7 @@ FLOORS = [
     {"cockpit/views"},
 ]
 ROOMS = ("core", "platform", "tools", "cockpit")  # what is layered
-ANNEXES = ("tests", "bench", "fuzz")  # may look at everything that they name
+ANNEXES = ("tests", "bench", "fuzz", "demo")  # may look at everything that they name
 SOURCES = {".h", ".cpp"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+"((?:%s)/[^"]+)"' % "|".join(ROOMS + ANNEXES), re.M)
