@@ -32,7 +32,7 @@ _mervo_argument() { # the names of arguments that are not given yet
 
 _mervo() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
-    local -a commands=(run tools explain pending autonomy auto-run auto-done permissions bootstrap-permissions doctor help)
+    local -a commands=(run tools explain pending autonomy auto-run auto-done permissions bootstrap-permissions secret doctor help)
     COMPREPLY=()
     if ((COMP_CWORD == 1)); then
         _mervo_offer "$current" "${commands[@]}" --help --version
@@ -43,6 +43,7 @@ _mervo() {
             _mervo_offer "$current" --json --help ;;
         tools:-*) _mervo_offer "$current" --json --ids --arguments --help ;;
         auto-run:-*) _mervo_offer "$current" --force --help ;;
+        secret:*) ((COMP_CWORD == 2)) && _mervo_offer "$current" set test ;;
         run:* | explain:* | tools:*)
             if ((COMP_CWORD == 2)); then
                 _mervo_offer "$current" $(_mervo_ask tools --ids)

@@ -25,6 +25,7 @@ complete -c mervo -n '__mervo_words 1' -a auto-run -d 'run an automation once'
 complete -c mervo -n '__mervo_words 1' -a auto-done -d 'end the run of an automation'
 complete -c mervo -n '__mervo_words 1' -a permissions -d 'show the consents'
 complete -c mervo -n '__mervo_words 1' -a bootstrap-permissions -d 'ask the owner for every consent'
+complete -c mervo -n '__mervo_words 1' -a secret -d 'keep the app password of a mail account, or try it'
 complete -c mervo -n '__mervo_words 1' -a doctor -d 'what works on this machine and what does not'
 complete -c mervo -n '__mervo_words 1' -a help -d 'what a command promises'
 
@@ -36,4 +37,5 @@ complete -c mervo -n '__fish_seen_subcommand_from tools' -l arguments -d "the na
 complete -c mervo -n '__fish_seen_subcommand_from auto-run' -l force -d 'run it although it is paused or not due'
 complete -c mervo -n '__fish_seen_subcommand_from pending; and __mervo_words 2' -a "(mervo pending 2>/dev/null | string match -rg '^([0-9A-F]{8})  ')"
 complete -c mervo -n '__fish_seen_subcommand_from autonomy; and __mervo_words 2' -a 'panic copilote yolo'
-complete -c mervo -n '__fish_seen_subcommand_from help; and __mervo_words 2' -a 'run tools explain pending autonomy auto-run auto-done permissions bootstrap-permissions doctor'
+complete -c mervo -n '__fish_seen_subcommand_from secret; and __mervo_words 2' -a 'set test'
+complete -c mervo -n '__fish_seen_subcommand_from help; and __mervo_words 2' -a 'run tools explain pending autonomy auto-run auto-done permissions bootstrap-permissions secret doctor'

@@ -27,6 +27,7 @@ TEST_F(CompletionTest, offersWhatTheProgramKnows)
     EXPECT_EQ(offered({"run", "no.such", "x"}), "");
     EXPECT_EQ(offered({"tools", "auto.r"}), "auto.run\nauto.rm\n");
     EXPECT_EQ(offered({"autonomy", "p"}), "panic\n");
+    EXPECT_EQ(offered({"secret", ""}), "set\ntest\n");
 }
 
 TEST_F(CompletionTest, offersFilesForABodyAndWaitingActions)

@@ -8,7 +8,7 @@ using testing::StartsWith;
 using HelpTest = Cli;
 
 const std::vector<std::string> kNames{"run", "tools", "explain", "pending", "autonomy", "auto-run", "auto-done",
-    "permissions", "bootstrap-permissions", "doctor"};
+    "permissions", "bootstrap-permissions", "secret", "doctor"};
 
 TEST_F(HelpTest, everyCommandHasItsPage)
 {
