@@ -1,0 +1,126 @@
+#include "tests/cockpit-model/World.h"
+
+namespace mervo {
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+class Faults : public test::World {
+protected:
+    std::int64_t slowestTick(int ticks)
+    {
+        std::int64_t slowest = 0;
+        for (int i = 0; i < ticks; ++i) {
+            QElapsedTimer waited;
+            waited.start();
+            model->reload();
+            slowest = std::max(slowest, std::int64_t{waited.elapsed()});
+        }
+        return slowest;
+    }
+};
+
+TEST_F(Faults, ALockedDatabaseStopsNeitherTicksNorVerdicts)
+{
+    elsewhere({"ask", "Q1", "Move it?"});
+    elsewhere({"rule", "R1"});
+    queue(draft("A"));
+    queue(draft("B", "meanwhile"));
+    start();
+    test::Program locker(worker(), {"lock"});
+    ASSERT_EQ(locker.readLine(), "held");
+    EXPECT_LT(slowestTick(3), 1000) << "the bound is 50 ms";
+    EXPECT_EQ(model->questions()->rowCount(), 1) << "what was known stays";
+    EXPECT_THAT(model->rules(), SizeIs(1));
+    QElapsedTimer waited;
+    waited.start();
+    model->reject(key(), "no");
+    model->answer("Q1", "Oui");
+    model->setAutonomy("panic");
+    EXPECT_EQ(model->waitingCount(), 1);
+    elsewhere({"queue", "C", "new"});
+    EXPECT_LT(slowestTick(3), 1000);
+    EXPECT_LT(waited.elapsed(), 5000);
+    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    locker.finish();
+    ASSERT_TRUE(untilResult("🚫 rejected mail.draft"));
+    ASSERT_TRUE(until([&] { return rows().size() == 3; }));
+    EXPECT_THAT(rows(),
+        ElementsAre("cockpit|set_autonomy|executed|human_toggle|mode=panic",
+            "cockpit|ask_answer|executed|human|answer=Oui|id=Q1",
+            testing::StartsWith("cockpit|mail.draft|rejected|no|")));
+}
+
+TEST_F(Faults, ADatabaseThatIsTakenAwayAndPutBackIsFollowed)
+{
+    elsewhere({"rule", "R1"});
+    start();
+    ASSERT_THAT(model->rules(), SizeIs(1));
+    std::filesystem::remove(home / "mervo.sqlite");
+    model->reload();
+    EXPECT_THAT(model->rules(), SizeIs(0));
+    elsewhere({"rule", "R2"});
+    model->reload();
+    ASSERT_THAT(model->rules(), SizeIs(1));
+    EXPECT_EQ(model->rules()[0].id, "R2");
+    std::filesystem::remove(home / "mervo.sqlite");
+    model->setAutonomy("yolo");
+    ASSERT_TRUE(until([&] { return std::filesystem::exists(home / "mervo.sqlite"); }));
+    db = std::make_shared<MervoDB>(home.path());
+    ASSERT_TRUE(until([&] { return rows().size() == 1; })) << "a row never goes to a file that is gone";
+    test::writeFile(home / "mervo.sqlite", std::string(5000, 'x'));
+    EXPECT_LT(slowestTick(2), 1000);
+}
+
+TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
+{
+    queue(draft("A"));
+    test::writeFile(home / "pending/B.json", "{\"id\":\"B\",");
+    test::writeFile(home / "pending/C.json", draft("A", "not mine").encode());
+    test::writeFile(home / "pending/notes.txt", "{}");
+    test::writeFile(home / "config.json", "[");
+    test::writeFile(home / "automations/broken/loop.json", "{");
+    start();
+    EXPECT_EQ(model->approvals()->rowCount(), 1);
+    test::writeFile(home / "pending/B.json", draft("B").encode());
+    model->reload();
+    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    std::filesystem::remove_all(home / "pending");
+    model->reload();
+    EXPECT_EQ(model->approvals()->rowCount(), 0);
+    EXPECT_EQ(workspace.badges.back(), "");
+    queue(draft("D"));
+    model->reload();
+    EXPECT_EQ(model->approvals()->rowCount(), 1);
+    std::filesystem::remove_all(home / "pending");
+    test::writeFile(home / "pending", "a file in the folder's place");
+    model->approve(key());
+    EXPECT_EQ(result(), "mail.draft - no longer waiting");
+}
+
+TEST_F(Faults, AFileChangedWithinOneTickOfTheClockIsSeen)
+{
+    queue(draft("A", "one"));
+    start();
+    for (int i = 0; i < 50; ++i) {
+        queue(draft("A", i % 2 == 0 ? "two" : "six")); // same length, same inode, perhaps the same time
+        model->reload();
+        const auto arguments = role(*model->approvals(), 0, ApprovalListModel::ArgumentsRole).toList();
+        ASSERT_EQ(arguments.at(0).toMap().value("whole").toString(), i % 2 == 0 ? "two" : "six");
+    }
+}
+
+TEST_F(Faults, ASettingThatCannotBeSavedIsNotShownAsSet)
+{
+    start();
+    std::filesystem::create_directory(home / "config.json");
+    model->setAutonomy("yolo");
+    EXPECT_EQ(model->autonomyMode(), "copilote");
+    EXPECT_THAT(result(), testing::StartsWith("❌ "));
+    model->settings()->setNotifyEmail("me@example.org");
+    EXPECT_EQ(model->settings()->notifyEmail(), "");
+}
+
+} // namespace
+} // namespace mervo
