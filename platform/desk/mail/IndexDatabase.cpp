@@ -167,7 +167,7 @@ RecordChunks IndexDatabase::readChunks(const Folder& folder)
         return chunks;
     Query total(*this, "SELECT total(length(data)) FROM chunk WHERE folder = ?");
     total.bind(1, folder.id).step();
-    auto memory = std::make_shared<RecordMemory>(static_cast<std::size_t>(total.integer(0)));
+    const auto memory = std::make_shared<RecordMemory>(static_cast<std::size_t>(total.integer(0)));
     Query query(*this, "SELECT rowid, number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
     query.bind(1, folder.id);
     std::uint64_t content = 0;
@@ -177,11 +177,10 @@ RecordChunks IndexDatabase::readChunks(const Folder& folder)
         if (fingerprint(chunk) != print)
             throw IndexError("The mail index is damaged.", true);
         content = combined(content, query.integer(1), print);
-        chunks.byNumber.emplace(query.integer(1), chunk);
+        chunks.emplace(query.integer(1), std::make_shared<RecordChunk>(memory, chunk));
     }
     if (content != folder.content)
         throw IndexError("The mail index is damaged.", true);
-    chunks.memory.push_back(std::move(memory));
     return chunks;
 }
 

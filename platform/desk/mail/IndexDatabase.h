@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/desk/mail/Maildir.h"
-#include "platform/desk/mail/RecordMemory.h"
+#include "platform/desk/mail/RecordChunks.h"
 
 #include <cstdint>
 #include <filesystem>

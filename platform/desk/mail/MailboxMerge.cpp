@@ -2,7 +2,6 @@
 
 #include "platform/desk/mail/MessageFile.h"
 
-#include <algorithm>
 #include <bit>
 #include <limits>
 #include <optional>
@@ -66,14 +65,11 @@ private:
 MailboxMerge::MailboxMerge(RecordChunks stored)
     : chunks_(std::move(stored))
 {
-    headers_.reserve(chunks_.byNumber.size() * kMessagesInChunk);
+    headers_.reserve(chunks_.size() * kMessagesInChunk);
     chunkOf_.reserve(headers_.capacity());
-    std::vector<MessageRecord> records;
-    for (const auto& [number, chunk] : chunks_.byNumber) {
-        records.clear();
-        readRecords(chunk, records);
-        sizes_[number] = records.size();
-        for (const MessageRecord& record : records)
+    for (const auto& [number, chunk] : chunks_) {
+        sizes_[number] = chunk->records().size();
+        for (const MessageRecord& record : chunk->records())
             headers_.push_back(record.header());
         chunkOf_.resize(headers_.size(), number);
     }
@@ -119,7 +115,8 @@ std::size_t MailboxMerge::touchedLength() const
 
 void MailboxMerge::write(const IndexDatabase::Folder& folder, IndexDatabase::Change& change)
 {
-    auto fresh = std::make_shared<RecordMemory>(touchedLength());
+    const auto fresh = std::make_shared<RecordMemory>(touchedLength());
+    RecordChunks written;
     std::string chunk;
     std::size_t next = 0;
     for (const std::int64_t number : touched_) {
@@ -130,25 +127,17 @@ void MailboxMerge::write(const IndexDatabase::Folder& folder, IndexDatabase::Cha
             appendRecord(chunk, headers_[next]);
         if (chunk.empty()) {
             change.removeChunk(folder, number);
-            chunks_.byNumber.erase(number);
+            chunks_.erase(number);
         } else {
             change.write(folder, number, chunk);
             char* place = fresh->take(chunk.size());
             chunk.copy(place, chunk.size());
-            chunks_.byNumber[number] = {place, chunk.size()};
+            written[number] = std::make_shared<RecordChunk>(fresh, std::string_view(place, chunk.size()));
         }
     }
-    headers_.clear(); // they are as they were before
-    chunks_.memory.push_back(std::move(fresh));
-    dropUnusedMemory();
-}
-
-void MailboxMerge::dropUnusedMemory()
-{
-    std::erase_if(chunks_.memory, [this](const std::shared_ptr<const RecordMemory>& memory) {
-        return std::none_of(chunks_.byNumber.begin(), chunks_.byNumber.end(),
-            [&](const auto& chunk) { return memory->holds(chunk.second.data()); });
-    });
+    headers_.clear(); // they point into the chunks that are replaced now
+    written.merge(chunks_);
+    chunks_ = std::move(written);
 }
 
 std::shared_ptr<const MailboxSnapshot> MailboxMerge::finish(const std::filesystem::path& maildir)

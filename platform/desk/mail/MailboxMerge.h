@@ -2,7 +2,6 @@
 
 #include "platform/desk/mail/IndexDatabase.h"
 #include "platform/desk/mail/MailboxSnapshot.h"
-#include "platform/desk/mail/RecordMemory.h"
 #include "platform/desk/mail/TextStore.h"
 
 #include <cstdint>
@@ -34,7 +33,6 @@ public:
     std::shared_ptr<const MailboxSnapshot> finish(const std::filesystem::path& maildir);
 
 private:
-    void dropUnusedMemory();
     std::size_t touchedLength() const;
     void rename(std::size_t at, const MaildirEntry& entry);
     void removeUnseen(const std::vector<bool>& isSeen);

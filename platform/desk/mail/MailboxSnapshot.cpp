@@ -24,18 +24,19 @@ MailboxSnapshot::MailboxSnapshot(std::filesystem::path maildir, RecordChunks chu
     : maildir_(std::move(maildir))
     , chunks_(std::move(chunks))
 {
-    messages_.reserve(chunks_.byNumber.size() * kMessagesInChunk);
-    for (const auto& [number, chunk] : chunks_.byNumber)
-        readRecords(chunk, messages_);
     // They come oldest first as a rule: turned round they are in order already.
     std::vector<Dated> dated;
-    dated.reserve(messages_.size());
-    for (auto record = messages_.rbegin(); record != messages_.rend(); ++record)
-        dated.push_back({record->received(), *record});
+    dated.reserve(chunks_.size() * kMessagesInChunk);
+    for (auto chunk = chunks_.rbegin(); chunk != chunks_.rend(); ++chunk) {
+        const std::vector<MessageRecord>& records = chunk->second->records();
+        for (auto record = records.rbegin(); record != records.rend(); ++record)
+            dated.push_back({record->received(), *record});
+    }
     if (!std::is_sorted(dated.begin(), dated.end(), newerFirst))
         std::sort(dated.begin(), dated.end(), newerFirst);
-    for (std::size_t i = 0; i < dated.size(); ++i)
-        messages_[i] = dated[i].record;
+    messages_.reserve(dated.size());
+    for (const Dated& one : dated)
+        messages_.push_back(one.record);
 }
 
 const MessageRecord* MailboxSnapshot::withId(std::uint32_t id) const

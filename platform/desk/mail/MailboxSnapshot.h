@@ -1,7 +1,6 @@
 #pragma once
 
-#include "platform/desk/mail/MessageRecord.h"
-#include "platform/desk/mail/RecordMemory.h"
+#include "platform/desk/mail/RecordChunks.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -14,7 +13,6 @@ namespace mervo::desk {
 /// The messages of one mailbox at one moment, newest received first. Never changes; owns the bytes of its records.
 class MailboxSnapshot {
 public:
-    /// Throws MalformedRecords.
     MailboxSnapshot(std::filesystem::path maildir, RecordChunks chunks);
 
     const std::filesystem::path& maildir() const noexcept { return maildir_; }
