@@ -56,12 +56,16 @@ void MailLook::withFile(
     for (int names = 0; names < kMostNames; ++names) {
         if (act(tried))
             return;
-        auto found = listing_.entries.find(std::string(message.base()));
-        const bool isTried = found == listing_.entries.end() || found->second.fileName == tried.fileName;
-        if (isTried && listAgain())
-            found = listing_.entries.find(std::string(message.base()));
-        if (found == listing_.entries.end() || found->second.fileName == tried.fileName)
-            break;
+        const std::string base(message.base());
+        auto found = listing_.entries.find(base);
+        if (found == listing_.entries.end() || found->second.fileName == tried.fileName) {
+            // A new listing may well name it as before: it was renamed there and back.
+            if (!listAgain())
+                break;
+            found = listing_.entries.find(base);
+            if (found == listing_.entries.end())
+                break;
+        }
         tried = found->second;
         since_[found->first] = tried;
     }

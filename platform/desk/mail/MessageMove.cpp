@@ -82,13 +82,20 @@ std::optional<MaildirEntry> copyAcross(const fs::path& source, const fs::path& d
     return MaildirEntry{copy.filename().native(), false};
 }
 
-/// Whether a rename failed for want of the folder that it leads to, and that has been mended.
-bool isMended(const fs::path& source, const fs::path& destination)
+/// Whether a rename that found something missing missed the message itself. The folder is asked, since the message may
+/// be back under its old name by now.
+bool isMessageMissing(const fs::path& destination)
+{
+    return isThere(destination / "cur");
+}
+
+/// Makes what a Maildir that is there lacks. False when it is not there at all.
+bool mend(const fs::path& maildir)
 {
     std::error_code error;
-    if (!isThere(source) || !fs::is_directory(destination, error) || fs::exists(destination / "cur", error))
+    if (!fs::is_directory(maildir, error))
         return false;
-    createMaildir(destination, false);
+    createMaildir(maildir, false);
     return true;
 }
 
@@ -101,7 +108,7 @@ std::optional<MaildirEntry> renameMessage(const fs::path& maildir, const Maildir
     const int error = renameTo(source, messagePath(maildir, changed.fileName, false));
     if (error == 0)
         return changed;
-    if (error == ENOENT && !isThere(source))
+    if (error == ENOENT && isMessageMissing(maildir))
         return std::nullopt;
     fail("changed in", maildir, error);
 }
@@ -118,13 +125,12 @@ std::optional<MaildirEntry> moveMessage(
             return moved;
         if (error == EXDEV)
             return copyAcross(source, destination, info);
-        if (error == ENOENT && !isMended(source, destination))
-            break;
-        if (error != ENOENT && error != EEXIST)
+        if (error == ENOENT && isMessageMissing(destination))
+            return std::nullopt;
+        const bool isWorthAnother = error == EEXIST || (error == ENOENT && mend(destination));
+        if (!isWorthAnother)
             break;
     }
-    if (error == ENOENT && !isThere(source))
-        return std::nullopt;
     fail("moved to", destination, error);
 }
 
