@@ -13,8 +13,8 @@ import re
 # From the ground up. An include leads to a lower floor, or to a neighbour as long as no circle comes of it.
 FLOORS = [
     {"platform"},
-    {"core/foundation", "platform/applescript", "platform/desk/settings", "platform/linux/tls",
-     "platform/linux/keychain"},
+    {"core/foundation", "platform/applescript", "platform/desk/settings", "platform/linux/desktop",
+     "platform/linux/keychain", "platform/linux/tls"},
     {"core/scripting", "core/imap", "core/secrets", "platform/desk/mail"},
     {"core/policy", "platform/desk/mime", "platform/desk/applications"},
     {"core/tools", "platform/desk"},
@@ -22,7 +22,8 @@ FLOORS = [
     {"core/catalogue"},
     {"core/approval", "core/doctor"},
     {"cockpit/model", "tools/cli", "tools/mcp"},
-    {"cockpit/views"},
+    {"cockpit/icon", "cockpit/views"},
+    {"cockpit/shell"},
 ]
 ROOMS = ("core", "platform", "tools", "cockpit")  # what is layered
 ANNEXES = ("tests", "bench", "fuzz", "demo")  # may look at everything that they name
