@@ -218,4 +218,22 @@ def gate(bench):
     ]
 
 
-GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "bulk": bulk, "gate": gate}
+ACTIONS, AUTOMATIONS = 500, 50
+
+
+def cockpit(bench):
+    home = bench.data / "cockpit"
+    environment = os.environ | {"MERVO_HOME": str(home)}
+    shutil.rmtree(home, ignore_errors=True)
+    print(f"  making {ROWS:,} audit rows", flush=True)
+    subprocess.run([bench.programs / "bench-gate", "prepare", home, "100", str(ROWS)], env=environment, check=True)
+    got = bench.samples(environment, bench.programs / "bench-cockpit",
+                        [str(home), str(ACTIONS), str(AUTOMATIONS), str(4 * bench.rounds)])
+    what = f"a tick without a change ({ROWS:,} audit rows, {ACTIONS} actions, {AUTOMATIONS} automations)"
+    return [
+        Figure(what + ", processor time", got["tick"]["cpu"], got["stamps"]["wall"], "a stat of every file", 5 * MS, True),
+        Figure("the same by the clock", got["tick"]["wall"], got["stamps"]["wall"], "a stat of every file"),
+    ]
+
+
+GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "bulk": bulk, "gate": gate, "cockpit": cockpit}

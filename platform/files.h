@@ -14,13 +14,16 @@ namespace mervo::platform {
 /// The bytes of a regular file; nothing when it cannot be read, or is a device, a pipe or a folder.
 std::optional<std::string> readFile(const std::filesystem::path& file) noexcept;
 
-/// What changes when a file does: another file under its name, another length, another time of writing.
+/// What changes when a file does: another file under its name, another length, another time.
 struct FileStamp {
     std::uint64_t device = 0, number = 0; ///< which file it is
     std::int64_t bytes = 0;
-    std::int64_t written = 0; ///< nanoseconds since 1970
+    std::int64_t changed = 0; ///< when, by the system's own account (nanoseconds since 1970): nobody can set it back
 
     bool operator==(const FileStamp&) const = default;
+    /// True when no later writing can leave this stamp. A file's time has the grain of the system's tick or, on other
+    /// file systems, of up to two seconds: a file written again within it may look as before.
+    bool isSettled() const noexcept;
     bool isSameFile(const FileStamp& other) const { return device == other.device && number == other.number; }
 };
 /// Nothing when there is no such file. Links are followed.

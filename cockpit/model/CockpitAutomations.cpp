@@ -33,7 +33,8 @@ std::optional<std::string> failureOf(Work&& work)
 
 } // namespace
 
-void CockpitModel::callEngine(const std::string& name, EngineCall call, std::function<void()> then)
+void CockpitModel::callEngine(
+    const std::string& name, std::function<void(AutomationEngine&)> call, std::function<void()> then)
 {
     auto& engine = outside_.engine;
     work_.chore(

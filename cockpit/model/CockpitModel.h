@@ -25,8 +25,7 @@ namespace mervo {
 /// out what the person decides.
 ///
 /// Main thread only. What may take long (approved tools, the engine, writes to the database) runs elsewhere and comes
-/// back through the event loop. Nothing here raises a dialog or throws: what failed is said by `lastResult`.
-///
+/// back through the event loop. Nothing here throws: what failed is said by `lastResult`.
 /// The end of the model waits for the tools that run on an approval, for as long as they take: each has left the queue
 /// and owes the trail its row. Approvals that still wait for a thread go back to the queue.
 class CockpitModel final : public QObject {
@@ -77,7 +76,6 @@ public:
 
     Q_INVOKABLE void openInMail(const QString& key);
     Q_INVOKABLE void openSupport();
-
     /// Raises as well as lowers: a person's own switch. A word that is no mode does nothing.
     Q_INVOKABLE void setAutonomy(const QString& mode);
     void addRule(const PolicyRule& rule);
@@ -101,8 +99,6 @@ Q_SIGNALS:
     void activationRequested();
 
 private:
-    using EngineCall = std::function<void(AutomationEngine&)>;
-
     void refresh(bool initial);
     void showQueue();
     void readDatabase();
@@ -111,7 +107,6 @@ private:
     void refreshIcon();
     StatusIconState::Attention attention() const;
     void setLastResult(const std::string& text);
-
     void notify(const std::vector<PendingAction>& fresh, std::size_t total);
     void announce(const PendingAction& action);
     void withdrawDecided();
@@ -123,7 +118,7 @@ private:
 
     void logAccount(const char* action, const AuditLog::Details& details);
     const Automation* automation(const QString& name) const;
-    void callEngine(const std::string& name, EngineCall call, std::function<void()> then);
+    void callEngine(const std::string& name, std::function<void(AutomationEngine&)> call, std::function<void()> then);
     void writeRules(std::function<void(CockpitStores::Open&)> change);
 
     Surroundings outside_;
@@ -138,9 +133,9 @@ private:
     QTimer timer_;
 
     std::vector<PendingAction> pending_; ///< what waits, without what a verdict is being carried out for
+    std::vector<FeedbackItem> openQuestions_;
     std::vector<AuditEntry> audit_;
     std::vector<PolicyRule> rules_;
-    std::vector<FeedbackItem> openQuestions_;
     std::vector<Automation> listed_;
     std::vector<GmailAccount> gmailAccounts_;
     QString lastResult_;

@@ -1,7 +1,7 @@
 #include "cockpit/model/QueueReader.h"
 
 #include <algorithm>
-#include <chrono>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
@@ -9,16 +9,7 @@ namespace mervo {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-/// A file's time has the grain of the system's tick or, on other file systems, of up to two seconds: a file written
-/// again within it may look as before.
-constexpr auto kGrain = 3s;
-
-std::int64_t nanoseconds(std::chrono::system_clock::duration time)
-{
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(time).count();
-}
+constexpr std::string_view kExtension = ".json";
 
 } // namespace
 
@@ -29,23 +20,20 @@ QueueReader::QueueReader(std::filesystem::path folder)
 
 bool QueueReader::refresh()
 {
-    std::unordered_map<std::string, Known> found;
-    bool isSame = true;
+    ++refreshes_;
+    bool changed = false;
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
          entry.increment(error)) {
-        if (entry->path().extension() != ".json")
+        std::string name = entry->path().filename();
+        if (!name.ends_with(kExtension))
             continue;
-        const std::string name = entry->path().filename();
-        const auto before = known_.find(name);
-        auto now = look(entry->path(), before == known_.end() ? Known{} : before->second);
-        isSame = isSame && now.action == (before == known_.end() ? std::nullopt : before->second.action);
-        found.emplace(name, std::move(now));
+        Known& known = known_[std::move(name)];
+        known.seenAt = refreshes_;
+        changed = look(entry->path(), known) || changed;
     }
-    const auto isGone = [&](const auto& item) { return item.second.action && !found.contains(item.first); };
-    isSame = isSame && std::ranges::none_of(known_, isGone);
-    known_ = std::move(found);
-    if (isSame)
+    changed = forgetUnseen() || changed;
+    if (!changed)
         return false;
     actions_.clear();
     for (const auto& [name, file] : known_)
@@ -55,20 +43,32 @@ bool QueueReader::refresh()
     return true;
 }
 
-QueueReader::Known QueueReader::look(const std::filesystem::path& file, Known known) const
+bool QueueReader::look(const std::filesystem::path& file, Known& known) const
 {
     const auto stamp = platform::fileStamp(file);
-    if (!stamp)
-        return {};
-    if (known.isSettled && known.stamp == *stamp)
-        return known;
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    known.isSettled = stamp->written < nanoseconds(now - kGrain);
-    known.stamp = *stamp;
-    known.action = PendingStore::read(file);
-    if (known.action && known.action->id != file.stem())
-        known.action.reset(); // a verdict finds the file by the id
-    return known;
+    if (stamp && known.isSettled && known.stamp == *stamp)
+        return false;
+    known.isSettled = stamp && stamp->isSettled();
+    known.stamp = stamp.value_or(platform::FileStamp{});
+    auto action = stamp ? PendingStore::read(file) : std::nullopt;
+    if (action && action->id != file.stem())
+        action.reset(); // a verdict finds the file by the id
+    if (action == known.action)
+        return false;
+    known.action = std::move(action);
+    return true;
+}
+
+/// True when an action went with its file.
+bool QueueReader::forgetUnseen()
+{
+    bool changed = false;
+    std::erase_if(known_, [&](const auto& item) {
+        const bool isGone = item.second.seenAt != refreshes_;
+        changed = changed || (isGone && item.second.action);
+        return isGone;
+    });
+    return changed;
 }
 
 } // namespace mervo

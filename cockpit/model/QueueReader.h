@@ -3,6 +3,8 @@
 #include "core/policy/PendingStore.h"
 #include "platform/files.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -23,13 +25,17 @@ public:
 private:
     struct Known {
         platform::FileStamp stamp;
-        bool isSettled = false; ///< no later writing can have left this stamp
+        bool isSettled = false; ///< the stamp told so when the file was read
         std::optional<PendingAction> action;
+        std::uint64_t seenAt = 0; ///< the refresh that met the file last
     };
-    Known look(const std::filesystem::path& file, Known known) const;
+    /// Brings one file up to date; true when its action is another one than before.
+    bool look(const std::filesystem::path& file, Known& known) const;
+    bool forgetUnseen();
 
     std::filesystem::path folder_;
     std::unordered_map<std::string, Known> known_; ///< by file name
+    std::uint64_t refreshes_ = 0;
     std::vector<PendingAction> actions_;
 };
 

@@ -40,7 +40,7 @@ EngineError EngineError::failed(const std::string& text)
 
 std::vector<Automation> ListingEngine::list()
 {
-    return RondelEngine::list();
+    return listing_.list();
 }
 
 std::filesystem::path ListingEngine::logFile(const std::string& name)

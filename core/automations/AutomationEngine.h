@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/automations/Automation.h"
+#include "core/automations/AutomationListing.h"
 #include "core/foundation/ServiceError.h"
 
 #include <filesystem>
@@ -50,6 +50,9 @@ public:
     void setEnabled(const std::string& name, bool enabled) override;
     void remove(const std::string& name) override;
     void openLive(const std::string& name) override;
+
+private:
+    AutomationListing listing_;
 };
 
 } // namespace mervo

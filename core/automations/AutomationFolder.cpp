@@ -80,18 +80,6 @@ std::optional<std::string> promptOf(const Json& loop, const fs::path& folder)
     return instructions ? instructions : text(loop, "prompt");
 }
 
-bool isRunning(const fs::path& home, std::string_view name)
-{
-    const auto lock = runtimeFile(home, "run", name, ".lock.d");
-    const auto bytes = lock ? platform::readFile(*lock / "pid") : std::nullopt;
-    if (!bytes)
-        return false;
-    const std::string_view digits = Text::trimmed(*bytes);
-    std::int64_t pid = 0;
-    const auto [end, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), pid);
-    return failure == std::errc() && end == digits.data() + digits.size() && platform::isRunning(pid);
-}
-
 void addState(Automation& automation, const fs::path& home)
 {
     const auto file = runtimeFile(home, "state", automation.name, ".json");
@@ -136,6 +124,18 @@ std::optional<Automation> load(const fs::path& loopFile, const fs::path& home) n
     } catch (const std::exception&) {
         return std::nullopt; // a value that no field can hold
     }
+}
+
+bool isRunning(const fs::path& home, std::string_view name)
+{
+    const auto lock = runtimeFile(home, "run", name, ".lock.d");
+    const auto bytes = lock ? platform::readFile(*lock / "pid") : std::nullopt;
+    if (!bytes)
+        return false;
+    const std::string_view digits = Text::trimmed(*bytes);
+    std::int64_t pid = 0;
+    const auto [end, failure] = std::from_chars(digits.data(), digits.data() + digits.size(), pid);
+    return failure == std::errc() && end == digits.data() + digits.size() && platform::isRunning(pid);
 }
 
 std::optional<fs::path> runtimeFile(

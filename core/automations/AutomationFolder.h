@@ -20,6 +20,9 @@ namespace mervo::AutomationFolder {
 /// The automation of a loop.json; nothing when that cannot be read, is no JSON object or has no name. Never throws.
 std::optional<Automation> load(const std::filesystem::path& loopFile, const std::filesystem::path& home) noexcept;
 
+/// Whether a living process holds the automation's lock.
+bool isRunning(const std::filesystem::path& home, std::string_view name);
+
 /// A file of an automation below `.runtime`: `folder` is "state", "run" or "logs". Nothing for a name that is no base
 /// name of a file.
 std::optional<std::filesystem::path> runtimeFile(

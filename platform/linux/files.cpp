@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -137,7 +138,14 @@ std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept
     if (::stat(file.c_str(), &found) != 0)
         return std::nullopt;
     return FileStamp{found.st_dev, found.st_ino, found.st_size,
-        std::int64_t{found.st_mtim.tv_sec} * kNanoseconds + found.st_mtim.tv_nsec};
+        std::int64_t{found.st_ctim.tv_sec} * kNanoseconds + found.st_ctim.tv_nsec};
+}
+
+bool FileStamp::isSettled() const noexcept
+{
+    constexpr std::chrono::seconds kGrain(3);
+    const auto settled = std::chrono::system_clock::now().time_since_epoch() - kGrain;
+    return changed < std::chrono::duration_cast<std::chrono::nanoseconds>(settled).count();
 }
 
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view bytes, Keep keep) noexcept

@@ -1,4 +1,5 @@
 #include "core/automations/AgentClients.h"
+#include "core/automations/AutomationListing.h"
 #include "core/automations/RondelEngine.h"
 #include "tests/support/Files.h"
 
@@ -143,6 +144,32 @@ TEST_F(AutomationFolders, AreListedByNameWithoutWhatCannotBeRead)
     EXPECT_TRUE(all[1].enabled && all[1].visible);
     EXPECT_EQ(all[2].name, "b");
     EXPECT_EQ(RondelEngine::logURL("b"), home_ / ".runtime/logs/b.log");
+}
+
+TEST_F(AutomationFolders, ListedAgainAndAgainShowEveryChange)
+{
+    AutomationListing listing;
+    const auto seen = [&] {
+        EXPECT_EQ(listing.list(), RondelEngine::list());
+        return listing.list().size();
+    };
+    EXPECT_EQ(seen(), 0U);
+    loop("b", R"({"name":"other"})");
+    loop("a", R"({"name":"a"})");
+    EXPECT_EQ(seen(), 2U);
+    for (int i = 0; i < 20; ++i) { // of one length, perhaps at one time
+        runtime("state/a.json", i % 2 == 0 ? R"({"lastExit":1})" : R"({"lastExit":2})");
+        test::writeFile(home_ / "automations/a/AGENT.md", i % 2 == 0 ? "one" : "two");
+        seen();
+    }
+    runtime("run/a.lock.d/pid", std::to_string(getpid()));
+    EXPECT_TRUE(listing.list().front().running);
+    std::filesystem::remove(home_ / "automations/a/AGENT.md");
+    std::filesystem::remove_all(home_ / ".runtime");
+    loop("a", "{");
+    EXPECT_EQ(seen(), 1U);
+    std::filesystem::remove_all(home_ / "automations/b");
+    EXPECT_EQ(seen(), 0U);
 }
 
 } // namespace
