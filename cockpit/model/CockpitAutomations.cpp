@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::chrono::milliseconds kSettling(800); ///< until a start or a stop shows in the files
 constexpr auto kSupportAddress = "mervo@localhost"; ///< the maintainer's, as in debian/control
-constexpr auto kGmailHost = "imap.gmail.com";
 constexpr std::int64_t kImapsPort = 993;
 
 /// The sentence of what the work throws; nothing when it returns.
@@ -129,7 +128,8 @@ void CockpitModel::setLaunchAtLogin(bool on)
 
 void CockpitModel::addIMAPAccount(const QString& mailAccountName, const QString& email, const QString& password)
 {
-    const IMAPArchiveAccount account{mailAccountName.toStdString(), email.toStdString(), kGmailHost, kImapsPort};
+    const IMAPArchiveAccount account{
+        mailAccountName.toStdString(), email.toStdString(), MailAccounts::kGmailHost, kImapsPort};
     auto& archive = outside_.archive;
     work_.chore(
         *this,

@@ -87,7 +87,6 @@ public:
     Q_INVOKABLE void removeIMAPAccount(const QString& email);
     Q_INVOKABLE void refreshGmailAccounts();
     Q_INVOKABLE void setLaunchAtLogin(bool on);
-
 Q_SIGNALS:
     void autonomyModeChanged();
     void lastResultChanged();

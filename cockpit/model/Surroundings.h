@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/automations/AutomationEngine.h"
+#include "core/tools/mail/MailAccounts.h"
 #include "platform/desktop/LoginItem.h"
 #include "platform/desktop/Notifier.h"
 #include "platform/desktop/Workspace.h"
@@ -12,11 +13,7 @@
 
 namespace mervo {
 
-/// A Gmail account that the mail application knows.
-struct GmailAccount {
-    std::string mailAccountName, email, server;
-    bool operator==(const GmailAccount&) const = default;
-};
+using GmailAccount = MailAccounts::Info;
 
 /// What the cockpit asks of the archive's accounts. The operations wait for other programs and run off the main thread.
 class ArchiveAccounts {
