@@ -1,0 +1,49 @@
+#include "cockpit/shell/FallbackWindow.h"
+
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+
+namespace mervo {
+
+namespace {
+
+constexpr int kIconSize = 32; ///< logical pixels
+
+} // namespace
+
+FallbackWindow::FallbackWindow()
+    : icon_(new QLabel(this))
+    , summary_(new QLabel(this))
+{
+    setWindowTitle("Mervo");
+    summary_->setTextFormat(Qt::PlainText);
+    auto* reason = new QLabel("This desktop shows no tray icons, so Mervo stays here.", this);
+    reason->setEnabled(false);
+    auto* open = new QPushButton("Open Mervo", this);
+    open->setDefault(true);
+    connect(open, &QPushButton::clicked, this, &FallbackWindow::openRequested);
+    auto* layout = new QGridLayout(this);
+    layout->addWidget(icon_, 0, 0, 2, 1);
+    layout->addWidget(summary_, 0, 1);
+    layout->addWidget(reason, 1, 1);
+    layout->addWidget(open, 0, 2, 2, 1);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void FallbackWindow::show(const QIcon& icon, const QString& summary)
+{
+    setWindowIcon(icon);
+    icon_->setPixmap(icon.pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+    summary_->setText(summary);
+    QWidget::show();
+}
+
+void FallbackWindow::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    Q_EMIT quitRequested();
+}
+
+} // namespace mervo

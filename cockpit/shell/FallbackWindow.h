@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QIcon>
+#include <QWidget>
+
+class QLabel;
+
+namespace mervo {
+
+/// Stands in for the icon where the desktop has no tray: a small window that says how many wait and opens the cockpit.
+/// Closing it ends the cockpit, which would otherwise be running with nothing to be seen of it.
+class FallbackWindow final : public QWidget {
+    Q_OBJECT
+
+public:
+    FallbackWindow();
+
+    void show(const QIcon& icon, const QString& summary);
+
+Q_SIGNALS:
+    void openRequested();
+    void quitRequested();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    QLabel* icon_;
+    QLabel* summary_;
+};
+
+} // namespace mervo

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "cockpit/model/CockpitModel.h"
+#include "cockpit/model/MailArchiveAccounts.h"
+#include "cockpit/shell/Popover.h"
+#include "cockpit/shell/StatusItem.h"
+#include "core/automations/AutomationEngine.h"
+#include "platform/desktop/Desktop.h"
+
+#include <QObject>
+
+#include <filesystem>
+#include <memory>
+
+class QMessageBox;
+
+namespace mervo {
+
+/// The application: shows the icon, then starts the model, and ties both to the popover.
+class Shell final : public QObject {
+    Q_OBJECT
+
+public:
+    /// The icon stands when this returns. `program` is what a log-in starts.
+    explicit Shell(const std::filesystem::path& program);
+    ~Shell() override;
+
+    /// Brings the stores in order and starts the model.
+    void start();
+    void open();
+
+private:
+    void applyAppearance();
+    void updateSummary();
+    void openSettings();
+
+    platform::Desktop desktop_;
+    ListingEngine engine_;
+    MailArchiveAccounts accounts_;
+    StatusItem item_;
+    std::unique_ptr<CockpitModel> model_;
+    std::unique_ptr<Popover> popover_;
+    std::unique_ptr<QMessageBox> settings_;
+};
+
+} // namespace mervo

@@ -1,0 +1,79 @@
+#include "cockpit/shell/SingleInstance.h"
+
+#include <QDeadlineTimer>
+#include <QLocalSocket>
+#include <QStandardPaths>
+#include <QThread>
+
+namespace mervo {
+
+namespace {
+
+constexpr QByteArrayView kOpen = "open\n";
+constexpr QByteArrayView kHeard = "heard\n";
+constexpr int kPatience = 5000; ///< milliseconds for the first one's answer
+constexpr unsigned long kRetry = 50; ///< milliseconds; the first one may be starting
+
+QString runtimeFile(const char* name)
+{
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + '/' + name;
+}
+
+bool isHeard(const QString& socket, int patience)
+{
+    QLocalSocket line;
+    line.connectToServer(socket);
+    if (!line.waitForConnected(patience))
+        return false;
+    line.write(kOpen.data(), kOpen.size());
+    return line.waitForBytesWritten(patience) && line.waitForReadyRead(patience) && line.readLine() == kHeard;
+}
+
+} // namespace
+
+SingleInstance::SingleInstance()
+    : socket_(runtimeFile("mervo-cockpit.socket"))
+    , lock_(runtimeFile("mervo-cockpit.lock"))
+{
+    lock_.setStaleLockTime(0); // it lasts for months; only its holder's death frees it
+    connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::greet);
+}
+
+bool SingleInstance::claim()
+{
+    return lock_.tryLock();
+}
+
+void SingleInstance::listen()
+{
+    QLocalServer::removeServer(socket_); // one that was killed leaves it behind, and we hold the lock
+    server_.setSocketOptions(QLocalServer::UserAccessOption);
+    if (!server_.listen(socket_))
+        qWarning("A second start will not find this one: %s.", qUtf8Printable(server_.errorString()));
+}
+
+void SingleInstance::greet()
+{
+    while (QLocalSocket* line = server_.nextPendingConnection()) {
+        connect(line, &QLocalSocket::disconnected, line, &QObject::deleteLater);
+        connect(line, &QLocalSocket::readyRead, this, [this, line] {
+            if (!line->canReadLine() || line->readLine() != kOpen)
+                return line->abort();
+            line->write(kHeard.data(), kHeard.size());
+            line->disconnectFromServer();
+            Q_EMIT openRequested();
+        });
+    }
+}
+
+void SingleInstance::tellFirst() const
+{
+    const QDeadlineTimer end(kPatience);
+    while (!isHeard(socket_, static_cast<int>(end.remainingTime()))) {
+        if (end.hasExpired())
+            throw std::runtime_error("Mervo's cockpit runs already and does not answer; end it and start it again.");
+        QThread::msleep(kRetry);
+    }
+}
+
+} // namespace mervo

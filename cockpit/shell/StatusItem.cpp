@@ -1,0 +1,117 @@
+#include "cockpit/shell/StatusItem.h"
+
+#include "cockpit/icon/StatusIconPainter.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace mervo {
+
+namespace {
+
+QString waitingText(int waiting)
+{
+    return waiting == 0 ? "nothing waits for you"
+        : waiting == 1  ? "1 waits for you"
+                        : QString("%1 wait for you").arg(waiting);
+}
+
+/// The pointer, when it stands on a panel: an icon without a known place was clicked there.
+QRect pointerOnPanel()
+{
+    const QPoint pointer = QCursor::pos();
+    const QScreen* screen = QGuiApplication::screenAt(pointer);
+    if (screen == nullptr || screen->availableGeometry().contains(pointer))
+        return {};
+    return {pointer, QSize(1, 1)};
+}
+
+} // namespace
+
+StatusItem::StatusItem(platform::TrayHost& host, const platform::Appearance& appearance)
+    : host_(host)
+    , appearance_(appearance)
+    , open_(menu_.addAction("Open Mervo"))
+{
+    connect(open_, &QAction::triggered, this, &StatusItem::openRequested);
+    menu_.addSeparator();
+    connect(menu_.addAction("Quit Mervo"), &QAction::triggered, this, &StatusItem::quitRequested);
+    host_.onChange = [this] {
+        showWhereItCan();
+        repaint();
+    };
+}
+
+void StatusItem::show()
+{
+    showWhereItCan();
+}
+
+void StatusItem::showWhereItCan()
+{
+    if (host_.isPresent()) {
+        makeIcon();
+        window_.reset();
+        return;
+    }
+    if (window_)
+        return;
+    window_ = std::make_unique<FallbackWindow>();
+    connect(window_.get(), &FallbackWindow::openRequested, this, &StatusItem::openRequested);
+    connect(window_.get(), &FallbackWindow::quitRequested, this, &StatusItem::quitRequested);
+    repaint();
+}
+
+void StatusItem::makeIcon()
+{
+    if (icon_)
+        return;
+    icon_ = std::make_unique<QSystemTrayIcon>(drawn());
+    icon_->setToolTip(summary_);
+    icon_->setContextMenu(&menu_);
+    connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason != QSystemTrayIcon::Context)
+            Q_EMIT activated();
+    });
+    icon_->show();
+}
+
+void StatusItem::setImage(const StatusIconState& state, double t)
+{
+    state_ = state;
+    t_ = t;
+    repaint();
+}
+
+void StatusItem::setSummary(const QString& mode, int waiting)
+{
+    summary_ = "Mervo (" + mode + "): " + waitingText(waiting);
+    open_->setText(waiting == 0 ? QString("Open Mervo") : QString("Open Mervo (%1)").arg(waiting));
+    if (icon_)
+        icon_->setToolTip(summary_);
+    if (window_)
+        window_->show(drawn(), summary_);
+}
+
+void StatusItem::repaint()
+{
+    if (icon_)
+        icon_->setIcon(drawn());
+    if (window_)
+        window_->show(drawn(), summary_);
+}
+
+QIcon StatusItem::drawn() const
+{
+    const bool isDark = window_ ? appearance_.isDark() : host_.isDark();
+    return StatusIconPainter::icon(state_, t_, StatusIconPainter::coloursOn(isDark));
+}
+
+QRect StatusItem::geometry() const
+{
+    const QRect known = icon_ ? icon_->geometry() : QRect();
+    return known.isEmpty() ? pointerOnPanel() : known;
+}
+
+} // namespace mervo
