@@ -16,7 +16,7 @@ namespace mervo {
 
 /// The cards of the actions that wait, oldest first. Every text is safe to show; what a card shows is made when a view
 /// asks for it.
-class ApprovalListModel final : public QAbstractListModel {
+class ApprovalListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:

@@ -11,7 +11,7 @@
 namespace mervo {
 
 /// The automations that the owner sees, by name. Every text is safe to show.
-class AutomationListModel final : public QAbstractListModel {
+class AutomationListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:

@@ -11,7 +11,7 @@
 namespace mervo {
 
 /// The open questions that runs of automations have put to the owner, oldest first. Every text is safe to show.
-class QuestionListModel final : public QAbstractListModel {
+class QuestionListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:

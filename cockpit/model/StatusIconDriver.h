@@ -10,7 +10,7 @@ namespace mervo {
 
 /// When the status icon must be drawn anew, and at which time of its animation. Draws nothing itself: whoever shows the
 /// icon paints `state` at `t` on each imageChanged. A timer runs only while something moves. Main thread only.
-class StatusIconDriver final : public QObject {
+class StatusIconDriver : public QObject {
     Q_OBJECT
 
 public:

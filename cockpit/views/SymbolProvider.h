@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QQuickImageProvider>
+
+namespace mervo {
+
+/// Symbols for `Image`: "image://symbols/<name>/<colour as rrggbb>". One drawing serves all images of the same name,
+/// colour and size.
+class SymbolProvider final : public QQuickImageProvider {
+public:
+    SymbolProvider();
+    QImage requestImage(const QString& id, QSize* size, const QSize& requestedSize) override;
+};
+
+} // namespace mervo

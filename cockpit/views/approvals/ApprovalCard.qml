@@ -1,0 +1,271 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import Mervo.Cockpit
+
+/** One action that waits: what it is, what would happen, and the verdict. */
+FocusScope {
+    id: root
+
+    required property Theme theme
+    required property CockpitModel cockpit
+    required property var drafts ///< what was typed in cards that are out of sight, by key
+
+    required property int index
+    required property string key
+    required property string tool
+    required property string symbol
+    required property string tint
+    required property string age
+    required property string summary
+    required property string detail
+    required property string preview
+    required property bool hasEmail
+    required property string emailTo
+    required property string emailSubject
+    required property string emailBody
+    required property bool canOpenInMail
+    required property var model
+
+    property bool rejecting: false
+    property string reason
+    property bool showEmail: false
+    property bool showArguments: false
+
+    function keep() {
+        if (rejecting || showEmail || showArguments)
+            drafts[key] = { rejecting, reason, showEmail, showArguments };
+        else
+            delete drafts[key];
+    }
+    function recall() {
+        const draft = drafts[key] ?? {};
+        rejecting = draft.rejecting ?? false;
+        reason = draft.reason ?? "";
+        showEmail = draft.showEmail ?? false;
+        showArguments = draft.showArguments ?? false;
+    }
+    function decide(button, verdict) {
+        // A card that has just moved under the mouse was not the one aimed at.
+        if (button?.wasAimedAt && settling.running)
+            return;
+        const { key, reason } = root;
+        rejecting = showEmail = showArguments = false;
+        verdict(key, reason);
+    }
+
+    function cancel() {
+        rejecting = false;
+        rejectButton.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
+    implicitHeight: column.implicitHeight + theme.unit * 3
+    onYChanged: settling.restart()
+    onActiveFocusChanged: if (activeFocus) ListView.view.currentIndex = index
+    Component.onCompleted: recall()
+    Component.onDestruction: keep()
+    ListView.onPooled: keep()
+    ListView.onReused: {
+        recall();
+        settling.restart();
+    }
+    Keys.onEscapePressed: event => {
+        event.accepted = rejecting;
+        if (rejecting)
+            cancel();
+    }
+
+    Timer {
+        id: settling
+
+        interval: 300
+    }
+    Rectangle {
+        id: frame
+
+        anchors.fill: parent
+        radius: root.theme.radius
+        color: root.theme.card
+        border.color: activeFocus ? root.theme.ring : root.theme.line
+        border.width: activeFocus ? 2 : 1
+        focus: true
+        activeFocusOnTab: true
+        Accessible.role: Accessible.ListItem
+        Accessible.name: root.age === "" ? root.tool : "%1, %2".arg(root.tool).arg(root.age)
+        Accessible.description: root.preview
+        Accessible.focusable: true
+
+        ColumnLayout {
+            id: column
+
+            x: root.theme.unit * 1.5
+            y: root.theme.unit * 1.5
+            width: parent.width - root.theme.unit * 3
+            spacing: root.theme.unit
+
+            RowLayout {
+                spacing: root.theme.unit * 1.25
+
+                Rectangle {
+                    Layout.alignment: Qt.AlignTop
+                    implicitWidth: root.theme.unit * 4
+                    implicitHeight: implicitWidth
+                    radius: root.theme.unit
+                    gradient: Gradient {
+                        GradientStop {
+                            position: 0
+                            color: Qt.lighter(root.theme.tint(root.tint), 1.14)
+                        }
+                        GradientStop {
+                            position: 1
+                            color: root.theme.tint(root.tint)
+                        }
+                    }
+
+                    Symbol {
+                        anchors.centerIn: parent
+                        name: root.symbol
+                        color: root.theme.accentText
+                        size: root.theme.unit * 2.5
+                    }
+                }
+                ColumnLayout {
+                    spacing: root.theme.unit / 4
+
+                    RowLayout {
+                        spacing: root.theme.unit
+
+                        PlainText {
+                            Layout.fillWidth: true
+                            theme: root.theme
+                            text: root.tool
+                            font.weight: Font.DemiBold
+                            elide: Text.ElideMiddle
+                        }
+                        PlainText {
+                            theme: root.theme
+                            text: root.age
+                            color: root.theme.dim
+                            font.pixelSize: root.theme.smallSize
+                        }
+                    }
+                    PlainText {
+                        Layout.fillWidth: true
+                        theme: root.theme
+                        text: root.summary
+                        color: root.theme.dim
+                        font.pixelSize: root.theme.smallSize
+                        wrapMode: Text.Wrap
+                        maximumLineCount: 3
+                        elide: Text.ElideRight
+                    }
+                }
+            }
+            PlainText {
+                Layout.fillWidth: true
+                visible: root.detail !== ""
+                theme: root.theme
+                text: root.detail
+                wrapMode: Text.Wrap
+                maximumLineCount: 4
+                elide: Text.ElideRight
+            }
+            RowLayout {
+                visible: root.preview !== ""
+                spacing: root.theme.unit
+
+                Symbol {
+                    Layout.alignment: Qt.AlignTop
+                    name: "exclamationmark.triangle.fill"
+                    color: root.theme.ink("orange")
+                    size: root.theme.symbolSize
+                }
+                PlainText {
+                    Layout.fillWidth: true
+                    theme: root.theme
+                    text: root.preview
+                    color: root.theme.ink("orange")
+                    font.weight: Font.Medium
+                    wrapMode: Text.Wrap
+                }
+            }
+            RowLayout {
+                id: more
+
+                readonly property int count: root.model.arguments.length
+
+                visible: count > 0
+                spacing: root.theme.unit / 2
+
+                Disclosure {
+                    theme: root.theme
+                    text: more.count === 1 ? "1 argument" : "%1 arguments".arg(more.count)
+                    isOpen: root.showArguments
+                    onClicked: root.showArguments = !root.showArguments
+                }
+                Disclosure {
+                    visible: root.hasEmail
+                    theme: root.theme
+                    text: "View email"
+                    isOpen: root.showEmail
+                    onClicked: root.showEmail = !root.showEmail
+                }
+            }
+            Repeater {
+                model: root.showArguments ? 1 : 0
+                delegate: ArgumentsView {
+                    Layout.fillWidth: true
+                    theme: root.theme
+                    list: root.model.arguments
+                }
+            }
+            Repeater {
+                model: root.showEmail && root.hasEmail ? 1 : 0
+                delegate: EmailPreview {
+                    Layout.fillWidth: true
+                    theme: root.theme
+                    tint: root.theme.tint(root.tint)
+                    to: root.emailTo
+                    subject: root.emailSubject
+                    bodyText: root.emailBody
+                    canOpenInMail: root.canOpenInMail
+                    onOpenRequested: root.cockpit.openInMail(root.key)
+                }
+            }
+            RowLayout {
+                Layout.alignment: Qt.AlignRight
+                visible: !root.rejecting
+                spacing: root.theme.unit
+
+                ActionButton {
+                    id: rejectButton
+
+                    theme: root.theme
+                    text: "Reject"
+                    onClicked: root.rejecting = true
+                }
+                ActionButton {
+                    id: approveButton
+
+                    theme: root.theme
+                    isProminent: true
+                    symbol: "checkmark.circle.fill"
+                    text: "Approve"
+                    onClicked: root.decide(approveButton, key => root.cockpit.approve(key))
+                }
+            }
+            // None or one. (A Loader does not take a bound component in Qt 6.4.)
+            Repeater {
+                model: root.rejecting ? 1 : 0
+                delegate: RejectForm {
+                    Layout.fillWidth: true
+                    theme: root.theme
+                    reason: root.reason
+                    onEdited: text => root.reason = text
+                    onCancelled: root.cancel()
+                    onConfirmed: root.decide(null, (key, reason) => root.cockpit.reject(key, reason))
+                }
+            }
+        }
+    }
+}

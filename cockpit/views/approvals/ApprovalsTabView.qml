@@ -1,0 +1,109 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Templates as T
+import Mervo.Cockpit
+
+/** What waits for a person: first the questions, then the actions, oldest first. */
+Item {
+    id: root
+
+    required property Theme theme
+    required property CockpitModel cockpit
+
+    ListView {
+        id: list
+
+        /// What was typed and opened in the cards that have been scrolled away, by key.
+        property var drafts: ({})
+
+        anchors.fill: parent
+        topMargin: head.height
+        bottomMargin: root.theme.unit * 1.5
+        leftMargin: root.theme.unit * 1.5
+        rightMargin: root.theme.unit * 1.5
+        visible: root.cockpit.waitingCount > 0
+        clip: true
+        focus: true
+        spacing: root.theme.unit
+        reuseItems: true
+        cacheBuffer: root.theme.unit * 80
+        boundsBehavior: Flickable.StopAtBounds
+        highlightFollowsCurrentItem: false
+        Accessible.role: Accessible.List
+        Accessible.name: "Approvals"
+        // What comes above is shown to one who is at the top, and moves nothing under the eyes of one who is not.
+        onTopMarginChanged: if (contentY <= originY) contentY = originY - topMargin
+        Keys.onDownPressed: {
+            incrementCurrentIndex();
+            positionViewAtIndex(currentIndex, ListView.Contain);
+        }
+        Keys.onUpPressed: {
+            decrementCurrentIndex();
+            positionViewAtIndex(currentIndex, ListView.Contain);
+        }
+        T.ScrollBar.vertical: SlimScrollBar {
+            theme: root.theme
+        }
+
+        model: root.cockpit.approvals
+        delegate: ApprovalCard {
+            width: ListView.view.width - ListView.view.leftMargin - ListView.view.rightMargin
+            theme: root.theme
+            cockpit: root.cockpit
+            drafts: list.drafts
+        }
+
+        // The questions stand above the first card and are scrolled with it. (Not `header`, which does not take a bound
+        // component in Qt 6.4.)
+        Column {
+            id: head
+
+            parent: list.contentItem
+            y: list.originY - height
+            width: list.width - list.leftMargin - list.rightMargin
+            topPadding: root.theme.unit * 1.5
+            bottomPadding: root.theme.unit
+            spacing: root.theme.unit
+
+            SectionTitle {
+                visible: questions.count > 0
+                theme: root.theme
+                symbol: "questionmark.bubble.fill"
+                title: questions.count === 1 ? "Question" : "Questions"
+                count: questions.count
+            }
+            Repeater {
+                id: questions
+
+                model: root.cockpit.questions
+                delegate: CockpitQuestionCard {
+                    width: head.width
+                    theme: root.theme
+                    cockpit: root.cockpit
+                }
+            }
+            Item {
+                visible: questions.count > 0
+                width: 1
+                height: root.theme.unit / 4
+            }
+            SectionTitle {
+                visible: list.count > 0
+                theme: root.theme
+                symbol: "bolt.fill"
+                title: "Actions to approve"
+                count: list.count
+            }
+        }
+    }
+    EmptyState {
+        anchors.centerIn: parent
+        width: parent.width - root.theme.unit * 8
+        visible: !list.visible
+        theme: root.theme
+        symbol: "checkmark.seal.fill"
+        ink: root.theme.ink("green")
+        title: "All clear"
+        text: "No actions awaiting approval"
+    }
+}

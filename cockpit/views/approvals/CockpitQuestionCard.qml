@@ -1,0 +1,103 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import Mervo.Cockpit
+
+/** A question of a scheduled run, and the answer. */
+FocusScope {
+    id: root
+
+    required property Theme theme
+    required property CockpitModel cockpit
+
+    required property string questionId
+    required property string automation
+    required property string text
+
+    function send() {
+        const answer = draft.text;
+        draft.clear();
+        cockpit.answer(questionId, answer);
+    }
+
+    implicitHeight: column.implicitHeight + theme.unit * 3
+
+    Rectangle {
+        id: frame
+
+        anchors.fill: parent
+        radius: root.theme.radius
+        color: root.theme.card
+        border.color: activeFocus ? root.theme.ring : root.theme.line
+        border.width: activeFocus ? 2 : 1
+        focus: true
+        activeFocusOnTab: true
+        Accessible.role: Accessible.ListItem
+        Accessible.name: root.automation === "" ? "Question" : "Question of %1".arg(root.automation)
+        Accessible.description: root.text
+        Accessible.focusable: true
+
+        ColumnLayout {
+            id: column
+
+            x: root.theme.unit * 1.5
+            y: root.theme.unit * 1.5
+            width: parent.width - root.theme.unit * 3
+            spacing: root.theme.unit
+
+            RowLayout {
+                spacing: root.theme.unit
+
+                Symbol {
+                    Layout.alignment: Qt.AlignTop
+                    name: "questionmark.bubble.fill"
+                    color: root.theme.ink("blue")
+                    size: root.theme.symbolSize
+                }
+                PlainText {
+                    Layout.fillWidth: true
+                    visible: root.automation !== ""
+                    theme: root.theme
+                    text: root.automation
+                    color: root.theme.dim
+                    font.weight: Font.DemiBold
+                    elide: Text.ElideMiddle
+                }
+            }
+            PlainText {
+                Layout.fillWidth: true
+                theme: root.theme
+                text: root.text
+                wrapMode: Text.Wrap
+            }
+            RowLayout {
+                spacing: root.theme.unit
+
+                ActionButton {
+                    theme: root.theme
+                    text: "Oui"
+                    onClicked: root.cockpit.answer(root.questionId, "Oui")
+                }
+                ActionButton {
+                    theme: root.theme
+                    text: "Non"
+                    onClicked: root.cockpit.answer(root.questionId, "Non")
+                }
+                Field {
+                    id: draft
+
+                    Layout.fillWidth: true
+                    theme: root.theme
+                    placeholderText: "Answer..."
+                    onAccepted: root.send()
+                }
+                IconButton {
+                    theme: root.theme
+                    symbol: "paperplane.fill"
+                    text: "Send"
+                    onClicked: root.send()
+                }
+            }
+        }
+    }
+}

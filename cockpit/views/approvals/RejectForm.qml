@@ -1,0 +1,48 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import Mervo.Cockpit
+
+/** Why not: a reason that later runs will read, or none. */
+ColumnLayout {
+    id: root
+
+    required property Theme theme
+    required property string reason
+
+    signal edited(text: string)
+    signal cancelled
+    signal confirmed
+
+    spacing: theme.unit
+    Component.onCompleted: field.forceActiveFocus(Qt.OtherFocusReason)
+
+    Field {
+        id: field
+
+        Layout.fillWidth: true
+        theme: root.theme
+        placeholderText: "Reason (optional)"
+        text: root.reason
+        onTextEdited: root.edited(text)
+        onAccepted: root.confirmed()
+    }
+    RowLayout {
+        spacing: root.theme.unit
+
+        Item {
+            Layout.fillWidth: true
+        }
+        ActionButton {
+            theme: root.theme
+            text: "Cancel"
+            onClicked: root.cancelled()
+        }
+        ActionButton {
+            theme: root.theme
+            symbol: "xmark.circle.fill"
+            text: "Confirm"
+            onClicked: root.confirmed()
+        }
+    }
+}

@@ -1,0 +1,74 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Templates as T
+import Mervo.Cockpit
+
+/** What runs by itself, and how the last run went. */
+FocusScope {
+    id: root
+
+    required property Theme theme
+    required property CockpitModel cockpit
+
+    property string previewed ///< the automation whose prompt is shown; empty: none
+
+    ListView {
+        id: list
+
+        anchors.fill: parent
+        leftMargin: root.theme.unit
+        rightMargin: root.theme.unit
+        topMargin: root.theme.unit
+        bottomMargin: root.theme.unit
+        visible: count > 0 && root.previewed === ""
+        clip: true
+        focus: true
+        reuseItems: true
+        cacheBuffer: root.theme.unit * 80
+        boundsBehavior: Flickable.StopAtBounds
+        highlightFollowsCurrentItem: false
+        Accessible.role: Accessible.List
+        Accessible.name: "Automations"
+        Keys.onDownPressed: {
+            incrementCurrentIndex();
+            positionViewAtIndex(currentIndex, ListView.Contain);
+        }
+        Keys.onUpPressed: {
+            decrementCurrentIndex();
+            positionViewAtIndex(currentIndex, ListView.Contain);
+        }
+        T.ScrollBar.vertical: SlimScrollBar {
+            theme: root.theme
+        }
+
+        model: root.cockpit.automations
+        delegate: AutomationRow {
+            width: ListView.view.width - ListView.view.leftMargin - ListView.view.rightMargin
+            theme: root.theme
+            cockpit: root.cockpit
+            onPreviewRequested: root.previewed = name
+        }
+    }
+    Repeater {
+        model: root.previewed !== "" ? 1 : 0
+        delegate: PromptPreview {
+            anchors.fill: parent
+            theme: root.theme
+            title: root.previewed
+            blocks: root.cockpit.promptBlocks(root.previewed)
+            onCloseRequested: {
+                root.previewed = "";
+                list.forceActiveFocus(Qt.OtherFocusReason);
+            }
+        }
+    }
+    EmptyState {
+        anchors.centerIn: parent
+        width: parent.width - root.theme.unit * 8
+        visible: list.count === 0
+        theme: root.theme
+        symbol: "clock.arrow.2.circlepath"
+        title: "No automations"
+        text: "Schedule agents, scripts or tools -\nthey run via launchd, even with Mervo closed."
+    }
+}

@@ -1,0 +1,212 @@
+"""The popover through a screen reader's interface and a keyboard, over the real stores and a real mailbox.
+
+`views_test.py <host of the views> <folder of the programs>`
+"""
+
+import json
+import os
+import pathlib
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import unittest
+import warnings
+
+import desktop
+from desktop import find, focused, keys, look, press, type_text, wait
+
+HOST, PROGRAMS = "", ""  # from the command line
+DESKTOP = None  # one for all: the library of the accessibility bus stays with the first that it has met
+
+MESSAGE = "From: %s\r\nTo: work@desk.example\r\nSubject: %s\r\nDate: Thu, 01 Jan 2026 10:00:00 +0000\r\n\r\nHello\r\n"
+
+
+class Popover(unittest.TestCase):
+    """A home, a mailbox with three newsletters and a letter, and the views over them."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="mervo-views-", ignore_cleanup_errors=True)
+        self.addCleanup(folder.cleanup)
+        root = pathlib.Path(folder.name)
+        for name in ("config", "cache", "data"):
+            os.environ["XDG_%s_HOME" % name.upper()] = str(root / name)
+        os.environ["HOME"] = str(root)
+        self.home = root / "mervo"
+        os.environ["MERVO_HOME"] = str(self.home)
+        self.mail = root / "Work"
+        configuration = root / "config/mervo-desk/desk.toml"
+        configuration.parent.mkdir(parents=True)
+        configuration.write_text('[[mail.account]]\nname = "Work"\nemail = ["work@desk.example"]\npath = "%s"\n'
+                                 'trash = "Trash"\n' % self.mail)
+        for folder in (self.mail, self.mail / ".Trash"):
+            for part in ("tmp", "new", "cur"):
+                (folder / part).mkdir(parents=True)
+        for number, sender in enumerate(("news@shop.example",) * 3 + ("anna@home.example",)):
+            (self.mail / "cur" / ("%d.host:2,S" % number)).write_text(MESSAGE % (sender, "Number %d" % number))
+        self.mervo("run", "how_it_works")  # makes the home
+
+    def mervo(self, *words):
+        run = subprocess.run([PROGRAMS + "/mervo", *words], capture_output=True, text=True, timeout=60)
+        self.assertEqual(run.returncode, 0, run.stderr)
+        return run.stdout
+
+    def queue(self, *words):
+        return self.mervo("run", *words).split()[1]
+
+    def write_action(self, action):
+        folder = self.home / "pending"
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / (action["id"] + ".json")).write_text(json.dumps(action))
+
+    def waiting(self):
+        return sorted(path.stem for path in (self.home / "pending").glob("*.json"))
+
+    def rows(self, statement):
+        with sqlite3.connect(self.home / "mervo.sqlite", timeout=10) as database:
+            return database.execute(statement).fetchall()
+
+    def show(self, *words):
+        self.process = DESKTOP.start([HOST, *words], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.addCleanup(DESKTOP.end, self.process)
+        self.view = DESKTOP.application(self.process, pathlib.Path(HOST).name)
+        find(self.view, "push button", "Settings")
+        return self.view
+
+    def card(self, start):
+        return find(self.view, "list item", lambda name: name.startswith(start))
+
+    def result(self, start):
+        return find(self.view, "label", lambda name: name.startswith(start)).name
+
+    def senders(self, folder):
+        return sorted(path.read_text().split("\n")[0][6:].strip() for path in (folder / "cur").iterdir())
+
+
+class Verdicts(Popover):
+    def test_what_is_approved_runs_and_what_is_rejected_does_not(self):
+        self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=news@shop.example")
+        self.write_action({"id": "AAAA0001", "tool": "mail.send", "summary": "mail.send to=anna@home.example",
+                           "args": {"account": "Work", "to": "anna@home.example", "subject": "Hi", "body": "Hello"},
+                           "createdAt": "2026-01-01T00:00:00Z"})
+        self.show()
+        find(self.view, "page tab", "Approvals, 2")
+
+        letter = self.card("mail.send")
+        press(find(letter, "push button", "Reject"))
+        find(letter, "text", "Reason (optional)")
+        wait("the keyboard in the field", lambda: focused(self.view) == ("text", "Reason (optional)"))
+        type_text("not today")
+        # A tick and a new action in the meantime take neither the text nor the keyboard.
+        third = self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=nobody@home.example")
+        find(self.view, "page tab", "Approvals, 3")
+        type_text(", thanks")
+        confirm = find(self.card("mail.send"), "push button", "Confirm")  # shown: scrolled into view with the form
+        press(confirm)
+        self.assertEqual(self.result("🚫"), "🚫 rejected mail.send")
+        wait("the letter gone", lambda: "AAAA0001" not in self.waiting())
+
+        deletion = self.card("mail.delete")
+        find(deletion, "label", "from news@shop.example · INBOX")
+        press(find(deletion, "push button", "Approve"))
+        self.result("✅ mail.delete - ")
+        wait("the tab's number", lambda: look(self.view, "page tab", "Approvals, 1"))
+
+        self.assertEqual(self.waiting(), [third])
+        self.assertEqual(self.senders(self.mail), ["anna@home.example"])
+        self.assertEqual(self.senders(self.mail / ".Trash"), ["news@shop.example"] * 3)
+        verdicts = wait("both rows", lambda: (lambda rows: rows if len(rows) == 2 else None)(
+            self.rows("SELECT action, outcome, reason FROM audit WHERE actor = 'cockpit' ORDER BY rowid")))
+        self.assertEqual(verdicts, [("mail.send", "rejected", "not today, thanks"),
+                                    ("mail.delete", "executed", "approved")])
+
+    def test_questions_are_answered_once_and_by_the_keyboard(self):
+        with sqlite3.connect(self.home / "mervo.sqlite") as database:
+            for name in ("first", "second"):
+                database.execute("INSERT INTO feedback (id, kind, text, automation, channel, created_at, source) "
+                                 "VALUES (?, 'question', ?, 'triage', 'cockpit', '2026-01-01T00:00:00Z', 'triage')",
+                                 (name, "May I, " + name + "?"))
+        self.show()
+        find(self.view, "page tab", "Approvals, 2")
+        press(look(self.view, "push button", "Oui")[0])
+        wait("one left", lambda: len(look(self.view, "list item", "Question of triage")) == 1)
+        wait("the keyboard", lambda: keys("Tab") or focused(self.view) == ("text", "Answer..."))
+        type_text("   ")
+        keys("Return")
+        type_text("on Monday")
+        keys("Return")
+        find(self.view, "label", "All clear")
+        self.assertEqual(self.rows("SELECT answer FROM feedback ORDER BY id"), [("Oui",), ("on Monday",)])
+
+
+class Keyboard(Popover):
+    def test_the_order_is_that_of_reading_and_escape_closes_the_form_first(self):
+        self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=news@shop.example")
+        for number in range(2, 30):
+            self.write_action({"id": "AAAA%04d" % number, "tool": "cal.add", "summary": "cal.add",
+                               "args": {"account": "Home"} if number == 2 else {"title": str(number)},
+                               "createdAt": "29%02d-01-01T00:00:00Z" % number})
+        self.show()
+        find(self.view, "page tab", "Approvals, 29")
+        visited = []
+        for _ in range(11):
+            keys("Tab")
+            visited.append(focused(self.view))
+        titles = [name.split(",")[0] for _, name in visited]
+        self.assertEqual(titles, ["Refresh", "Approvals", "mail.delete", "3 arguments", "Reject", "Approve",
+                                  "cal.add", "1 argument", "Reject", "Approve", "cal.add"])
+        # On through all 29 cards, of which the list makes only those near what it shows, and back again.
+        keys(*["Tab"] * 4 * 27)
+        wait("the footer", lambda: focused(self.view) == ("push button", "Settings"))
+        keys("shift+Tab")
+        wait("the last card", lambda: focused(self.view) == ("push button", "Approve"))
+        keys(*["shift+Tab"] * 4 * 29)
+        wait("the tabs", lambda: focused(self.view)[0] == "page tab")
+
+        keys("Right")
+        find(self.view, "label", "No automations")
+        keys("Left")
+        keys(*["Tab"] * 3, "space")
+        wait("the arguments", lambda: look(self.view, "text", "from"))
+        keys("Tab", "Tab", "Tab", "Tab", "Return")  # past the values
+        wait("the form", lambda: focused(self.view) == ("text", "Reason (optional)"))
+        keys("Escape")
+        wait("the card again", lambda: focused(self.view) == ("push button", "Reject"))
+        keys("Escape")
+        self.assertEqual(self.process.stdout.readline().decode().strip(), "close")
+        self.assertEqual(len(self.waiting()), 29)
+
+
+class Hostile(Popover):
+    def test_texts_are_shown_as_they_are_and_whole(self):
+        body = "x" * 100_000 + "<b>end</b>"
+        self.write_action({"id": "AAAA0001", "tool": "mail.send", "summary": "mail.send",
+                           "args": {"to": "<img src=x>\u202egro.elpmaxe", "subject": "a\u200bb\x07", "body": body},
+                           "createdAt": "now", "preview": "<h1>\u2066calm</h1>"})
+        self.show()
+        card = self.card("mail.send")
+        find(card, "label", "<h1><U+2066>calm</h1>")
+        shown = find(card, "label", lambda name: "src=x" in name).name
+        self.assertIn("<img src=x><U+202E>gro.elpmaxe", shown)
+        self.assertIn("a<U+200B>b<U+0007>", shown)
+        press(find(card, "push button", "3 arguments"))
+        press(find(card, "push button", "98,010 more characters"))
+        whole = wait("the whole body", lambda: [
+            text for text in (node.queryText().getText(0, -1) for node in look(card, "text", "body", anywhere=True))
+            if len(text) == len(body)])[0]
+        self.assertEqual(whole, body)
+        press(find(card, "push button", "View email", anywhere=True))
+        find(card, "text", "Message", anywhere=True)
+        for node in desktop.walk(self.view):
+            for sign in "\u202e\u200b\u2066\x07":
+                self.assertNotIn(sign, node.name)
+
+
+if __name__ == "__main__":
+    PROGRAMS, HOST = sys.argv.pop(), sys.argv.pop()
+    warnings.simplefilter("ignore", DeprecationWarning)  # of pyatspi's own
+    DESKTOP = desktop.Desktop()
+    try:
+        unittest.main(warnings="ignore")
+    finally:
+        DESKTOP.close()
