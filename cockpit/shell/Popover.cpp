@@ -2,6 +2,7 @@
 
 #include "cockpit/model/CockpitModel.h"
 #include "cockpit/shell/PopoverPlace.h"
+#include "cockpit/views/Views.h"
 
 #include <QGuiApplication>
 #include <QQmlEngine>
@@ -29,8 +30,9 @@ bool Popover::build()
 {
     if (rootObject() != nullptr)
         return true;
+    Views::prepare(*engine());
     setInitialProperties({{"model", QVariant::fromValue(&model_)}, {"dark", dark_}, {"isAnimated", animated_}});
-    setSource(QUrl("qrc:/mervo/shell/Plain.qml"));
+    setSource(QUrl(Views::rootUrl));
     if (rootObject() == nullptr)
         return false;
     connect(rootObject(), SIGNAL(closeRequested()), this, SLOT(hide()));
