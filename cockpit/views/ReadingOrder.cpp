@@ -48,6 +48,12 @@ void scrollTo(const QQuickItem& control)
 
 } // namespace
 
+ReadingOrder::~ReadingOrder()
+{
+    if (watched_ != nullptr) // the end of the children moves the focus
+        watched_->disconnect(this);
+}
+
 QList<QQuickItem*> ReadingOrder::controls() const
 {
     QList<QQuickItem*> found;

@@ -18,6 +18,7 @@ class ReadingOrder : public QQuickItem {
 
 public:
     using QQuickItem::QQuickItem;
+    ~ReadingOrder() override;
 
     /// The controls in their order.
     QList<QQuickItem*> controls() const;

@@ -200,6 +200,8 @@ class Hostile(Popover):
         for node in desktop.walk(self.view):
             for sign in "\u202e\u200b\u2066\x07":
                 self.assertNotIn(sign, node.name)
+        press(find(self.view, "push button", "Quit Mervo"))
+        self.assertEqual(self.process.wait(10), 0, self.process.stderr.read())
 
 
 if __name__ == "__main__":
