@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -45,6 +46,11 @@ private:
 /// Throws NotStarted; also for a program or argument that holds a NUL character, which no program can receive. Any
 /// thread may call it, also several at once.
 Outcome run(const Command& command);
+
+/// Starts a program in a session of its own, which outlives this process, and waits a little while for it. Its standard
+/// input is empty, its output goes nowhere, and of its standard error `error` holds what came until its end. Nothing
+/// when it still runs at the end of the patience. Throws NotStarted.
+std::optional<Outcome> runDetached(const Command& command, std::chrono::milliseconds patience);
 
 /// Whether a process with this number is there and ours to signal. False for 0 and below.
 bool isRunning(std::int64_t processId) noexcept;

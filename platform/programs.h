@@ -22,6 +22,10 @@ std::filesystem::path helper(std::string_view name);
 /// One of the programs that stand in for the system's own ("osascript", "desk-health").
 std::filesystem::path platformProgram(std::string_view name);
 
+/// A program of the owner's, by the name or path that a configuration gives it: looked for along PATH as a shell does,
+/// with a leading tilde expanded. Empty when there is none that can be run.
+std::filesystem::path findProgram(std::string_view name);
+
 /// A file of the core library's resources ("llm-guide.md").
 std::filesystem::path resource(std::string_view name);
 

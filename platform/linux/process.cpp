@@ -2,6 +2,7 @@
 
 #include "platform/linux/Descriptor.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -11,6 +12,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <string_view>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -59,7 +61,10 @@ public:
     ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
 
     void place(const Descriptor& from, int to) { check(posix_spawn_file_actions_adddup2(&actions_, from.get(), to)); }
-    void openNull(int to) { check(posix_spawn_file_actions_addopen(&actions_, to, "/dev/null", O_RDONLY, 0)); }
+    void openNull(int to, int mode = O_RDONLY)
+    {
+        check(posix_spawn_file_actions_addopen(&actions_, to, "/dev/null", mode, 0));
+    }
     void closeFrom(int first) { check(posix_spawn_file_actions_addclosefrom_np(&actions_, first)); }
     const posix_spawn_file_actions_t* get() const { return &actions_; }
 
@@ -70,7 +75,7 @@ private:
 /// Default signal actions and an empty mask, whatever this process has set for itself.
 class Attributes {
 public:
-    Attributes()
+    explicit Attributes(int otherFlags = 0)
     {
         check(posix_spawnattr_init(&attributes_));
         sigset_t signals;
@@ -80,7 +85,8 @@ public:
         posix_spawnattr_setsigdefault(&attributes_, &signals);
         sigemptyset(&signals);
         posix_spawnattr_setsigmask(&attributes_, &signals);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+        const int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | otherFlags;
+        posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
     }
     Attributes(const Attributes&) = delete;
     ~Attributes() { posix_spawnattr_destroy(&attributes_); }
@@ -210,10 +216,10 @@ std::vector<char*> argumentVector(const Command& command)
     return list;
 }
 
-pid_t spawn(const Command& command, const FileActions& actions)
+pid_t spawn(const Command& command, const FileActions& actions, int otherFlags = 0)
 {
     const std::vector<char*> arguments = argumentVector(command);
-    const Attributes attributes;
+    const Attributes attributes(otherFlags);
     pid_t id = -1;
     check(posix_spawn(&id, command.program.c_str(), actions.get(), attributes.get(), arguments.data(), environ));
     return id;
@@ -265,6 +271,31 @@ Outcome run(const Command& command)
     exchange(input.write, command.input, output.read, error.read, outcome);
     if (const auto status = child.wait())
         setStatus(outcome, *status);
+    return outcome;
+}
+
+std::optional<Outcome> runDetached(const Command& command, std::chrono::milliseconds patience)
+{
+    constexpr timespec kPause{0, 10'000'000};
+    const Descriptor error = aboveStandard(Descriptor(memfd_create("stderr", MFD_CLOEXEC)));
+    FileActions actions;
+    actions.openNull(STDIN_FILENO);
+    actions.openNull(STDOUT_FILENO, O_WRONLY);
+    actions.place(error, STDERR_FILENO);
+    actions.closeFrom(STDERR_FILENO + 1);
+    const pid_t id = spawn(command, actions, POSIX_SPAWN_SETSID);
+    const auto end = std::chrono::steady_clock::now() + patience;
+    int status = 0;
+    pid_t ended = 0;
+    while ((ended = waitpid(id, &status, WNOHANG)) == 0 && std::chrono::steady_clock::now() < end)
+        nanosleep(&kPause, nullptr);
+    if (ended != id)
+        return std::nullopt;
+    Outcome outcome;
+    setStatus(outcome, status);
+    std::array<char, 65536> text;
+    const ssize_t length = pread(error.get(), text.data(), text.size(), 0);
+    outcome.error.assign(text.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
     return outcome;
 }
 

@@ -1,6 +1,11 @@
 #include "platform/programs.h"
 
+#include "platform/folders.h"
+
+#include <cstdlib>
+#include <sstream>
 #include <system_error>
+#include <unistd.h>
 
 namespace mervo::platform {
 
@@ -43,6 +48,26 @@ std::filesystem::path helper(std::string_view name)
 std::filesystem::path platformProgram(std::string_view name)
 {
     return bundle() / "Helpers" / "platform" / name;
+}
+
+std::filesystem::path findProgram(std::string_view name)
+{
+    const auto canRun = [](const std::filesystem::path& file) {
+        std::error_code error;
+        return std::filesystem::is_regular_file(file, error) && access(file.c_str(), X_OK) == 0;
+    };
+    if (name.find('/') != std::string_view::npos) {
+        std::filesystem::path file = expandTilde(name);
+        return canRun(file) ? file : std::filesystem::path();
+    }
+    const char* path = std::getenv("PATH");
+    std::istringstream folders(path == nullptr ? "/usr/local/bin:/usr/bin:/bin" : path);
+    for (std::string folder; !name.empty() && std::getline(folders, folder, ':');) {
+        std::filesystem::path file = std::filesystem::path(folder.empty() ? "." : folder) / name;
+        if (canRun(file))
+            return file;
+    }
+    return {};
 }
 
 std::filesystem::path resource(std::string_view name)

@@ -15,7 +15,7 @@ FLOORS = [
     {"platform"},
     {"core/foundation", "platform/applescript", "platform/desk/settings", "platform/linux/desktop",
      "platform/linux/keychain", "platform/linux/tls"},
-    {"core/scripting", "core/imap", "core/secrets", "platform/desk/mail"},
+    {"core/scripting", "core/imap", "core/secrets", "platform/desk/mail", "platform/desk/chat"},
     {"core/policy", "platform/desk/mime", "platform/desk/applications"},
     {"core/tools", "platform/desk"},
     {"core/automations", "core/feedback"},

@@ -1,7 +1,6 @@
 #include "core/tools/mail/MailTools.h"
 
 #include "core/tools/Arguments.h"
-#include "core/tools/MissingBridge.h"
 #include "core/tools/mail/MailBody.h"
 #include "core/tools/mail/MailCriteria.h"
 #include "core/tools/mail/MailScripts.h"
@@ -60,10 +59,9 @@ Invocation buildBody(const Args& args)
     return {MailScripts::body(), MailSelector::argv(args)};
 }
 
-Invocation checkSelector(const Args& args)
+Invocation buildOpen(const Args& args)
 {
-    MailSelector::require(args);
-    return {};
+    return {MailScripts::open(), MailSelector::argv(args)};
 }
 
 } // namespace
@@ -145,17 +143,16 @@ const Tool& mailBody()
 
 const Tool& mailOpen()
 {
-    static const Tool tool = withoutBridge("Mail",
-        {
-            .id = "mail.open",
-            .summary = "Open the newest matching message in Mail.app and bring it to the front (account, mailbox, "
-                       "subject= exact OR subjectContains, [from]). On a recurring subject use exact subject= to pin "
-                       "one message. Read-only - only displays the message (e.g. to view attachments a text body can't "
-                       "show). Use after mail.search to surface a message for the human.",
-            .effect = Effect::read,
-            .arguments = MailSelector::arguments(),
-            .build = checkSelector,
-        });
+    static const Tool tool{
+        .id = "mail.open",
+        .summary = "Open the newest matching message in Mail.app and bring it to the front (account, mailbox, "
+                   "subject= exact OR subjectContains, [from]). On a recurring subject use exact subject= to pin "
+                   "one message. Read-only - only displays the message (e.g. to view attachments a text body can't "
+                   "show). Use after mail.search to surface a message for the human.",
+        .effect = Effect::read,
+        .arguments = MailSelector::arguments(),
+        .build = buildOpen,
+    };
     return tool;
 }
 

@@ -24,7 +24,14 @@ const std::string& move(); ///< and destination
 const std::string& flag(); ///< and "1" or "0", the index of a colour or ""
 const std::string& junk(); ///< and "1" or "0"
 
-const std::string& body(); ///< account, mailbox, subject, subjectContains, from
+// With account, mailbox, subject, subjectContains, from: one message.
+const std::string& body();
+const std::string& open();
+const std::string& reply(); ///< and body, "1" for a reply to all
+const std::string& forward(); ///< and to, body
+
 const std::string& draft(); ///< to, subject, body, attachments one a line, from
+const std::string& send(); ///< the same
+const std::string& notify(); ///< subject, to, body, from, attachments
 
 } // namespace mervo::MailScripts

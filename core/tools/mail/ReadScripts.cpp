@@ -176,31 +176,25 @@ end run
 
 const std::string& body()
 {
-    static const std::string script = assembled({kOneMailboxHead, R"AS(
-	set subjQ to item 3 of argv
-	set scQ to item 4 of argv
-	set fromQ to item 5 of argv
-)AS",
-        kOpenMail, kFindMailbox, R"AS(
-		set subjects to subject of (every message of mb)
-		set senders to sender of (every message of mb)
-		set arrivals to date received of (every message of mb)
-		set msgs to every message of mb
-		set target to missing value
-		set newest to missing value
-		repeat with i from 1 to count of msgs
-			set ok to true
-			if subjQ is not "" then set ok to (item i of subjects) is subjQ
-			if ok and scQ is not "" then set ok to (item i of subjects) contains scQ
-			if ok and fromQ is not "" then set ok to (item i of senders) contains fromQ
-			if ok and newest is not missing value then set ok to (item i of arrivals) > newest
-			if ok then
-				set newest to item i of arrivals
-				set target to item i of msgs
-			end if
-		end repeat
+    static const std::string script =
+        assembled({kOneMailboxHead, kSelector, kOpenMail, kFindMailbox, kSelectNewest, R"AS(
 		if target is missing value then return "(no matching message)"
 		return content of target
+	end tell
+end run
+)AS"});
+    return script;
+}
+
+const std::string& open()
+{
+    static const std::string script =
+        assembled({kOneMailboxHead, kSelector, kOpenMail, kFindMailbox, kSelectNewest, R"AS(
+		if target is missing value then return "(no matching message)"
+		set theSubject to subject of target
+		open target
+		activate
+		return "OK opened: " & theSubject
 	end tell
 end run
 )AS"});

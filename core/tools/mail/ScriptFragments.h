@@ -120,6 +120,34 @@ inline constexpr std::string_view kFilter = R"AS(
 			end if
 )AS";
 
+// Items 3 to 5 of the tools that work on one message.
+inline constexpr std::string_view kSelector = R"AS(
+	set subjQ to item 3 of argv
+	set scQ to item 4 of argv
+	set fromQ to item 5 of argv
+)AS";
+
+// Leaves the newest matching message in `target`, the first of those with the same date; or missing value.
+inline constexpr std::string_view kSelectNewest = R"AS(
+		set subjects to subject of (every message of mb)
+		set senders to sender of (every message of mb)
+		set arrivals to date received of (every message of mb)
+		set msgs to every message of mb
+		set target to missing value
+		set newest to missing value
+		repeat with i from 1 to count of msgs
+			set ok to true
+			if subjQ is not "" then set ok to (item i of subjects) is subjQ
+			if ok and scQ is not "" then set ok to (item i of subjects) contains scQ
+			if ok and fromQ is not "" then set ok to (item i of senders) contains fromQ
+			if ok and newest is not missing value then set ok to (item i of arrivals) > newest
+			if ok then
+				set newest to item i of arrivals
+				set target to item i of msgs
+			end if
+		end repeat
+)AS";
+
 inline constexpr std::string_view kParseISO = R"AS(
 
 on parseISO(s)

@@ -4,16 +4,19 @@
 
 namespace mervo::MailScripts {
 
-const std::string& draft()
-{
-    // Files are looked up outside of the tell: inside, Mail would take the path for one of its own objects.
-    static const std::string script = assembled({R"AS(
+namespace {
+
+constexpr std::string_view kLetterHead = R"AS(
 on run argv
 	set toAddr to item 1 of argv
 	set subjText to item 2 of argv
 	set bodyText to item 3 of argv
 	set attachText to item 4 of argv
 	set fromAddr to item 5 of argv
+)AS";
+
+// Files are looked up outside of the tell: inside, Mail would take the path for one of its own objects.
+constexpr std::string_view kNewLetter = R"AS(
 	set attachFiles to my filesOf(attachText)
 	tell application "Mail"
 		set msg to make new outgoing message with properties {subject:subjText, content:bodyText, visible:false}
@@ -32,10 +35,9 @@ on run argv
 			end tell
 		end repeat
 		if (count of attachFiles) > 0 then delay 1
-		save msg
-	end tell
-	return "OK draft saved"
-end run
+)AS";
+
+constexpr std::string_view kFilesOf = R"AS(
 
 on filesOf(attachText)
 	set theFiles to {}
@@ -49,6 +51,99 @@ on filesOf(attachText)
 	end repeat
 	return theFiles
 end filesOf
+)AS";
+
+} // namespace
+
+const std::string& draft()
+{
+    static const std::string script = assembled({kLetterHead, kNewLetter, R"AS(
+		save msg
+	end tell
+	return "OK draft saved"
+end run
+)AS",
+        kFilesOf});
+    return script;
+}
+
+const std::string& send()
+{
+    static const std::string script = assembled({kLetterHead, kNewLetter, R"AS(
+		send msg
+	end tell
+	return "OK sent"
+end run
+)AS",
+        kFilesOf});
+    return script;
+}
+
+const std::string& notify()
+{
+    static const std::string script = assembled({R"AS(
+on run argv
+	set subjText to item 1 of argv
+	set toAddr to item 2 of argv
+	set bodyText to item 3 of argv
+	set fromAddr to item 4 of argv
+	set attachText to item 5 of argv
+)AS",
+        kNewLetter, R"AS(
+		send msg
+	end tell
+	return "OK notify sent to " & toAddr
+end run
+)AS",
+        kFilesOf});
+    return script;
+}
+
+const std::string& reply()
+{
+    // The quoting is built by hand: what a reply begins with differs from one version of Mail to the next.
+    static const std::string script = assembled({kOneMailboxHead, kSelector, R"AS(
+	set bodyText to item 6 of argv
+	set allFlag to item 7 of argv
+)AS",
+        kOpenMail, kFindMailbox, kSelectNewest, R"AS(
+		if target is missing value then error "no matching message to reply to"
+		set attribution to "On " & ((date sent of target) as text) & ", " & (sender of target) & " wrote:"
+		set quotedText to content of target
+		if allFlag is "1" then
+			set theReply to reply target opening window false reply to all true
+		else
+			set theReply to reply target opening window false reply to all false
+		end if
+		set content of theReply to bodyText & return & return & attribution & return & quotedText
+		send theReply
+	end tell
+	return "OK replied"
+end run
+)AS"});
+    return script;
+}
+
+const std::string& forward()
+{
+    static const std::string script = assembled({kOneMailboxHead, kSelector, R"AS(
+	set toAddr to item 6 of argv
+	set noteText to item 7 of argv
+)AS",
+        kOpenMail, kFindMailbox, kSelectNewest, R"AS(
+		if target is missing value then error "no matching message to forward"
+		set fromLine to "From: " & (sender of target)
+		set subjectLine to "Subject: " & (subject of target)
+		set originalText to content of target
+		set theForward to forward target opening window false
+		tell theForward
+			make new to recipient at end of to recipients with properties {address:toAddr}
+		end tell
+		set content of theForward to noteText & return & return & "---------- Forwarded message ----------" & return & fromLine & return & subjectLine & return & return & originalText
+		send theForward
+	end tell
+	return "OK forwarded to " & toAddr
+end run
 )AS"});
     return script;
 }

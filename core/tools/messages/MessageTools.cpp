@@ -3,7 +3,6 @@
 #include "core/foundation/HarnessConfig.h"
 #include "core/foundation/Text.h"
 #include "core/tools/Arguments.h"
-#include "core/tools/MissingBridge.h"
 #include "core/tools/messages/MessagesDB.h"
 
 namespace mervo::Tools {
@@ -12,13 +11,32 @@ namespace {
 
 constexpr std::int64_t kDefaultLimit = 50;
 
+/// The account is pinned to its service, so that nothing ever goes out by another one.
+constexpr auto kSend = R"AS(on run argv
+	set toAddr to item 1 of argv
+	set theText to item 2 of argv
+	tell application "Messages"
+		set theService to first account whose service type is iMessage
+		send theText to participant toAddr of theService
+	end tell
+	return "OK imessage sent to " & toAddr
+end run
+)AS";
+
+Invocation buildSend(const Args& args)
+{
+    const std::string& to = Arguments::required(args, "to");
+    return {kSend, {to, Arguments::required(args, "text")}};
+}
+
+/// The recipient is the owner's configured handle and nothing else.
 Invocation buildNotify(const Args& args)
 {
-    const auto handle = HarnessConfig::load().notifyIMessageHandle.value_or("");
-    if (Text::trimmed(handle).empty())
+    const std::string configured = HarnessConfig::load().notifyIMessageHandle.value_or("");
+    const std::string_view owner = Text::trimmed(configured);
+    if (owner.empty())
         throw ToolError::missingArg("notify iMessage handle (set it in Settings → Notifications)");
-    Arguments::required(args, "text");
-    return {};
+    return {kSend, {std::string(owner), Arguments::required(args, "text")}};
 }
 
 std::string readInbound(const Args& args)
@@ -38,34 +56,32 @@ std::string readInbound(const Args& args)
 
 const Tool& imessageNotify()
 {
-    static const Tool tool = withoutBridge("Messages",
-        {
-            .id = "imessage.notify",
-            .summary = "Notify the OWNER by iMessage: send to the configured owner handle (Settings → notify iMessage "
-                       "handle). Args: text. effect=create → runs immediately in Copilote/YOLO (NO approval queue) "
-                       "because it can ONLY reach the owner's own configured handle - low-stakes. The autonomous "
-                       "iMessage push channel for agents/loops (imessage.send stays approval-gated for arbitrary "
-                       "recipients). Errors if no handle is configured. The recipient comes from config; any `to=` is "
-                       "ignored.",
-            .effect = Effect::create,
-            .arguments = {{"text", true, "what the owner gets to read"}},
-            .build = buildNotify,
-        });
+    static const Tool tool{
+        .id = "imessage.notify",
+        .summary = "Notify the OWNER by iMessage: send to the configured owner handle (Settings → notify iMessage "
+                   "handle). Args: text. effect=create → runs immediately in Copilote/YOLO (NO approval queue) "
+                   "because it can ONLY reach the owner's own configured handle - low-stakes. The autonomous "
+                   "iMessage push channel for agents/loops (imessage.send stays approval-gated for arbitrary "
+                   "recipients). Errors if no handle is configured. The recipient comes from config; any `to=` is "
+                   "ignored.",
+        .effect = Effect::create,
+        .arguments = {{"text", true, "what the owner gets to read"}},
+        .build = buildNotify,
+    };
     return tool;
 }
 
 const Tool& imessageSend()
 {
-    static const Tool tool = withoutBridge("Messages",
-        {
-            .id = "imessage.send",
-            .summary = "Send an iMessage to a recipient (to=<phone or email>, text) - iMessage service only, NO "
-                       "green-bubble SMS fallback. Irreversible -> approval. NOTE: Messages scripting is "
-                       "version-sensitive; verify once before relying on it.",
-            .effect = Effect::destructive,
-            .arguments = {{"to", true, "phone number or address of the recipient"}, {"text", true, "what is sent"}},
-            .build = Arguments::requiring({"to", "text"}),
-        });
+    static const Tool tool{
+        .id = "imessage.send",
+        .summary = "Send an iMessage to a recipient (to=<phone or email>, text) - iMessage service only, NO "
+                   "green-bubble SMS fallback. Irreversible -> approval. NOTE: Messages scripting is "
+                   "version-sensitive; verify once before relying on it.",
+        .effect = Effect::destructive,
+        .arguments = {{"to", true, "phone number or address of the recipient"}, {"text", true, "what is sent"}},
+        .build = buildSend,
+    };
     return tool;
 }
 

@@ -5,7 +5,10 @@
 #include "platform/desk/applications/MailDictionary.h"
 #include "platform/desk/applications/MailObjects.h"
 #include "platform/desk/applications/MessageObjects.h"
+#include "platform/desk/applications/MessagesApplication.h"
+#include "platform/desk/applications/OpenMessage.h"
 #include "platform/desk/applications/OutgoingObjects.h"
+#include "platform/desk/mail/Answer.h"
 #include "platform/desk/settings/Places.h"
 
 namespace mervo::desk {
@@ -44,17 +47,19 @@ Value makeAttachment(const applescript::MakeRequest& request)
     return message->addAttachment(applescript::toPath(*file));
 }
 
-void save(const Value& what)
+/// The messages that a command is for: one, or each of a list.
+template <typename Wanted, typename Work>
+void forEach(const Value& what, const char* refusal, const Work& work)
 {
     if (what.is(applescript::Kind::list)) {
         for (const Value& item : what.asList().items())
-            save(item);
+            forEach<Wanted>(item, refusal, work);
         return;
     }
-    auto* message = what.is(applescript::Kind::object) ? dynamic_cast<OutgoingObject*>(&what.asObject()) : nullptr;
+    auto* message = what.is(applescript::Kind::object) ? dynamic_cast<Wanted*>(&what.asObject()) : nullptr;
     if (message == nullptr)
-        refuse("Only an outgoing message can be saved.");
-    message->save();
+        refuse(refusal);
+    work(*message);
 }
 
 } // namespace
@@ -107,8 +112,7 @@ Value MailApplication::make(const applescript::MakeRequest& request)
         const auto message = makeRef<OutgoingObject>(*this, static_cast<std::int64_t>(outgoing_.size()) + 1);
         for (const auto& [property, value] : request.properties)
             message->set(property, value);
-        outgoing_.push_back(message);
-        return Value::object(message);
+        return add(message);
     }
     case MailTerm::recipient:
     case MailTerm::toRecipient:
@@ -145,20 +149,52 @@ Value MailApplication::perform(const applescript::CommandCall& call)
 {
     switch (call.command) {
     case MailTerm::save:
-        save(call.direct);
+        forEach<OutgoingObject>(
+            call.direct, "Only an outgoing message can be saved.", [](OutgoingObject& message) { message.save(); });
         return Value();
     case MailTerm::checkForNewMail:
         return Value(); // every look at a mailbox is one
     case MailTerm::open:
-        refuse("This desk’s Mail has no window to open a message in.");
+        forEach<MessageObject>(call.direct, "Only a message can be opened.", [](MessageObject& message) {
+            const std::string subject = applescript::toString(message.get(MailTerm::subject));
+            inScriptTerms([&] { openMessage(message.bytes(), subject); });
+        });
+        return Value();
+    case MailTerm::send:
+        forEach<OutgoingObject>(
+            call.direct, "Only an outgoing message can be sent.", [](OutgoingObject& message) { message.send(); });
+        return Value::boolean(true);
     default:
-        refuse("This desk’s Mail does not send messages.");
+        return answer(call);
     }
+}
+
+Value MailApplication::answer(const applescript::CommandCall& call)
+{
+    auto* message =
+        call.direct.is(applescript::Kind::object) ? dynamic_cast<MessageObject*>(&call.direct.asObject()) : nullptr;
+    if (message == nullptr)
+        refuse("Only a message can be answered or forwarded.");
+    const std::string bytes = message->bytes();
+    const bool isForward = call.command == MailTerm::forward;
+    OutgoingMail begun = isForward
+        ? forwardOf(bytes, message->account())
+        : replyTo(bytes, message->account(), store().accounts(), call.flag(MailTerm::replyToAll, false));
+    return add(makeRef<OutgoingObject>(*this, static_cast<std::int64_t>(outgoing_.size()) + 1, std::move(begun),
+        MailOrigin{Ref<MessageObject>(message), isForward}));
+}
+
+Value MailApplication::add(Ref<OutgoingObject> message)
+{
+    outgoing_.push_back(message);
+    return Value::object(std::move(message));
 }
 
 void registerDesk(applescript::ApplicationRegistry& registry)
 {
     registry.add({"Mail"}, "com.apple.mail", mailDictionary, [] { return std::make_unique<MailApplication>(); });
+    registry.add({"Messages"}, "com.apple.MobileSMS", messagesDictionary,
+        [] { return std::make_unique<MessagesApplication>(); });
 }
 
 } // namespace mervo::desk

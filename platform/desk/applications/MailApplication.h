@@ -10,8 +10,8 @@ namespace mervo::desk {
 
 class OutgoingObject;
 
-/// The desk's Mail as scripts see it. Messages are read, moved, deleted and marked, and drafts are composed and saved;
-/// sending and replying are refused with a sentence.
+/// The desk's Mail as scripts see it. It has no windows: a message is opened by handing it to the desktop's own mail
+/// program.
 class MailApplication final : public applescript::Application {
 public:
     MailApplication() = default;
@@ -32,6 +32,9 @@ public:
     const std::vector<applescript::Ref<OutgoingObject>>& outgoing() const noexcept { return outgoing_; }
 
 private:
+    applescript::Value answer(const applescript::CommandCall& call);
+    applescript::Value add(applescript::Ref<OutgoingObject> message);
+
     std::unique_ptr<MailStore> store_; // once made it stays: objects of the script refer to it
     bool isRunning_ = false;
     std::vector<applescript::Ref<OutgoingObject>> outgoing_;

@@ -5,6 +5,7 @@
 #include "platform/desk/mail/MailAddress.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/unicode.h"
+#include "platform/unified_log.h"
 
 #include <algorithm>
 #include <optional>
@@ -319,6 +320,17 @@ void MessageObject::set(TermId property, const Value& value)
     if (!change)
         throw applescript::ScriptError(applescript::ErrorNumber::cannotSet);
     inScriptTerms([&] { store().change(*list_->snapshot, *header_, *change); });
+}
+
+void MessageObject::wasAnswered(bool byForward) noexcept
+{
+    FlagChange change;
+    (byForward ? change.passed : change.replied) = true;
+    try {
+        store().change(*list_->snapshot, *header_, change);
+    } catch (const std::exception& error) {
+        platform::logError("Mail", error.what());
+    }
 }
 
 void MessageObject::moveTo(const MailboxObject& destination)

@@ -44,6 +44,11 @@ public:
     bool exists() override;
     bool isSame(const applescript::Object& other) const override;
 
+    /// The whole message. Throws -1728 when it is gone.
+    std::string bytes();
+    const MailAccountSettings& account() const noexcept { return list_->mailbox->account(); }
+    /// Marks it as answered or passed on. A message that cannot be marked stays as it is: what was sent was sent.
+    void wasAnswered(bool byForward) noexcept;
     void moveTo(const MailboxObject& destination);
     /// Into the trash, or out of it for good.
     void remove();
@@ -52,7 +57,6 @@ private:
     /// Brings the handle up to date. Throws -1728 when the message is gone.
     const MessageRecord& current();
     applescript::Value flag(applescript::TermId property);
-    std::string bytes();
     std::string field(std::string_view name);
     applescript::Value recipients(applescript::TermId which);
     applescript::Value headers();

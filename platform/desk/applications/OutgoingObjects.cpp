@@ -2,6 +2,7 @@
 
 #include "platform/applescript/Coercion.h"
 #include "platform/desk/mail/MailAddress.h"
+#include "platform/desk/mail/Outbox.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -50,9 +51,11 @@ Value parts(const Ref<OutgoingObject>& message, TermId partClass, std::size_t co
 
 } // namespace
 
-OutgoingObject::OutgoingObject(MailApplication& mail, std::int64_t id)
+OutgoingObject::OutgoingObject(MailApplication& mail, std::int64_t id, OutgoingMail draft, MailOrigin origin)
     : MailObject(mail, MailTerm::outgoingMessage)
     , id_(id)
+    , draft_(std::move(draft))
+    , origin_(std::move(origin))
 {
 }
 
@@ -166,11 +169,23 @@ Value OutgoingObject::addAttachment(const std::string& path)
 void OutgoingObject::save()
 {
     inScriptTerms([this] {
-        const std::filesystem::path before = std::exchange(saved_, store().saveDraft(draft_));
+        const std::filesystem::path before = std::exchange(saved_, Outbox(store()).saveDraft(draft_));
         if (!before.empty())
             unlink(before.c_str()); // a draft that another program has moved meanwhile stays where it is
         return true;
     });
+}
+
+void OutgoingObject::send()
+{
+    inScriptTerms([this] {
+        Outbox(store()).send(draft_);
+        return true;
+    });
+    if (const std::filesystem::path before = std::exchange(saved_, {}); !before.empty())
+        unlink(before.c_str());
+    if (origin_.message)
+        origin_.message->wasAnswered(origin_.isForward);
 }
 
 OutgoingPart::OutgoingPart(Ref<OutgoingObject> message, TermId partClass, std::size_t index)

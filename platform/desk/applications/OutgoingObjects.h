@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/desk/applications/MailObjects.h"
+#include "platform/desk/applications/MessageObjects.h"
+#include "platform/desk/mail/OutgoingMail.h"
 
 #include <filesystem>
 #include <string>
@@ -8,9 +10,15 @@
 /// Messages that a script composes, as objects of the script host.
 namespace mervo::desk {
 
+/// The message that an outgoing one began from, if there is one, and how.
+struct MailOrigin {
+    applescript::Ref<MessageObject> message;
+    bool isForward = false;
+};
+
 class OutgoingObject final : public MailObject {
 public:
-    OutgoingObject(MailApplication& mail, std::int64_t id);
+    OutgoingObject(MailApplication& mail, std::int64_t id, OutgoingMail draft = {}, MailOrigin origin = {});
 
     applescript::Designation designation() const override;
     applescript::Value get(applescript::TermId property) override;
@@ -24,6 +32,9 @@ public:
     applescript::Value addAttachment(const std::string& path);
     /// Into the drafts mailbox of the sender's account; a draft saved before is replaced.
     void save();
+    /// Sends it; then a draft of it goes away, and the message that it answers is marked so. -10000 with a sentence
+    /// when it was not sent.
+    void send();
 
     OutgoingMail& draft() noexcept { return draft_; }
     /// The list of one class of recipients.
@@ -35,6 +46,7 @@ private:
     std::int64_t id_;
     bool visible_ = false;
     OutgoingMail draft_;
+    MailOrigin origin_;
     std::filesystem::path saved_;
 };
 

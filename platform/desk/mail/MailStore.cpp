@@ -14,40 +14,8 @@
 #include <utility>
 
 namespace mervo::desk {
-namespace {
 
 namespace fs = std::filesystem;
-
-std::string newMessageId(std::string_view sender)
-{
-    std::array<std::uint64_t, 2> random{};
-    if (getrandom(random.data(), sizeof random, 0) != sizeof random)
-        random[0] = static_cast<std::uint64_t>(std::clock());
-    std::string_view domain = sender.substr(sender.rfind('@') + 1);
-    return fmt::format("{:x}.{:016x}{:016x}@{}", std::time(nullptr), random[0], random[1],
-        domain.empty() ? std::string_view("localhost") : domain);
-}
-
-std::string oneLine(std::string_view text)
-{
-    std::string line = platform::withValidUtf8(text);
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
-    return line;
-}
-
-std::vector<MailAddress> checked(const std::vector<MailAddress>& addresses)
-{
-    std::vector<MailAddress> result;
-    for (const MailAddress& address : addresses) {
-        if (!isPlainAddress(address.address))
-            throw MailError(fmt::format("“{}” is not an address that mail can be sent to.", oneLine(address.address)));
-        result.push_back({oneLine(address.name), address.address});
-    }
-    return result;
-}
-
-} // namespace
 
 MailStore::MailStore(Configuration configuration, const fs::path& cache)
     : configuration_(std::move(configuration))
@@ -217,26 +185,9 @@ const fs::path& MailStore::trash(const MailAccountSettings& account)
     return known;
 }
 
-fs::path MailStore::saveDraft(const OutgoingMail& mail)
+void MailStore::changedByUs(const fs::path& maildir)
 {
-    const MailAccountSettings* account = mail.sender.empty() ? nullptr : accountWithAddress(mail.sender);
-    if (account == nullptr)
-        account = &accounts().front();
-    MimeDraft draft;
-    draft.from.address = accountWithAddress(mail.sender) == account ? mail.sender : account->addresses.front();
-    draft.to = checked(mail.to);
-    draft.cc = checked(mail.cc);
-    draft.bcc = checked(mail.bcc);
-    draft.subject = oneLine(mail.subject);
-    draft.text = mail.text;
-    draft.date = formatMailDate(std::time(nullptr));
-    draft.messageId = newMessageId(draft.from.address);
-    draft.attachments = mail.attachments;
-    const fs::path maildir = mailFolderPath(*account, specialMailbox(*account, SpecialMailbox::drafts));
-    const MimeEngine& engine = mimeEngine();
-    createMaildir(maildir, account->layout == MailLayout::maildirPlusPlus && maildir != account->root);
-    looks_.clear();
-    return deliverToMaildir(maildir, "DS", [&](int descriptor) { engine.write(draft, descriptor); });
+    look(maildir).changed();
 }
 
 } // namespace mervo::desk

@@ -17,15 +17,6 @@
 
 namespace mervo::desk {
 
-/// A message that is composed and has not been saved.
-struct OutgoingMail {
-    std::string sender; ///< an address of the account that it goes from
-    std::vector<MailAddress> to, cc, bcc;
-    std::string subject;
-    std::string text;
-    std::vector<std::filesystem::path> attachments;
-};
-
 /// The owner's mail: accounts, their mailboxes and messages, on the Maildirs that the configuration names. Other
 /// programs work on the same folders; every function tells what is there now. One object belongs to one thread.
 class MailStore {
@@ -64,9 +55,8 @@ public:
     /// To the account's trash, which is made when it is missing. A message that is there already is removed for good.
     void remove(const MailAccountSettings& account, const MailboxSnapshot& mailbox, const MessageRecord& message);
 
-    /// Saves into the drafts mailbox of the sender's account, which is made when it is missing. Returns the file.
-    /// Throws MailError, NoSuchAttachment; then nothing is left behind.
-    std::filesystem::path saveDraft(const OutgoingMail& mail);
+    /// Something was put into the mailbox by this process: the next look at it is a fresh one.
+    void changedByUs(const std::filesystem::path& maildir);
 
 private:
     using Counts = std::map<std::uint32_t, std::int32_t>; // by message id

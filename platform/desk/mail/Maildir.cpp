@@ -131,47 +131,6 @@ void syncFolder(const fs::path& folder)
     }
 }
 
-/// A file in tmp that goes away unless it was delivered.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(fs::path path)
-        : path_(std::move(path))
-        , descriptor_(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600))
-    {
-        if (descriptor_ < 0)
-            failWriting(path_, errno);
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-    ~TemporaryFile()
-    {
-        if (descriptor_ >= 0)
-            close(descriptor_);
-        if (!delivered_)
-            unlink(path_.c_str());
-    }
-
-    int descriptor() const noexcept { return descriptor_; }
-
-    void deliver(const fs::path& destination)
-    {
-        if (fsync(descriptor_) != 0)
-            failWriting(path_, errno);
-        const int closing = std::exchange(descriptor_, -1);
-        if (close(closing) != 0)
-            failWriting(path_, errno);
-        if (rename(path_.c_str(), destination.c_str()) != 0)
-            failWriting(destination, errno);
-        delivered_ = true;
-        syncFolder(destination.parent_path());
-    }
-
-private:
-    fs::path path_;
-    int descriptor_;
-    bool delivered_ = false;
-};
-
 } // namespace
 
 std::uint8_t MaildirFlags::bits() const noexcept
@@ -256,15 +215,64 @@ void createMaildir(const fs::path& maildir, bool plusPlusChild)
     close(descriptor);
 }
 
+MaildirDelivery::MaildirDelivery(const fs::path& maildir, const std::function<void(int descriptor)>& write)
+    : maildir_(maildir)
+    , file_(maildir / "tmp" / newMaildirBase())
+{
+    const int descriptor = open(file_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (descriptor < 0)
+        failWriting(file_, errno);
+    try {
+        write(descriptor);
+        if (fsync(descriptor) != 0)
+            failWriting(file_, errno);
+    } catch (...) {
+        close(descriptor);
+        unlink(file_.c_str());
+        throw;
+    }
+    if (close(descriptor) != 0) {
+        const int error = errno;
+        unlink(file_.c_str());
+        failWriting(file_, error);
+    }
+}
+
+MaildirDelivery::MaildirDelivery(MaildirDelivery&& other) noexcept
+    : maildir_(std::move(other.maildir_))
+    , file_(std::exchange(other.file_, {}))
+{
+}
+
+MaildirDelivery::~MaildirDelivery()
+{
+    if (!file_.empty())
+        unlink(file_.c_str());
+}
+
+fs::path MaildirDelivery::commit(std::string_view flags)
+{
+    return renamed(maildir_ / "cur" / fmt::format("{}:2,{}", file_.filename().native(), flags));
+}
+
+fs::path MaildirDelivery::commitAsNew()
+{
+    return renamed(maildir_ / "new" / file_.filename());
+}
+
+fs::path MaildirDelivery::renamed(const fs::path& destination)
+{
+    if (rename(file_.c_str(), destination.c_str()) != 0)
+        failWriting(destination, errno);
+    file_.clear();
+    syncFolder(destination.parent_path());
+    return destination;
+}
+
 fs::path deliverToMaildir(
     const fs::path& maildir, std::string_view flags, const std::function<void(int descriptor)>& write)
 {
-    const std::string base = newMaildirBase();
-    TemporaryFile file(maildir / "tmp" / base);
-    write(file.descriptor());
-    fs::path destination = maildir / "cur" / fmt::format("{}:2,{}", base, flags);
-    file.deliver(destination);
-    return destination;
+    return MaildirDelivery(maildir, write).commit(flags);
 }
 
 } // namespace mervo::desk

@@ -63,6 +63,26 @@ std::string newMaildirBase();
 /// sub-folder. Throws MailError.
 void createMaildir(const std::filesystem::path& maildir, bool plusPlusChild);
 
+/// A message on its way into a Maildir: written to tmp by `write` (which gets the descriptor and may throw) and synced
+/// to disk. It goes away again unless it is committed. Throws MailError.
+class MaildirDelivery {
+public:
+    MaildirDelivery(const std::filesystem::path& maildir, const std::function<void(int descriptor)>& write);
+    MaildirDelivery(MaildirDelivery&& other) noexcept;
+    MaildirDelivery& operator=(MaildirDelivery&&) = delete;
+    ~MaildirDelivery();
+
+    const std::filesystem::path& file() const noexcept { return file_; } ///< in tmp
+    /// One rename, into cur with these flags, or into new.
+    std::filesystem::path commit(std::string_view flags);
+    std::filesystem::path commitAsNew();
+
+private:
+    std::filesystem::path renamed(const std::filesystem::path& destination);
+
+    std::filesystem::path maildir_, file_; // file_ is empty once it is committed
+};
+
 /// Delivers one message: written to tmp by `write` (which gets the descriptor and may throw), synced to disk, then
 /// renamed into cur with the flags. Returns its path. When it throws, nothing is left behind.
 std::filesystem::path deliverToMaildir(

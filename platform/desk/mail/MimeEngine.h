@@ -31,6 +31,9 @@ struct MimeDraft {
     std::string date; ///< as the Date field
     std::string messageId; ///< without angle brackets
     std::vector<std::filesystem::path> attachments;
+    std::string inReplyTo; ///< without angle brackets; empty: none
+    std::vector<std::string> references; ///< likewise, oldest first
+    std::string_view forwarded; ///< the bytes of a message whose attachments are attached as they are; empty: none
 };
 
 /// The MIME parser and writer. It lives in a module of its own that is loaded when the first whole message is read or

@@ -3,6 +3,7 @@
 #include "platform/desk/mail/Charset.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/desk/mime/GMimeObjects.h"
+#include "platform/desk/mime/MimeAttached.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -24,8 +25,6 @@ struct Part {
         std::move(from.attachments.begin(), from.attachments.end(), std::back_inserter(attachments));
     }
 };
-
-enum class Place { root, inside, belongsToPage };
 
 std::string withLineFeeds(std::string_view text)
 {
@@ -65,48 +64,18 @@ std::string validText(const char* text)
     return text == nullptr ? std::string() : platform::withValidUtf8(text);
 }
 
-std::string typeName(GMimeObject* object)
-{
-    GMimeContentType* type = g_mime_object_get_content_type(object);
-    std::string name = type == nullptr ? "text/plain"
-                                       : validText(g_mime_content_type_get_media_type(type)) + "/"
-            + validText(g_mime_content_type_get_media_subtype(type));
-    std::transform(name.begin(), name.end(), name.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return name;
-}
-
-bool saysAttached(GMimeObject* object)
-{
-    const char* disposition = g_mime_object_get_disposition(object);
-    return disposition != nullptr && g_ascii_strcasecmp(disposition, "attachment") == 0;
-}
-
-/// Parts that serve the message's transport and are nothing that its sender attached.
-bool isMachinery(const std::string& type)
-{
-    static constexpr std::string_view kTypes[] = {"application/pgp-signature", "application/pkcs7-signature",
-        "application/x-pkcs7-signature", "application/pgp-encrypted", "message/delivery-status",
-        "message/disposition-notification", "text/rfc822-headers"};
-    return std::find(std::begin(kTypes), std::end(kTypes), type) != std::end(kTypes);
-}
-
 Part readLeaf(GMimePart* leaf, Place place)
 {
     GMimeObject* object = GMIME_OBJECT(leaf);
     const std::string type = typeName(object);
-    const std::string fileName = validText(g_mime_part_get_filename(leaf));
-    const bool isText = type == "text/plain" || type == "text/html";
     Part result;
-    if (isText && !saysAttached(object) && (fileName.empty() || place == Place::root)) {
+    if (isAttached(leaf, place)) {
+        result.attachments.push_back({validText(g_mime_part_get_filename(leaf)), type, decodedSize(leaf)});
+    } else if (type == "text/plain" || type == "text/html") {
         const char* charset = g_mime_object_get_content_type_parameter(object, "charset");
         result.kind = type == "text/html" ? TextKind::html : TextKind::plain;
         result.text = withLineFeeds(toUtf8(decodedBytes(leaf), charset == nullptr ? "" : charset));
-        return result;
     }
-    const bool isOfPage = place == Place::belongsToPage && g_mime_object_get_content_id(object) != nullptr;
-    if (saysAttached(object) || (!isOfPage && !isMachinery(type)))
-        result.attachments.push_back({fileName, type, decodedSize(leaf)});
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/desk/mail/MailError.h"
 #include "platform/desk/mime/GMimeObjects.h"
+#include "platform/desk/mime/MimeAttached.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -60,9 +61,18 @@ std::string withLineFeeds(std::string_view text)
     return out;
 }
 
+/// A lone point ends a message for some programs, and others put a ">" before "From ".
+bool isChangedOnTheWay(std::string_view text)
+{
+    return text.starts_with(".\n") || text.find("\n.\n") != std::string_view::npos || text.starts_with("From ")
+        || text.find("\nFrom ") != std::string_view::npos;
+}
+
 /// The lightest encoding that any transport carries unchanged.
 GMimeContentEncoding encodingFor(std::string_view text)
 {
+    if (isChangedOnTheWay(text))
+        return GMIME_CONTENT_ENCODING_BASE64;
     std::size_t line = 0, longest = 0, strange = 0;
     for (const char c : text) {
         line = c == '\n' ? 0 : line + 1;
@@ -119,6 +129,32 @@ void addAddresses(GMimeMessage* message, GMimeAddressType type, const std::vecto
     }
 }
 
+/// A header of Message-IDs, folded where it has to be.
+void setIdentifiers(GMimeMessage* message, const char* name, const std::vector<std::string>& ids)
+{
+    std::string value;
+    for (const std::string& id : ids)
+        value += (value.empty() ? "<" : " <") + id + ">";
+    if (!value.empty())
+        g_mime_object_set_header(GMIME_OBJECT(message), name, value.c_str(), nullptr);
+}
+
+/// The attachments of another message, as they are; they live as long as `original` does.
+void addAttached(GMimeMultipart* mixed, GMimeMessage* original)
+{
+    if (original == nullptr)
+        return;
+    for (GMimeObject* object : attachedObjects(original))
+        g_mime_multipart_add(mixed, object);
+}
+
+Owned<GMimeMessage> parse(std::string_view message)
+{
+    const Owned<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(message.data(), message.size()));
+    const Owned<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
+    return Owned<GMimeMessage>(g_mime_parser_construct_message(parser.get(), nullptr));
+}
+
 Owned<GMimeMessage> compose(const MimeDraft& draft, const std::string& text)
 {
     Owned<GMimeMessage> message(g_mime_message_new(TRUE));
@@ -129,13 +165,18 @@ Owned<GMimeMessage> compose(const MimeDraft& draft, const std::string& text)
     g_mime_message_set_subject(message.get(), draft.subject.c_str(), "utf-8");
     g_mime_object_set_header(GMIME_OBJECT(message.get()), "Date", draft.date.c_str(), nullptr);
     g_mime_message_set_message_id(message.get(), draft.messageId.c_str());
+    setIdentifiers(message.get(), "In-Reply-To",
+        draft.inReplyTo.empty() ? std::vector<std::string>() : std::vector{draft.inReplyTo});
+    setIdentifiers(message.get(), "References", draft.references);
     const Owned<GMimePart> body = textPart(text);
-    if (draft.attachments.empty()) {
+    const Owned<GMimeMessage> original = draft.forwarded.empty() ? nullptr : parse(draft.forwarded);
+    if (draft.attachments.empty() && (!original || attachedObjects(original.get()).empty())) {
         g_mime_message_set_mime_part(message.get(), GMIME_OBJECT(body.get()));
         return message;
     }
     const Owned<GMimeMultipart> mixed(g_mime_multipart_new_with_subtype("mixed"));
     g_mime_multipart_add(mixed.get(), GMIME_OBJECT(body.get()));
+    addAttached(mixed.get(), original.get());
     for (const std::filesystem::path& file : draft.attachments)
         g_mime_multipart_add(mixed.get(), GMIME_OBJECT(filePart(file).get()));
     g_mime_message_set_mime_part(message.get(), GMIME_OBJECT(mixed.get()));

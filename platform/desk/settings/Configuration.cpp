@@ -159,6 +159,14 @@ void readMail(const Reader& read, const toml::node& mail, std::vector<MailAccoun
     }
 }
 
+std::vector<std::string> readMessages(const Reader& read, const toml::node& messages)
+{
+    if (!messages.is_table())
+        read.fail(messages, "\"messages\" must be a table; write [messages].");
+    read.refuseUnknownKeys(*messages.as_table(), {"send"}, "of \"messages\"");
+    return read.texts(*messages.as_table(), "send");
+}
+
 MailAccountSettings localAccount()
 {
     const passwd* entry = getpwuid(getuid());
@@ -185,9 +193,11 @@ Configuration parseConfiguration(std::string_view text, const std::filesystem::p
     const Reader read(file);
     try {
         const toml::table document = toml::parse(text, file.string());
-        read.refuseUnknownKeys(document, {"mail"}, "of the desk");
+        read.refuseUnknownKeys(document, {"mail", "messages"}, "of the desk");
         if (const toml::node* mail = document.get("mail"))
             readMail(read, *mail, result.mailAccounts);
+        if (const toml::node* messages = document.get("messages"))
+            result.messagesSend = readMessages(read, *messages);
     } catch (const toml::parse_error& error) {
         throw ConfigurationError(
             file, static_cast<long>(error.source().begin.line), fmt::format("{}.", error.description()));

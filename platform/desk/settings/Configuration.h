@@ -17,6 +17,9 @@
 ///     sendmail = ["msmtp", "-a", "work", "-t"] # optional: without it only the desk's own addresses can be reached
 ///     drafts = "Drafts"                        # optional, likewise sent, trash, junk
 ///
+///     [messages]
+///     send = ["my-bridge", "--send"]           # gets the handle as last argument and the text on standard input
+///
 /// With no file, or a file without accounts, there is one account "Local" in the desk's own data folder. A file with
 /// a mistake in it is an error and never means another account in silence.
 namespace mervo::desk {
@@ -45,6 +48,7 @@ struct MailAccountSettings {
 
 struct Configuration {
     std::filesystem::path file; ///< empty when there is none
+    std::vector<std::string> messagesSend; ///< program and arguments; empty: messages cannot be sent
     std::vector<MailAccountSettings> mailAccounts; ///< in the order of the file, never empty
 };
 

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/desk/mail/OutgoingMail.h"
+#include "platform/desk/settings/Configuration.h"
+
+#include <string_view>
+
+/// What a reply and a forward of a message begin as: subject, recipients, sender and thread (RFC 5322, 3.6.4). The text
+/// is the writer's. `message` is the whole message, `account` the one that it lies in, `accounts` all of the owner's.
+namespace mervo::desk {
+
+/// To the Reply-To address, else the sender; with `toAll` also to everyone else who got it. The owner's own addresses
+/// are left out, unless the message was the owner's: then it goes to those who got it.
+OutgoingMail replyTo(std::string_view message, const MailAccountSettings& account,
+    const std::vector<MailAccountSettings>& accounts, bool toAll);
+
+/// To nobody yet. The attachments go along.
+OutgoingMail forwardOf(std::string_view message, const MailAccountSettings& account);
+
+} // namespace mervo::desk
