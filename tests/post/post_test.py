@@ -236,10 +236,11 @@ class Post(unittest.TestCase):
                                f"attachments={big}"], env=self.person.environment, capture_output=True, text=True, **limit)
         self.assertEqual(done.returncode, 1, done.stdout)
         self.assertEqual((self.sink.mails, list(self.folder.glob("claire/.Sent/[cn]*/*"))), ([], []))
-        (self.folder / "claire/.Sent/tmp").rmdir()
+        (self.folder / "claire/.Sent/tmp").rename(self.folder / "claire/.Sent/away")
         (self.folder / "claire/.Sent/tmp").write_text("in the way")
         self.fails("cannot be written")
         (self.folder / "claire/.Sent/tmp").unlink()
+        (self.folder / "claire/.Sent/away").rename(self.folder / "claire/.Sent/tmp")
         _, message = self.sends("OK sent", "mail.send", to="bob@friends.test", subject="s", body="b",
                                 attachments=str(big))
         self.assertEqual(next(message.iter_attachments()).get_content(), big.read_bytes())
@@ -265,7 +266,7 @@ class Post(unittest.TestCase):
             "lying": b"Content-Type: text/html\r\n\r\nplain < text\r\n",
             "liar": b"Content-Type: multipart/mixed\r\n\r\nno parts at all\r\n",
             "broken": b"Content-Type: text/plain\r\nContent-Transfer-Encoding: base64\r\n\r\n!!!not base64!!!\r\n",
-            "huge": b"Content-Type: application/octet-stream; name=h\r\nContent-Disposition: attachment\r\n\r\n" + b"x" * 70 + b"\r\n" * (20 << 20)}
+            "huge": b"Content-Type: application/octet-stream; name=h\r\nContent-Disposition: attachment\r\n\r\n" + b"x" * 70 + b"\r\n" * (4 << 20)}
         for number, (subject, rest) in enumerate(strange.items()):
             self.person.deliver(head % subject.encode() + rest, f"{1700000000 + number}.M{number}.test")
         for subject in strange:

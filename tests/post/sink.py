@@ -35,3 +35,4 @@ class Sink:
             self.loop.call_soon_threadsafe(self.server.close)
             self.loop.call_soon_threadsafe(self.loop.stop)
             self.thread.join(10)
+            self.loop.close()
