@@ -8,13 +8,14 @@ JOBS ?= $(shell nproc)
 
 .DEFAULT_GOAL := build
 
-.PHONY: build run test bench fuzz format check-format install clean help setup setup-tests
+.PHONY: build run test screenshots bench fuzz format check-format install clean help setup setup-tests
 
 help:
 	@echo "make run       set up, build, and play an agent's morning against a sample desk"
 	@echo "make test      set up, build, check the formatting and run every test"
 	@echo "make build     set up and build into $(BUILD)/Contents"
 	@echo "make bench     run the benchmarks and write docs/performance.md"
+	@echo "make screenshots  take the pictures of docs/screenshots anew"
 	@echo "make fuzz      run every fuzz target for a minute (FUZZ_SECONDS=60)"
 	@echo "make format    format the sources"
 	@echo "make install   install below PREFIX (/usr/local)"
@@ -44,6 +45,9 @@ bench: setup-tests
 	@cmake --preset release -DBUILD_TESTING=OFF -DMERVO_BENCH=ON >/dev/null
 	@cmake --build --preset release -j $(JOBS)
 	@bench/run build/release
+
+screenshots: setup-tests build
+	@scripts/make-screenshots $(BUILD) docs/screenshots
 
 fuzz:
 	@scripts/setup --fuzz

@@ -1,6 +1,5 @@
 pragma ComponentBehavior: Bound
 import QtQuick
-import QtQuick.Layouts
 import Mervo.Cockpit
 
 /** What came of the last operation, in the colour of its first sign; opens to the whole text. */
@@ -27,7 +26,7 @@ Item {
     property bool isOpen: false
 
     visible: result !== ""
-    implicitHeight: column.implicitHeight + theme.unit
+    implicitHeight: line.height + whole.height
     onResultChanged: isOpen = false
 
     Rectangle {
@@ -40,51 +39,57 @@ Item {
             color: root.theme.line
         }
     }
-    ColumnLayout {
-        id: column
+    Symbol {
+        id: mark
 
-        anchors.verticalCenter: parent.verticalCenter
         x: root.theme.unit * 1.5
+        anchors.verticalCenter: line.verticalCenter
+        width: root.look ? size : 0
+        name: root.look ? root.look[0] : ""
+        color: root.ink
+        size: root.theme.symbolSize
+    }
+    PlainText {
+        id: line
+
+        anchors.left: mark.right
+        anchors.right: more.left
+        anchors.leftMargin: mark.width > 0 ? root.theme.unit : 0
+        height: more.height + root.theme.unit
+        theme: root.theme
+        text: root.words
+        elide: Text.ElideRight
+        maximumLineCount: 1
+        wrapMode: Text.Wrap
+        verticalAlignment: Text.AlignVCenter
+        Accessible.name: root.result
+    }
+    IconButton {
+        id: more
+
+        anchors.right: parent.right
+        anchors.rightMargin: root.theme.unit / 2
+        anchors.verticalCenter: line.verticalCenter
+        enabled: line.truncated || root.isOpen
+        opacity: enabled ? 1 : 0
+        theme: root.theme
+        symbol: root.isOpen ? "chevron.down" : "chevron.right"
+        text: root.isOpen ? "Show less" : "Show the whole result"
+        onClicked: root.isOpen = !root.isOpen
+    }
+    // None or one. (A Loader does not take a bound component in Qt 6.4.)
+    Column {
+        id: whole
+
+        anchors.top: line.bottom
+        x: root.theme.unit
         width: parent.width - root.theme.unit * 2
-        spacing: root.theme.unit / 2
+        bottomPadding: root.isOpen ? root.theme.unit : 0
 
-        RowLayout {
-            Layout.fillWidth: true
-            spacing: root.theme.unit
-
-            Symbol {
-                visible: name !== ""
-                name: root.look ? root.look[0] : ""
-                color: root.ink
-                size: root.theme.symbolSize
-            }
-            PlainText {
-                id: line
-
-                Layout.fillWidth: true
-                theme: root.theme
-                text: root.words
-                elide: Text.ElideRight
-                maximumLineCount: 1
-                wrapMode: Text.Wrap
-                Accessible.role: Accessible.StaticText
-                Accessible.name: root.result
-            }
-            IconButton {
-                enabled: line.truncated || root.isOpen
-                opacity: enabled ? 1 : 0
-                theme: root.theme
-                symbol: root.isOpen ? "chevron.down" : "chevron.right"
-                text: root.isOpen ? "Show less" : "Show the whole result"
-                onClicked: root.isOpen = !root.isOpen
-            }
-        }
         Repeater {
             model: root.isOpen ? 1 : 0
             delegate: LongText {
-                Layout.fillWidth: true
-                Layout.rightMargin: root.theme.unit / 2
-                Layout.bottomMargin: root.theme.unit / 2
+                width: whole.width
                 theme: root.theme
                 label: "Result"
                 text: root.words

@@ -156,12 +156,14 @@ FocusScope {
                         color: root.theme.dim
                         font.pixelSize: root.theme.smallSize
                         wrapMode: Text.Wrap
-                        maximumLineCount: 3
+                        maximumLineCount: 2
                         elide: Text.ElideRight
                     }
                 }
             }
             PlainText {
+                id: line
+
                 Layout.fillWidth: true
                 visible: root.detail !== ""
                 theme: root.theme
@@ -199,7 +201,7 @@ FocusScope {
 
                 Disclosure {
                     theme: root.theme
-                    text: more.count === 1 ? "1 argument" : "%1 arguments".arg(more.count)
+                    text: (more.count === 1 ? "1 argument" : "%1 arguments".arg(more.count)) + (line.truncated ? " (cut above)" : "")
                     isOpen: root.showArguments
                     onClicked: root.showArguments = !root.showArguments
                 }
