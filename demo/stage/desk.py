@@ -3,6 +3,7 @@
 import datetime
 import email
 import email.policy
+import json
 import os
 import pathlib
 import shlex
@@ -93,6 +94,10 @@ class Desk:
             return database.execute(query, values).fetchall()
         finally:
             database.close()
+
+    def configure(self, **settings):
+        """What the owner sets in the cockpit's settings."""
+        (self.home / "config.json").write_text(json.dumps(settings), encoding="utf-8")
 
     def add_rule(self, rule):
         """One row of policy_rules: what the cockpit writes when the owner makes a rule."""

@@ -293,7 +293,9 @@ class OtherPrograms(DeskTest):
         desk.fill(0, box=".Box")
         luck, midway = random.Random(3), 0
         command = [agreement.MERVO, "run", "mail.move", "account=A", "status=any"]
-        for _ in range(KILLS):
+        for tried in range(5 * KILLS):
+            if tried >= KILLS and midway >= KILLS // 6:
+                break
             here = len(desk.files())
             way = ["mailbox=INBOX", "dest=Box"] if here >= 150 else ["mailbox=Box", "dest=INBOX"]
             with subprocess.Popen(command + way, env=desk.environment, stdout=subprocess.DEVNULL,
@@ -312,7 +314,7 @@ class OtherPrograms(DeskTest):
             self.assertEqual(sorted(desk.numbers() + desk.numbers(".Box")), list(range(300)))
             moved = abs(len(desk.files()) - here)
             midway += 0 < moved < max(here, 300 - here)
-        self.assertGreater(midway, KILLS // 15, "most kills came too early or too late")
+        self.assertGreaterEqual(midway, KILLS // 6, "most kills came too early or too late")
         self.assertEqual([path for box in ("", ".Box") for path in (desk.root / box / "tmp").iterdir()], [])
 
     def in_namespace(self, desk, setup, *command):
