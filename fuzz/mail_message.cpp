@@ -1,15 +1,19 @@
 // The bytes of one message file, from its head to its text: what any sender in the world can put before the desk.
 
+#include "platform/desk/mail/Answer.h"
 #include "platform/desk/mail/MailAddress.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/desk/mail/MessageRecord.h"
 #include "platform/desk/mime/MimeReader.h"
+#include "platform/desk/mime/MimeWriter.h"
 #include "platform/unicode.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -44,6 +48,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const MimeContent content = readMime(bytes);
     require(mervo::platform::isValidUtf8(content.text));
+    const MailAccountSettings own{.name = "A", .addresses = {"me@desk.example"}};
+    for (const OutgoingMail& answer : {replyTo(bytes, own, {own}, true), forwardOf(bytes, own)}) {
+        for (const std::string& id : answer.references)
+            require(id.find_first_of("\r\n <>") == std::string::npos);
+        requireOneLine(answer.subject);
+        for (const MailAddress& address : answer.to)
+            require(isPlainAddress(address.address));
+    }
+    const int nowhere = memfd_create("message", MFD_CLOEXEC);
+    writeMime(
+        {.from = {{}, "me@desk.example"}, .subject = head.subject, .text = content.text, .forwarded = bytes}, nowhere);
+    close(nowhere);
     const std::string chunk(bytes); // what is stored is outside data as well
     std::vector<MessageRecord> records;
     try {
