@@ -143,7 +143,9 @@ void FreedesktopNotifier::sent(const std::string& id, const QDBusPendingCallWatc
     Standing& entry = found->second;
     entry.isSending = false;
     entry.number = reply.isError() ? 0 : reply.value();
-    if (const auto next = std::exchange(entry.next, {}))
+    const std::optional<Notification> next = std::move(entry.next);
+    entry.next.reset();
+    if (next)
         return send(*next);
     if (entry.isUnwanted && entry.number != 0)
         close(entry.number);
