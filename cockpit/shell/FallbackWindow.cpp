@@ -18,9 +18,9 @@ FallbackWindow::FallbackWindow()
     , summary_(new QLabel(this))
 {
     setWindowTitle("Mervo");
+    setAttribute(Qt::WA_ShowWithoutActivating); // a tray that goes away is no reason to interrupt anybody
     summary_->setTextFormat(Qt::PlainText);
     auto* reason = new QLabel("This desktop shows no tray icons, so Mervo stays here.", this);
-    reason->setEnabled(false);
     auto* open = new QPushButton("Open Mervo", this);
     open->setDefault(true);
     connect(open, &QPushButton::clicked, this, &FallbackWindow::openRequested);

@@ -5,7 +5,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QDBusVariant>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPalette>
@@ -28,6 +27,7 @@ using Settings = QMap<QString, QVariantMap>;
 DesktopAppearance::DesktopAppearance()
 {
     QCoreApplication::instance()->installEventFilter(this);
+    qRegisterMetaType<QDBusVariant>(); // the bus looks for the slot's types by their names
     QDBusConnection bus = QDBusConnection::sessionBus();
     bus.connect(
         kService, kPath, kInterface, "SettingChanged", this, SLOT(settingChanged(QString, QString, QDBusVariant)));

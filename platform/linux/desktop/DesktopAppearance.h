@@ -2,13 +2,13 @@
 
 #include "platform/desktop/Appearance.h"
 
+#include <QDBusVariant>
 #include <QObject>
 #include <QVariant>
 
 #include <optional>
 
 class QDBusPendingCallWatcher;
-class QDBusVariant;
 
 namespace mervo::platform {
 
