@@ -1,4 +1,4 @@
-# make run     set up, build, and play an agent's morning against a sample desk
+# make run     set up, build, play an agent's morning against a sample desk, and open the cockpit over it
 # make test    set up, build, check the formatting and run every test
 # make help    the rest
 
@@ -11,7 +11,7 @@ JOBS ?= $(shell nproc)
 .PHONY: build run test screenshots bench fuzz format check-format install clean help setup setup-tests
 
 help:
-	@echo "make run       set up, build, and play an agent's morning against a sample desk"
+	@echo "make run       set up, build, play an agent's morning against a sample desk, open the cockpit over it"
 	@echo "make test      set up, build, check the formatting and run every test"
 	@echo "make build     set up and build into $(BUILD)/Contents"
 	@echo "make bench     run the benchmarks and write docs/performance.md"
@@ -34,7 +34,7 @@ build: setup
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 
 run: build
-	@demo/morning $(BUILD)
+	@demo/morning $(BUILD) --cockpit
 
 test: setup-tests check-format
 	@cmake --preset $(PRESET) -DBUILD_TESTING=ON -DMERVO_BENCH=OFF >/dev/null

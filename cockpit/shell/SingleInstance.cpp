@@ -1,5 +1,6 @@
 #include "cockpit/shell/SingleInstance.h"
 
+#include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QLocalSocket>
 #include <QStandardPaths>
@@ -14,9 +15,13 @@ constexpr QByteArrayView kHeard = "heard\n";
 constexpr int kPatience = 5000; ///< milliseconds for the first one's answer
 constexpr unsigned long kRetry = 50; ///< milliseconds; the first one may be starting
 
-QString runtimeFile(const char* name)
+constexpr qsizetype kMark = 16; ///< characters that tell one home from another; a socket's path has to be short
+
+QString runtimeFile(const std::filesystem::path& home, const char* ending)
 {
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + '/' + name;
+    const QByteArray path = QByteArray::fromStdString(home.lexically_normal().string());
+    const QByteArray mark = QCryptographicHash::hash(path, QCryptographicHash::Sha256).toHex().first(kMark);
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + "/mervo-cockpit-" + mark + ending;
 }
 
 bool isHeard(const QString& socket, int patience)
@@ -31,9 +36,9 @@ bool isHeard(const QString& socket, int patience)
 
 } // namespace
 
-SingleInstance::SingleInstance()
-    : socket_(runtimeFile("mervo-cockpit.socket"))
-    , lock_(runtimeFile("mervo-cockpit.lock"))
+SingleInstance::SingleInstance(const std::filesystem::path& home)
+    : socket_(runtimeFile(home, ".socket"))
+    , lock_(runtimeFile(home, ".lock"))
 {
     lock_.setStaleLockTime(0); // it lasts for months; only its holder's death frees it
     connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::greet);

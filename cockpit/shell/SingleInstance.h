@@ -4,17 +4,19 @@
 #include <QLockFile>
 #include <QObject>
 
+#include <filesystem>
 #include <stdexcept>
 
 namespace mervo {
 
-/// One cockpit for each person: the first holds a lock in the person's runtime folder for as long as it lives (also a
-/// killed one loses it), and listens on a socket beside it, which nobody else may open.
+/// One cockpit for each person and home directory: the first holds a lock in the person's runtime folder for as long as
+/// it lives (also a killed one loses it), and listens on a socket beside it, which nobody else may open.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
 public:
-    SingleInstance();
+    /// `home`: the directory that this cockpit watches.
+    explicit SingleInstance(const std::filesystem::path& home);
 
     /// True when no other cockpit of this person runs; it is the first from then on. Needs no application object.
     bool claim();

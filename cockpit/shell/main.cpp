@@ -2,6 +2,7 @@
 #include "cockpit/shell/Shell.h"
 #include "cockpit/shell/SingleInstance.h"
 #include "cockpit/shell/TerminationSignals.h"
+#include "core/foundation/ConfigDir.h"
 
 #include <QApplication>
 #include <QQuickWindow>
@@ -105,7 +106,7 @@ int main(int count, char** words)
     case mervo::Options::Task::start:
         break;
     }
-    mervo::SingleInstance instance;
+    mervo::SingleInstance instance(mervo::ConfigDir::url());
     if (!instance.claim())
         return runSecond(options, instance);
     return runFirst(options, instance, count, words);

@@ -192,13 +192,18 @@ class TestStartAndEnd(Application):
         self.assertEqual(self.run_to_its_end(DISPLAY="").returncode, 0, "telling the first one needs no display")
         come("the first one's popover", windows)
         self.assertEqual(len(tray.items), 1)
+        self.environment["MERVO_HOME"] += "-other"
+        other = self.start()
+        come("an icon for another home", lambda: len(tray.items) == 2)
+        DESKTOP.end(other)
+        self.environment["MERVO_HOME"] = str(self.home)
 
         first.send_signal(signal.SIGKILL)
         first.wait()
         several = [self.start() for _ in range(6)]
         come("one is left", lambda: [one.poll() for one in several].count(None) == 1)
         self.assertEqual(sorted(one.returncode for one in several if one.poll() is not None), [0] * 5)
-        come("its icon", lambda: len(tray.items) == 2)
+        come("its icon", lambda: len(tray.items) == 3)
 
     def test_it_can_be_ended_politely(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
