@@ -199,6 +199,24 @@ class Post(unittest.TestCase):
         self.assertTrue(next((self.folder / "claire/cur").iterdir()).name.endswith(":2,PS"))
         self.fails("no matching message to forward", "mail.forward", account="Claire", mailbox="INBOX", subject="Nothing")
 
+    def test_a_forward_makes_what_cannot_travel_fit_to(self):
+        raw = b"y" * 5000 + b"\r\n.\r\nFrom x\r\n\xff\xfe\0z\r\n"
+        inner = b"Subject: inner\r\n\r\n" + b"z" * 3000 + b"\r\n"
+        part = b"\r\n--b\r\nContent-Disposition: attachment; filename=f.bin\r\nContent-Type: "
+        self.person.deliver(b"From: a@friends.test\r\nSubject: raw\r\nMessage-ID: <" + b"i" * 1500 + b"@x>\r\n"
+                            b"MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nhi"
+                            + part + b"image/x-thing\r\nContent-Transfer-Encoding: 8bit\r\n\r\n" + raw
+                            + part + b"message/rfc822\r\n\r\n" + inner
+                            + part + b"text/plain; charset=latin1\r\n\r\nFrom \xe9\r\n--b--\r\n")
+        place = {"account": "Claire", "mailbox": "INBOX", "subject": "raw"}
+        _, message = self.sends("OK forwarded to eve@friends.test", "mail.forward", **place, to="eve@friends.test")
+        thing, letter, note = message.iter_attachments()
+        self.assertEqual((thing.get_content_type(), thing.get_filename(), thing.get_content()), ("image/x-thing", "f.bin", raw))
+        self.assertEqual((letter.get_filename(), letter.get_content().replace(b"\r\n", b"\n")),
+                         ("message.eml", inner.replace(b"\r\n", b"\n")))
+        self.assertEqual(note.get_content(), "From é")
+        self.sends("OK replied", "mail.reply", **place, body="an id that fits into no line is left out")
+
     def test_no_argument_makes_a_header(self):
         evil = "x\r\nBcc: spy@friends.test\r\n\r\nbody"
         (_, receivers, _), message = self.sends("OK sent", "mail.send", to="bob@friends.test", subject=evil, body=evil)
@@ -244,6 +262,13 @@ class Post(unittest.TestCase):
         _, message = self.sends("OK sent", "mail.send", to="bob@friends.test", subject="s", body="b",
                                 attachments=str(big))
         self.assertEqual(next(message.iter_attachments()).get_content(), big.read_bytes())
+
+    def test_what_is_out_is_sent_whatever_becomes_of_its_copy(self):
+        sent = self.folder / "claire/.Sent"
+        self.person.accounts(["sh", "-c", f"cat > {self.folder}/out && rm -r {sent}/cur && touch {sent}/cur"])
+        done = self.person.run("mail.send", to="bob@friends.test", subject="s", body="b")
+        self.assertEqual((done.stdout, done.stderr), ("OK sent\n", ""))
+        self.assertIn(b"Subject: s\n", (self.folder / "out").read_bytes())
 
     def test_accounts_without_a_command_reach_each_other(self):
         letter = {"subject": "s", "body": "b", "from_": "home@desk.test"}

@@ -11,6 +11,7 @@ namespace mervo::desk {
 namespace {
 
 constexpr std::size_t kLongestThread = 100; // ids; the oldest ones give way, but for the first
+constexpr std::size_t kLongestId = 900; // octets: an id cannot be folded, and a line has 998 at most
 
 /// The fields of a head that an answer is made from; the first one of a name counts.
 struct Fields {
@@ -49,7 +50,7 @@ std::vector<std::string> identifiers(std::string_view field)
             return found;
         const std::string_view id = field.substr(open + 1, close - open - 1);
         const auto isPlain = [](unsigned char c) { return c > 0x20 && c < 0x7F && c != '<'; };
-        if (!id.empty() && std::all_of(id.begin(), id.end(), isPlain))
+        if (!id.empty() && id.size() <= kLongestId && std::all_of(id.begin(), id.end(), isPlain))
             found.emplace_back(id);
         field.remove_prefix(close + 1);
     }

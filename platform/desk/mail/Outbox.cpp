@@ -4,6 +4,7 @@
 #include "platform/desk/mail/MessageFile.h"
 #include "platform/desk/mail/Submission.h"
 #include "platform/unicode.h"
+#include "platform/unified_log.h"
 
 #include <algorithm>
 #include <array>
@@ -113,7 +114,12 @@ void Outbox::send(const OutgoingMail& mail)
     else
         submit(account, readMessageFile(copy.file()));
     store_.changedByUs(maildir);
-    copy.commit("S");
+    try {
+        copy.commit("S");
+    } catch (const MailError& error) {
+        // It is out: to call it unsent would send it twice.
+        platform::logError("Mail", fmt::format("a sent message is not kept: {}", error.what()));
+    }
 }
 
 void Outbox::deliverLocally(

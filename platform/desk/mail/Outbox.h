@@ -21,7 +21,7 @@ public:
 
     /// Hands the message to the account's command, or, where it has none, delivers it to the desk's own accounts; an
     /// address elsewhere is an error then. The copy for the sent mailbox is written before and shown after: a full
-    /// disk sends nothing, and what was sent is kept.
+    /// disk sends nothing. When it cannot be shown any more the message is sent all the same: the log says so.
     void send(const OutgoingMail& mail);
 
 private:

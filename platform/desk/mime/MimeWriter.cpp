@@ -3,6 +3,7 @@
 #include "platform/desk/mail/MailError.h"
 #include "platform/desk/mime/GMimeObjects.h"
 #include "platform/desk/mime/MimeAttached.h"
+#include "platform/desk/mime/MimePassedOn.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -139,13 +140,13 @@ void setIdentifiers(GMimeMessage* message, const char* name, const std::vector<s
         g_mime_object_set_header(GMIME_OBJECT(message), name, value.c_str(), nullptr);
 }
 
-/// The attachments of another message, as they are; they live as long as `original` does.
+/// The attachments of another message; they live as long as `original` does.
 void addAttached(GMimeMultipart* mixed, GMimeMessage* original)
 {
     if (original == nullptr)
         return;
     for (GMimeObject* object : attachedObjects(original))
-        g_mime_multipart_add(mixed, object);
+        g_mime_multipart_add(mixed, passedOn(object).get());
 }
 
 Owned<GMimeMessage> parse(std::string_view message)

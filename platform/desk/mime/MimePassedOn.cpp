@@ -1,0 +1,104 @@
+#include "platform/desk/mime/MimePassedOn.h"
+
+#include "platform/desk/mime/MimeAttached.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace mervo::desk {
+namespace {
+
+constexpr std::size_t kLongestLine = 998; // octets, RFC 5322, 2.1.1
+
+std::string_view textOf(GMimeStream* memory)
+{
+    const GByteArray* bytes = g_mime_stream_mem_get_byte_array(GMIME_STREAM_MEM(memory));
+    return {reinterpret_cast<const char*>(bytes->data), bytes->len};
+}
+
+Owned<GMimeStream> written(GMimeObject* object)
+{
+    Owned<GMimeStream> memory(g_mime_stream_mem_new());
+    g_mime_object_write_to_stream(object, nullptr, memory.get());
+    return memory;
+}
+
+/// What a recipient would save: the decoded bytes of a part, the bytes of a message.
+Owned<GMimeStream> savedForm(GMimeObject* object)
+{
+    if (GMIME_IS_MESSAGE_PART(object))
+        return written(GMIME_OBJECT(g_mime_message_part_get_message(GMIME_MESSAGE_PART(object))));
+    Owned<GMimeStream> memory(g_mime_stream_mem_new());
+    if (GMimeDataWrapper* content = g_mime_part_get_content(GMIME_PART(object)))
+        g_mime_data_wrapper_write_to_stream(content, memory.get());
+    return memory;
+}
+
+bool isCarriedLine(std::string_view line)
+{
+    if (line.ends_with('\r'))
+        line.remove_suffix(1);
+    return line.size() <= kLongestLine && line != "." && !line.starts_with("From ")
+        && line.find_first_of(std::string_view("\0\r", 2)) == std::string_view::npos;
+}
+
+bool isCarried(std::string_view text)
+{
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        if (!isCarriedLine(text.substr(0, end)))
+            return false;
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return true;
+}
+
+bool isToken(std::string_view text)
+{
+    constexpr std::size_t kLongest = 100;
+    return !text.empty() && text.size() <= kLongest && std::all_of(text.begin(), text.end(), [](unsigned char c) {
+        return g_ascii_isalnum(static_cast<char>(c))
+            || std::string_view("!#$&-^_.+").find(static_cast<char>(c)) != std::string_view::npos;
+    });
+}
+
+/// A part of the same type and name, without what else stood in its head.
+Owned<GMimePart> emptyTwin(GMimeObject* object)
+{
+    const std::string type = GMIME_IS_MESSAGE_PART(object) ? "application/octet-stream" : typeName(object);
+    const std::size_t slash = type.find('/');
+    const bool isPlain = isToken(type.substr(0, slash)) && isToken(type.substr(slash + 1));
+    Owned<GMimePart> twin(isPlain
+            ? g_mime_part_new_with_type(type.substr(0, slash).c_str(), type.substr(slash + 1).c_str())
+            : g_mime_part_new_with_type("application", "octet-stream"));
+    g_mime_object_set_disposition(GMIME_OBJECT(twin.get()), "attachment");
+    const char* charset = g_mime_object_get_content_type_parameter(object, "charset");
+    if (charset != nullptr && isToken(charset))
+        g_mime_object_set_content_type_parameter(GMIME_OBJECT(twin.get()), "charset", charset);
+    const char* name = GMIME_IS_PART(object) ? g_mime_part_get_filename(GMIME_PART(object)) : "message.eml";
+    constexpr std::size_t kLongestName = 255; // bytes, the longest that a file can have
+    if (name != nullptr)
+        g_mime_part_set_filename(
+            twin.get(), platform::withValidUtf8(std::string_view(name).substr(0, kLongestName)).c_str());
+    return twin;
+}
+
+} // namespace
+
+Owned<GMimeObject> passedOn(GMimeObject* attachment)
+{
+    if (isCarried(textOf(written(attachment).get())))
+        return Owned<GMimeObject>(GMIME_OBJECT(g_object_ref(attachment)));
+    const Owned<GMimeStream> saved = savedForm(attachment);
+    g_mime_stream_reset(saved.get());
+    const Owned<GMimeDataWrapper> content(
+        g_mime_data_wrapper_new_with_stream(saved.get(), GMIME_CONTENT_ENCODING_DEFAULT));
+    Owned<GMimePart> twin = emptyTwin(attachment);
+    g_mime_part_set_content(twin.get(), content.get());
+    g_mime_part_set_content_encoding(twin.get(), GMIME_CONTENT_ENCODING_BASE64);
+    return Owned<GMimeObject>(GMIME_OBJECT(twin.release()));
+}
+
+} // namespace mervo::desk
