@@ -8,6 +8,7 @@ import os
 import pathlib
 import re
 import resource
+import signal
 import sqlite3
 import subprocess
 import sys
@@ -324,7 +325,7 @@ class Post(unittest.TestCase):
     def test_a_message_is_opened_by_the_desktops_own_program(self):
         opener = self.folder / "bin/xdg-open"
         opener.parent.mkdir()
-        opener.write_text('#!/bin/sh\nprintf "%s" "$1" > "$HOME/opened"\nexec sleep 30\n')
+        opener.write_text('#!/bin/sh\necho $$ > "$HOME/pid"\nprintf "%s" "$1" > "$HOME/opened"\nexec sleep 30\n')
         opener.chmod(0o755)
         self.person.environment["PATH"] = f"{opener.parent}:{os.environ['PATH']}"
         self.person.deliver(QUESTION)
@@ -337,7 +338,7 @@ class Post(unittest.TestCase):
         refused = self.person.run("mail.open", **place)
         self.assertRegex(refused.stderr, "is there a mail program .*xdg-open ended with status 3: no application for")
         self.assertEqual(self.person.run("mail.open", **place | {"subject": "None"}).stdout, "(no matching message)\n")
-        subprocess.run(["pkill", "-f", f"sleep 30$"], env=self.person.environment, check=False)
+        os.kill(int((self.folder / "pid").read_text()), signal.SIGTERM)
 
     def test_texts_go_through_the_owners_command_and_stand_in_the_database(self):
         refused = self.person.run("imessage.send", to="+33 6 2", text="hello")
