@@ -8,6 +8,7 @@ import statistics
 import subprocess
 import sys
 
+from body import body
 from bulk import bulk
 from figures import MS, Figure, added
 
@@ -236,4 +237,5 @@ def cockpit(bench):
     ]
 
 
-GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "bulk": bulk, "gate": gate, "cockpit": cockpit}
+GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "gate": gate,
+          "cockpit": cockpit}

@@ -8,6 +8,7 @@
 #include "platform/desk/mime/MimeWriter.h"
 #include "platform/unicode.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -30,6 +31,22 @@ void requireOneLine(std::string_view text)
 {
     require(mervo::platform::isValidUtf8(text));
     require(text.find_first_of("\r\n") == std::string_view::npos);
+}
+
+/// What the file holds must go through any transport: lines of 998 octets at most, no NUL, no lone return or point.
+void requireCarried(int file)
+{
+    std::string text(static_cast<std::size_t>(lseek(file, 0, SEEK_END)), '\0');
+    require(pread(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        std::string_view line = std::string_view(text).substr(start, end - start);
+        if (line.ends_with('\r'))
+            line.remove_suffix(1);
+        require(line.size() <= 998 && line != "." && !line.starts_with("From "));
+        require(line.find_first_of(std::string_view("\0\r", 2)) == std::string_view::npos);
+        start = end + 1;
+    }
 }
 
 } // namespace
@@ -59,6 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int nowhere = memfd_create("message", MFD_CLOEXEC);
     writeMime(
         {.from = {{}, "me@desk.example"}, .subject = head.subject, .text = content.text, .forwarded = bytes}, nowhere);
+    requireCarried(nowhere);
     close(nowhere);
     const std::string chunk(bytes); // what is stored is outside data as well
     std::vector<MessageRecord> records;
