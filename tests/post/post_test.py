@@ -184,6 +184,10 @@ class Post(unittest.TestCase):
         self.assertEqual([name.name for name in (self.folder / "claire/cur").glob("17*")], [file.name[:-1] + "RS"])
         (_, receivers, _), message = self.sends("OK replied", "mail.replyAll", **place, body="Oui.")
         self.assertEqual(receivers, ["bob@friends.test", "carl@friends.test", "post@friends.test"])
+        self.person.deliver(QUESTION.replace(b"Post <post@friends.test>", b"nobody:;"), "1800000000.M3.test")
+        os.utime(self.folder / "claire/cur/1800000000.M3.test:2,S", (1_780_000_000, 1_780_000_000))
+        (_, receivers, _), _ = self.sends("OK replied", "mail.reply", **place, body="A Reply-To that leads nowhere.")
+        self.assertEqual(receivers, ["zoe@friends.test"])
         self.fails("no matching message to reply to", "mail.reply", account="Claire", mailbox="INBOX", subject="Nothing")
 
     def test_a_forward_takes_the_attachments_along(self):
@@ -339,6 +343,34 @@ class Post(unittest.TestCase):
         self.assertRegex(refused.stderr, "is there a mail program .*xdg-open ended with status 3: no application for")
         self.assertEqual(self.person.run("mail.open", **place | {"subject": "None"}).stdout, "(no matching message)\n")
         os.kill(int((self.folder / "pid").read_text()), signal.SIGTERM)
+
+    def test_xdg_open_finds_the_program_for_messages(self):
+        (self.folder / "reader").write_text('#!/bin/sh\ncp "$1" "$HOME/read.part" && mv "$HOME/read.part" "$HOME/read"\n')
+        (self.folder / "reader").chmod(0o755)
+        applications = self.folder / "data/applications"
+        applications.mkdir(parents=True)
+        (applications / "reader.desktop").write_text(f"[Desktop Entry]\nType=Application\nName=Reader\nExec={self.folder}/reader "
+                                                     "%f\nMimeType=message/rfc822;\n")
+        for file in (self.folder / "config/mimeapps.list", applications / "mimeapps.list"):
+            file.write_text("[Default Applications]\nmessage/rfc822=reader.desktop\n")
+        self.person.environment["DISPLAY"] = ":63000"
+        self.person.deliver(QUESTION)
+        done = self.person.run("mail.open", account="Claire", mailbox="INBOX", subject="Dîner ?")
+        self.assertEqual((done.stdout, done.stderr), ("OK opened: Dîner ?\n", ""))
+        end = time.monotonic() + 30
+        while not (self.folder / "read").exists() and time.monotonic() < end:
+            time.sleep(0.02)
+        self.assertEqual((self.folder / "read").read_bytes(), QUESTION)
+
+    def test_a_text_that_is_out_is_sent_whatever_becomes_of_the_database(self):
+        self.person.accounts(["true"], f'[messages]\nsend = ["sh", "-c", "cat >> {self.folder}/said"]\n')
+        database = self.folder / "Library/Messages/chat.db"
+        database.parent.mkdir(parents=True)
+        database.write_bytes(b"no database at all" * 100)
+        for _ in range(2):
+            self.assertEqual(self.person.run("imessage.send", to="+33", text="x").stdout, "OK imessage sent to +33\n")
+        self.assertEqual((self.folder / "said").read_text(), "xx")
+        self.assertEqual(database.read_bytes(), b"no database at all" * 100)
 
     def test_texts_go_through_the_owners_command_and_stand_in_the_database(self):
         refused = self.person.run("imessage.send", to="+33 6 2", text="hello")

@@ -136,8 +136,9 @@ OutgoingMail replyTo(std::string_view message, const MailAccountSettings& accoun
     const bool isOurs = !from.empty() && isOwn(accounts, from.front());
     std::set<std::string> known;
     addNew(mail.to, isOurs ? readers : writers, known);
-    if (mail.to.empty())
-        addNew(mail.to, writers, known);
+    for (const auto& addresses : {writers, from})
+        if (mail.to.empty())
+            addNew(mail.to, addresses, known);
     if (toAll) {
         addNew(mail.to, withoutOwn(readers, accounts), known);
         addNew(mail.cc, withoutOwn(others, accounts), known);
