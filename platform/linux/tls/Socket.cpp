@@ -20,7 +20,7 @@ Addresses resolve(const std::string& host, std::uint16_t port)
 {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
-    hints.ai_flags = AI_ADDRCONFIG | AI_NUMERICSERV;
+    hints.ai_flags = AI_NUMERICSERV; // an address of a family that this machine has not is refused at once
     addrinfo* found = nullptr;
     const int failure = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found);
     if (failure != 0)
