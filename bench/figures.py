@@ -27,7 +27,7 @@ class Figure:
     floor_name: str = ""
     aim: float = None
     absolute: bool = False
-    unit: str = "time"  # or "memory", in KiB
+    unit: str = "time"  # or "memory", in KiB; or "rate", a second
 
     @property
     def median(self):
@@ -46,6 +46,8 @@ class Figure:
     def show(self, value):
         if self.unit == "memory":
             return f"{value / 1024:.1f} MiB"
+        if self.unit == "rate":
+            return f"{value:.2f} a second"
         return f"{value / MS:.2f} ms" if value >= MS / 10 else f"{value / US:.1f} µs"
 
     def cells(self):

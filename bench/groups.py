@@ -237,5 +237,26 @@ def cockpit(bench):
     ]
 
 
+IDLE = 60  # seconds
+
+
+def application(bench):
+    # The system's own Python: another one does not see the packages of the bus.
+    run = subprocess.run(["/usr/bin/python3", "-B", pathlib.Path(__file__).with_name("application.py"),
+                          bench.programs.parent / "MacOS/mervo-cockpit", bench.programs / "bare-tray",
+                          str(max(11, bench.rounds // 2)), str(IDLE)], stdout=subprocess.PIPE, check=True)
+    got = json.loads(run.stdout.splitlines()[-1])  # the window manager speaks too
+    bare = "a bare tray icon of Qt"
+    return [
+        Figure("from the start to the icon in the tray", got["cockpit icon"], got["bare icon"], bare, 300 * MS, True),
+        Figure("from the first click to the popover on the screen", got["first opening"], None, "", 150 * MS, True),
+        Figure("the same, opened again", got["opening"]),
+        Figure("proportional memory (Pss), not opened yet", got["closed"], got["bare"], bare, 45e6 / 1024, True, "memory"),
+        Figure("the same, opened and closed again", got["closed again"], got["bare"], bare, 45e6 / 1024, True, "memory"),
+        Figure(f"wake-ups in {IDLE} s of idleness, opened and closed again", got["cockpit wake-ups"],
+               None, "", 0.5, True, "rate"),
+    ]
+
+
 GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "gate": gate,
-          "cockpit": cockpit}
+          "cockpit": cockpit, "application": application}

@@ -1,0 +1,148 @@
+"""What the cockpit costs as a program that runs for months, beside a bare tray icon that is measured in the same rounds.
+
+`/usr/bin/python3 bench/application.py <mervo-cockpit> <bare tray> <rounds> <seconds of idleness>` prints the samples as
+JSON: nanoseconds, KiB, and wake-ups a second. Needs no display: it makes one, with a session bus and a tray.
+"""
+
+import ctypes
+import json
+import os
+import pathlib
+import sys
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(ROOT / "tests/cockpit-views"), str(ROOT / "tests/cockpit-shell")]
+
+import desktop  # noqa: E402
+from gi.repository import GLib  # noqa: E402
+from doubles import Watcher, come, pump  # noqa: E402
+
+INSIDE_THE_POPOVER = (1160, 400)
+
+
+class Screen:
+    """The colour of one point of the screen, asked for in well under a millisecond."""
+
+    def __init__(self):
+        self.x11 = ctypes.CDLL("libX11.so.6")
+        for name in ("XOpenDisplay", "XGetImage"):
+            getattr(self.x11, name).restype = ctypes.c_void_p
+        self.x11.XGetPixel.restype = ctypes.c_ulong
+        self.x11.XDefaultRootWindow.restype = ctypes.c_ulong
+        self.display = ctypes.c_void_p(self.x11.XOpenDisplay(None))
+        self.root = ctypes.c_ulong(self.x11.XDefaultRootWindow(self.display))
+
+    def colour(self, x, y):
+        image = ctypes.c_void_p(self.x11.XGetImage(self.display, self.root, x, y, 1, 1, ctypes.c_ulong(0xFFFFFFFF), 2))
+        colour = self.x11.XGetPixel(image, 0, 0)
+        self.x11.XFree(image)
+        return colour
+
+
+def pss(process):
+    text = pathlib.Path("/proc/%d/smaps_rollup" % process.pid).read_text()
+    return next(int(line.split()[1]) for line in text.splitlines() if line.startswith("Pss:"))
+
+
+def sleeps(process):
+    """How often each thread of the program went to sleep until now."""
+    texts = {file.parent.name: file.read_text() for file in pathlib.Path("/proc/%d/task" % process.pid).glob("*/status")}
+    return {thread: int(line.split()[1])
+            for thread, text in texts.items() for line in text.splitlines() if line.startswith("voluntary")}
+
+
+def woken(before, after):
+    return sum(count - before.get(thread, 0) for thread, count in after.items())
+
+
+def until(test):
+    """Nanoseconds until it is true; asks without a pause."""
+    begun = time.perf_counter_ns()
+    while not test():
+        if time.perf_counter_ns() - begun > 20e9:
+            raise TimeoutError("nothing came in 20 s")
+        pump()
+    return time.perf_counter_ns() - begun
+
+
+class Bench:
+    def __init__(self, screen, display):
+        self.screen, self.display, self.samples = screen, display, {}
+
+    def take(self, name, value):
+        self.samples.setdefault(name, []).append(value)
+
+    def start(self, name, program, environment):
+        tray = Watcher()
+        begun = time.perf_counter_ns()
+        process = self.display.start([program], env=environment)
+        until(lambda: tray.items)
+        self.take(name + " icon", time.perf_counter_ns() - begun)
+        come("a picture", lambda: tray.look()["IconPixmap"])
+        return tray, process
+
+    def round(self, cockpit, bare, folder):
+        environment = dict(os.environ, MERVO_HOME=folder + "/mervo")
+        tray, process = self.start("cockpit", cockpit, environment)
+        time.sleep(1)
+        self.take("closed", pss(process))
+        ground = self.screen.colour(*INSIDE_THE_POPOVER)
+        for name in ("first opening", "opening"):
+            tray.bus.call(tray.items[-1], tray.item_path, tray.item_interface, "Activate",
+                          GLib.Variant("(ii)", (10, 10)), None, 0, 10_000, None, None)
+            self.take(name, until(lambda: self.screen.colour(*INSIDE_THE_POPOVER) != ground))
+            time.sleep(0.7)
+            self.take("open", pss(process))
+            tray.activate()
+            until(lambda: self.screen.colour(*INSIDE_THE_POPOVER) == ground)
+        time.sleep(0.5)
+        self.take("closed again", pss(process))
+        self.display.end(process)
+        tray.close()
+
+        tray, process = self.start("bare", bare, environment)
+        time.sleep(1)
+        self.take("bare", pss(process))
+        self.display.end(process)
+        tray.close()
+
+    def idle(self, cockpit, bare, folder, seconds):
+        tray = Watcher()
+        processes = {"cockpit": cockpit, "bare": bare}
+        for name, program in processes.items():
+            processes[name] = self.display.start([program], env=dict(os.environ, MERVO_HOME=folder + "/mervo"))
+        come("two icons", lambda: len(tray.items) == 2)
+        tray.activate()  # one that has been open has more that could wake up
+        time.sleep(2)
+        tray.activate()
+        time.sleep(2)
+        pump()
+        before = {name: sleeps(process) for name, process in processes.items()}
+        time.sleep(seconds)
+        for name, process in processes.items():
+            self.take(name + " wake-ups", woken(before[name], sleeps(process)) / seconds)
+            self.display.end(process)
+        tray.close()
+
+
+def main():
+    cockpit, bare, rounds, seconds = sys.argv[1], sys.argv[2], int(sys.argv[3]), float(sys.argv[4])
+    display = desktop.Desktop()
+    del os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"]
+    try:
+        with tempfile.TemporaryDirectory(prefix="mervo-bench-") as folder:
+            bench = Bench(Screen(), display)
+            bench.round(cockpit, bare, folder)
+            bench.samples.clear()  # the first round finds nothing in memory
+            for _ in range(rounds):
+                bench.round(cockpit, bare, folder)
+            bench.idle(cockpit, bare, folder, seconds)
+        print(json.dumps(bench.samples))
+    finally:
+        display.close()
+
+
+if __name__ == "__main__":
+    main()
