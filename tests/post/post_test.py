@@ -5,7 +5,6 @@ import email.policy
 import email.utils
 import os
 import pathlib
-import re
 import resource
 import signal
 import sqlite3
