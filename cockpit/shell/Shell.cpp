@@ -32,7 +32,11 @@ Shell::Shell(const std::filesystem::path& program)
     item_.show();
 }
 
-Shell::~Shell() = default;
+/// The end of the model may wait for tools that run on an approval: by then nothing may be there to click on.
+Shell::~Shell()
+{
+    item_.hide();
+}
 
 void Shell::start()
 {

@@ -48,6 +48,13 @@ void StatusItem::show()
     showWhereItCan();
 }
 
+void StatusItem::hide()
+{
+    host_.onChange = nullptr;
+    icon_.reset();
+    window_.reset();
+}
+
 void StatusItem::showWhereItCan()
 {
     if (host_.isPresent()) {

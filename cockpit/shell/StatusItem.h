@@ -23,6 +23,7 @@ public:
 
     /// Shows the icon, or the window. Called once.
     void show();
+    void hide(); ///< for good
 
     void setImage(const StatusIconState& state, double t);
     void setSummary(const QString& mode, int waiting);
