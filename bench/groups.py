@@ -8,6 +8,7 @@ import statistics
 import subprocess
 import sys
 
+from archive import archive
 from body import body
 from bulk import bulk
 from figures import MS, Figure, added
@@ -258,5 +259,5 @@ def application(bench):
     ]
 
 
-GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "gate": gate,
-          "cockpit": cockpit, "application": application}
+GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "archive": archive,
+          "gate": gate, "cockpit": cockpit, "application": application}
