@@ -1,4 +1,5 @@
-"""What the cockpit costs as a program that runs for months, beside a bare tray icon that is measured in the same rounds.
+"""What the cockpit costs as a program that runs for months, beside a bare tray icon that is measured in the same rounds,
+and beside keepassxc where it is installed: a packaged program of Qt's that stays in the tray as well.
 
 `/usr/bin/python3 bench/application.py <mervo-cockpit> <bare tray> <rounds> <seconds of idleness>` prints the samples as
 JSON: nanoseconds, KiB, and wake-ups a second. Needs no display: it makes one, with a session bus and a tray.
@@ -8,6 +9,7 @@ import ctypes
 import json
 import os
 import pathlib
+import shutil
 import sys
 import tempfile
 import time
@@ -53,8 +55,22 @@ def sleeps(process):
             for thread, text in texts.items() for line in text.splitlines() if line.startswith("voluntary")}
 
 
-def woken(before, after):
+def worked(process):
+    """Nanoseconds of processor time that each thread took until now."""
+    files = pathlib.Path("/proc/%d/task" % process.pid).glob("*/schedstat")
+    return {file.parent.name: int(file.read_text().split()[0]) for file in files}
+
+
+def grown(before, after):
     return sum(count - before.get(thread, 0) for thread, count in after.items())
+
+
+def settle_keepassxc():
+    """Has it start into the tray, ask nothing and reach for nothing."""
+    file = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "keepassxc/keepassxc.ini"
+    file.parent.mkdir(parents=True)
+    file.write_text("[General]\nUpdateCheckMessageShown=true\n[GUI]\nCheckForUpdates=false\nShowTrayIcon=true\n"
+                    "MinimizeOnStartup=true\nMinimizeToTray=true\n", encoding="utf-8")
 
 
 def until(test):
@@ -83,11 +99,18 @@ class Bench:
         come("a picture", lambda: tray.look()["IconPixmap"])
         return tray, process
 
-    def round(self, cockpit, bare, folder):
+    def round(self, programs, folder):
         environment = dict(os.environ, MERVO_HOME=folder + "/mervo")
-        tray, process = self.start("cockpit", cockpit, environment)
-        time.sleep(1)
-        self.take("closed", pss(process))
+        for name, program in programs.items():
+            tray, process = self.start(name, program, environment)
+            time.sleep(1)
+            self.take(name, pss(process))
+            if name == "cockpit":
+                self.open_and_close(tray, process)
+            self.display.end(process)
+            tray.close()
+
+    def open_and_close(self, tray, process):
         ground = self.screen.colour(*INSIDE_THE_POPOVER)
         for name in ("first opening", "opening"):
             tray.bus.call(tray.items[-1], tray.item_path, tray.item_interface, "Activate",
@@ -99,30 +122,25 @@ class Bench:
             until(lambda: self.screen.colour(*INSIDE_THE_POPOVER) == ground)
         time.sleep(0.5)
         self.take("closed again", pss(process))
-        self.display.end(process)
-        tray.close()
 
-        tray, process = self.start("bare", bare, environment)
-        time.sleep(1)
-        self.take("bare", pss(process))
-        self.display.end(process)
-        tray.close()
-
-    def idle(self, cockpit, bare, folder, seconds):
+    def idle(self, programs, folder, seconds):
         tray = Watcher()
-        processes = {"cockpit": cockpit, "bare": bare}
-        for name, program in processes.items():
-            processes[name] = self.display.start([program], env=dict(os.environ, MERVO_HOME=folder + "/mervo"))
-        come("two icons", lambda: len(tray.items) == 2)
-        tray.activate()  # one that has been open has more that could wake up
-        time.sleep(2)
-        tray.activate()
-        time.sleep(2)
+        environment = dict(os.environ, MERVO_HOME=folder + "/mervo")
+        processes = {}
+        for number, (name, program) in enumerate(programs.items(), 1):
+            processes[name] = self.display.start([program], env=environment)
+            come("an icon", lambda: len(tray.items) == number)
+            if name == "cockpit":  # one that has been open has more that could wake up
+                for _ in range(2):
+                    tray.activate()
+                    time.sleep(2)
+        time.sleep(3)
         pump()
-        before = {name: sleeps(process) for name, process in processes.items()}
+        before = {name: (sleeps(process), worked(process)) for name, process in processes.items()}
         time.sleep(seconds)
         for name, process in processes.items():
-            self.take(name + " wake-ups", woken(before[name], sleeps(process)) / seconds)
+            self.take(name + " wake-ups", grown(before[name][0], sleeps(process)) / seconds)
+            self.take(name + " work", grown(before[name][1], worked(process)))
             self.display.end(process)
         tray.close()
 
@@ -130,15 +148,19 @@ class Bench:
 def main():
     cockpit, bare, rounds, seconds = sys.argv[1], sys.argv[2], int(sys.argv[3]), float(sys.argv[4])
     display = desktop.Desktop()
+    programs = {"cockpit": cockpit, "bare": bare}
+    if shutil.which("keepassxc"):
+        settle_keepassxc()
+        programs["keepassxc"] = "keepassxc"
     del os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"]
     try:
         with tempfile.TemporaryDirectory(prefix="mervo-bench-") as folder:
             bench = Bench(Screen(), display)
-            bench.round(cockpit, bare, folder)
+            bench.round(programs, folder)
             bench.samples.clear()  # the first round finds nothing in memory
             for _ in range(rounds):
-                bench.round(cockpit, bare, folder)
-            bench.idle(cockpit, bare, folder, seconds)
+                bench.round(programs, folder)
+            bench.idle(programs, folder, seconds)
         print(json.dumps(bench.samples))
     finally:
         display.close()
