@@ -27,6 +27,22 @@ Split split(std::string_view text, std::size_t limit)
     return {text.substr(0, end), points > limit ? points - limit : 0};
 }
 
+/// Line ends as one sign: an ordinary letter has many, and "<U+000A>" between its lines would hide the letter.
+std::string joinLines(std::string_view text)
+{
+    constexpr std::string_view sign = "\u21B5";
+    std::string joined;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const bool isPair = text.substr(at, 2) == "\r\n";
+        if (isPair || text[at] == '\n')
+            joined += sign;
+        else
+            joined += text[at];
+        at += isPair ? 1 : 0;
+    }
+    return joined;
+}
+
 QString withNote(std::string shown, std::size_t leftOut)
 {
     if (leftOut > 0)
@@ -50,7 +66,7 @@ QString whole(std::string_view text)
 QString line(std::string_view text, std::size_t limit)
 {
     const auto [first, leftOut] = split(text, limit);
-    return withNote(Text::visibleLine(first), leftOut);
+    return withNote(Text::visibleLine(joinLines(first)), leftOut);
 }
 
 QString block(std::string_view text, std::size_t limit)

@@ -22,7 +22,7 @@ Cut cut(std::string_view text, std::size_t limit);
 /// The whole text; line feeds and tabs stay.
 QString whole(std::string_view text);
 
-/// One line, and several, with "... (<n> more characters)" behind what was cut.
+/// One line (line ends show as U+21B5), and several, with "... (<n> more characters)" behind what was cut.
 QString line(std::string_view text, std::size_t limit = kLineLimit);
 QString block(std::string_view text, std::size_t limit = kBlockLimit);
 

@@ -14,7 +14,9 @@ QImage SymbolProvider::requestImage(const QString& id, QSize* size, const QSize&
     constexpr int usualPixels = 16;
     const qsizetype slash = id.indexOf('/');
     const int pixels = requestedSize.width() > 0 ? requestedSize.width() : usualPixels;
-    const QImage image = Symbols::draw(id.left(slash), pixels, QColor("#" + id.mid(slash + 1)));
+    const QString name = id.left(slash);
+    const QColor colour("#" + id.mid(slash + 1));
+    const QImage image = name == "tile" ? Symbols::drawTile(pixels, colour) : Symbols::draw(name, pixels, colour);
     if (size != nullptr)
         *size = image.size();
     return image;

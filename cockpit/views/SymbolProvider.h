@@ -4,7 +4,7 @@
 
 namespace mervo {
 
-/// Symbols for `Image`: "image://symbols/<name>/<colour as rrggbb>". One drawing serves all images of the same name,
+/// Symbols for `Image`: "image://symbols/<name>/<colour as rrggbb>", and with the name "tile" the ground for one. One drawing serves all images of the same name,
 /// colour and size.
 class SymbolProvider final : public QQuickImageProvider {
 public:

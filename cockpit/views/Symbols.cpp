@@ -154,4 +154,20 @@ QImage Symbols::draw(const QString& symbol, int pixels, const QColor& colour)
     return inOneColour(image, colour);
 }
 
+QImage Symbols::drawTile(int pixels, const QColor& colour)
+{
+    constexpr int lighterBy = 114; // percent, at the top
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QLinearGradient gradient(0, 0, 0, pixels);
+    gradient.setColorAt(0, colour.lighter(lighterBy));
+    gradient.setColorAt(1, colour);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(gradient);
+    painter.drawRoundedRect(image.rect(), pixels / 4.0, pixels / 4.0);
+    return image;
+}
+
 } // namespace mervo

@@ -20,4 +20,7 @@ void useFallbackTheme();
 /// QGuiApplication; any thread.
 QImage draw(const QString& symbol, int pixels, const QColor& colour);
 
+/// The ground for a symbol: a rounded square of `pixels` device pixels with a gradient of the colour.
+QImage drawTile(int pixels, const QColor& colour);
+
 } // namespace mervo::Symbols

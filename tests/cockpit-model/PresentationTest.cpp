@@ -82,7 +82,7 @@ TEST(CardPresentation, GivesEveryContentAKeyOfItsOwn)
 
 TEST(ShownTexts, ShowWhatIsHiddenAndCountWhatIsLeftOut)
 {
-    EXPECT_EQ(ShownText::line("a\nb\u202Ec<b>"), QString("a<U+000A>b<U+202E>c<b>"));
+    EXPECT_EQ(ShownText::line("a\nb\r\n\u202E\rc<b>"), QString::fromUtf8("a↵b↵<U+202E><U+000D>c<b>"));
     EXPECT_EQ(ShownText::block("a\nb\x1b[0m"), QString("a\nb<U+001B>[0m"));
     EXPECT_EQ(ShownText::line("ééé", 2), QString::fromUtf8("éé... (1 more character)"));
     EXPECT_EQ(ShownText::line("ééé", 3), QString::fromUtf8("ééé"));

@@ -106,21 +106,12 @@ FocusScope {
             RowLayout {
                 spacing: root.theme.unit * 1.25
 
-                Rectangle {
+                // A picture: the software renderer does not smooth the corners of a Rectangle that has a gradient.
+                Symbol {
                     Layout.alignment: Qt.AlignTop
-                    implicitWidth: root.theme.unit * 4
-                    implicitHeight: implicitWidth
-                    radius: root.theme.unit
-                    gradient: Gradient {
-                        GradientStop {
-                            position: 0
-                            color: Qt.lighter(root.theme.tint(root.tint), 1.14)
-                        }
-                        GradientStop {
-                            position: 1
-                            color: root.theme.tint(root.tint)
-                        }
-                    }
+                    name: "tile"
+                    color: root.theme.tint(root.tint)
+                    size: root.theme.unit * 4
 
                     Symbol {
                         anchors.centerIn: parent
