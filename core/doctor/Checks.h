@@ -12,6 +12,7 @@ Check queue();
 Check scriptHost();
 Check guides();
 Check tools();
+Check archive();
 Check agents();
 
 } // namespace mervo::Doctor

@@ -25,6 +25,7 @@ constexpr std::array kChecks{
     Named{"scripts", "Script host", scriptHost},
     Named{"guides", "Guides", guides},
     Named{"tools", "Tools", tools},
+    Named{"archive", "Archiving over IMAP", archive},
     Named{"agents", "Connecting an agent", agents},
 };
 

@@ -47,6 +47,14 @@ bool hasPassword(const std::string& account)
     return isAccount(account) && keychain::find(kService, account) == keychain::kSuccess;
 }
 
+bool isKept(const std::string& account)
+{
+    const auto status = isAccount(account) ? keychain::find(kService, account) : keychain::kNotFound;
+    if (status != keychain::kSuccess && status != keychain::kNotFound)
+        throw KeychainError::unexpectedStatus(status);
+    return status == keychain::kSuccess;
+}
+
 void deletePassword(const std::string& account)
 {
     if (isAccount(account))

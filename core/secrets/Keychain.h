@@ -30,6 +30,9 @@ std::optional<std::string> password(const std::string& account);
 /// Asks without touching the secret. Never throws.
 bool hasPassword(const std::string& account);
 
+/// The same, with the reason: throws KeychainError where the service cannot say whether there is one.
+bool isKept(const std::string& account);
+
 /// A missing one is no error, and neither is a failure.
 void deletePassword(const std::string& account);
 

@@ -6,12 +6,11 @@
 #include "platform/desk/settings/Configuration.h"
 #include "platform/desk/settings/Places.h"
 #include "platform/folders.h"
+#include "platform/programs.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fmt/format.h>
 #include <sqlite3.h>
-#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -95,23 +94,6 @@ void examineAccount(const MailAccountSettings& account, std::vector<Finding>& fi
             "Fetch these messages again, or remove the files."});
 }
 
-bool isInPath(const std::string& program)
-{
-    if (program.find('/') != std::string::npos)
-        return access(platform::expandTilde(program).c_str(), X_OK) == 0;
-    const char* path = std::getenv("PATH");
-    std::string_view rest = path == nullptr ? "/usr/bin:/bin" : path;
-    while (true) {
-        const std::size_t end = rest.find(':');
-        const fs::path file = fs::path(rest.substr(0, end)) / program;
-        if (access(file.c_str(), X_OK) == 0 && !isFolder(file))
-            return true;
-        if (end == std::string_view::npos)
-            return false;
-        rest.remove_prefix(end + 1);
-    }
-}
-
 void examineSending(const MailAccountSettings& account, std::vector<Finding>& findings)
 {
     const std::string id = "desk.sendmail." + account.name;
@@ -120,7 +102,7 @@ void examineSending(const MailAccountSettings& account, std::vector<Finding>& fi
         findings.push_back({id, label, true, "no sendmail command: only the desk's own addresses can be reached", ""});
         return;
     }
-    const bool found = isInPath(account.sendmail.front());
+    const bool found = !platform::findProgram(account.sendmail.front()).empty();
     findings.push_back({id, label, found,
         fmt::format(fmt::runtime(found ? "through {}" : "the program {} is not found"), account.sendmail.front()),
         found ? ""
@@ -176,6 +158,18 @@ Finding messagesFinding()
         ok ? "" : "Make the file readable for this user, or put a sound copy in its place."};
 }
 
+Finding messageSendingFinding(const Configuration& configuration)
+{
+    const std::string id = "desk.messages.send", label = "Sending messages";
+    if (configuration.messagesSend.empty())
+        return {id, label, true, "no command: messages cannot be sent (\"send\" in [messages] names one)", ""};
+    const std::string& program = configuration.messagesSend.front();
+    if (!platform::findProgram(program).empty())
+        return {id, label, true, "through " + program, ""};
+    return {id, label, false, fmt::format("the program {} is not found", program),
+        fmt::format("Install {}, or correct \"send\" in {}.", program, configurationFile().string())};
+}
+
 } // namespace
 
 std::vector<Finding> examineDesk()
@@ -188,6 +182,7 @@ std::vector<Finding> examineDesk()
             examineAccount(account, findings);
             examineSending(account, findings);
         }
+        findings.push_back(messageSendingFinding(configuration));
     } catch (const ConfigurationError& error) {
         findings.push_back({"desk.configuration", "Desk configuration", false, error.what(),
             "Correct the file; until then every tool that needs it fails."});

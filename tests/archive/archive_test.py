@@ -210,6 +210,13 @@ class Archive(unittest.TestCase):
             self.person.configure("yolo", relay.port)
             self.assertIn("does not trust; add the authority", self.person.archive("subject=Invoice").stderr)
             self.assertEqual(relay.lines, [], "nothing is said to a stranger")
+        over = Authority(self.place / "over")
+        late = Person(self.place / "late", self.keyring, over.ca)
+        late.has([message(1, "Invoice")])
+        with Relay(over.certificate("localhost", days=-1), None, None) as relay:
+            late.configure("yolo", relay.port)
+            self.assertIn("expired", late.archive("subject=Invoice").stderr)
+            self.assertEqual(relay.lines, [], "nothing is said where the certificate has ended")
         self.person.configure("yolo", dovecot.free_port())
         self.assertRegex(self.person.archive("subject=Invoice").stderr, "imap connect: localhost port .*: Connection refused")
 
@@ -303,6 +310,25 @@ class Archive(unittest.TestCase):
             self.assertEqual(refused.returncode, 1)
             self.assertRegex(refused.stderr, r"keychain error -253\d\d|keychain error -25\d\d\d")
             self.assertLess(time.monotonic() - began, 70)
+
+    def test_the_doctor_names_the_missing_password(self):
+        def check(person):
+            checks = json.loads(person.mervo("doctor", "--json").stdout)
+            found = next(check for check in checks if check["id"] == "archive")
+            return found["state"], found["detail"], found["remedy"]
+        self.assertEqual(check(self.person)[0], "works")
+        alone = Person(self.place / "alone", None, self.authority.ca)
+        for person in (self.person, alone):
+            person.configure("yolo", 993)
+        self.assertEqual(check(self.person), ("works", f"there is an app password for {USER}", ""))
+        self.assertEqual(check(alone)[0], "limited")
+        self.assertIn("No Secret Service can be reached; start one", check(alone)[1])
+        config = self.person.folder / "config/mervo-desk/desk.toml"
+        config.write_text(config.read_text().replace(USER, "c@gmail.com"))
+        self.assertEqual(check(self.person), (
+            "limited", f"there is an app password for {USER}\n"
+            "no app password for c@gmail.com: its messages cannot be archived",
+            "To keep one: mervo secret set c@gmail.com"))
 
     def test_the_password_is_on_no_command_line(self):
         answers = {0: b"* OK\r\n"}

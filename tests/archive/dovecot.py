@@ -86,7 +86,7 @@ class Authority:
                       "-addext", "keyUsage=critical,keyCertSign,cRLSign", "-keyout", "ca.key", "-out", "ca.crt")
 
     def certificate(self, name, days=30):
-        """name.crt and name.key, good for that host name."""
+        """name.crt and name.key, good for that host name; with days=-1 they ended yesterday."""
         self._openssl("req", "-newkey", "rsa:2048", "-nodes", "-subj", f"/CN={name}", "-keyout", f"{name}.key",
                       "-out", f"{name}.csr")
         extensions = self.folder / f"{name}.ext"

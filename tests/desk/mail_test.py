@@ -205,7 +205,7 @@ class WithoutConfiguration(DeskTest):
 
 
 class Health(DeskTest):
-    settings = 'sendmail = ["no-such-program", "-t"]'
+    settings = 'sendmail = ["no-such-program", "-t"]\n[messages]\nsend = ["/bin/true", "--send"]'
 
     def test_findings_and_nothing_written(self):
         self.desk.deliver("Subject: x\n\n")
@@ -217,6 +217,7 @@ class Health(DeskTest):
         self.assertIn("2 mailboxes, 2 messages", findings["desk.mail.Work"]["detail"])
         self.assertIn("2.empty", findings["desk.mail.Work.damaged"]["detail"])
         self.assertFalse(findings["desk.sendmail.Work"]["ok"])
+        self.assertEqual(findings["desk.messages.send"]["detail"], "through /bin/true")
         for finding in findings.values():
             self.assertEqual(list(finding), ["id", "label", "ok", "detail", "remedy"])
             self.assertEqual(finding["ok"], not finding["remedy"], finding)

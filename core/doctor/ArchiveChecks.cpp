@@ -1,0 +1,58 @@
+#include "core/doctor/Checks.h"
+#include "core/foundation/HarnessConfig.h"
+#include "core/foundation/Text.h"
+#include "core/secrets/Keychain.h"
+#include "core/tools/mail/MailAccounts.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace mervo::Doctor {
+
+namespace {
+
+/// The addresses that mail.archive would log in with: those of the settings, then those of Mail that it knows by
+/// itself.
+std::vector<std::string> archivedAddresses()
+{
+    std::vector<std::string> addresses;
+    const auto add = [&](const std::string& address) {
+        if (!address.empty() && std::ranges::find(addresses, address) == addresses.end())
+            addresses.push_back(address);
+    };
+    for (const IMAPArchiveAccount& account : HarnessConfig::load().imapAccounts)
+        add(account.email);
+    for (const MailAccounts::Info& account : MailAccounts::gmail())
+        add(account.email);
+    return addresses;
+}
+
+} // namespace
+
+Check archive()
+{
+    const std::vector<std::string> addresses = archivedAddresses();
+    Check check;
+    check.state = State::works;
+    check.detail = addresses.empty() ? "no account needs it; messages are archived in their own folders" : "";
+    std::vector<std::string> found, missing;
+    try {
+        for (const std::string& address : addresses)
+            (Keychain::isKept(address) ? found : missing).push_back(Text::visibleLine(address));
+    } catch (const Keychain::KeychainError& error) {
+        check.state = State::limited;
+        check.detail = fmt::format("the app passwords cannot be read: {}", error.what());
+        return check;
+    }
+    if (!found.empty())
+        check.detail = fmt::format("there is an app password for {}", Text::join(found, ", "));
+    if (!missing.empty()) {
+        check.state = State::limited;
+        check.detail += fmt::format("{}no app password for {}: its messages cannot be archived",
+            found.empty() ? "" : "\n", Text::join(missing, ", "));
+        check.remedy = "To keep one: mervo secret set " + Text::join(missing, "\nTo keep one: mervo secret set ");
+    }
+    return check;
+}
+
+} // namespace mervo::Doctor
