@@ -40,6 +40,7 @@ on run argv
 			end try
 			set end of out to (name of acct) & tab & theAddress & tab & theServer
 		end repeat
+		set end of out to "end" -- else the last line would lose the tab before an empty server
 )AS",
         kReturnLines, kJoinLines});
     return script;
