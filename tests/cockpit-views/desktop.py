@@ -38,10 +38,14 @@ class Desktop:
             XDG_CACHE_HOME=str(self.root / "cache"), XDG_DATA_HOME=str(self.root / "data"), LANG="C.UTF-8",
             QT_QPA_PLATFORM="xcb", QT_QUICK_BACKEND="software", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="1")
         (self.root / "home").mkdir()
-        os.environ["DISPLAY"] = ":" + self._told("Xvfb", "-displayfd", "1", "-screen", "0", size + "x24",
-                                                 "-nolisten", "tcp")
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self._told("dbus-daemon", "--session", "--nofork", "--print-address")
-        self.start(["openbox", "--sm-disable"], stderr=subprocess.DEVNULL)
+        os.environ["DISPLAY"] = self.display(size)
+
+    def display(self, size="1280x900"):
+        """The name of one more display, with a window manager."""
+        name = ":" + self._told("Xvfb", "-displayfd", "1", "-screen", "0", size + "x24", "-nolisten", "tcp")
+        self.start(["openbox", "--sm-disable"], env=dict(os.environ, DISPLAY=name), stderr=subprocess.DEVNULL)
+        return name
 
     def _told(self, *words):
         """Starts a server and gives the first line that it prints."""

@@ -64,8 +64,13 @@ FocusScope {
     onActiveFocusChanged: if (activeFocus) ListView.view.currentIndex = index
     Component.onCompleted: recall()
     Component.onDestruction: keep()
-    ListView.onPooled: keep()
+    // A card in the pool is not on the screen, but only an invisible one is left out by screen readers.
+    ListView.onPooled: {
+        keep();
+        visible = false;
+    }
     ListView.onReused: {
+        visible = true;
         recall();
         settling.restart();
     }
