@@ -25,6 +25,12 @@ import maildir_reader as reader
 KILLS = 60
 
 
+def may_mount():
+    """Whether this is root with all its rights; in many containers it is not."""
+    return os.geteuid() == 0 and subprocess.run(["unshare", "--mount", "mount", "-t", "tmpfs", "none", "/mnt"],
+                                                capture_output=True).returncode == 0
+
+
 def letters(path):
     return path.name.partition(":2,")[2]
 
@@ -330,7 +336,7 @@ class OtherPrograms(DeskTest):
             with path.open("ab") as file:
                 file.write(b"x" * 50_000)
         command = [agreement.MERVO, "run", "mail.move", "account=A", "mailbox=INBOX", "dest=Box", "status=any"]
-        if os.geteuid() == 0:
+        if may_mount():
             desk.fill(0, box=".Box")
             shown = self.in_namespace(desk, 'mount -t tmpfs -o size=1m none "$BOX"; mkdir "$BOX"/cur "$BOX"/new "$BOX"/tmp',
                                       *command)
@@ -361,12 +367,11 @@ class OtherPrograms(DeskTest):
         desk.fill(0, box=".Box")
         box = desk.root / ".Box/cur"
         command = [agreement.MERVO, "run", "mail.move", "account=A", "mailbox=INBOX", "dest=Box", "status=any"]
-        if os.geteuid() == 0:
-            shown = self.in_namespace(desk, 'mount --bind "$BOX" "$BOX"; mount -o remount,bind,ro "$BOX"', *command)
-        else:
-            box.chmod(0o500)
-            shown = subprocess.run(command, env=desk.environment, capture_output=True, text=True).stdout.splitlines()
-            box.chmod(0o700)
+        if os.geteuid() == 0:  # who may write everywhere
+            command = ["setpriv", "--bounding-set", "-dac_override", *command]
+        box.chmod(0o500)
+        shown = subprocess.run(command, env=desk.environment, capture_output=True, text=True).stdout.splitlines()
+        box.chmod(0o700)
         self.assertEqual(shown, ["OK moved 0 message(s) -> Box"])
         self.assertEqual(desk.numbers(), list(range(20)))
 
