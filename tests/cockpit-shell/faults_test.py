@@ -67,8 +67,11 @@ class Faults(unittest.TestCase):
         return sorted(self.posted.read_text().splitlines()) if self.posted.exists() else []
 
     def rows(self):
-        with sqlite3.connect(self.home / "mervo.sqlite", timeout=10) as database:
-            return database.execute("SELECT action, outcome, reason FROM audit ORDER BY id").fetchall()
+        try:
+            with sqlite3.connect(self.home / "mervo.sqlite", timeout=10) as database:
+                return database.execute("SELECT action, outcome, reason FROM audit ORDER BY id").fetchall()
+        except sqlite3.OperationalError:
+            return []  # just being made
 
     def cards(self, view):
         return look(view, "list item", "mail.send")
@@ -144,8 +147,7 @@ class Faults(unittest.TestCase):
         come("the letter", lambda: self.letters() == ["Subject: Letter 4"])
         (self.home / "mervo.sqlite").unlink()
         self.decide(view, "Approve", 5)
-        come("its row", lambda: (self.home / "mervo.sqlite").exists() and
-             ("mail.send", "executed", "approved") in self.rows())
+        come("its row", lambda: ("mail.send", "executed", "approved") in self.rows())
         self.assertIsNone(process.poll())
 
     def test_a_stopped_tool_keeps_nothing_waiting_but_itself(self):
