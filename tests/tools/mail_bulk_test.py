@@ -291,7 +291,7 @@ class OtherPrograms(DeskTest):
         self.assertEqual(desk.numbers() + desk.numbers(".Box"), sorted(set(range(2000)) - removed))
         self.assertEqual(len(desk.numbers(".Box")), moved)
         self.assertLess(len(desk.numbers()), 20)
-        self.assertGreater(flagged, 1800)
+        self.assertGreater(flagged, 1000, "one pass misses only what moves under its hands")
 
     def test_a_kill_at_any_moment_leaves_each_message_in_one_place(self):
         desk = self.desk()
