@@ -58,6 +58,7 @@ class Drafts(unittest.TestCase):
         raw = file.read_bytes()
         self.assertNotIn(b"\r", raw)
         self.assertTrue(raw.isascii() and max(map(len, raw.split(b"\n"))) < 998, "any transport carries it")
+        self.assertFalse([line for line in raw.split(b"\n") if line == b"." or line.startswith(b"From ")])
         message = email.message_from_bytes(raw, policy=email.policy.default)
         self.assertEqual([part.defects for part in message.walk()], [[] for _ in message.walk()])
         return message
@@ -73,6 +74,13 @@ class Drafts(unittest.TestCase):
         self.assertLess(abs(message["date"].datetime.timestamp() - self.drafts()[0].stat().st_mtime), 5)
         self.assertRegex(message["message-id"], r"^<[^@<>\s]+@desk\.example>$")
         self.assertEqual(mailbox.Maildir(self.desk.root / "Work", create=False).list_folders(), ["Drafts"])
+
+    def test_a_text_whose_lines_are_broken_before_a_postmark(self):
+        for word in ("From here", "."):
+            body = "".join("é%s%s\n" % ("x" * length, word) for length in range(55, 80))
+            self.compose(body=body)
+            self.assertEqual(self.only_draft().get_content(), body)
+            self.drafts()[0].unlink()
 
     def test_every_script_and_length_of_text(self):
         subject = "Réunion 日本語 Привет 😀 " + "long " * 60

@@ -1,5 +1,6 @@
 #include "platform/desk/mime/MimePassedOn.h"
 
+#include "platform/desk/mime/CarriedLines.h"
 #include "platform/desk/mime/MimeAttached.h"
 #include "platform/unicode.h"
 
@@ -9,14 +10,6 @@
 
 namespace mervo::desk {
 namespace {
-
-constexpr std::size_t kLongestLine = 998; // octets, RFC 5322, 2.1.1
-
-std::string_view textOf(GMimeStream* memory)
-{
-    const GByteArray* bytes = g_mime_stream_mem_get_byte_array(GMIME_STREAM_MEM(memory));
-    return {reinterpret_cast<const char*>(bytes->data), bytes->len};
-}
 
 Owned<GMimeStream> written(GMimeObject* object)
 {
@@ -34,25 +27,6 @@ Owned<GMimeStream> savedForm(GMimeObject* object)
     if (GMimeDataWrapper* content = g_mime_part_get_content(GMIME_PART(object)))
         g_mime_data_wrapper_write_to_stream(content, memory.get());
     return memory;
-}
-
-bool isCarriedLine(std::string_view line)
-{
-    if (line.ends_with('\r'))
-        line.remove_suffix(1);
-    return line.size() <= kLongestLine && line != "." && !line.starts_with("From ")
-        && line.find_first_of(std::string_view("\0\r", 2)) == std::string_view::npos;
-}
-
-bool isCarried(std::string_view text)
-{
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        if (!isCarriedLine(text.substr(0, end)))
-            return false;
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return true;
 }
 
 bool isToken(std::string_view text)
@@ -89,7 +63,7 @@ Owned<GMimePart> emptyTwin(GMimeObject* object)
 
 Owned<GMimeObject> passedOn(GMimeObject* attachment)
 {
-    if (isCarried(textOf(written(attachment).get())))
+    if (isCarried(attachment))
         return Owned<GMimeObject>(GMIME_OBJECT(g_object_ref(attachment)));
     const Owned<GMimeStream> saved = savedForm(attachment);
     g_mime_stream_reset(saved.get());

@@ -1,6 +1,7 @@
 #include "platform/desk/mime/MimeWriter.h"
 
 #include "platform/desk/mail/MailError.h"
+#include "platform/desk/mime/CarriedLines.h"
 #include "platform/desk/mime/GMimeObjects.h"
 #include "platform/desk/mime/MimeAttached.h"
 #include "platform/desk/mime/MimePassedOn.h"
@@ -62,18 +63,9 @@ std::string withLineFeeds(std::string_view text)
     return out;
 }
 
-/// A lone point ends a message for some programs, and others put a ">" before "From ".
-bool isChangedOnTheWay(std::string_view text)
-{
-    return text.starts_with(".\n") || text.find("\n.\n") != std::string_view::npos || text.starts_with("From ")
-        || text.find("\nFrom ") != std::string_view::npos;
-}
-
-/// The lightest encoding that any transport carries unchanged.
+/// The lightest encoding for a text, were it not for what transports change.
 GMimeContentEncoding encodingFor(std::string_view text)
 {
-    if (isChangedOnTheWay(text))
-        return GMIME_CONTENT_ENCODING_BASE64;
     std::size_t line = 0, longest = 0, strange = 0;
     for (const char c : text) {
         line = c == '\n' ? 0 : line + 1;
@@ -95,6 +87,8 @@ Owned<GMimePart> textPart(const std::string& text)
         g_mime_data_wrapper_new_with_stream(stream.get(), GMIME_CONTENT_ENCODING_DEFAULT));
     g_mime_part_set_content(part.get(), content.get());
     g_mime_part_set_content_encoding(part.get(), encodingFor(text));
+    if (!isCarried(GMIME_OBJECT(part.get()))) // quoted-printable breaks lines as well, and may do it before a "From "
+        g_mime_part_set_content_encoding(part.get(), GMIME_CONTENT_ENCODING_BASE64);
     return part;
 }
 
