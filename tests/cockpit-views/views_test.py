@@ -10,11 +10,12 @@ import sqlite3
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import warnings
 
 import desktop
-from desktop import find, focused, keys, look, press, type_text, wait
+from desktop import click, find, focused, keys, look, middle, press, type_text, wait
 
 HOST, PROGRAMS = "", ""  # from the command line
 DESKTOP = None  # one for all: the library of the accessibility bus stays with the first that it has met
@@ -137,6 +138,76 @@ class Verdicts(Popover):
         keys("Return")
         find(self.view, "label", "All clear")
         self.assertEqual(self.rows("SELECT answer FROM feedback ORDER BY id"), [("Oui",), ("on Monday",)])
+
+
+class Mouse(Popover):
+    """What comes under a resting mouse was not aimed at."""
+
+    def setUp(self):
+        super().setUp()
+        for number in (2, 3):
+            self.write(number)
+
+    def write(self, number):
+        self.write_action({"id": "AAAA00%02d" % number, "tool": "mail.draft", "summary": "Write", "effect": "create",
+                           "args": {"to": "%d@x.example" % number, "subject": "s", "body": "b"},
+                           "createdAt": "2026-01-01T10:%02d:00Z" % number})
+
+    def ask(self, name):
+        with sqlite3.connect(self.home / "mervo.sqlite") as database:
+            database.execute("INSERT INTO feedback (id, kind, text, automation, channel, created_at, source) "
+                             "VALUES (?, 'question', ?, 'triage', 'cockpit', '2026-01-01T00:00:00Z', 'triage')",
+                             (name, "May I, " + name + "?"))
+
+    def refreshed(self):
+        press(find(self.view, "push button", "Refresh"))
+
+    def test_a_second_click_does_not_answer_the_next_question(self):
+        self.ask("first")
+        self.ask("second")
+        self.show()
+        wait("both", lambda: len(look(self.view, "push button", "Oui")) == 2)
+        place = middle(look(self.view, "push button", "Oui")[0])
+        time.sleep(0.5)
+        click(place, times=2)
+        wait("one left", lambda: len(look(self.view, "push button", "Oui")) == 1)
+        time.sleep(0.5)
+        self.assertEqual(self.rows("SELECT id FROM feedback WHERE answer IS NOT NULL"), [("first",)])
+        click(place)
+        wait("none left", lambda: not look(self.view, "push button", "Oui"))
+
+    def test_a_card_that_slides_or_comes_under_the_mouse_is_not_approved(self):
+        self.show()
+        place = middle(find(self.card("mail.draft"), "push button", "Approve"))
+        time.sleep(0.5)
+        for come in (lambda: self.write(1), lambda: self.ask("first")):
+            come()
+            self.refreshed()
+            click(place)
+            time.sleep(0.5)
+            self.assertNotIn("executed", str(self.rows("SELECT outcome FROM audit WHERE actor = 'cockpit'")))
+        first = middle(find(self.card("mail.draft"), "push button", "Approve"))
+        click(first)
+        self.result("✅ mail.draft")
+
+    def test_a_form_that_is_scrolled_back_leaves_the_keyboard_where_it_is(self):
+        for number in range(4, 30):
+            self.write(number)
+        self.show()
+        press(find(self.card("mail.draft"), "push button", "Reject"))
+        type_text("abc")
+        place = middle(find(self.view, "list", "Approvals"))
+        wheel = lambda button: subprocess.run(  # noqa: E731
+            ["xdotool", "mousemove", *place, "click", "--repeat", "60", "--delay", "15", button], check=True)
+        wheel("5")
+        press(look(self.view, "push button", "Reject")[-1])
+        wait("a form", lambda: focused(self.view) == ("text", "Reason (optional)"))
+        for button in "454":
+            wheel(button)
+        type_text("ghi")
+        time.sleep(0.3)  # as long as the keys take
+        field = find(self.view, "text", "Reason (optional)")
+        self.assertEqual(field.queryText().getText(0, -1), "abc")
 
 
 class Keyboard(Popover):

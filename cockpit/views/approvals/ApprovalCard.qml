@@ -10,6 +10,7 @@ FocusScope {
     required property Theme theme
     required property CockpitModel cockpit
     required property var drafts ///< what was typed in cards that are out of sight, by key
+    required property bool isUnsettled ///< cards have moved just now
 
     required property int index
     required property string key
@@ -32,6 +33,8 @@ FocusScope {
     property bool showEmail: false
     property bool showArguments: false
 
+    signal moved
+
     function keep() {
         if (rejecting || showEmail || showArguments)
             drafts[key] = { rejecting, reason, showEmail, showArguments };
@@ -45,10 +48,7 @@ FocusScope {
         showEmail = draft.showEmail ?? false;
         showArguments = draft.showArguments ?? false;
     }
-    function decide(button, verdict) {
-        // A card that has just moved under the mouse was not the one aimed at.
-        if (button?.wasAimedAt && settling.running)
-            return;
+    function decide(verdict) {
         const { key, reason } = root;
         rejecting = showEmail = showArguments = false;
         verdict(key, reason);
@@ -60,9 +60,12 @@ FocusScope {
     }
 
     implicitHeight: column.implicitHeight + theme.unit * 3
-    onYChanged: settling.restart()
+    onYChanged: moved()
     onActiveFocusChanged: if (activeFocus) ListView.view.currentIndex = index
-    Component.onCompleted: recall()
+    Component.onCompleted: {
+        recall();
+        moved();
+    }
     Component.onDestruction: keep()
     // A card in the pool is not on the screen, but only an invisible one is left out by screen readers.
     ListView.onPooled: {
@@ -72,7 +75,7 @@ FocusScope {
     ListView.onReused: {
         visible = true;
         recall();
-        settling.restart();
+        moved();
     }
     Keys.onEscapePressed: event => {
         event.accepted = rejecting;
@@ -80,11 +83,6 @@ FocusScope {
             cancel();
     }
 
-    Timer {
-        id: settling
-
-        interval: 300
-    }
     Rectangle {
         id: frame
 
@@ -240,28 +238,33 @@ FocusScope {
 
                     theme: root.theme
                     text: "Reject"
-                    onClicked: root.rejecting = true
+                    onClicked: {
+                        root.rejecting = true;
+                        (form.itemAt(0) as RejectForm).begin();
+                    }
                 }
                 ActionButton {
-                    id: approveButton
-
                     theme: root.theme
                     isProminent: true
                     symbol: "checkmark.circle.fill"
                     text: "Approve"
-                    onClicked: root.decide(approveButton, key => root.cockpit.approve(key))
+                    isUnsettled: root.isUnsettled
+                    onChosen: root.decide(key => root.cockpit.approve(key))
                 }
             }
             // None or one. (A Loader does not take a bound component in Qt 6.4.)
             Repeater {
+                id: form
+
                 model: root.rejecting ? 1 : 0
                 delegate: RejectForm {
                     Layout.fillWidth: true
                     theme: root.theme
                     reason: root.reason
+                    isUnsettled: root.isUnsettled
                     onEdited: text => root.reason = text
                     onCancelled: root.cancel()
-                    onConfirmed: root.decide(null, (key, reason) => root.cockpit.reject(key, reason))
+                    onConfirmed: root.decide((key, reason) => root.cockpit.reject(key, reason))
                 }
             }
         }

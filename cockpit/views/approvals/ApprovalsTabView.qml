@@ -10,6 +10,12 @@ Item {
     required property Theme theme
     required property CockpitModel cockpit
 
+    // A card that has just come under the mouse is not the one that its press was aimed at.
+    Timer {
+        id: settling
+
+        interval: 300
+    }
     ListView {
         id: list
 
@@ -32,7 +38,13 @@ Item {
         Accessible.role: Accessible.List
         Accessible.name: "Approvals"
         // What comes above is shown to one who is at the top, and moves nothing under the eyes of one who is not.
-        onTopMarginChanged: if (contentY <= originY) contentY = originY - topMargin
+        onTopMarginChanged: {
+            settling.restart();
+            if (contentY <= originY)
+                contentY = originY - topMargin;
+        }
+        onContentYChanged: settling.restart()
+        onContentHeightChanged: settling.restart()
         Keys.onDownPressed: {
             incrementCurrentIndex();
             positionViewAtIndex(currentIndex, ListView.Contain);
@@ -51,6 +63,8 @@ Item {
             theme: root.theme
             cockpit: root.cockpit
             drafts: list.drafts
+            isUnsettled: settling.running
+            onMoved: settling.restart()
         }
 
         // The questions stand above the first card and are scrolled with it. (Not `header`, which does not take a bound
@@ -80,6 +94,8 @@ Item {
                     width: head.width
                     theme: root.theme
                     cockpit: root.cockpit
+                    isUnsettled: settling.running
+                    onMoved: settling.restart()
                 }
             }
             Item {

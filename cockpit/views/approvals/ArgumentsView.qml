@@ -35,7 +35,7 @@ Column {
                 Disclosure {
                     visible: row.modelData.cutBy > 0
                     theme: root.theme
-                    text: row.isOpen ? "Show less" : "%1 more characters".arg(Number(row.modelData.cutBy).toLocaleString(Qt.locale(), "f", 0))
+                    text: row.isOpen ? "Show less" : (row.modelData.cutBy === 1 ? "1 more character" : "%1 more characters".arg(Number(row.modelData.cutBy).toLocaleString(Qt.locale(), "f", 0)))
                     isOpen: row.isOpen
                     onClicked: row.isOpen = !row.isOpen
                 }

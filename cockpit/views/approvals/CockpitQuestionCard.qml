@@ -9,10 +9,13 @@ FocusScope {
 
     required property Theme theme
     required property CockpitModel cockpit
+    required property bool isUnsettled ///< cards have moved just now
 
     required property string questionId
     required property string automation
     required property string text
+
+    signal moved
 
     function send() {
         const answer = draft.text;
@@ -21,6 +24,8 @@ FocusScope {
     }
 
     implicitHeight: column.implicitHeight + theme.unit * 3
+    onYChanged: moved()
+    Component.onCompleted: moved()
 
     Rectangle {
         id: frame
@@ -76,12 +81,14 @@ FocusScope {
                 ActionButton {
                     theme: root.theme
                     text: "Oui"
-                    onClicked: root.cockpit.answer(root.questionId, "Oui")
+                    isUnsettled: root.isUnsettled
+                    onChosen: root.cockpit.answer(root.questionId, "Oui")
                 }
                 ActionButton {
                     theme: root.theme
                     text: "Non"
-                    onClicked: root.cockpit.answer(root.questionId, "Non")
+                    isUnsettled: root.isUnsettled
+                    onChosen: root.cockpit.answer(root.questionId, "Non")
                 }
                 Field {
                     id: draft
@@ -95,7 +102,8 @@ FocusScope {
                     theme: root.theme
                     symbol: "paperplane.fill"
                     text: "Send"
-                    onClicked: root.send()
+                    isUnsettled: root.isUnsettled
+                    onChosen: root.send()
                 }
             }
         }

@@ -9,13 +9,18 @@ ColumnLayout {
 
     required property Theme theme
     required property string reason
+    required property bool isUnsettled
 
     signal edited(text: string)
     signal cancelled
     signal confirmed
 
+    /// For who has just asked for it: a form that is scrolled into sight takes no keyboard away.
+    function begin() {
+        field.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
     spacing: theme.unit
-    Component.onCompleted: field.forceActiveFocus(Qt.OtherFocusReason)
 
     Field {
         id: field
@@ -42,7 +47,8 @@ ColumnLayout {
             theme: root.theme
             symbol: "xmark.circle.fill"
             text: "Confirm"
-            onClicked: root.confirmed()
+            isUnsettled: root.isUnsettled
+            onChosen: root.confirmed()
         }
     }
 }

@@ -11,7 +11,8 @@ FocusScope {
     required property CockpitModel cockpit
 
     required property int index
-    required property string name
+    required property string automation ///< what it is called in its file
+    required property string name ///< the same as it can be shown
     required property string symbol
     required property string symbolTint
     required property string subtitle
@@ -95,21 +96,21 @@ FocusScope {
                     theme: root.theme
                     symbol: "terminal"
                     text: "Open live run in Terminal"
-                    onClicked: root.cockpit.openLive(root.name)
+                    onClicked: root.cockpit.openLive(root.automation)
                 }
                 IconButton {
                     visible: root.isRunning
                     theme: root.theme
                     symbol: "stop.circle"
                     text: "Stop run"
-                    onClicked: root.cockpit.stopAutomation(root.name)
+                    onClicked: root.cockpit.stopAutomation(root.automation)
                 }
                 IconButton {
                     visible: !root.isRunning
                     theme: root.theme
                     symbol: "play.circle"
                     text: "Run now"
-                    onClicked: root.cockpit.runAutomation(root.name)
+                    onClicked: root.cockpit.runAutomation(root.automation)
                 }
                 IconButton {
                     visible: root.isAgent

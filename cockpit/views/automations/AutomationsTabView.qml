@@ -11,6 +11,7 @@ FocusScope {
     required property CockpitModel cockpit
 
     property string previewed ///< the automation whose prompt is shown; empty: none
+    property string previewedName ///< as it can be shown
 
     ListView {
         id: list
@@ -46,7 +47,10 @@ FocusScope {
             width: ListView.view.width - ListView.view.leftMargin - ListView.view.rightMargin
             theme: root.theme
             cockpit: root.cockpit
-            onPreviewRequested: root.previewed = name
+            onPreviewRequested: {
+                root.previewedName = name;
+                root.previewed = automation;
+            }
         }
     }
     Repeater {
@@ -54,7 +58,7 @@ FocusScope {
         delegate: PromptPreview {
             anchors.fill: parent
             theme: root.theme
-            title: root.previewed
+            title: root.previewedName
             blocks: root.cockpit.promptBlocks(root.previewed)
             onCloseRequested: {
                 root.previewed = "";
@@ -65,7 +69,7 @@ FocusScope {
     EmptyState {
         anchors.centerIn: parent
         width: parent.width - root.theme.unit * 8
-        visible: list.count === 0
+        visible: list.count === 0 && root.previewed === ""
         theme: root.theme
         symbol: "clock.arrow.2.circlepath"
         title: "No automations"

@@ -9,12 +9,15 @@ Rectangle {
 
     required property Theme theme
     required property string label ///< what a screen reader calls it
-    property alias text: edit.text
+    property string text
     property alias font: edit.font
     property real maximumHeight: theme.unit * 24
 
+    /// One field can be selected as a whole, but its layout takes a second for each million characters.
+    readonly property bool isHuge: text.length > 200000
+
     implicitWidth: theme.unit * 20
-    implicitHeight: Math.min(edit.implicitHeight, maximumHeight) + 2 * theme.unit
+    implicitHeight: (isHuge ? maximumHeight : Math.min(edit.implicitHeight, maximumHeight)) + 2 * theme.unit
     radius: theme.unit / 2
     color: theme.field
     border.color: edit.activeFocus ? theme.ring : theme.line
@@ -25,6 +28,7 @@ Rectangle {
 
         anchors.fill: parent
         anchors.margins: root.theme.unit
+        visible: !root.isHuge
         contentHeight: edit.implicitHeight
         clip: true
         boundsBehavior: Flickable.StopAtBounds
@@ -43,6 +47,7 @@ Rectangle {
             }
 
             width: view.width - root.theme.unit
+            text: root.isHuge ? "" : root.text
             activeFocusOnTab: true
             readOnly: true
             selectByMouse: true
@@ -58,6 +63,17 @@ Rectangle {
             Accessible.name: root.label
             Accessible.readOnly: true
             onCursorRectangleChanged: if (activeFocus) reveal(cursorRectangle)
+        }
+    }
+    Repeater {
+        model: root.isHuge ? 1 : 0
+        delegate: PiecewiseText {
+            anchors.fill: parent
+            anchors.margins: root.theme.unit
+            theme: root.theme
+            text: root.text
+            font: root.font
+            Accessible.name: root.label
         }
     }
 }

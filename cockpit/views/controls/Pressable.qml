@@ -9,17 +9,22 @@ T.AbstractButton {
 
     required property Theme theme
 
-    property bool wasAimedAt: false ///< in `clicked`: by the mouse, which meets whatever is under it
+    property bool isUnsettled: false ///< it may have come under the mouse just now
+    property bool wasMet: false ///< the click that goes on was aimed at something else
+
+    /// A click that was meant: not by a mouse under which the button has only just come.
+    signal chosen
 
     function activate() {
-        wasAimedAt = false;
+        wasMet = false;
         if (enabled)
             clicked();
     }
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: Math.max(theme.controlHeight, implicitContentHeight + topPadding + bottomPadding)
-    onPressed: wasAimedAt = true
+    onPressed: wasMet = isUnsettled
+    onClicked: if (!wasMet) chosen()
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     font.pixelSize: theme.textSize
