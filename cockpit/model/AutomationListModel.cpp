@@ -21,6 +21,8 @@ QVariant AutomationListModel::data(const QModelIndex& index, int role) const
         return {};
     const Row& row = rows_.all()[static_cast<std::size_t>(index.row())];
     switch (role) {
+    case AutomationRole:
+        return row.name;
     case NameRole:
     case Qt::DisplayRole:
         return row.shownName;
@@ -43,8 +45,9 @@ QVariant AutomationListModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> AutomationListModel::roleNames() const
 {
-    return {{NameRole, "name"}, {StateRole, "state"}, {SymbolRole, "symbol"}, {SymbolTintRole, "symbolTint"},
-        {SubtitleRole, "subtitle"}, {IsRunningRole, "isRunning"}, {IsAgentRole, "isAgent"}};
+    return {{AutomationRole, "automation"}, {NameRole, "name"}, {StateRole, "state"}, {SymbolRole, "symbol"},
+        {SymbolTintRole, "symbolTint"}, {SubtitleRole, "subtitle"}, {IsRunningRole, "isRunning"},
+        {IsAgentRole, "isAgent"}};
 }
 
 AutomationListModel::Row AutomationListModel::rowOf(const Automation& automation, Timestamps::Time now)

@@ -10,13 +10,14 @@
 
 namespace mervo {
 
-/// The automations that the owner sees, by name. Every text is safe to show.
+/// The automations that the owner sees, by name. Every text but one is safe to show.
 class AutomationListModel : public QAbstractListModel {
     Q_OBJECT
 
 public:
     enum Role {
-        NameRole = Qt::UserRole + 1,
+        AutomationRole = Qt::UserRole + 1, ///< its name, for calls; not safe to show
+        NameRole,
         StateRole, ///< "running", "paused", "failed", "stopped", "ok" or "never"
         SymbolRole, ///< empty while it runs: the views show a progress indicator
         SymbolTintRole, ///< "red", "green" or ""

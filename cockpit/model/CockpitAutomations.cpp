@@ -104,7 +104,7 @@ void CockpitModel::openLog(const QString& shown)
     const std::filesystem::path log = outside_.engine.logFile(name);
     std::error_code unreadable;
     if (std::filesystem::exists(log, unreadable))
-        outside_.workspace.openFile(log);
+        tellUnless(outside_.workspace.openFile(log), log.string());
     else
         setLastResult("no log yet for '" + name + "'");
 }
@@ -191,7 +191,7 @@ void CockpitModel::openSupport()
     const std::string version = MERVO_VERSION;
     const Args message{{"to", kSupportAddress}, {"subject", "Mervo support (" + version + ")"},
         {"body", "\n\n---\nMervo " + version + " (" + version + ")\n" + QSysInfo::prettyProductName().toStdString()}};
-    outside_.workspace.openUrl(ActionPresentation::mailtoUrl(message));
+    tellUnless(outside_.workspace.openUrl(ActionPresentation::mailtoUrl(message)), "Support");
 }
 
 } // namespace mervo

@@ -94,7 +94,7 @@ void CockpitModel::refresh(bool initial)
     updateCounts();
     refreshIcon();
     if (!initial && !fresh.empty())
-        notify(fresh, queue_.actions().size());
+        notify(fresh, pending_.size());
 }
 
 void CockpitModel::showQueue()
@@ -159,6 +159,12 @@ StatusIconState::Attention CockpitModel::attention() const
     if (lastResult_.toStdString().starts_with(kFailed) || std::ranges::any_of(listed_, countsAsFailed))
         return StatusIconState::Attention::error;
     return openQuestions_.empty() ? StatusIconState::Attention::none : StatusIconState::Attention::proposal;
+}
+
+void CockpitModel::tellUnless(bool isOpened, const std::string& what)
+{
+    if (!isOpened)
+        setLastResult("❌ " + what + " - this desktop has no program that opens it");
 }
 
 void CockpitModel::setLastResult(const std::string& text)

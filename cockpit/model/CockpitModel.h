@@ -106,6 +106,7 @@ private:
     void refreshIcon();
     StatusIconState::Attention attention() const;
     void setLastResult(const std::string& text);
+    void tellUnless(bool isOpened, const std::string& what);
     void notify(const std::vector<PendingAction>& fresh, std::size_t total);
     void announce(const PendingAction& action);
     void withdrawDecided();

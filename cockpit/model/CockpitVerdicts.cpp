@@ -56,6 +56,13 @@ void logHuman(
     stores.audit.log(kActor, action, std::nullopt, details, "executed", reason);
 }
 
+/// Of an action whose file this cockpit did not remove.
+std::string notTaken(const PendingAction& action)
+{
+    return PendingStore().load(action.id) ? "❌ " + action.tool + " - could not be taken from the queue"
+                                          : action.tool + " - no longer waiting";
+}
+
 std::string utf8(const QString& text)
 {
     return text.toStdString();
@@ -78,8 +85,7 @@ void CockpitModel::approveAction(const PendingAction& action)
     if (const auto* refused = std::get_if<Approval::Refused>(&claim))
         return setLastResult("❌ " + refused->text);
     if (std::holds_alternative<Approval::AlreadyGone>(claim)) {
-        setLastResult(pending.load(action.id) ? "❌ " + action.tool + " - could not be taken from the queue"
-                                              : action.tool + " - no longer waiting");
+        setLastResult(notTaken(action));
         return reload();
     }
     setLastResult("⏳ " + action.tool + " - running...");
@@ -118,11 +124,13 @@ void CockpitModel::rejectAction(const PendingAction& action, const std::string& 
     refreshIcon();
     stores_.write([this, action, reason](CockpitStores::Open& open) {
         const bool removed = Approval::reject(action, reason, {PendingStore(), open.audit, open.asks});
-        work_.come(*this, [this, action, removed] {
+        work_.come(*this, [this, action, result = removed ? "🚫 rejected " + action.tool : notTaken(action)] {
             deciding_.erase(action.id);
-            showQueue();
-            setLastResult(removed ? "🚫 rejected " + action.tool : action.tool + " - no longer waiting");
             reload();
+            showQueue(); // also where its file is still the same
+            updateCounts();
+            refreshIcon();
+            setLastResult(result);
         });
     });
 }
@@ -194,7 +202,7 @@ void CockpitModel::removeRule(const PolicyRule& rule)
 void CockpitModel::openInMail(const QString& key)
 {
     if (const PendingAction* shown = approvals_.action(key))
-        outside_.workspace.openUrl(ActionPresentation::mailtoUrl(shown->args));
+        tellUnless(outside_.workspace.openUrl(ActionPresentation::mailtoUrl(shown->args)), "Open in Mail");
 }
 
 } // namespace mervo

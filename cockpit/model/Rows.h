@@ -12,7 +12,7 @@
 namespace mervo {
 
 /// A list model's rows, brought to a new content row by row: what stays keeps its row, so that typed text, focus and
-/// the place of scrolling survive. `Row` has an `identity()` that no two rows share.
+/// the place of scrolling survive. Rows of the same `identity()` are told apart by their order.
 template <typename Model, typename Row>
 class Rows {
 public:
@@ -32,9 +32,19 @@ public:
                 changed(static_cast<int>(at));
             }
         }
+        removeFrom(model, wanted.size());
     }
 
 private:
+    void removeFrom(Model& model, std::size_t first)
+    {
+        if (first == rows_.size())
+            return;
+        model.beginRemoveRows({}, static_cast<int>(first), static_cast<int>(rows_.size()) - 1);
+        rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(first), rows_.end());
+        model.endRemoveRows();
+    }
+
     void removeAllBut(Model& model, const std::vector<Row>& wanted)
     {
         std::set<QString> kept;

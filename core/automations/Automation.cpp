@@ -16,9 +16,9 @@ std::string label(const Automation::Interval& every)
 {
     if (every.minutes >= kDay && every.minutes < 2 * kDay && every.minutes % kDay == 0)
         return "daily";
-    if (every.minutes != 0 && every.minutes % kDay == 0)
+    if (every.minutes % kDay == 0)
         return fmt::format("every {}d", every.minutes / kDay);
-    if (every.minutes != 0 && every.minutes % kHour == 0)
+    if (every.minutes % kHour == 0)
         return fmt::format("every {}h", every.minutes / kHour);
     return fmt::format("every {}m", every.minutes);
 }

@@ -38,7 +38,7 @@ TEST(Automations, NameTheirSchedules)
     using A = Automation;
     const std::pair<A::Schedule, const char*> cases[] = {{A::Interval{5}, "every 5m"}, {A::Interval{90}, "every 90m"},
         {A::Interval{60}, "every 1h"}, {A::Interval{360}, "every 6h"}, {A::Interval{1440}, "daily"},
-        {A::Interval{2880}, "every 2d"}, {A::Interval{1500}, "every 25h"}, {A::Interval{0}, "every 0m"},
+        {A::Interval{2880}, "every 2d"}, {A::Interval{1500}, "every 25h"}, {A::Interval{0}, "every 0d"},
         {A::Calendar{8, 5}, "daily 8:05"}, {A::Calendar{0, 0}, "daily 0:00"},
         {A::Hours{{16, 8, 12}, 30}, "at 16,8,12h"}, {A::Hours{{}, 0}, "at h"}};
     for (const auto& [schedule, label] : cases)

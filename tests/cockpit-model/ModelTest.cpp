@@ -247,6 +247,19 @@ TEST_F(Model, ChangesOneSettingAndKeepsWhatOthersWrote)
     EXPECT_EQ(result(), "❌ launch at login - the folder is read-only");
 }
 
+TEST_F(Model, TellsAutomationsOfOneNameApartAndCallsThemByTheirOwn)
+{
+    test::writeFile(home / "automations/a/loop.json", R"({"name":"od\u200bd"})");
+    test::writeFile(home / "automations/b/loop.json", R"({"name":"od\u200bd"})");
+    start();
+    ASSERT_EQ(model->automations()->rowCount(), 2);
+    EXPECT_EQ(role(*model->automations(), 0, AutomationListModel::NameRole).toString(), "od<U+200B>d");
+    EXPECT_EQ(role(*model->automations(), 0, AutomationListModel::AutomationRole).toString(), "od\u200Bd");
+    std::filesystem::remove_all(home / "automations/b");
+    model->reload();
+    EXPECT_EQ(model->automations()->rowCount(), 1);
+}
+
 TEST_F(Model, OperatesAutomationsAwayFromTheWindow)
 {
     loop("morning");
@@ -259,6 +272,9 @@ TEST_F(Model, OperatesAutomationsAwayFromTheWindow)
     test::writeFile(home / ".runtime/logs/morning.log", "x");
     model->openLog("morning");
     EXPECT_THAT(workspace.opened, ElementsAre(home / ".runtime/logs/morning.log"));
+    workspace.opens = false;
+    model->openSupport();
+    EXPECT_EQ(result(), "❌ Support - this desktop has no program that opens it");
 
     model->runAutomation("morning");
     EXPECT_EQ(result(), "▶ morning - started");

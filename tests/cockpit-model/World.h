@@ -28,11 +28,12 @@ struct FakeNotifier final : platform::Notifier {
 };
 
 struct FakeWorkspace final : platform::Workspace {
-    bool openFile(const std::filesystem::path& file) override { return opened.push_back(file), true; }
-    bool openUrl(const std::string& url) override { return opened.push_back(url), true; }
+    bool openFile(const std::filesystem::path& file) override { return opened.push_back(file), opens; }
+    bool openUrl(const std::string& url) override { return opened.push_back(url), opens; }
     bool revealFile(const std::filesystem::path&) override { return true; }
     void setBadge(const std::string& label) override { badges.push_back(label); }
     std::vector<std::string> opened, badges;
+    bool opens = true;
 };
 
 struct FakeLoginItem final : platform::LoginItem {
