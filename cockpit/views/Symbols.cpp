@@ -39,7 +39,7 @@ const QHash<QString, QStringList>& table()
         {"play.circle", {"media-playback-start"}},
         {"power", {"system-shutdown"}},
         {"questionmark.bubble.fill", {"dialog-question-symbolic", "dialog-question"}},
-        {"shield.lefthalf.filled", {"security-high"}},
+        {"shield.lefthalf.filled", {"security-high-symbolic", "security-high"}},
         {"square.and.pencil", {"document-edit", "edit-rename"}},
         {"stop.circle", {"process-stop", "media-playback-stop"}},
         {"stop.circle.fill", {"media-playback-stop"}},
