@@ -1,6 +1,7 @@
 """A Dovecot of our own on a loopback port with TLS: `with Dovecot(folder) as server`."""
 
 import getpass
+import grp
 import os
 import pathlib
 import pwd
@@ -114,7 +115,9 @@ class Dovecot:
             (tls / source.name).write_bytes(source.read_bytes())
         (self.folder / "users").write_text(f"{USER}:{{PLAIN}}{PASSWORD}\n")
         (self.folder / "users").chmod(0o644)
-        identity = "" if root else f"default_internal_user = {owner}\ndefault_login_user = {owner}"
+        group = grp.getgrgid(account.pw_gid).gr_name
+        identity = "" if root else (f"default_internal_user = {owner}\ndefault_internal_group = {group}\n"
+                                    f"default_login_user = {owner}")
         (self.folder / "dovecot.conf").write_text(CONFIG.format(
             at=self.folder, mail=self.mail, identity=identity, owner=account.pw_uid, group=account.pw_gid,
             folders=folders, port=self.port, chroot="" if root else "chroot ="))
