@@ -94,8 +94,8 @@ FocusScope {
         focus: true
         activeFocusOnTab: true
         Accessible.role: Accessible.ListItem
-        Accessible.name: root.age === "" ? root.tool : "%1, %2".arg(root.tool).arg(root.age)
-        Accessible.description: root.preview
+        Accessible.name: root.age === "" ? root.tool : root.tool + ", " + root.age
+        Accessible.description: root.preview === "" ? root.detail : root.detail + "\n" + root.preview
         Accessible.focusable: true
 
         ColumnLayout {

@@ -33,7 +33,7 @@ FocusScope {
         focus: true
         activeFocusOnTab: true
         Accessible.role: Accessible.ListItem
-        Accessible.name: "%1, %2".arg(root.name).arg(root.subtitle)
+        Accessible.name: root.name + ", " + root.subtitle
         Accessible.focusable: true
 
         RowLayout {
