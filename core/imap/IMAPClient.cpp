@@ -14,6 +14,12 @@ constexpr std::size_t kMostInAnswer = 16 * 1024 * 1024; ///< no server has that 
 constexpr std::string_view kHidden = "***";
 constexpr std::string_view kUsualAllMail = "[Gmail]/All Mail";
 
+/// The search is for a part of the header: a sender's lone "<" would find every message, so both ends must be there.
+bool isBracketed(std::string_view id)
+{
+    return id.size() > 2 && id.starts_with('<') && id.ends_with('>');
+}
+
 } // namespace
 
 IMAPClient::IMAPClient(const std::string& host, std::uint16_t port, std::chrono::milliseconds ioTimeout)
@@ -82,12 +88,15 @@ void IMAPClient::logout() noexcept
 
 std::string IMAPClient::allMailFolder()
 {
-    return ImapText::allMailFolder(command(R"(LIST "" "*")")).value_or(std::string(kUsualAllMail));
+    std::string folder = ImapText::allMailFolder(command(R"(LIST "" "*")")).value_or(std::string(kUsualAllMail));
+    if (!ImapText::isQuotable(folder))
+        throw IMAPError::server("a folder name with a line end in it");
+    return folder;
 }
 
 std::size_t IMAPClient::moveById(const std::string& messageID, const std::string& folder)
 {
-    const std::string id = messageID.starts_with('<') ? messageID : "<" + messageID + ">";
+    const std::string id = isBracketed(messageID) ? messageID : "<" + messageID + ">";
     if (!ImapText::isQuotable(id))
         return 0; // no header of a message can hold this
     std::size_t moved = 0;

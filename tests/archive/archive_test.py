@@ -158,6 +158,18 @@ class Archive(unittest.TestCase):
                              [("cli", "mail.archive", "pending_approval", "needs_approval"),
                               ("cockpit", "mail.archive", "executed", "approved")])
 
+    def test_a_message_id_finds_no_other_message(self):
+        """A server looks for a part of the header, and a sender writes what he likes into his."""
+        here = [message(i, "Weekly news") for i in range(4)]
+        for number, identity in enumerate(("<", "<m", "=?utf-8?q?=3C?=", "<>", ">")):
+            here.append(message(10 + number, f"Bait {number}", identity))
+        with self.server() as server:
+            self.person.has(here)
+            server.deliver(here)
+            self.person.configure("yolo", server.port)
+            self.person.archive("subjectContains=Bait")
+            self.assertEqual([text for text in server.folder_files("INBOX") if b"Weekly" in text], sorted(here[:4]))
+
     def test_other_accounts_move_to_a_folder(self):
         self.person.has([message(i, "Weekly news") for i in range(3)])
         for folder in ("Archive", "Old"):

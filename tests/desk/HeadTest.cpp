@@ -46,6 +46,10 @@ TEST(HeaderText, decodesWhatMailInTheWildWrites)
     };
     for (const Case& c : cases)
         EXPECT_EQ(decodeHeaderText(c.raw), c.text) << c.raw;
+    std::string endless;
+    while (endless.size() < 2'000'000)
+        endless += "=?a?q?x";
+    EXPECT_EQ(decodeHeaderText(endless), endless) << "in linear time: a quadratic one takes minutes";
 }
 
 TEST(Addresses, areFoundInEveryFormThatTheStandardAllows)

@@ -132,7 +132,13 @@ std::string decodeWords(std::string_view raw)
     Decoder decoder;
     bool afterWord = false;
     std::size_t textStart = 0;
-    for (std::size_t at = raw.find("=?"); at != std::string_view::npos; at = raw.find("=?", at)) {
+    // No word begins behind the last end of one: else each beginning would be followed to the end of the field.
+    const std::size_t lastEnd = raw.rfind("?=");
+    const auto next = [&](std::size_t from) {
+        const std::size_t at = raw.find("=?", from);
+        return lastEnd == std::string_view::npos || at > lastEnd ? std::string_view::npos : at;
+    };
+    for (std::size_t at = next(0); at != std::string_view::npos; at = next(at)) {
         const std::optional<Word> word = wordAt(raw, at);
         if (!word) {
             at += 2;
