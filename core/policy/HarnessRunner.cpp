@@ -156,8 +156,8 @@ HarnessRunner::Stores HarnessRunner::Stores::shared() noexcept
     return {RuleStore::shared(), AuditLog::shared()};
 }
 
-HarnessRunner::Result HarnessRunner::run(
-    const Tool& tool, const Args& args, std::string_view actor, const std::filesystem::path& configDir, Stores stores)
+HarnessRunner::Result HarnessRunner::run(const Tool& tool, const Args& args, std::string_view actor,
+    const std::filesystem::path& configDir, Stores stores, [[maybe_unused]] Notices* notices)
 {
     Explanation found = judge(tool, args, stores);
     if (found.refusal)

@@ -2,6 +2,7 @@
 
 #include "core/policy/ActionPolicy.h"
 #include "core/policy/AuditLog.h"
+#include "core/policy/Notices.h"
 #include "core/policy/RuleStore.h"
 #include "core/policy/Tool.h"
 
@@ -38,9 +39,10 @@ struct Stores {
     static Stores shared() noexcept;
 };
 
-/// `actor` is recorded as it stands; the queue lies under `configDir`. Never throws.
+/// `actor` is recorded as it stands; the queue lies under `configDir`. With `notices`, adds there what the caller
+/// should hear beside the result. Never throws.
 [[nodiscard]] Result run(const Tool& tool, const Args& args, std::string_view actor,
-    const std::filesystem::path& configDir, Stores stores = Stores::shared());
+    const std::filesystem::path& configDir, Stores stores = Stores::shared(), Notices* notices = nullptr);
 
 /// What running a tool came to: `error` is empty when `ok`, `output` when not.
 struct Execution {

@@ -31,7 +31,7 @@ Examples:
   make report | mervo run mail.notify subject=Report body-file=-
 )";
 
-void printJson(const HarnessRunner::Result& result, Io& io)
+void printJson(const HarnessRunner::Result& result, const Notices& notices, Io& io)
 {
     nlohmann::ordered_json object;
     if (const auto* executed = std::get_if<HarnessRunner::Executed>(&result)) {
@@ -46,6 +46,10 @@ void printJson(const HarnessRunner::Result& result, Io& io)
         object["outcome"] = "error";
         object["error"] = std::get<HarnessRunner::Error>(result).text;
     }
+    if (!notices.remarks.empty())
+        object["remarks"] = notices.remarks;
+    if (!notices.warnings.empty())
+        object["warnings"] = notices.warnings;
     io.out(jsonLine(object));
 }
 
@@ -66,12 +70,24 @@ void printText(const HarnessRunner::Result& result, Io& io)
     }
 }
 
+/// Standard error, so that the answer on standard output stays the tool's own text.
+void printNotices(const Notices& notices, Io& io)
+{
+    for (const std::string& remark : notices.remarks)
+        io.err("note: " + Text::visibleLine(remark) + "\n");
+    for (const std::string& warning : notices.warnings)
+        io.err("warning: " + Text::visibleLine(warning) + "\n");
+}
+
 ExitCode runTool(const Arguments& arguments, Io& io)
 {
     const Call call = readCall(arguments, io);
-    const HarnessRunner::Result result = HarnessRunner::run(*call.tool, call.args, actor(), ConfigDir::url());
+    Notices notices;
+    const HarnessRunner::Result result =
+        HarnessRunner::run(*call.tool, call.args, actor(), ConfigDir::url(), HarnessRunner::Stores::shared(), &notices);
+    printNotices(notices, io);
     if (arguments.has(kJson))
-        printJson(result, io);
+        printJson(result, notices, io);
     else
         printText(result, io);
     return std::holds_alternative<HarnessRunner::Error>(result) ? ExitCode::failed : ExitCode::done;
@@ -87,7 +103,7 @@ ExitCode run(const Arguments& arguments, Io& io)
         throw;
     } catch (const std::exception& error) {
         if (arguments.has(kJson))
-            printJson(HarnessRunner::Error{error.what()}, io);
+            printJson(HarnessRunner::Error{error.what()}, {}, io);
         throw;
     }
 }

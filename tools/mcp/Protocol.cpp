@@ -49,11 +49,19 @@ std::string identity()
            R"(","description":"The owner's mail, calendar, reminders, notes and messages, under the owner's approval."})";
 }
 
-std::string_view resultOpening(Era era)
+std::string resultOpening(Era era, std::string_view meta)
 {
-    static const std::string stateless =
-        R"("resultType":"complete","_meta":{"io.modelcontextprotocol/serverInfo":)" + identity() + "},";
-    return era == Era::stateless ? std::string_view(stateless) : std::string_view();
+    const bool stateless = era == Era::stateless;
+    std::string opening = stateless ? R"("resultType":"complete",)" : "";
+    if (!stateless && meta.empty()) {
+        return opening;
+    }
+    opening += R"("_meta":{)";
+    if (stateless) {
+        opening += R"("io.modelcontextprotocol/serverInfo":)" + identity();
+        opening += meta.empty() ? "" : ",";
+    }
+    return opening.append(meta).append("},");
 }
 
 } // namespace mervo::mcp::Protocol

@@ -38,8 +38,9 @@ std::string versionData(const json::Value& requested);
 /// Who we are, as JSON.
 std::string identity();
 
-/// The members that open each result of an era, with a comma behind them; nothing in a session.
-std::string_view resultOpening(Era era);
+/// The members that open each result of an era, with a comma behind them; nothing in a session without `meta`, the
+/// members that a result's `_meta` has of its own.
+std::string resultOpening(Era era, std::string_view meta = {});
 
 } // namespace Protocol
 

@@ -49,6 +49,47 @@ std::string bounded(std::string_view text)
     return std::string(text);
 }
 
+void appendList(std::string& meta, std::string_view key, const std::vector<std::string>& sentences)
+{
+    if (sentences.empty()) {
+        return;
+    }
+    meta.append(meta.empty() ? "" : ",").append(json::quoted(key)).append(":[");
+    for (const std::string& sentence : sentences) {
+        meta.append(json::quoted(sentence)).append(",");
+    }
+    meta.back() = ']';
+}
+
+std::string metaOf(const Notices& notices)
+{
+    std::string meta;
+    appendList(meta, "org.mervolabs/remarks", notices.remarks);
+    appendList(meta, "org.mervolabs/warnings", notices.warnings);
+    return meta;
+}
+
+void appendText(std::string& content, std::string_view validText)
+{
+    content.append(R"({"type":"text","text":)");
+    json::appendQuoted(content, validText);
+    content.append("}");
+}
+
+/// One paragraph for the model, a line for each sentence.
+std::string paragraph(const Notices& notices)
+{
+    std::string text;
+    for (const std::string& remark : notices.remarks) {
+        text.append("note: ").append(remark).append("\n");
+    }
+    for (const std::string& warning : notices.warnings) {
+        text.append("warning: ").append(warning).append("\n");
+    }
+    text.pop_back();
+    return bounded(platform::withValidUtf8(text));
+}
+
 } // namespace
 
 std::string result(const RequestId& id, std::string_view result)
@@ -61,11 +102,11 @@ std::string result(const RequestId& id, std::string_view result)
 
 std::string emptyResult(const RequestId& id, Era era)
 {
-    std::string_view members = Protocol::resultOpening(era);
+    std::string members = Protocol::resultOpening(era);
     if (!members.empty()) {
-        members.remove_suffix(1); // the comma
+        members.pop_back(); // the comma
     }
-    return result(id, "{" + std::string(members) + "}");
+    return result(id, "{" + members + "}");
 }
 
 std::string error(const RequestId& id, int code, std::string_view text, std::string_view data)
@@ -82,15 +123,19 @@ std::string error(const RequestId& id, int code, std::string_view text, std::str
     return line.append("}}\n");
 }
 
-std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era)
+std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era, const Notices& notices)
 {
     // Repaired before it is measured: a replacement character is longer than the byte that it stands for.
     const std::string valid = platform::isValidUtf8(text) ? bounded(text) : bounded(platform::withValidUtf8(text));
     std::string content = "{";
-    content.append(Protocol::resultOpening(era));
-    content.append(R"("content":[{"type":"text","text":)");
-    json::appendQuoted(content, valid);
-    content.append(isError ? R"(}],"isError":true})" : R"(}],"isError":false})");
+    content.append(Protocol::resultOpening(era, metaOf(notices)));
+    content.append(R"("content":[)");
+    appendText(content, valid);
+    if (!notices.empty()) {
+        content.append(",");
+        appendText(content, paragraph(notices));
+    }
+    content.append(isError ? R"(],"isError":true})" : R"(],"isError":false})");
     return result(id, content);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/policy/Notices.h"
 #include "tools/mcp/Message.h"
 #include "tools/mcp/Protocol.h"
 
@@ -22,8 +23,8 @@ std::string emptyResult(const RequestId& id, Era era);
 std::string error(const RequestId& id, int code, std::string_view text, std::string_view data = {});
 
 /// The outcome of a call as one text for the model. A text too long for a line is cut at a character, and says at its
-/// end how many bytes were left out.
-std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era);
+/// end how many bytes were left out. Notices stand in a second text, and one by one in `_meta`.
+std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era, const Notices& notices = {});
 
 /// A word of the client's, short enough to be repeated in an error.
 std::string_view echo(std::string_view word);

@@ -12,6 +12,7 @@ namespace {
 
 struct Answer {
     const ToolCall& call;
+    const Notices& notices;
 
     std::string operator()(const HarnessRunner::Executed& executed) const { return line(executed.output, false); }
 
@@ -28,7 +29,7 @@ struct Answer {
 
     std::string line(std::string_view text, bool isError) const
     {
-        return Reply::toolResult(call.id, text, isError, call.era);
+        return Reply::toolResult(call.id, text, isError, call.era, notices);
     }
 };
 
@@ -37,7 +38,10 @@ struct Answer {
 std::string answer(const ToolCall& call)
 {
     try {
-        return std::visit(Answer{call}, HarnessRunner::run(*call.tool, call.args, call.actor, ConfigDir::url()));
+        Notices notices;
+        const HarnessRunner::Result result = HarnessRunner::run(
+            *call.tool, call.args, call.actor, ConfigDir::url(), HarnessRunner::Stores::shared(), &notices);
+        return std::visit(Answer{call, notices}, result);
     } catch (const std::exception& failure) {
         return Reply::toolResult(call.id, failure.what(), true, call.era);
     }
