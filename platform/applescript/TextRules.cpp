@@ -5,10 +5,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <utf8proc.h>
 
 namespace mervo::applescript {
 
@@ -78,17 +76,6 @@ bool containsIgnoringCase(std::string_view text, std::string_view part)
     return false;
 }
 
-std::string mapped(std::string_view text, int options)
-{
-    utf8proc_uint8_t* bytes = nullptr;
-    const auto length = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
-        static_cast<utf8proc_ssize_t>(text.size()), &bytes, static_cast<utf8proc_option_t>(options));
-    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(bytes, &std::free);
-    if (length < 0)
-        return std::string(text); // ill-formed bytes stand for themselves
-    return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length)};
-}
-
 bool isIgnored(char c, const TextRules& rules) noexcept
 {
     if (!rules.whiteSpace && std::strchr(" \t\r\n", c))
@@ -109,11 +96,11 @@ std::string keyOf(std::string_view text, const TextRules& rules)
         text = kept;
     }
     if (rules.letterCase && rules.diacriticals)
-        return mapped(text, UTF8PROC_STABLE | UTF8PROC_COMPOSE);
+        return platform::composed(text);
     const std::string folded = rules.letterCase ? std::string(text) : platform::foldCase(text);
     if (rules.diacriticals)
         return folded;
-    return mapped(folded, UTF8PROC_STABLE | UTF8PROC_DECOMPOSE | UTF8PROC_STRIPMARK);
+    return platform::withoutMarks(folded);
 }
 
 /// The key of a text: kept with the text under the default rules, else made here.

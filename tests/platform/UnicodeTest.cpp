@@ -1,7 +1,11 @@
 #include "platform/unicode.h"
+#include "tests/support/Growth.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <memory>
 #include <random>
+#include <utf8proc.h>
 
 namespace mervo::platform {
 namespace {
@@ -19,23 +23,19 @@ TEST(Unicode, foldsCaseBeyondAscii)
         EXPECT_NE(foldCase(a), foldCase(b)) << a << " and " << b;
 }
 
+std::string utf8(char32_t value)
+{
+    utf8proc_uint8_t bytes[4];
+    const auto length = utf8proc_encode_char(static_cast<utf8proc_int32_t>(value), bytes);
+    return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length)};
+}
+
 TEST(Unicode, foldingTwiceIsFoldingOnce)
 {
     for (char32_t value = 0x80; value < 0x30000; ++value) {
         if (value >= 0xD800 && value <= 0xDFFF)
             continue;
-        std::string text;
-        if (value < 0x800) {
-            text += static_cast<char>(0xC0 | value >> 6);
-        } else if (value < 0x10000) {
-            text += static_cast<char>(0xE0 | value >> 12);
-            text += static_cast<char>(0x80 | (value >> 6 & 0x3F));
-        } else {
-            text += static_cast<char>(0xF0 | value >> 18);
-            text += static_cast<char>(0x80 | (value >> 12 & 0x3F));
-            text += static_cast<char>(0x80 | (value >> 6 & 0x3F));
-        }
-        text += static_cast<char>(0x80 | (value & 0x3F));
+        const std::string text = utf8(value);
         const CodePoint point = firstCodePoint(text);
         ASSERT_TRUE(point.valid && point.value == value && point.length == text.size())
             << std::hex << static_cast<unsigned>(value);
@@ -93,33 +93,76 @@ TEST(Unicode, countsCharactersAsAReaderDoes)
     EXPECT_EQ(countCharacters(flags), 10000U) << "pairs, also in a long run";
 }
 
-TEST(Unicode, foldsTheShortWayAsTheLongWay)
+/// What the library makes of a text, whose time grows with the square of a run of marks.
+std::string reference(const std::string& text, int options)
 {
-    const auto utf8 = [](char32_t value) {
-        std::string text;
-        if (value < 0x80)
-            return std::string(1, static_cast<char>(value));
-        if (value < 0x800) {
-            text += static_cast<char>(0xC0 | value >> 6);
-        } else {
-            text += static_cast<char>(0xE0 | value >> 12);
-            text += static_cast<char>(0x80 | (value >> 6 & 0x3F));
-        }
-        text += static_cast<char>(0x80 | (value & 0x3F));
-        return text;
-    };
-    const std::string emoji = "\U0001F600"; // takes the whole text the long way, and is its own folded form
+    utf8proc_uint8_t* bytes = nullptr;
+    const auto length = utf8proc_map(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+        static_cast<utf8proc_ssize_t>(text.size()), &bytes, static_cast<utf8proc_option_t>(options));
+    const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(bytes, &std::free);
+    return length < 0 ? "none" : std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
+}
+
+void expectReference(const std::string& text)
+{
+    ASSERT_EQ(foldCase(text), reference(text, UTF8PROC_STABLE | UTF8PROC_COMPOSE | UTF8PROC_CASEFOLD)) << text;
+    ASSERT_EQ(composed(text), reference(text, UTF8PROC_STABLE | UTF8PROC_COMPOSE)) << text;
+    ASSERT_EQ(withoutMarks(text), reference(text, UTF8PROC_STABLE | UTF8PROC_DECOMPOSE | UTF8PROC_STRIPMARK)) << text;
+}
+
+TEST(Unicode, normalFormsAreTheLibrarysOwn)
+{
+    for (char32_t value = 0; value < 0x110000; ++value)
+        if (value < 0xD800 || value > 0xDFFF)
+            expectReference(utf8(value));
     std::mt19937 random(5);
-    const std::pair<char32_t, char32_t> ranges[]{
-        {0x20, 0x300}, {0x370, 0x530}, {0x2000, 0x2030}, {0x3040, 0x3100}, {0x3400, 0xA000}};
-    for (int round = 0; round < 20'000; ++round) {
+    const std::pair<char32_t, char32_t> ranges[]{{0x20, 0x80}, {0x80, 0x300}, {0x300, 0x370}, {0x370, 0x530},
+        {0x590, 0x700}, {0x900, 0xE00}, {0x1100, 0x1200}, {0x1DC0, 0x2030}, {0x20D0, 0x20F1}, {0x3040, 0x3100},
+        {0x3400, 0xA000}, {0xAC00, 0xD7A4}, {0x1D100, 0x1D200}, {0x1F600, 0x1F650}};
+    for (int round = 0; round < 50'000; ++round) {
         std::string text;
-        for (int i = 0; i < 5; ++i) {
-            const auto& [start, end] = ranges[random() % std::size(ranges)];
+        const bool hasMarks = random() % 4 == 0; // else, mostly, the short way
+        for (auto length = 1 + random() % 28; length > 0; --length) {
+            const auto& [start, end] = ranges[hasMarks && random() % 2 ? 2 : random() % std::size(ranges)];
             text += utf8(start + random() % (end - start));
         }
-        ASSERT_EQ(foldCase(text) + emoji, foldCase(text + emoji)) << text;
+        expectReference(text);
     }
+}
+
+TEST(Unicode, longRunsOfMarksArePartedAndTakeLinearTime)
+{
+    const std::string dotBelow = "\u0323", grave = "\u0300", joiner = "\u034F";
+    const auto run = [&](std::size_t pairs) {
+        std::string text = "q"; // composes with neither
+        for (std::size_t i = 0; i < pairs; ++i)
+            text += grave + dotBelow;
+        return text;
+    };
+    const auto sorted = [&](std::size_t pairs) {
+        std::string text;
+        for (std::size_t i = 0; i < 2 * pairs; ++i)
+            text += i < pairs ? dotBelow : grave;
+        return text;
+    };
+    EXPECT_EQ(foldCase("Q" + run(15).substr(1)), "q" + sorted(15)) << "30 marks are one run";
+    EXPECT_EQ(foldCase(run(16)), "q" + sorted(15) + joiner + sorted(1));
+    EXPECT_EQ(foldCase(foldCase(run(500))), foldCase(run(500)));
+    EXPECT_EQ(withoutMarks(run(500)), "q");
+
+    constexpr std::size_t kPairs = 4'000;
+    const auto folding = [&](std::size_t pairs) { EXPECT_FALSE(foldCase(run(pairs)).empty()); };
+    const auto composing = [&](std::size_t pairs) { EXPECT_FALSE(composed(run(pairs)).empty()); };
+    const auto illFormed = [&](std::size_t pairs) {
+        std::string text;
+        for (std::size_t i = 0; i < pairs; ++i)
+            text += grave + "\xFF";
+        EXPECT_EQ(foldCase(text), text);
+    };
+    EXPECT_LT(test::growth(kPairs, folding), test::kLinear);
+    EXPECT_LT(test::growth(kPairs, composing), test::kLinear);
+    EXPECT_LT(test::growth(kPairs, illFormed), test::kLinear);
+    EXPECT_LT(test::growth(kPairs, [&](std::size_t pairs) { countCharacters(run(pairs)); }), test::kLinear);
 }
 
 } // namespace
