@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/applescript/Application.h"
+#include "platform/applescript/Limits.h"
 #include "platform/applescript/List.h"
 #include "platform/applescript/Reference.h"
 #include "platform/applescript/SyntaxTree.h"
@@ -237,6 +238,7 @@ private:
 template <typename Question, typename Specifier>
 auto Evaluator::ask(Application& application, Question&& question, Specifier&& specifier)
 {
+    Limits::glance();
     try {
         beginQuestion(application);
         if constexpr (std::is_void_v<decltype(question())>) {

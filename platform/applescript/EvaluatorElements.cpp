@@ -226,6 +226,7 @@ const std::vector<TextRange>& Evaluator::pieces(const Value& owner, Unit unit)
         break;
     }
     }
+    Limits::passed(text.view().size());
     pieces_.text = Ref<Text>(&text);
     pieces_.unit = unit;
     pieces_.rules = rules_;

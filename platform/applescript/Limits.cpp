@@ -17,6 +17,7 @@ struct State {
     bool countsSteps = false;
     std::chrono::nanoseconds processorTime{};
     std::chrono::nanoseconds processorEnd{}; // on the thread's clock
+    std::chrono::nanoseconds lastLook{}; // at the thread's clock, on the coarse one
     std::uintptr_t floor = 0;
 };
 constinit thread_local State state;
@@ -26,12 +27,13 @@ std::uintptr_t stackPointer() noexcept
     return reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
 }
 
-constexpr std::uint64_t kStepsBetweenLooks = 1 << 14; // some milliseconds
+constexpr std::uint64_t kStepsBetweenGlances = 256; // some microseconds
+constexpr std::chrono::milliseconds kBetweenLooks{5}; // asking for the thread's time is a system call
 
-std::chrono::nanoseconds processorNow() noexcept
+std::chrono::nanoseconds now(clockid_t clock) noexcept
 {
     timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    clock_gettime(clock, &time);
     return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
@@ -40,21 +42,20 @@ std::string seconds(std::chrono::nanoseconds time)
     return std::to_string(std::chrono::ceil<std::chrono::seconds>(time).count()) + " s of processor time";
 }
 
-void look()
+void lookAtTime()
 {
-    state.untilLook = 1; // whatever is thrown now is thrown at the next step again
-    if (state.countsSteps)
-        throw ScriptError(ErrorNumber::timedOut, "The script took too many steps.");
-    if (processorNow() >= state.processorEnd)
+    if (now(CLOCK_THREAD_CPUTIME_ID) >= state.processorEnd) {
+        state.untilLook = 1; // thrown at the next step again
         throw ScriptError(ErrorNumber::timedOut, "The script was stopped after " + seconds(state.processorTime) + ".");
-    state.untilLook = kStepsBetweenLooks;
+    }
+    state.lastLook = now(CLOCK_MONOTONIC_COARSE);
 }
 
 std::uint64_t untilFirstLook(std::uint64_t steps, std::chrono::nanoseconds processorTime)
 {
     if (steps != 0)
         return steps + 1;
-    return processorTime.count() != 0 ? kStepsBetweenLooks : std::numeric_limits<std::uint64_t>::max();
+    return processorTime.count() != 0 ? kStepsBetweenGlances : std::numeric_limits<std::uint64_t>::max();
 }
 
 } // namespace
@@ -79,19 +80,32 @@ void Limits::enter()
 
 void Limits::step()
 {
-    if (--state.untilLook == 0)
-        look();
+    if (--state.untilLook > 0)
+        return;
+    state.untilLook = 1;
+    if (state.countsSteps)
+        throw ScriptError(ErrorNumber::timedOut, "The script took too many steps.");
+    glance();
+    state.untilLook = kStepsBetweenGlances;
+}
+
+void Limits::glance()
+{
+    if (state.processorTime.count() != 0 && now(CLOCK_MONOTONIC_COARSE) - state.lastLook >= kBetweenLooks)
+        lookAtTime();
 }
 
 Limits::Scope::Scope(std::uint64_t steps, std::size_t bytes, std::chrono::nanoseconds processorTime)
-    : saved_{state.byteLimit, state.untilLook, state.countsSteps, state.processorTime, state.processorEnd, state.floor}
+    : saved_{state.byteLimit, state.untilLook, state.countsSteps, state.processorTime, state.processorEnd,
+        state.lastLook, state.floor}
 {
     const std::uintptr_t here = stackPointer();
     state.byteLimit = bytes;
     state.untilLook = untilFirstLook(steps, processorTime);
     state.countsSteps = steps != 0;
     state.processorTime = processorTime;
-    state.processorEnd = processorNow() + processorTime;
+    state.processorEnd = now(CLOCK_THREAD_CPUTIME_ID) + processorTime;
+    state.lastLook = now(CLOCK_MONOTONIC_COARSE);
     state.floor = here > kStackBytes ? here - kStackBytes : 0;
 }
 
@@ -102,6 +116,7 @@ Limits::Scope::~Scope()
     state.countsSteps = saved_.countsSteps;
     state.processorTime = saved_.processorTime;
     state.processorEnd = saved_.processorEnd;
+    state.lastLook = saved_.lastLook;
     state.floor = saved_.floor;
 }
 

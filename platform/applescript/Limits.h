@@ -20,6 +20,7 @@ public:
 
     /// Some hundred times what a search of 100,000 messages takes.
     static constexpr std::chrono::seconds kProcessorTime{30};
+    static constexpr std::size_t kLongText = 4096;
 
     /// Memory that values hold; `discharge` what was charged.
     static void charge(std::size_t bytes);
@@ -28,6 +29,15 @@ public:
     static void enter();
     /// Called once for each statement, round of a loop and part of a value that is walked through.
     static void step();
+    /// Called where one step may take long, such as a question to an application: looks at the processor time when
+    /// some milliseconds of any time have gone by since it was looked at.
+    static void glance();
+    /// Called with the length of a text that was gone through in one step: glances after a long one.
+    static void passed(std::size_t bytes)
+    {
+        if (bytes >= kLongText)
+            glance();
+    }
 
     /// Sets the bounds for its lifetime; the stack is measured from where it stands.
     class Scope {
@@ -46,6 +56,7 @@ public:
             bool countsSteps;
             std::chrono::nanoseconds processorTime;
             std::chrono::nanoseconds processorEnd;
+            std::chrono::nanoseconds lastLook;
             std::uintptr_t floor;
         } saved_;
     };

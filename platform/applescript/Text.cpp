@@ -74,6 +74,7 @@ Ref<Text> Text::joined(const Ref<Text>& left, std::string_view right)
         buffer = std::make_shared<Buffer>(total > Limits::kDefaultBytes / 2 ? total : total * 2);
         std::memcpy(buffer->bytes.get(), left->data_, left->length_);
         buffer->used = left->length_;
+        Limits::passed(total);
     }
     std::memcpy(buffer->bytes.get() + buffer->used, right.data(), right.size());
     buffer->used += right.size();
@@ -127,6 +128,7 @@ void Text::buildIndex() const
     }
     derived_->count = count;
     derived_->hasIndex = true;
+    Limits::passed(length_);
 }
 
 std::size_t Text::characterCount() const
@@ -176,6 +178,7 @@ std::string_view Text::folded() const
         derived_->charged += length_;
         derived_->folded = platform::foldCase(view());
         derived_->hasFolded = true;
+        Limits::passed(length_);
     }
     return derived_->folded;
 }

@@ -88,6 +88,7 @@ bool isIgnored(char c, const TextRules& rules) noexcept
 /// The form in which texts are compared byte by byte under the rules, numbers apart.
 std::string keyOf(std::string_view text, const TextRules& rules)
 {
+    Limits::passed(text.size());
     std::string kept;
     const bool dropsSome = !rules.whiteSpace || !rules.hyphens || !rules.punctuation;
     if (dropsSome) {
@@ -170,9 +171,8 @@ bool areAscii(const Text& left, const Text& right) noexcept
 /// in the text. A match counts only from one unit's beginning to another's.
 struct MappedKey {
     MappedKey(const Text& text, const TextRules& rules)
+        : MappedKey(text.view().size() * 8)
     {
-        Limits::charge(text.view().size() * 8);
-        charged = text.view().size() * 8;
         std::string_view rest = text.view();
         while (!rest.empty()) {
             std::size_t length = platform::firstCharacterLength(rest);
@@ -181,6 +181,7 @@ struct MappedKey {
             keyStarts.push_back(static_cast<std::uint32_t>(key.size()));
             textStarts.push_back(static_cast<std::uint32_t>(text.view().size() - rest.size()));
             key += keyOf(rest.substr(0, length), rules);
+            Limits::step();
             rest.remove_prefix(length);
         }
         keyStarts.push_back(static_cast<std::uint32_t>(key.size()));
@@ -202,7 +203,15 @@ struct MappedKey {
     std::string key;
     std::vector<std::uint32_t> keyStarts;
     std::vector<std::uint32_t> textStarts;
-    std::size_t charged = 0;
+
+private:
+    explicit MappedKey(std::size_t bytes)
+        : charged(bytes)
+    {
+        Limits::charge(bytes);
+    }
+
+    std::size_t charged;
 };
 
 TextRange findMapped(const MappedKey& text, std::string_view part, std::size_t from)
@@ -216,7 +225,8 @@ TextRange findMapped(const MappedKey& text, std::string_view part, std::size_t f
         const std::size_t end = text.unitAt(place + part.size(), true);
         if (first != std::string::npos && end != std::string::npos)
             return {text.textStarts[first], text.textStarts[end]};
-        ++place;
+        Limits::passed(part.size());
+        place = *std::upper_bound(text.keyStarts.begin(), text.keyStarts.end(), static_cast<std::uint32_t>(place));
     }
     return {std::string::npos, std::string::npos};
 }
@@ -225,6 +235,7 @@ TextRange findMapped(const MappedKey& text, std::string_view part, std::size_t f
 
 bool areEqual(const Text& left, const Text& right, const TextRules& rules)
 {
+    Limits::passed(std::min(left.view().size(), right.view().size()));
     if (rules.areDefault() && areAscii(left, right))
         return equalIgnoringCase(left.view(), right.view());
     if (rules.numericStrings)
@@ -234,6 +245,7 @@ bool areEqual(const Text& left, const Text& right, const TextRules& rules)
 
 int order(const Text& left, const Text& right, const TextRules& rules)
 {
+    Limits::passed(std::min(left.view().size(), right.view().size()));
     if (rules.areDefault() && areAscii(left, right))
         return compareWeights(left.view(), right.view(), false);
     TextRules base = rules;
@@ -250,6 +262,7 @@ int order(const Text& left, const Text& right, const TextRules& rules)
 
 bool contains(const Text& text, const Text& part, const TextRules& rules)
 {
+    Limits::passed(text.view().size());
     if (rules.areDefault() && areAscii(text, part))
         return containsIgnoringCase(text.view(), part.view());
     return findBytes(Key(text, rules).view(), Key(part, rules).view()) != std::string_view::npos;

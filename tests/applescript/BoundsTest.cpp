@@ -1,6 +1,7 @@
 #include "platform/applescript/Limits.h"
 #include "platform/applescript/ScriptError.h"
 #include "tests/applescript/ToyPost.h"
+#include "tests/support/Growth.h"
 
 #include <gtest/gtest.h>
 
@@ -114,6 +115,45 @@ TEST(Bounds, processorTime)
         EXPECT_EQ(error.message, "The script was stopped after 1 s of processor time.");
     }
     EXPECT_THROW(Limits::step(), ScriptError) << "a try around the rest does not help";
+}
+
+TEST(Bounds, processorTimeCountsWithinFiltersAndLongComparisons)
+{
+    using Clock = std::chrono::steady_clock;
+    ToyWorld world = ToyWorld::large(4000);
+    for (ToyLetter& letter : world.accounts[0].boxes[0].letters)
+        letter.subject = repeated("\U0001F600 e\u0301 ", 2000);
+    const std::string stopped = "error -1712: The script was stopped after 1 s of processor time.";
+    const std::string letters = "tell application \"Post\" to return count of (letters of first box whose subject ";
+    for (const std::string& script :
+        std::initializer_list<std::string>{letters + "contains \"x\")", letters + "ends with \"x\")",
+            letters + "is greater than \"x\")", "considering case\n" + letters + "contains \"x\")\nend considering",
+            "set t to \"ab \"\nrepeat 20 times\nset t to t & t\nend repeat\n"
+            "repeat 255 times\nset n to (t contains \"c\") or (count of words of t) = 1\nset t to t & \"x\"\nend "
+            "repeat"}) {
+        const auto start = Clock::now();
+        EXPECT_EQ(runOver(world, script, {}, std::chrono::milliseconds(50)), stopped) << script;
+        EXPECT_LT(Clock::now() - start, std::chrono::seconds(5)) << script;
+    }
+}
+
+/// What the script does with a text `t` of so many combining marks of two kinds.
+TEST(Bounds, longRunsOfMarksTakeLinearTime)
+{
+    for (const std::string use : {"return t contains \"z\"", "return t < (t & \"z\")", "return t ends with (\"x\" & t)",
+             "considering case\nreturn t contains \"z\"\nend considering",
+             "ignoring diacriticals\nreturn t = \"z\"\nend ignoring",
+             "ignoring white space\nreturn offset of t in (\" \" & t & \"q\" & t)\nend ignoring",
+             "considering case\nreturn offset of m in (t & \"q\")\nend considering", "return count of characters of t",
+             "set n to 0\nrepeat with i from 1 to 16\nset n to n + (count of (character i of (t & "
+             "\"0123456789abcdef\")))\nend repeat"}) {
+        const auto work = [&](std::size_t pairs) {
+            const std::string marks = repeated("\u0300\u0323", static_cast<int>(pairs));
+            const std::string script = "set m to \"" + marks + "\"\nset t to \"q\" & m\n";
+            EXPECT_EQ(runAlone(script + use).find("error"), std::string::npos) << use;
+        };
+        EXPECT_LT(growth(3000, work), kLinear) << use;
+    }
 }
 
 TEST(Bounds, numbers)

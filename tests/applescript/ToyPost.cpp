@@ -444,11 +444,12 @@ void registerToyPost(as::ApplicationRegistry& registry, ToyWorld& world)
         [&world]() -> std::unique_ptr<as::Application> { return std::make_unique<PostApplication>(world); });
 }
 
-std::string runOver(ToyWorld& world, const std::string& script, const std::vector<std::string>& arguments)
+std::string runOver(ToyWorld& world, const std::string& script, const std::vector<std::string>& arguments,
+    std::chrono::nanoseconds processorTime)
 {
     as::ApplicationRegistry registry;
     registerToyPost(registry, world);
-    const as::Limits::Scope limits;
+    const as::Limits::Scope limits(0, as::Limits::kDefaultBytes, processorTime);
     return run(registry, script, arguments);
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/applescript/Application.h"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -55,7 +56,9 @@ struct ToyWorld {
 void registerToyPost(applescript::ApplicationRegistry& registry, ToyWorld& world);
 
 /// Runs a script text over the world; the display form of its result, or "error NUMBER: MESSAGE".
-std::string runOver(ToyWorld& world, const std::string& script, const std::vector<std::string>& arguments = {});
+/// No processor time: unlimited.
+std::string runOver(ToyWorld& world, const std::string& script, const std::vector<std::string>& arguments = {},
+    std::chrono::nanoseconds processorTime = {});
 /// The same without any application, within bounds (0 steps: unlimited).
 std::string runAlone(const std::string& script, std::uint64_t steps = 0, std::size_t bytes = std::size_t(1) << 30);
 
