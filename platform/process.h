@@ -15,11 +15,14 @@ struct Command {
     std::vector<std::string> arguments; ///< without the program's own name
     std::string input; ///< what the program reads on standard input, to its end
     bool inheritStandardError = false; ///< true: the child writes to our standard error, and `error` stays empty
+    /// Whether it leads a session and process group of its own. Without: whoever ends our group ends it too.
+    bool ownSession = true;
 };
 
 struct Outcome {
     int status = -1; ///< exit status, -1 when a signal ended the program
     int signal = 0; ///< the signal that ended it, 0 for an exit
+    bool stopped = false; ///< it was ended, or never started, because this process was asked to stop (platform/stop.h)
     std::string output; ///< standard output, as bytes
     std::string error; ///< standard error, as bytes
 };
@@ -42,7 +45,10 @@ private:
 ///  - Both output streams are drained together, so a child that writes much is never blocked.
 ///  - A program that ran and exited non-zero, or died by a signal, is an Outcome and not an error.
 ///  - The child gets only its three standard descriptors; signals have their default actions.
-///  - There is no time limit: the caller waits as long as the program runs.
+///  - In its own session it has no terminal: a Ctrl-C at ours does not reach it, and it can ask nothing there.
+///  - It is killed when this process ends first, however that comes about.
+///  - There is no time limit: the caller waits as long as the program runs, or until this process is asked to stop: the
+///    program's group is then asked to end (SIGTERM), and ended a moment later.
 /// Throws NotStarted; also for a program or argument that holds a NUL character, which no program can receive. Any
 /// thread may call it, also several at once.
 Outcome run(const Command& command);

@@ -1,6 +1,8 @@
 #include "platform/process.h"
 
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/Spawn.h"
+#include "platform/stop.h"
 
 #include <algorithm>
 #include <array>
@@ -10,9 +12,9 @@
 #include <fcntl.h>
 #include <limits>
 #include <poll.h>
-#include <spawn.h>
 #include <string_view>
 #include <sys/mman.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -48,54 +50,6 @@ Pipe makePipe()
     return {aboveStandard(std::move(read)), aboveStandard(std::move(write))};
 }
 
-void check(int errorNumber)
-{
-    if (errorNumber != 0)
-        throw NotStarted(errorNumber);
-}
-
-class FileActions {
-public:
-    FileActions() { check(posix_spawn_file_actions_init(&actions_)); }
-    FileActions(const FileActions&) = delete;
-    ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
-
-    void place(const Descriptor& from, int to) { check(posix_spawn_file_actions_adddup2(&actions_, from.get(), to)); }
-    void openNull(int to, int mode = O_RDONLY)
-    {
-        check(posix_spawn_file_actions_addopen(&actions_, to, "/dev/null", mode, 0));
-    }
-    void closeFrom(int first) { check(posix_spawn_file_actions_addclosefrom_np(&actions_, first)); }
-    const posix_spawn_file_actions_t* get() const { return &actions_; }
-
-private:
-    posix_spawn_file_actions_t actions_{};
-};
-
-/// Default signal actions and an empty mask, whatever this process has set for itself.
-class Attributes {
-public:
-    explicit Attributes(int otherFlags = 0)
-    {
-        check(posix_spawnattr_init(&attributes_));
-        sigset_t signals;
-        sigfillset(&signals);
-        sigdelset(&signals, SIGKILL);
-        sigdelset(&signals, SIGSTOP);
-        posix_spawnattr_setsigdefault(&attributes_, &signals);
-        sigemptyset(&signals);
-        posix_spawnattr_setsigmask(&attributes_, &signals);
-        const int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | otherFlags;
-        posix_spawnattr_setflags(&attributes_, static_cast<short>(flags));
-    }
-    Attributes(const Attributes&) = delete;
-    ~Attributes() { posix_spawnattr_destroy(&attributes_); }
-    const posix_spawnattr_t* get() const { return &attributes_; }
-
-private:
-    posix_spawnattr_t attributes_{};
-};
-
 /// Keeps the signal of a pipe without a reader away from this thread; the write then fails with EPIPE.
 class NoBrokenPipeSignal {
 public:
@@ -125,18 +79,26 @@ private:
 /// A started program. One that is dropped before its end (memory ran out while reading) is ended and reaped.
 class Child {
 public:
-    explicit Child(pid_t id)
+    Child(pid_t id, bool leadsGroup)
         : id_(id)
+        , leadsGroup_(leadsGroup)
+        , end_(static_cast<int>(::syscall(SYS_pidfd_open, id, 0)))
     {
     }
     Child(const Child&) = delete;
     ~Child()
     {
         if (id_ > 0) {
-            kill(id_, SIGKILL);
+            signal(SIGKILL);
             wait();
         }
     }
+
+    /// Readable when it has ended; closed on a system that cannot tell.
+    const Descriptor& end() const { return end_; }
+
+    /// To the program and, where it leads one, its whole group. Before `wait`, while the number is still its own.
+    void signal(int number) const noexcept { kill(leadsGroup_ ? -id_ : id_, number); }
 
     /// The wait status; nothing when the process has asked not to be told of its children.
     std::optional<int> wait() noexcept
@@ -152,6 +114,50 @@ public:
 
 private:
     pid_t id_;
+    bool leadsGroup_;
+    Descriptor end_;
+};
+
+/// Ends a child in two steps once this process is asked to stop: a request, and a moment later force.
+class Ending {
+public:
+    explicit Ending(const Child& child)
+        : child_(child)
+    {
+    }
+
+    /// For poll: what tells of the request until it has come, and how long to wait from then on.
+    pollfd request() const { return {asked_ ? -1 : Stop::descriptor(), POLLIN, 0}; }
+    int patience() const
+    {
+        if (!asked_)
+            return -1;
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(forceAt_ - Clock::now());
+        return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+    }
+    bool asked() const { return asked_; }
+
+    /// After each poll. True when the child has been killed, and nothing of it is worth waiting for any more.
+    bool advance()
+    {
+        if (!asked_ && Stop::reason() != nullptr) {
+            child_.signal(SIGTERM);
+            forceAt_ = Clock::now() + kPatience;
+            asked_ = true;
+        }
+        if (Clock::now() < forceAt_)
+            return false;
+        child_.signal(SIGKILL);
+        return true;
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds kPatience{200};
+
+    const Child& child_;
+    bool asked_ = false;
+    Clock::time_point forceAt_ = Clock::time_point::max();
 };
 
 bool wouldBlock()
@@ -182,13 +188,15 @@ void feed(Descriptor& to, std::string_view& rest)
         to.close();
 }
 
-void exchange(Descriptor& input, std::string_view toWrite, Descriptor& output, Descriptor& error, Outcome& outcome)
+void exchange(Descriptor& input, std::string_view toWrite, Descriptor& output, Descriptor& error, Outcome& outcome,
+    Ending& ending)
 {
     const NoBrokenPipeSignal guard;
-    while (input.open() || output.open() || error.open()) {
+    while ((input.open() || output.open() || error.open()) && !ending.advance()) {
         // A negative descriptor is passed over by poll.
-        std::array<pollfd, 3> waited{{{input.get(), POLLOUT, 0}, {output.get(), POLLIN, 0}, {error.get(), POLLIN, 0}}};
-        if (poll(waited.data(), waited.size(), -1) < 0)
+        std::array<pollfd, 4> waited{
+            {{input.get(), POLLOUT, 0}, {output.get(), POLLIN, 0}, {error.get(), POLLIN, 0}, ending.request()}};
+        if (poll(waited.data(), waited.size(), ending.patience()) < 0)
             continue;
         if (waited[0].revents != 0)
             feed(input, toWrite);
@@ -199,30 +207,14 @@ void exchange(Descriptor& input, std::string_view toWrite, Descriptor& output, D
     }
 }
 
-/// The arguments as the system wants them. The texts stay the command's.
-std::vector<char*> argumentVector(const Command& command)
+/// A program may close its streams and go on. Where its end cannot be polled for, the wait for it is not broken off.
+void awaitEnd(const Child& child, Ending& ending)
 {
-    const auto add = [](std::vector<char*>& list, const std::string& text) {
-        if (text.find('\0') != std::string::npos)
-            throw NotStarted(EINVAL);
-        list.push_back(const_cast<char*>(text.c_str()));
-    };
-    std::vector<char*> list;
-    list.reserve(command.arguments.size() + 2);
-    add(list, command.program);
-    for (const std::string& argument : command.arguments)
-        add(list, argument);
-    list.push_back(nullptr);
-    return list;
-}
-
-pid_t spawn(const Command& command, const FileActions& actions, int otherFlags = 0)
-{
-    const std::vector<char*> arguments = argumentVector(command);
-    const Attributes attributes(otherFlags);
-    pid_t id = -1;
-    check(posix_spawn(&id, command.program.c_str(), actions.get(), attributes.get(), arguments.data(), environ));
-    return id;
+    while (child.end().open() && !ending.advance()) {
+        std::array<pollfd, 2> waited{{{child.end().get(), POLLIN, 0}, ending.request()}};
+        if (poll(waited.data(), waited.size(), ending.patience()) > 0 && waited[0].revents != 0)
+            return;
+    }
 }
 
 void setStatus(Outcome& outcome, int status)
@@ -244,31 +236,38 @@ NotStarted::NotStarted(int errorNumber, Step step)
 
 Outcome run(const Command& command)
 {
+    Outcome outcome;
+    if (Stop::reason() != nullptr) {
+        outcome.stopped = true;
+        return outcome;
+    }
     Pipe input;
     Pipe output = makePipe();
     Pipe error;
-    FileActions actions;
-    if (command.input.empty()) {
-        actions.openNull(STDIN_FILENO);
-    } else {
+    Start start{.standard = {Start::kNull, output.write.get(), Start::kOurs},
+        .ownSession = command.ownSession,
+        .diesWithUs = true};
+    if (!command.input.empty()) {
         input = makePipe();
         fcntl(input.write.get(), F_SETFL, O_NONBLOCK);
-        actions.place(input.read, STDIN_FILENO);
+        start.standard[STDIN_FILENO] = input.read.get();
     }
-    actions.place(output.write, STDOUT_FILENO);
     if (!command.inheritStandardError) {
         error = makePipe();
-        actions.place(error.write, STDERR_FILENO);
+        start.standard[STDERR_FILENO] = error.write.get();
     }
-    actions.closeFrom(STDERR_FILENO + 1);
 
-    Child child(spawn(command, actions));
+    Child child(spawn(command, start), command.ownSession);
     input.read.close();
     output.write.close();
     error.write.close();
 
-    Outcome outcome;
-    exchange(input.write, command.input, output.read, error.read, outcome);
+    Ending ending(child);
+    exchange(input.write, command.input, output.read, error.read, outcome, ending);
+    awaitEnd(child, ending);
+    outcome.stopped = ending.asked();
+    if (outcome.stopped)
+        child.signal(SIGKILL); // what is left of its group
     if (const auto status = child.wait())
         setStatus(outcome, *status);
     return outcome;
@@ -278,12 +277,7 @@ std::optional<Outcome> runDetached(const Command& command, std::chrono::millisec
 {
     constexpr timespec kPause{0, 10'000'000};
     const Descriptor error = aboveStandard(Descriptor(memfd_create("stderr", MFD_CLOEXEC)));
-    FileActions actions;
-    actions.openNull(STDIN_FILENO);
-    actions.openNull(STDOUT_FILENO, O_WRONLY);
-    actions.place(error, STDERR_FILENO);
-    actions.closeFrom(STDERR_FILENO + 1);
-    const pid_t id = spawn(command, actions, POSIX_SPAWN_SETSID);
+    const pid_t id = spawn(command, {.standard = {Start::kNull, Start::kNull, error.get()}, .ownSession = true});
     const auto end = std::chrono::steady_clock::now() + patience;
     int status = 0;
     pid_t ended = 0;

@@ -1,5 +1,6 @@
 #include "platform/process.h"
 
+#include "platform/stop.h"
 #include "tests/support/Files.h"
 
 #include <atomic>
@@ -8,6 +9,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -17,6 +19,43 @@ namespace {
 Outcome shell(const std::string& script, std::string input = {})
 {
     return run({"/bin/sh", {"-c", script}, std::move(input), false});
+}
+
+/// Does the deed in a process of its own; its number.
+template <typename Deed>
+pid_t inAnotherProcess(Deed deed)
+{
+    const pid_t id = ::fork();
+    if (id == 0) {
+        deed();
+        ::_exit(0);
+    }
+    return id;
+}
+
+/// Waits until a file holds a line, at most 20 s.
+std::string lineOf(const std::filesystem::path& file)
+{
+    std::string line;
+    for (int look = 0; look < 4000 && line.empty(); ++look, ::usleep(5000))
+        std::getline(std::ifstream(file) >> std::ws, line);
+    return line;
+}
+
+/// Gone, or ended and not yet reaped by whoever has inherited it.
+bool hasEnded(pid_t id)
+{
+    std::string word;
+    std::ifstream status("/proc/" + std::to_string(id) + "/status");
+    while (status >> word && word != "State:") { }
+    return !(status >> word) || word == "Z" || word == "X";
+}
+
+bool endsSoon(pid_t id)
+{
+    for (int look = 0; look < 1000 && !hasEnded(id); ++look)
+        ::usleep(5000);
+    return hasEnded(id);
 }
 
 std::size_t openDescriptors()
@@ -147,6 +186,7 @@ TEST(Process, manyThreadsAtOnceDoNotHoldEachOthersPipes)
     // A pipe end leaked into a program that waits would keep a quick program's reader waiting as well, for ever.
     const test::TempDir dir;
     ASSERT_EQ(::mkfifo((dir / "gate").c_str(), 0600), 0);
+    Stop::descriptor(); // one for the whole process, made on first use
     const std::size_t before = openDescriptors();
     constexpr int kThreads = 8;
     std::atomic<int> wrong{0};
@@ -200,6 +240,58 @@ TEST(Process, anInterruptedWaitGoesOn)
     sigaction(SIGALRM, &previous, nullptr);
     EXPECT_EQ(outcome.status, 4);
     EXPECT_EQ(outcome.output.size(), 300000U);
+}
+
+TEST(Process, aChildDiesWithItsParent)
+{
+    const test::TempDir dir;
+    for (const bool ownSession : {true, false}) {
+        const auto file = dir / (ownSession ? "own" : "ours");
+        const pid_t parent = inAnotherProcess([&] {
+            const std::string script = "trap '' TERM HUP; echo $$ > " + file.string() + "; exec sleep 60";
+            std::thread([&] { run({"/bin/sh", {"-c", script}, {}, false, ownSession}); }).join();
+        });
+        const pid_t child = std::stoi(lineOf(file));
+        ASSERT_TRUE(isRunning(child));
+        ::kill(parent, SIGKILL);
+        ::waitpid(parent, nullptr, 0);
+        EXPECT_TRUE(endsSoon(child)) << "in its own session: " << ownSession;
+    }
+}
+
+TEST(Process, aChildHasASessionWithoutATerminal)
+{
+    EXPECT_EQ(shell("test $$ = $(cut -d' ' -f6 /proc/$$/stat) && test 0 = $(cut -d' ' -f7 /proc/$$/stat)").status, 0);
+    const Outcome ours = run({"/bin/sh", {"-c", "cut -d' ' -f6 /proc/$$/stat"}, {}, false, false});
+    EXPECT_EQ(ours.output, std::to_string(::getsid(0)) + "\n");
+}
+
+TEST(Process, aRequestToStopEndsWhatRunsAndLetsNothingStart)
+{
+    const test::TempDir dir;
+    const std::string file = (dir / "grandchild").string();
+    // Neither the program nor what it has started listens; one of them has closed its streams besides.
+    const std::vector<std::string> scripts{"trap '' TERM; (trap '' TERM; echo $$ >> " + file + "; exec sleep 60)",
+        "trap '' TERM; exec >&- 2>&-; sleep 60; sleep 60", "sleep 60"};
+    const pid_t worker = inAnotherProcess([&] {
+        std::atomic<int> stopped{0};
+        std::vector<std::thread> threads;
+        for (const std::string& script : scripts)
+            threads.emplace_back([&stopped, &script] { stopped += shell(script).stopped ? 1 : 0; });
+        lineOf(file);
+        ::usleep(100000);
+        Stop::request("ended by a test");
+        for (std::thread& thread : threads)
+            thread.join();
+        const bool isLate = !shell("touch " + file + ".late").stopped || std::filesystem::exists(file + ".late");
+        ::_exit(stopped == 3 && !isLate && Stop::reason() == std::string("ended by a test") ? 0 : 1);
+    });
+    const auto began = std::chrono::steady_clock::now();
+    int status = -1;
+    ::waitpid(worker, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(30));
+    EXPECT_TRUE(endsSoon(std::stoi(lineOf(file))));
 }
 
 } // namespace

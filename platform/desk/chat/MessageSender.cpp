@@ -28,7 +28,10 @@ void handOver(const std::vector<std::string>& words, const std::string& handle, 
     if (program.empty())
         throw ChatError(fmt::format(
             "The message was not sent: the program “{}” is not there; see [messages] in desk.toml.", words.front()));
-    platform::Command command{.program = program, .arguments = {words.begin() + 1, words.end()}, .input = text};
+    platform::Command command{.program = program,
+        .arguments = {words.begin() + 1, words.end()},
+        .input = text,
+        .ownSession = false}; // whoever ends this script ends what sends for it
     command.arguments.push_back(handle);
     try {
         const platform::Outcome outcome = platform::run(command);

@@ -18,8 +18,10 @@ void submit(const MailAccountSettings& account, const std::string& message)
             fmt::format("The message was not sent: the program \u201c{}\u201d of the account \u201c{}\u201d "
                         "is not there; see \"sendmail\" in desk.toml.",
                 name, account.name));
-    platform::Command command{
-        .program = program, .arguments = {account.sendmail.begin() + 1, account.sendmail.end()}, .input = message};
+    platform::Command command{.program = program,
+        .arguments = {account.sendmail.begin() + 1, account.sendmail.end()},
+        .input = message,
+        .ownSession = false}; // whoever ends this script ends what sends for it
     try {
         const platform::Outcome outcome = platform::run(command);
         if (outcome.status != 0)
