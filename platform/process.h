@@ -13,7 +13,7 @@ namespace mervo::platform {
 struct Command {
     std::string program; ///< path of the executable; no search through PATH
     std::vector<std::string> arguments; ///< without the program's own name
-    std::string input; ///< what the program reads on standard input, to its end
+    std::string input; ///< what the program reads on standard input, to its end; nobody else can see it
     bool inheritStandardError = false; ///< true: the child writes to our standard error, and `error` stays empty
     /// Whether it leads a session and process group of its own. Without: whoever ends our group ends it too.
     bool ownSession = true;
@@ -57,6 +57,9 @@ Outcome run(const Command& command);
 /// input is empty, its output goes nowhere, and of its standard error `error` holds what came until its end. Nothing
 /// when it still runs at the end of the patience. Throws NotStarted.
 std::optional<Outcome> runDetached(const Command& command, std::chrono::milliseconds patience);
+
+/// What the system calls a signal ("Killed").
+std::string signalName(int signal);
 
 /// Whether a process with this number is there and ours to signal. False for 0 and below.
 bool isRunning(std::int64_t processId) noexcept;

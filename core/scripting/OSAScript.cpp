@@ -1,14 +1,12 @@
 #include "core/scripting/OSAScript.h"
 
 #include "core/foundation/Text.h"
-#include "platform/files.h"
 #include "platform/process.h"
 #include "platform/programs.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 
 namespace mervo {
 
@@ -21,50 +19,37 @@ constexpr std::array<std::string_view, 3> kMarkers{"syntax error", "script error
 constexpr std::array<std::string_view, 6> kNoise{"TISFileInterrogator", "Connection invalid", "Connection Invalid",
     "Keyboard Layouts", "hiservices-xpcservice", "message reply handler"};
 
-/// A source on disk for as long as the script runs.
-class TemporaryScript {
-public:
-    /// Throws std::system_error.
-    explicit TemporaryScript(std::string_view source)
-        : path_(std::filesystem::temp_directory_path() / ("mervo-" + Text::newUuid() + ".applescript"))
-    {
-        if (const auto error = platform::replaceFile(path_, source, platform::Keep::whileRunning))
-            throw std::system_error(error);
-    }
-    TemporaryScript(const TemporaryScript&) = delete;
-    TemporaryScript& operator=(const TemporaryScript&) = delete;
-    ~TemporaryScript()
-    {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    std::string path() const { return path_.string(); }
-
-private:
-    std::filesystem::path path_;
-};
-
 OSAScript::Result failure(std::string text)
 {
     return {false, {}, std::move(text), -1};
 }
 
-OSAScript::Result result(const platform::Outcome& outcome)
+/// Why the host gave nothing, in place of the line that it could not write.
+std::string silence(const platform::Outcome& outcome)
 {
-    const std::string_view output = platform::isValidUtf8(outcome.output) ? outcome.output : std::string_view();
-    return {outcome.status == 0, std::string(Text::trimmed(output)), OSAScript::cleanedError(outcome.error),
-        outcome.status};
+    if (outcome.signal == 0)
+        return "the script host ended with status " + std::to_string(outcome.status) + " and said nothing";
+    return "the script host was ended by signal " + std::to_string(outcome.signal) + " ("
+        + platform::signalName(outcome.signal) + ") while it ran; it may have acted";
 }
 
-OSAScript::Result launch(const TemporaryScript& script, const std::vector<std::string>& argv)
+OSAScript::Result result(const platform::Outcome& outcome)
 {
-    platform::Command command{platform::osascript().string(), {script.path()}, {}, false};
-    command.arguments.insert(command.arguments.end(), argv.begin(), argv.end());
-    try {
-        return result(platform::run(command));
-    } catch (const platform::NotStarted& error) {
-        return failure(std::string("failed to launch osascript: ") + error.what());
-    }
+    const bool ok = outcome.status == 0;
+    const std::string_view output = platform::isValidUtf8(outcome.output) ? outcome.output : std::string_view();
+    std::string error = OSAScript::cleanedError(outcome.error);
+    if (!ok && error.empty())
+        error = silence(outcome);
+    return {ok, std::string(Text::trimmed(output)), std::move(error), outcome.status};
+}
+
+/// What the host's private form reads: no text of a call stands in the list of processes or in a file.
+std::string call(std::string_view script, const std::vector<std::string>& argv)
+{
+    std::string bytes(script);
+    for (const std::string& argument : argv)
+        (bytes += '\0') += argument;
+    return bytes += '\0';
 }
 
 std::string_view trimmedBlanks(std::string_view line)
@@ -95,10 +80,9 @@ OSAScript::Result OSAScript::run(std::string_view script, const std::vector<std:
     if (std::any_of(argv.begin(), argv.end(), [](const auto& item) { return item.find('\0') != std::string::npos; }))
         return failure("an argument holds a NUL character, which a script cannot receive");
     try {
-        const TemporaryScript file(script);
-        return launch(file, argv);
-    } catch (const std::system_error& error) {
-        return failure("failed to write temp script: " + error.code().message());
+        return result(platform::run({platform::osascript().string(), {"--call"}, call(script, argv)}));
+    } catch (const platform::NotStarted& error) {
+        return failure(std::string("failed to launch osascript: ") + error.what());
     } catch (const std::exception& error) {
         return failure(std::string("the script could not be run: ") + error.what());
     }

@@ -16,9 +16,11 @@ namespace mervo::applescript {
 
 namespace {
 
+constexpr std::string_view kCall = "--call";
 constexpr char kUsage[] = "usage: osascript [-l AppleScript] [-s FLAGS] [-e LINE]... [FILE | -] [ARG]...\n";
 
 struct Options {
+    bool isCall = false;
     bool isInline = false;
     bool inSourceForm = false;
     bool errorsToOutput = false;
@@ -72,7 +74,8 @@ bool applyFlags(std::string_view flags, Options& options)
 /// False for a bad option. Parsing stops at the first word that is none; `-` is one.
 bool parseOptions(std::span<char*> words, Options& options)
 {
-    std::size_t i = 1;
+    options.isCall = words.size() == 2 && words[1] == kCall;
+    std::size_t i = options.isCall ? 2 : 1;
     for (; i < words.size() && words[i][0] == '-' && words[i][1] != '\0'; ++i) {
         const std::string_view option = words[i];
         if ((option != "-l" && option != "-s" && option != "-e") || i + 1 == words.size())
@@ -95,7 +98,29 @@ bool parseOptions(std::span<char*> words, Options& options)
     return true;
 }
 
-/// False when the file cannot be read; the reason is on standard error then.
+void refuse(const std::string& what, const char* why)
+{
+    writeAll(STDERR_FILENO, "osascript: " + what + ": " + why + "\n");
+}
+
+/// A call that was cut off on its way must not run with half an argument.
+bool splitCall(Options& options)
+{
+    const std::string call = std::move(options.source);
+    if (!call.ends_with('\0')) {
+        refuse("standard input", "the call is not whole");
+        return false;
+    }
+    std::size_t end = call.find('\0');
+    options.source = call.substr(0, end);
+    for (std::size_t start = end + 1; start < call.size(); start = end + 1) {
+        end = call.find('\0', start);
+        options.arguments.push_back(call.substr(start, end - start));
+    }
+    return true;
+}
+
+/// False when it cannot be read; the reason is on standard error then.
 bool readSource(Options& options)
 {
     if (options.isInline)
@@ -109,11 +134,11 @@ bool readSource(Options& options)
         if (descriptor >= 0)
             ::close(descriptor);
     }
-    if (failure != 0)
-        writeAll(STDERR_FILENO,
-            "osascript: " + (options.file.empty() ? "standard input" : options.file) + ": " + std::strerror(failure)
-                + "\n");
-    return failure == 0;
+    if (failure != 0) {
+        refuse(options.file.empty() ? "standard input" : options.file, std::strerror(failure));
+        return false;
+    }
+    return !options.isCall || splitCall(options);
 }
 
 /// Characters in front of a byte offset.

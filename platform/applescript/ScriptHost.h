@@ -7,6 +7,10 @@ namespace mervo::applescript {
 /// The whole program `osascript`, over the applications of a registry:
 ///
 ///     osascript [-l AppleScript] [-s FLAGS] [-e LINE]... [FILE | -] [ARG]...
+///     osascript --call
+///
+/// The second form is for programs: script and ARGs come on standard input, each ended by a NUL, so that no list of
+/// processes shows them and none is too long.
 ///
 /// Reads the script, parses all of it before running any of it, runs it with the ARGs and writes the result to
 /// standard output. On failure standard output stays empty, the last line of standard error is

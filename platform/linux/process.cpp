@@ -50,31 +50,22 @@ Pipe makePipe()
     return {aboveStandard(std::move(read)), aboveStandard(std::move(write))};
 }
 
-/// Keeps the signal of a pipe without a reader away from this thread; the write then fails with EPIPE.
-class NoBrokenPipeSignal {
-public:
-    NoBrokenPipeSignal()
-    {
-        sigset_t pending;
-        sigpending(&pending);
-        wasPending_ = sigismember(&pending, SIGPIPE) == 1;
-        sigemptyset(&blocked_);
-        sigaddset(&blocked_, SIGPIPE);
-        pthread_sigmask(SIG_BLOCK, &blocked_, &previous_);
+/// A text as a file in memory that nobody can change any more, to be read from its start. Other than through a pipe, a
+/// program reads all of it even when this process is killed meanwhile: half a message must not pass for a whole one.
+Descriptor sealed(std::string_view text)
+{
+    Descriptor memory = aboveStandard(Descriptor(memfd_create("input", MFD_CLOEXEC | MFD_ALLOW_SEALING)));
+    while (!text.empty()) {
+        const ssize_t count = ::write(memory.get(), text.data(), text.size());
+        if (count < 0 && errno != EINTR)
+            throw NotStarted(errno, NotStarted::Step::pipe);
+        text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
-    NoBrokenPipeSignal(const NoBrokenPipeSignal&) = delete;
-    ~NoBrokenPipeSignal()
-    {
-        const timespec now{};
-        while (!wasPending_ && sigtimedwait(&blocked_, nullptr, &now) < 0 && errno == EINTR) { }
-        pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
-    }
-
-private:
-    sigset_t blocked_{};
-    sigset_t previous_{};
-    bool wasPending_ = false;
-};
+    if (lseek(memory.get(), 0, SEEK_SET) != 0
+        || fcntl(memory.get(), F_ADD_SEALS, F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE) != 0)
+        throw NotStarted(errno, NotStarted::Step::pipe);
+    return memory;
+}
 
 /// A started program. One that is dropped before its end (memory ran out while reading) is ended and reaped.
 class Child {
@@ -176,33 +167,16 @@ void drain(Descriptor& from, std::string& to)
         from.close();
 }
 
-/// Writes what the pipe takes; closes when all is written or nobody reads any more.
-void feed(Descriptor& to, std::string_view& rest)
+void drainAll(Descriptor& output, Descriptor& error, Outcome& outcome, Ending& ending)
 {
-    const ssize_t count = ::write(to.get(), rest.data(), rest.size());
-    if (count >= 0)
-        rest.remove_prefix(static_cast<std::size_t>(count));
-    else if (!wouldBlock())
-        rest = {};
-    if (rest.empty())
-        to.close();
-}
-
-void exchange(Descriptor& input, std::string_view toWrite, Descriptor& output, Descriptor& error, Outcome& outcome,
-    Ending& ending)
-{
-    const NoBrokenPipeSignal guard;
-    while ((input.open() || output.open() || error.open()) && !ending.advance()) {
+    while ((output.open() || error.open()) && !ending.advance()) {
         // A negative descriptor is passed over by poll.
-        std::array<pollfd, 4> waited{
-            {{input.get(), POLLOUT, 0}, {output.get(), POLLIN, 0}, {error.get(), POLLIN, 0}, ending.request()}};
+        std::array<pollfd, 3> waited{{{output.get(), POLLIN, 0}, {error.get(), POLLIN, 0}, ending.request()}};
         if (poll(waited.data(), waited.size(), ending.patience()) < 0)
             continue;
         if (waited[0].revents != 0)
-            feed(input, toWrite);
-        if (waited[1].revents != 0)
             drain(output, outcome.output);
-        if (waited[2].revents != 0)
+        if (waited[1].revents != 0)
             drain(error, outcome.error);
     }
 }
@@ -241,16 +215,15 @@ Outcome run(const Command& command)
         outcome.stopped = true;
         return outcome;
     }
-    Pipe input;
+    Descriptor input;
     Pipe output = makePipe();
     Pipe error;
     Start start{.standard = {Start::kNull, output.write.get(), Start::kOurs},
         .ownSession = command.ownSession,
         .diesWithUs = true};
     if (!command.input.empty()) {
-        input = makePipe();
-        fcntl(input.write.get(), F_SETFL, O_NONBLOCK);
-        start.standard[STDIN_FILENO] = input.read.get();
+        input = sealed(command.input);
+        start.standard[STDIN_FILENO] = input.get();
     }
     if (!command.inheritStandardError) {
         error = makePipe();
@@ -258,12 +231,12 @@ Outcome run(const Command& command)
     }
 
     Child child(spawn(command, start), command.ownSession);
-    input.read.close();
+    input.close();
     output.write.close();
     error.write.close();
 
     Ending ending(child);
-    exchange(input.write, command.input, output.read, error.read, outcome, ending);
+    drainAll(output.read, error.read, outcome, ending);
     awaitEnd(child, ending);
     outcome.stopped = ending.asked();
     if (outcome.stopped)
@@ -291,6 +264,12 @@ std::optional<Outcome> runDetached(const Command& command, std::chrono::millisec
     const ssize_t length = pread(error.get(), text.data(), text.size(), 0);
     outcome.error.assign(text.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
     return outcome;
+}
+
+std::string signalName(int signal)
+{
+    const char* name = sigdescr_np(signal);
+    return name == nullptr ? "unknown" : name;
 }
 
 bool isRunning(std::int64_t processId) noexcept

@@ -51,6 +51,19 @@ TEST(Program, failuresKeepStandardOutputEmpty)
     EXPECT_EQ(osascript({"-s", "o", "-e", "error \"m\""}).output, "0:9: execution error: m (-2700)\n");
 }
 
+TEST(Program, aCallOnStandardInput)
+{
+    const auto call = [](std::string_view bytes) { return osascript({"--call"}, std::string(bytes)); };
+    using namespace std::string_view_literals;
+    EXPECT_EQ(call("on run argv\nreturn argv\nend run\0a\0\0-e\0\n\xFF\0"sv).output, "a, , -e, \n\xFF\n");
+    EXPECT_EQ(call("return 1\0"sv).output, "1\n");
+    for (const auto half : {""sv, "return 1"sv, "return 1\0half an argum"sv}) {
+        const Outcome refused = call(half);
+        EXPECT_EQ(refused.error, "osascript: standard input: the call is not whole\n");
+        EXPECT_EQ(refused.status, 1);
+    }
+}
+
 TEST(Program, whatCannotBeRead)
 {
     const Outcome missing = osascript({"/nonexistent/script"});
