@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -11,8 +12,13 @@
 /// message() is its description. New files are the owner's alone (mode 0600).
 namespace mervo::platform {
 
-/// The bytes of a regular file; nothing when it cannot be read, or is a device, a pipe or a folder.
-std::optional<std::string> readFile(const std::filesystem::path& file) noexcept;
+/// The longest file that is read whole where the caller names no other limit, in bytes.
+constexpr std::size_t kLongestFile = 16 * 1024 * 1024;
+
+/// The bytes of a regular file; nothing when it cannot be read, is longer than `limit` bytes, or is a device, a pipe or
+/// a folder. Neither waits nor takes memory for what it refuses. `why` receives the reason.
+std::optional<std::string> readFile(
+    const std::filesystem::path& file, std::size_t limit = kLongestFile, std::error_code* why = nullptr) noexcept;
 
 /// What changes when a file does: another file under its name, another length, another time.
 struct FileStamp {

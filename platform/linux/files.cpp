@@ -81,7 +81,8 @@ std::error_code replace(const std::filesystem::path& target, std::string_view by
     return {};
 }
 
-std::string readToEnd(const Descriptor& from, std::size_t expected, std::error_code& error)
+/// An error when there is more than `limit`, which a file may also become while it is read.
+std::string readToEnd(const Descriptor& from, std::size_t expected, std::size_t limit, std::error_code& error)
 {
     std::string bytes;
     bytes.reserve(expected + 1);
@@ -90,13 +91,30 @@ std::string readToEnd(const Descriptor& from, std::size_t expected, std::error_c
         const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
         if (count == 0)
             return bytes;
-        if (count > 0)
-            bytes.append(buffer.data(), static_cast<std::size_t>(count));
-        else if (errno != EINTR) {
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0) {
             error = lastError();
             return bytes;
         }
+        bytes.append(buffer.data(), static_cast<std::size_t>(count));
+        if (bytes.size() > limit) {
+            error = std::make_error_code(std::errc::file_too_large);
+            return bytes;
+        }
     }
+}
+
+/// What keeps an open file from being read whole.
+std::error_code refusal(const struct stat& status, std::size_t limit)
+{
+    if (S_ISDIR(status.st_mode))
+        return std::make_error_code(std::errc::is_a_directory);
+    if (!S_ISREG(status.st_mode))
+        return std::make_error_code(std::errc::operation_not_supported);
+    if (static_cast<std::size_t>(status.st_size) > limit)
+        return std::make_error_code(std::errc::file_too_large);
+    return {};
 }
 
 /// The standard library's own failures (memory, a path that cannot be formed) as an error code.
@@ -114,7 +132,7 @@ std::error_code guarded(Work&& work) noexcept
 
 } // namespace
 
-std::optional<std::string> readFile(const std::filesystem::path& file) noexcept
+std::optional<std::string> readFile(const std::filesystem::path& file, std::size_t limit, std::error_code* why) noexcept
 {
     std::optional<std::string> bytes;
     const std::error_code failed = guarded([&]() -> std::error_code {
@@ -122,13 +140,16 @@ std::optional<std::string> readFile(const std::filesystem::path& file) noexcept
         struct stat status { };
         if (!descriptor.open() || ::fstat(descriptor.get(), &status) != 0)
             return lastError();
-        if (!S_ISREG(status.st_mode))
-            return std::make_error_code(std::errc::invalid_argument);
-        std::error_code error;
-        bytes = readToEnd(descriptor, static_cast<std::size_t>(status.st_size), error);
+        std::error_code error = refusal(status, limit);
+        if (!error)
+            bytes = readToEnd(descriptor, static_cast<std::size_t>(status.st_size), limit, error);
         return error;
     });
-    return failed ? std::nullopt : bytes;
+    if (why != nullptr)
+        *why = failed;
+    if (failed)
+        bytes.reset();
+    return bytes;
 }
 
 std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept

@@ -11,7 +11,7 @@ class PendingTest : public Cli {
 protected:
     void queue(const std::string& id, const std::string& createdAt, Args args, std::optional<std::string> preview = {})
     {
-        PendingAction action{id, "mail.send", std::move(args), "mail.send summary of " + id, createdAt, preview};
+        PendingAction action{id, "mail.send", std::move(args), "mail.send to=another", createdAt, preview};
         PendingStore(home()).save(action);
     }
 };
@@ -25,8 +25,8 @@ TEST_F(PendingTest, listsOldestFirstAndLeavesDamageAlone)
     const auto before = tree(home());
 
     EXPECT_EQ(mervo({"pending"}).out,
-        "00000001  2026-03-01T00:00:00Z  mail.send summary of 00000001\n"
-        "00000002  2026-03-02T00:00:00Z  mail.send summary of 00000002\n"
+        "00000001  2026-03-01T00:00:00Z  mail.send to=a\n"
+        "00000002  2026-03-02T00:00:00Z  mail.send to=b\n"
         "          2 messages\n");
     EXPECT_EQ(tree(home()), before);
 
@@ -51,8 +51,8 @@ TEST_F(PendingTest, showsOneActionWholeWithNothingHidden)
 
 TEST_F(PendingTest, aCutIsAnnouncedWithTheLength)
 {
-    PendingStore(home()).save({"0000000A", "ask", {}, std::string(500, 'x'), "2026-03-01T00:00:00Z", {}});
-    EXPECT_THAT(mervo({"pending"}).out, HasSubstr("x... (500 characters)\n"));
+    PendingStore(home()).save({"0000000A", "ask", {{"text", std::string(500, 'x')}}, "", "2026-03-01T00:00:00Z", {}});
+    EXPECT_THAT(mervo({"pending"}).out, HasSubstr("x... (509 bytes)\n"));
 }
 
 TEST_F(PendingTest, anIdIsNoPath)

@@ -119,6 +119,11 @@ TEST(Files, onlyRegularFilesAreRead)
     EXPECT_FALSE(readFile(dir / "missing"));
     test::writeFile(dir / "bytes", std::string("a\0\xFF\n", 4));
     EXPECT_EQ(readFile(dir / "bytes"), std::string("a\0\xFF\n", 4));
+    EXPECT_TRUE(readFile(dir / "bytes", 4));
+    std::error_code why;
+    EXPECT_FALSE(readFile(dir / "bytes", 3, &why));
+    EXPECT_EQ(why, std::errc::file_too_large);
+    EXPECT_FALSE(readFile("/proc/self/maps", 1)) << "a file that is longer than it says";
     EXPECT_EQ(readFile("/proc/self/comm")->empty(), false) << "a size of 0 says nothing about what can be read";
 }
 

@@ -48,6 +48,28 @@ TEST(PendingAction, decodesOnlyWhatIsWhole)
         << "deep, but nothing that matters";
 }
 
+TEST(PendingAction, itsLineComesFromTheArgumentsAndNoValuePosesAsTwo)
+{
+    const std::pair<Args, std::string> cases[]{
+        {{}, "mail.send"},
+        {{{"to", "a@b.org"}, {"limit", "10%"}}, "mail.send limit=10% to=a@b.org"},
+        {{{"body", "x to=me"}, {"to", "a=b"}}, R"(mail.send body="x to=me" to="a=b")"},
+        {{{"body", R"(x" to="me\)"}, {"cc", ""}}, R"(mail.send body="x\" to=\"me\\" cc="")"},
+        {{{"a b=c", "1\n2"}, {"s", "x\xC2\xA0y\xE2\x80\xAE"}},
+            "mail.send \"a b=c\"=\"1<U+000A>2\" s=\"x\xC2\xA0y<U+202E>\""},
+    };
+    for (const auto& [args, line] : cases)
+        EXPECT_EQ((PendingAction{"A", "mail.send", args, "mail.send to=another", "c", {}}).line(100), line);
+    std::string marks = "x";
+    for (int i = 0; i < 100'000; ++i)
+        marks += "\xCC\x81";
+    for (const std::string& value : {std::string(16'000'000, '\1'), marks, marks + " to=me"}) {
+        const std::string line = PendingAction{"A", "t", {{"body", value}, {"to", "x"}}, "", "", {}}.line(100);
+        EXPECT_LT(line.size(), 3000U) << "its cost does not grow with the value";
+        EXPECT_TRUE(line.ends_with("... (" + std::to_string(value.size() + 12) + " bytes)"));
+    }
+}
+
 TEST(PendingStore, listsOldestFirstAndSkipsTheDamaged)
 {
     const test::TempDir dir;
@@ -63,13 +85,25 @@ TEST(PendingStore, listsOldestFirstAndSkipsTheDamaged)
     test::writeFile(store.dir() / "empty.json", "");
     fs::create_directories(store.dir() / "folder.json");
     ASSERT_EQ(::mkfifo((store.dir() / "pipe.json").c_str(), 0600), 0);
-    std::vector<std::string> ids;
-    for (const PendingAction& listed : store.list())
+    test::writeFile(store.dir() / "other.json", action("00000002", "0").encode()); // approved, it would remove 00000002
+    test::writeFile(store.dir() / "sparse.json", "{");
+    fs::resize_file(store.dir() / "sparse.json", 1'500'000'000);
+    std::vector<std::string> ids, damaged;
+    const auto listing = PendingStore::listing(dir / "home");
+    for (const PendingAction& listed : listing.actions)
         ids.push_back(listed.id);
+    for (const auto& [name, reason] : listing.damaged)
+        damaged.push_back(name + ": " + reason);
     EXPECT_EQ(ids, (std::vector<std::string>{"FFFFFFFF", "00000002", "00000003"}));
-    EXPECT_EQ(PendingStore::listExisting(dir / "home"), store.list());
+    EXPECT_EQ(store.list(), listing.actions);
+    EXPECT_EQ(damaged,
+        (std::vector<std::string>{"empty.json: it holds no whole action", "folder.json: Is a directory",
+            "half.json: it holds no whole action", "other.json: its id is \"00000002\", which is not its name",
+            "pipe.json: Operation not supported", "sparse.json: File too large"}));
+    EXPECT_FALSE(listing.failure);
+    EXPECT_TRUE(PendingStore::listing(dir / "home/pending/half.json").failure) << "no folder";
     EXPECT_EQ(store.load("00000002"), action("00000002", "2026-01-02T00:00:00Z", "p"));
-    EXPECT_FALSE(store.load("half") || store.load("gone") || store.load("pipe"));
+    EXPECT_FALSE(store.load("half") || store.load("gone") || store.load("pipe") || store.load("other"));
     EXPECT_EQ(fs::status(store.dir() / "00000002.json").permissions(), fs::perms(0600));
     store.save(action("00000002", "2026-03-01T00:00:00Z"));
     EXPECT_EQ(store.load("00000002"), action("00000002", "2026-03-01T00:00:00Z")) << "the newer file counts";
@@ -78,7 +112,8 @@ TEST(PendingStore, listsOldestFirstAndSkipsTheDamaged)
 TEST(PendingStore, readingCreatesNothing)
 {
     const test::TempDir dir;
-    EXPECT_TRUE(PendingStore::listExisting(dir / "home").empty());
+    const auto listing = PendingStore::listing(dir / "home");
+    EXPECT_TRUE(listing.actions.empty() && listing.damaged.empty() && !listing.failure);
     EXPECT_TRUE(test::tree(dir.path()).empty());
 }
 

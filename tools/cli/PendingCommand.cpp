@@ -14,7 +14,7 @@ namespace mervo::cli {
 namespace {
 
 constexpr std::array kOptions{kJson};
-constexpr std::size_t kSummaryLimit = 120; ///< characters of a summary in the list
+constexpr std::size_t kLineLimit = 120; ///< characters of a call in the list
 
 constexpr std::string_view kHelp =
     R"(Lists the actions that wait for the owner, oldest first: id, time, and the call. With an id: that action whole, with every
@@ -30,8 +30,8 @@ Examples:
 std::string shortened(const std::string& text)
 {
     const std::size_t length = platform::countCharacters(text);
-    const std::string line = Text::visibleLine(Text::cut(text, kSummaryLimit));
-    return length > kSummaryLimit ? fmt::format("{} ({} characters)", line, length) : line;
+    const std::string line = Text::visibleLine(Text::cut(text, kLineLimit));
+    return length > kLineLimit ? fmt::format("{} ({} characters)", line, length) : line;
 }
 
 std::string list(const std::vector<PendingAction>& actions)
@@ -40,8 +40,8 @@ std::string list(const std::vector<PendingAction>& actions)
         return "Nothing is waiting.\n";
     std::string text;
     for (const PendingAction& action : actions) {
-        text += fmt::format("{}  {}  {}\n", Text::visibleLine(action.id), Text::visibleLine(action.createdAt),
-            shortened(std::string(Text::trimmed(action.summary))));
+        text += fmt::format(
+            "{}  {}  {}\n", Text::visibleLine(action.id), Text::visibleLine(action.createdAt), action.line(kLineLimit));
         if (action.preview)
             text += fmt::format("          {}\n", shortened(*action.preview));
     }
