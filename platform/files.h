@@ -46,6 +46,10 @@ std::error_code replaceFile(
 /// Writes the file itself, without a temporary one, down to the disk. What could not be written whole is removed.
 std::error_code writeInPlace(const std::filesystem::path& file, std::string_view bytes) noexcept;
 
+/// Creates the file, empty, where there is none; takes group's and others' rights from one that is there and is ours.
+/// The error when it is not there and cannot be created; the rights of somebody else's file are left as they are.
+std::error_code makeFilePrivate(const std::filesystem::path& file) noexcept;
+
 /// Creates a folder for the owner alone (mode 0700), with what is above it. A folder that is there is left as it is.
 std::error_code createPrivateFolder(const std::filesystem::path& folder) noexcept;
 

@@ -1,6 +1,7 @@
 #include "cockpit/model/CockpitStores.h"
 
 #include "core/foundation/ConfigDir.h"
+#include "core/foundation/StoreFailures.h"
 #include "platform/unified_log.h"
 
 #include <exception>
@@ -75,13 +76,13 @@ CockpitStores::Connection CockpitStores::connected(std::shared_ptr<MervoDB> db)
 
 std::optional<CockpitStores::Reading> CockpitStores::read()
 {
-    if (!reader_.isCurrent()) {
-        reader_ = connected(MervoDB::existing(kReadWait));
-        readVersion_ = -1;
-    }
-    if (reader_.stores->db == nullptr)
-        return Reading{std::vector<AuditEntry>{}, std::vector<PolicyRule>{}, {}};
     try {
+        if (!reader_.isCurrent()) {
+            reader_ = connected(MervoDB::existing(kReadWait));
+            readVersion_ = -1;
+        }
+        if (reader_.stores->db == nullptr)
+            return Reading{std::vector<AuditEntry>{}, std::vector<PolicyRule>{}, {}};
         return reader_.stores->db->database().read(
             [this](Database& database) { return readSnapshot(database, *reader_.stores); });
     } catch (const std::exception&) {
@@ -113,7 +114,7 @@ std::shared_ptr<CockpitStores::Open> CockpitStores::writing()
             ConfigDir::ensureExists();
             db = std::make_shared<MervoDB>(ConfigDir::url(), kWriteWait);
         } catch (const std::exception& failure) {
-            platform::logError("Cockpit", failure.what());
+            StoreFailures::report("the database could not be opened", failure);
         }
         writer_ = connected(std::move(db));
     }

@@ -1,6 +1,7 @@
 #include "core/approval/Approval.h"
 
 #include "core/catalogue/Tools.h"
+#include "core/foundation/StoreBoundary.h"
 #include "core/foundation/Text.h"
 #include "core/policy/HarnessRunner.h"
 
@@ -15,12 +16,10 @@ constexpr std::int64_t kVerdictHours = 168;
 
 bool queuedAgain(const PendingAction& action, const PendingStore& pending)
 {
-    try {
+    return orElse("the action could not be queued again", false, [&] {
         pending.save(action);
         return true;
-    } catch (const std::exception&) {
-        return false; // what is lost is reported with the failure itself
-    }
+    });
 }
 
 /// "refus de mail.send (boss@example.org Work) : too early"
@@ -58,15 +57,17 @@ Claim claim(const PendingAction& action, const PendingStore& pending)
 Run run(const Claimed& claimed, Stores stores)
 {
     const PendingAction& action = claimed.action;
+    const StoreFailures::Scope failures;
     const auto done = HarnessRunner::executeBuilt(*Tools::find(action.tool), action.args);
     AuditLog::Details details = action.args;
     if (done.ok) {
         details["result"] = HarnessRunner::truncate(done.output, HarnessRunner::kAuditTextLimit);
         stores.audit.log(kActor, action.tool, std::nullopt, details, "executed", "approved");
-        return Executed{done.output};
+        return Executed{done.output, failures.sentences()};
     }
     stores.audit.log(kActor, action.tool, std::nullopt, details, "error", done.error);
-    return Failed{done.error, queuedAgain(action, stores.pending)};
+    const bool waits = queuedAgain(action, stores.pending);
+    return Failed{done.error, waits, failures.sentences()};
 }
 
 Result approve(const PendingAction& action, Stores stores)

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 /// A person's verdict on a queued action. Operations of the cockpit and of nothing else: no front end of the agents'
 /// side may link this folder, and that is how the assistant can never approve its own actions.
@@ -33,13 +34,16 @@ struct AlreadyGone { };
 struct Claimed {
     PendingAction action;
 };
+/// `warnings` are sentences about what could not be read or written around the run, above all its audit row.
 struct Executed {
     std::string output;
+    std::vector<std::string> warnings = {};
 };
-/// It ran and failed. `queuedAgain` says that it waits under its old id and time.
+/// It ran and failed. `queuedAgain` says that it waits under its old id and time; if not, a warning says why.
 struct Failed {
     std::string error;
     bool queuedAgain = false;
+    std::vector<std::string> warnings = {};
 };
 using Claim = std::variant<UnknownTool, Refused, AlreadyGone, Claimed>;
 using Run = std::variant<Executed, Failed>;
@@ -58,7 +62,8 @@ using Result = std::variant<UnknownTool, Refused, AlreadyGone, Executed, Failed>
 [[nodiscard]] Result approve(const PendingAction& action, Stores stores);
 
 /// Drops the action and tells later runs of automations so for a week. The note may be empty. True when this call
-/// removed the file; the audit row and the verdict are written in any case. Never throws.
+/// removed the file; the audit row and the verdict are written in any case. What could not be written is heard by a
+/// StoreFailures::Scope of the caller. Never throws.
 bool reject(const PendingAction& action, std::string_view note, Stores stores);
 
 } // namespace mervo::Approval

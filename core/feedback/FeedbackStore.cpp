@@ -1,7 +1,7 @@
 #include "core/feedback/FeedbackStore.h"
 
+#include "core/foundation/StoreBoundary.h"
 #include "core/foundation/Timestamps.h"
-#include "platform/unified_log.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,18 +10,18 @@ namespace mervo {
 
 namespace {
 
-/// What the operation gives, or an empty value when there is no database or it fails; the log says why.
+constexpr std::string_view kNotRead = "the operator's feedback could not be read";
+constexpr std::string_view kNotWritten = "the operator's feedback could not be written";
+
+/// What the operation gives, or an empty value when it fails.
 template <typename Operation>
-auto orEmpty(std::optional<FeedbackDB>& db, Operation&& operation) noexcept -> decltype(operation(*db))
+auto orEmpty(std::string_view task, const StoreDatabase& db, Operation&& operation) noexcept
 {
-    using Answer = decltype(operation(*db));
-    try {
-        if (db)
-            return operation(*db);
-    } catch (const std::exception& error) {
-        platform::logError("Feedback", error.what());
-    }
-    return Answer();
+    using Answer = std::decay_t<decltype(operation(std::declval<FeedbackDB&>()))>;
+    return orElse(task, Answer(), [&] {
+        FeedbackDB open(db.open());
+        return operation(open);
+    });
 }
 
 std::string daysAgo(std::int64_t days)
@@ -33,57 +33,65 @@ std::string daysAgo(std::int64_t days)
 
 } // namespace
 
-FeedbackStore::FeedbackStore(std::shared_ptr<MervoDB> db) noexcept
+FeedbackStore::FeedbackStore(StoreDatabase db) noexcept
+    : db_(std::move(db))
 {
-    if (db != nullptr)
-        db_.emplace(std::move(db));
 }
 
 FeedbackStore& FeedbackStore::shared() noexcept
 {
-    static FeedbackStore store(MervoDB::shared());
+    static FeedbackStore store(StoreDatabase::ofHome());
     return store;
 }
 
 void FeedbackStore::add(const FeedbackItem& item) noexcept
 {
-    orEmpty(db_, [&](FeedbackDB& db) { db.add(item); });
+    orEmpty(kNotWritten, db_, [&](FeedbackDB& db) {
+        db.add(item);
+        return true;
+    });
 }
 
 std::vector<FeedbackItem> FeedbackStore::openQuestions(std::string_view channel) noexcept
 {
-    return orEmpty(db_, [&](FeedbackDB& db) { return db.openQuestions(channel, Timestamps::now()); });
+    return orEmpty(kNotRead, db_, [&](FeedbackDB& db) { return db.openQuestions(channel, Timestamps::now()); });
 }
 
 bool FeedbackStore::answer(std::string_view id, std::string_view text) noexcept
 {
-    return orEmpty(db_, [&](FeedbackDB& db) { return db.answer(id, text, Timestamps::now()); });
+    return orEmpty(kNotWritten, db_, [&](FeedbackDB& db) { return db.answer(id, text, Timestamps::now()); });
 }
 
 std::vector<FeedbackItem> FeedbackStore::pendingInjection(std::string_view automation) noexcept
 {
-    return orEmpty(db_, [&](FeedbackDB& db) { return db.pendingInjection(automation, Timestamps::now()); });
+    return orEmpty(kNotRead, db_, [&](FeedbackDB& db) { return db.pendingInjection(automation, Timestamps::now()); });
 }
 
 void FeedbackStore::markInjected(const std::vector<std::string>& ids) noexcept
 {
-    orEmpty(db_, [&](FeedbackDB& db) { db.markInjected(ids, Timestamps::now()); });
+    orEmpty(kNotWritten, db_, [&](FeedbackDB& db) {
+        db.markInjected(ids, Timestamps::now());
+        return true;
+    });
 }
 
 void FeedbackStore::remove(std::string_view id) noexcept
 {
-    orEmpty(db_, [&](FeedbackDB& db) { db.remove(id); });
+    orEmpty(kNotWritten, db_, [&](FeedbackDB& db) {
+        db.remove(id);
+        return true;
+    });
 }
 
 std::int64_t FeedbackStore::gc(std::int64_t retainDays) noexcept
 {
-    return orEmpty(db_, [&](FeedbackDB& db) { return db.gc(daysAgo(retainDays), Timestamps::now()); });
+    return orEmpty(kNotWritten, db_, [&](FeedbackDB& db) { return db.gc(daysAgo(retainDays), Timestamps::now()); });
 }
 
 std::vector<FeedbackItem> FeedbackStore::recent(
     const std::optional<std::string>& automation, std::int64_t limit) noexcept
 {
-    return orEmpty(db_, [&](FeedbackDB& db) { return db.recent(automation, limit, Timestamps::now()); });
+    return orEmpty(kNotRead, db_, [&](FeedbackDB& db) { return db.recent(automation, limit, Timestamps::now()); });
 }
 
 } // namespace mervo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/feedback/FeedbackDB.h"
+#include "core/foundation/StoreDatabase.h"
 
 #include <cstdint>
 #include <memory>
@@ -12,11 +13,12 @@
 namespace mervo {
 
 /// The operator channel's records, at the present time. Never throws: without a database, and on any failure of it, a
-/// read gives an empty list and a write false, 0 or nothing. A run without feedback is better than a run that fails.
+/// read gives an empty list and a write false, 0 or nothing. A run without feedback is
+/// better than a run that fails; the boundary of the stores says why (StoreFailures).
 class FeedbackStore {
 public:
-    explicit FeedbackStore(std::shared_ptr<MervoDB> db) noexcept;
-    /// On the home directory's database, opened on first use.
+    explicit FeedbackStore(StoreDatabase db) noexcept;
+    /// On the home directory's database (StoreDatabase::ofHome).
     static FeedbackStore& shared() noexcept;
 
     // Each as in FeedbackDB.
@@ -31,7 +33,7 @@ public:
     std::vector<FeedbackItem> recent(const std::optional<std::string>& automation, std::int64_t limit) noexcept;
 
 private:
-    std::optional<FeedbackDB> db_;
+    StoreDatabase db_;
 };
 
 } // namespace mervo

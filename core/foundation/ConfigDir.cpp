@@ -48,8 +48,11 @@ void ConfigDir::ensureExists()
 
 void DataProtection::secure(const std::filesystem::path& path)
 {
+    using std::filesystem::perms;
     std::error_code error;
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all, error);
+    if (std::filesystem::status(path, error).permissions() == perms::owner_all)
+        return;
+    std::filesystem::permissions(path, perms::owner_all, error);
     if (error)
         platform::logError("DataProtection", "chmod 0700 failed for " + path.string() + ": " + error.message());
 }

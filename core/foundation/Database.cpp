@@ -12,27 +12,21 @@ namespace {
 constexpr int kShortestPauseMicroseconds = 500;
 constexpr int kLongestPauseMicroseconds = 1500;
 
-[[noreturn]] void fail(sqlite3* connection)
-{
-    throw DatabaseError(sqlite3_extended_errcode(connection), sqlite3_errmsg(connection));
-}
+thread_local Database::OneWait* oneWait = nullptr; ///< the innermost of this thread
 
 } // namespace
 
-DatabaseError::DatabaseError(int code, const std::string& message)
-    : std::runtime_error(message)
-    , code_(code)
+Statement::Statement(const Database& database, std::string_view sql)
+    : database_(&database)
 {
-}
-
-Statement::Statement(sqlite3* connection, std::string_view sql)
-{
-    if (sqlite3_prepare_v2(connection, sql.data(), static_cast<int>(sql.size()), &statement_, nullptr) != SQLITE_OK)
-        fail(connection);
+    if (sqlite3_prepare_v2(database.connection_, sql.data(), static_cast<int>(sql.size()), &statement_, nullptr)
+        != SQLITE_OK)
+        database.fail();
 }
 
 Statement::Statement(Statement&& other) noexcept
-    : statement_(std::exchange(other.statement_, nullptr))
+    : database_(other.database_)
+    , statement_(std::exchange(other.statement_, nullptr))
     , bound_(other.bound_)
     , names_(std::move(other.names_))
     , expected_(other.expected_)
@@ -48,21 +42,21 @@ Statement& Statement::bind(std::string_view text)
 {
     const char* bytes = text.empty() ? "" : text.data(); // a null pointer would bind NULL
     if (sqlite3_bind_text64(statement_, ++bound_, bytes, text.size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK)
-        fail(sqlite3_db_handle(statement_));
+        database_->fail();
     return *this;
 }
 
 Statement& Statement::bind(std::int64_t number)
 {
     if (sqlite3_bind_int64(statement_, ++bound_, number) != SQLITE_OK)
-        fail(sqlite3_db_handle(statement_));
+        database_->fail();
     return *this;
 }
 
 Statement& Statement::bind(double number)
 {
     if (sqlite3_bind_double(statement_, ++bound_, number) != SQLITE_OK)
-        fail(sqlite3_db_handle(statement_));
+        database_->fail();
     return *this;
 }
 
@@ -71,7 +65,7 @@ Statement& Statement::bind(const std::optional<std::string>& text)
     if (text)
         return bind(std::string_view(*text));
     if (sqlite3_bind_null(statement_, ++bound_) != SQLITE_OK)
-        fail(sqlite3_db_handle(statement_));
+        database_->fail();
     return *this;
 }
 
@@ -83,7 +77,7 @@ bool Statement::step()
     case SQLITE_DONE:
         return false;
     default:
-        fail(sqlite3_db_handle(statement_));
+        database_->fail();
     }
 }
 
@@ -146,7 +140,8 @@ Database::Database(const std::filesystem::path& file, Access access, std::chrono
     const int result =
         sqlite3_open_v2(file.c_str(), &connection_, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     if (result != SQLITE_OK) {
-        const DatabaseError error(result, connection_ == nullptr ? "out of memory" : sqlite3_errmsg(connection_));
+        const DatabaseError error(result, connection_ == nullptr ? "out of memory" : sqlite3_errmsg(connection_),
+            {file, {}, connection_ == nullptr ? 0 : sqlite3_system_errno(connection_)});
         sqlite3_close(connection_);
         throw error;
     }
@@ -164,12 +159,19 @@ Database::~Database()
 void Database::execute(const std::string& sql)
 {
     if (sqlite3_exec(connection_, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
-        fail(connection_);
+        fail();
 }
 
 int Database::changes() const
 {
     return sqlite3_changes(connection_);
+}
+
+void Database::fail() const
+{
+    const char* file = sqlite3_db_filename(connection_, "main");
+    throw DatabaseError(sqlite3_extended_errcode(connection_), sqlite3_errmsg(connection_),
+        {file == nullptr ? "" : file, longestWait_, sqlite3_system_errno(connection_)});
 }
 
 /// Called by SQLite while another connection holds the lock; `attempts` starts from 0 for each wait. SQLite's own
@@ -178,13 +180,39 @@ int Database::waitForLock(void* self, int attempts)
 {
     auto& database = *static_cast<Database*>(self);
     const auto now = std::chrono::steady_clock::now();
-    if (attempts == 0)
-        database.waitingSince_ = now;
-    else if (now - database.waitingSince_ > database.longestWait_)
+    if (oneWait != nullptr && oneWait->isOver_)
         return 0;
+    if (attempts == 0) {
+        const bool isCommit = sqlite3_get_autocommit(database.connection_) == 0;
+        database.waitingSince_ = isCommit || database.turns_ == 0 ? now : database.askedFor_;
+    }
+    if (now - database.waitingSince_ > database.longestWait_) {
+        if (oneWait != nullptr)
+            oneWait->isOver_ = true;
+        return 0;
+    }
     std::uniform_int_distribution pause(kShortestPauseMicroseconds, kLongestPauseMicroseconds);
     std::this_thread::sleep_for(std::chrono::microseconds(pause(database.pauses_)));
     return 1;
+}
+
+Database::OneWait::OneWait() noexcept
+    : outer_(std::exchange(oneWait, this))
+{
+}
+
+Database::OneWait::~OneWait()
+{
+    oneWait = outer_;
+}
+
+Database::Turn::Turn(Database& database)
+    : database_(database)
+    , arrived_(std::chrono::steady_clock::now())
+    , guard_(database.mutex_)
+{
+    if (database.turns_++ == 0)
+        database.askedFor_ = arrived_;
 }
 
 Database::Transaction::Transaction(Database& database)

@@ -17,20 +17,30 @@ struct sqlite3_stmt;
 
 namespace mervo {
 
-/// A failure of the database, in its own words.
+/// A failure of the database. `what()` is SQLite's own text; `sentence()` is for people: what is wrong with which file,
+/// and the remedy.
 class DatabaseError final : public std::runtime_error {
 public:
-    DatabaseError(int code, const std::string& message);
+    struct Circumstances {
+        std::filesystem::path file; ///< empty: in memory
+        std::chrono::milliseconds waited{}; ///< for a lock, at most
+        int systemError = 0; ///< errno of the call behind it; 0 when there was none
+    };
+    DatabaseError(int code, const std::string& message, Circumstances circumstances);
     int code() const noexcept { return code_; }
+    std::string sentence() const;
 
 private:
     int code_;
+    Circumstances circumstances_;
 };
+
+class Database;
 
 /// A prepared statement: bind in order, then step. Valid only inside the closure of `Database::read` or `write`.
 class Statement {
 public:
-    Statement(sqlite3* connection, std::string_view sql);
+    Statement(const Database& database, std::string_view sql);
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
     Statement& operator=(Statement&&) = delete;
@@ -60,6 +70,7 @@ public:
 private:
     int index(std::string_view column) const;
 
+    const Database* database_;
     sqlite3_stmt* statement_ = nullptr;
     int bound_ = 0;
     mutable std::vector<std::string> names_; ///< of the columns, known from the first row on
@@ -69,8 +80,9 @@ private:
 /// One serial connection to one SQLite file. Any thread may use it; closures run one at a time.
 ///
 /// A lock that another connection holds is waited for: up to 10 s (or what the opener says), asked again after 0.5 to
-/// 1.5 ms at random, so that many writers at once each get their turn. Foreign keys are on; the journal is SQLite's
-/// default.
+/// 1.5 ms at random, so that many writers at once each get their turn. The time counts from the call of `read` or
+/// `write`, so that threads that queue for the connection do not wait one after the other; a commit has the whole time
+/// anew. Foreign keys are on; the journal is SQLite's default.
 class Database {
 public:
     enum class Access { readWrite, readOnly };
@@ -88,7 +100,7 @@ public:
     template <typename Closure>
     auto read(Closure&& closure)
     {
-        std::scoped_lock guard(mutex_);
+        const Turn turn(*this);
         return closure(*this);
     }
 
@@ -96,20 +108,53 @@ public:
     template <typename Closure>
     auto write(Closure&& closure);
 
-    Statement prepare(std::string_view sql) { return Statement(connection_, sql); }
+    Statement prepare(std::string_view sql) { return Statement(*this, sql); }
     void execute(const std::string& sql);
     int changes() const;
 
-private:
-    class Transaction;
+    /// While it lives, its thread waits for a lock in vain once at most: after that whatever is locked fails at once.
+    class OneWait;
 
+private:
+    friend class Statement;
+    class Transaction;
+    class Turn;
+
+    [[noreturn]] void fail() const;
     static int waitForLock(void* self, int attempts);
 
     std::recursive_mutex mutex_;
     sqlite3* connection_ = nullptr;
     std::chrono::milliseconds longestWait_;
+    std::chrono::steady_clock::time_point askedFor_; ///< when the closure that runs was handed in
+    int turns_ = 0; ///< closures that run, one inside the other
     std::chrono::steady_clock::time_point waitingSince_;
     std::minstd_rand pauses_{std::random_device{}()};
+};
+
+class Database::OneWait {
+public:
+    OneWait() noexcept;
+    ~OneWait();
+    OneWait(const OneWait&) = delete;
+    OneWait& operator=(const OneWait&) = delete;
+
+private:
+    friend class Database;
+    OneWait* outer_;
+    bool isOver_ = false;
+};
+
+/// The connection, for one thread.
+class Database::Turn {
+public:
+    explicit Turn(Database& database);
+    ~Turn() { --database_.turns_; }
+
+private:
+    Database& database_;
+    std::chrono::steady_clock::time_point arrived_;
+    std::scoped_lock<std::recursive_mutex> guard_;
 };
 
 class Database::Transaction {
@@ -126,7 +171,7 @@ private:
 template <typename Closure>
 auto Database::write(Closure&& closure)
 {
-    std::scoped_lock guard(mutex_);
+    const Turn turn(*this);
     Transaction transaction(*this);
     if constexpr (std::is_void_v<decltype(closure(*this))>) {
         closure(*this);

@@ -1,8 +1,10 @@
 #include "core/foundation/MervoDB.h"
 
 #include "core/foundation/ConfigDir.h"
+#include "platform/files.h"
 
 #include <array>
+#include <mutex>
 #include <sqlite3.h>
 
 namespace mervo {
@@ -59,16 +61,24 @@ CREATE TABLE feedback (
     Migration{"feedback_v2_pending", "ALTER TABLE feedback ADD COLUMN pending_id TEXT;"},
 };
 
+/// SQLite takes a file of no bytes for a new database, and gives its journal the mode of the file.
+std::filesystem::path madePrivate(std::filesystem::path file)
+{
+    if (const std::error_code error = platform::makeFilePrivate(file))
+        throw std::filesystem::filesystem_error("The database cannot be opened", file, error);
+    return file;
+}
+
 std::filesystem::path fileInHome()
 {
     ConfigDir::ensureExists();
-    return ConfigDir::databaseURL();
+    return madePrivate(ConfigDir::databaseURL());
 }
 
 std::filesystem::path fileIn(const std::filesystem::path& directory)
 {
     std::filesystem::create_directories(directory);
-    return directory / "mervo.sqlite";
+    return madePrivate(directory / "mervo.sqlite");
 }
 
 /// One cheap question, which is all that opening a file in use costs.
@@ -101,14 +111,25 @@ void apply(Database& database, const Migration& migration)
     database.prepare("INSERT INTO grdb_migrations (identifier) VALUES (?)").bind(migration.identifier).run();
 }
 
-template <typename Open>
-std::shared_ptr<MervoDB> orNothing(Open&& open) noexcept
-{
-    try {
-        return open();
-    } catch (const std::exception&) {
-        return nullptr; // the stores then answer as an empty database would
+/// A connection and the file that it was opened on.
+struct Connected {
+    std::filesystem::path path;
+    std::optional<platform::FileStamp> file;
+    std::shared_ptr<MervoDB> db;
+
+    bool isOn(const std::filesystem::path& wanted) const
+    {
+        if (db == nullptr || path != wanted)
+            return false;
+        const auto now = platform::fileStamp(wanted);
+        return file && now && now->isSameFile(*file);
     }
+};
+
+Connected connect(const std::filesystem::path& path)
+{
+    auto db = std::make_shared<MervoDB>();
+    return {path, platform::fileStamp(path), std::move(db)};
 }
 
 } // namespace
@@ -135,18 +156,30 @@ std::shared_ptr<MervoDB> MervoDB::inMemory()
     return std::shared_ptr<MervoDB>(new MervoDB(":memory:", Database::Access::readWrite, Database::kUsualWait));
 }
 
-std::shared_ptr<MervoDB> MervoDB::existing(std::chrono::milliseconds longestWait) noexcept
+std::shared_ptr<MervoDB> MervoDB::existing(std::chrono::milliseconds longestWait)
 {
-    return orNothing([=] {
-        return std::shared_ptr<MervoDB>(new MervoDB(ConfigDir::databaseURL(), Database::Access::readOnly, longestWait));
-    });
+    const std::filesystem::path file = ConfigDir::databaseURL();
+    if (!std::filesystem::exists(file))
+        return nullptr;
+    return std::shared_ptr<MervoDB>(new MervoDB(file, Database::Access::readOnly, longestWait));
 }
 
-const std::shared_ptr<MervoDB>& MervoDB::shared() noexcept
+std::shared_ptr<MervoDB> MervoDB::shared()
 {
     // Never destroyed: a thread may still be writing its last row while the process ends.
-    static const auto& db = *new std::shared_ptr<MervoDB>(orNothing([] { return std::make_shared<MervoDB>(); }));
-    return db;
+    static auto& mutex = *new std::mutex;
+    static auto& current = *new Connected;
+    const std::filesystem::path path = ConfigDir::databaseURL();
+    {
+        const std::scoped_lock guard(mutex);
+        if (current.isOn(path))
+            return current.db;
+    }
+    Connected opened = connect(path);
+    const std::scoped_lock guard(mutex);
+    if (!current.isOn(path)) // else another thread was faster
+        current = std::move(opened);
+    return current.db;
 }
 
 void MervoDB::migrate()

@@ -7,7 +7,8 @@
 
 namespace mervo {
 
-/// The unified database `mervo.sqlite`: audit trail, policy rules and operator feedback in one file.
+/// The unified database `mervo.sqlite`: audit trail, policy rules and operator feedback in one file, which is the
+/// owner's alone (mode 0600, as SQLite's journal beside it).
 ///
 /// Opening brings the schema up to date: four migrations ("audit_v1", "policy_rules_v1", "feedback_v1",
 /// "feedback_v2_pending"), each one transaction, each run once for a file and recorded in the table
@@ -21,13 +22,15 @@ public:
         const std::filesystem::path& directory, std::chrono::milliseconds longestWait = Database::kUsualWait);
     /// A database without a file, of its own.
     static std::shared_ptr<MervoDB> inMemory();
-    /// The file in the home directory for reading only: nothing is created or migrated. Empty when there is none, or
-    /// when it cannot be opened.
-    static std::shared_ptr<MervoDB> existing(std::chrono::milliseconds longestWait = Database::kUsualWait) noexcept;
+    /// The file in the home directory for reading only: nothing is created or migrated. Empty when there is none.
+    /// Throws when there is one that cannot be opened.
+    static std::shared_ptr<MervoDB> existing(std::chrono::milliseconds longestWait = Database::kUsualWait);
 
-    /// The one connection of this process to the file in the home directory, opened on first use; empty for the rest
-    /// of the process when that failed.
-    static const std::shared_ptr<MervoDB>& shared() noexcept;
+    /// The one connection of this process to the file in the home directory. Opened when it is first wanted, again at
+    /// each call until that succeeds, and anew when the file was deleted or another put in its place: a row written to
+    /// a file without a name would be lost. Never empty; throws as the constructor does. Any thread; threads that open
+    /// at the same time wait for a lock side by side.
+    static std::shared_ptr<MervoDB> shared();
 
     Database& database() { return database_; }
 

@@ -1,23 +1,35 @@
 #pragma once
 
-#include "core/foundation/MervoDB.h"
+#include "core/foundation/StoreDatabase.h"
+#include "core/foundation/StoreFailures.h"
 
 #include <exception>
+#include <memory>
 
 namespace mervo {
 
-/// The one boundary of a store, where failures of the database end: what `work` gives on the open database, else the
-/// fallback (there is no database, or the statement failed).
+/// The one boundary of all stores, where failures end: what `work` gives, else the fallback. Why it failed goes to the
+/// log and to whoever listens (StoreFailures::Scope), under the clause `task`, which says what was not done: "the rules
+/// could not be read".
 template <typename Result, typename Work>
-Result orElse(MervoDB* db, Result fallback, Work&& work) noexcept
+Result orElse(std::string_view task, Result fallback, Work&& work) noexcept
 {
-    if (db == nullptr)
-        return fallback;
     try {
-        return work(db->database());
-    } catch (const std::exception&) {
+        return work();
+    } catch (const std::exception& reason) {
+        StoreFailures::report(task, reason);
         return fallback;
     }
+}
+
+/// The same for work on a store's database.
+template <typename Result, typename Work>
+Result orElse(std::string_view task, const StoreDatabase& db, Result fallback, Work&& work) noexcept
+{
+    return orElse(task, std::move(fallback), [&] {
+        const std::shared_ptr<MervoDB> open = db.open();
+        return work(open->database());
+    });
 }
 
 } // namespace mervo

@@ -29,6 +29,9 @@ constexpr std::string_view kSearch = "SELECT * FROM audit\n"
                                      "ORDER BY id DESC LIMIT ?;";
 constexpr std::string_view kPrune = "DELETE FROM audit WHERE timestamp < ?";
 
+constexpr std::string_view kNotWritten = "the audit row could not be written";
+constexpr std::string_view kNotRead = "the audit trail could not be read";
+
 constexpr int kSearchedColumns = 6;
 constexpr std::int64_t kMostDays = 73000; // two hundred years, well inside what the clock can hold
 constexpr std::size_t kDateLength = 10;
@@ -65,9 +68,9 @@ std::vector<AuditEntry> collect(Statement& query)
     return entries;
 }
 
-std::int64_t countSince(MervoDB* db, std::string_view statement) noexcept
+std::int64_t countSince(std::string_view task, const StoreDatabase& db, std::string_view statement) noexcept
 {
-    return orElse(db, std::int64_t{0}, [&](Database& database) {
+    return orElse(task, db, std::int64_t{0}, [&](Database& database) {
         return database.read([&](Database& connection) -> std::int64_t {
             auto query = connection.prepare(statement);
             return query.bind(startOfToday()).step() ? query.firstInteger() : 0;
@@ -77,7 +80,7 @@ std::int64_t countSince(MervoDB* db, std::string_view statement) noexcept
 
 } // namespace
 
-AuditLog::AuditLog(std::shared_ptr<MervoDB> db)
+AuditLog::AuditLog(StoreDatabase db) noexcept
     : db_(std::move(db))
 {
 }
@@ -85,14 +88,14 @@ AuditLog::AuditLog(std::shared_ptr<MervoDB> db)
 AuditLog& AuditLog::shared() noexcept
 {
     // Never destroyed: a thread may still be using it while the process ends.
-    static AuditLog& log = *new AuditLog();
+    static AuditLog& log = *new AuditLog(StoreDatabase::ofHome());
     return log;
 }
 
-void AuditLog::log(std::string_view actor, std::string_view action, const std::optional<std::string>& accountId,
+bool AuditLog::log(std::string_view actor, std::string_view action, const std::optional<std::string>& accountId,
     const Details& details, std::string_view outcome, const std::optional<std::string>& reason) noexcept
 {
-    orElse(db(), false, [&](Database& database) {
+    return orElse(kNotWritten, db_, false, [&](Database& database) {
         const std::string json = StringMap::encode(details).value_or("{}");
         database.write([&](Database& connection) {
             // The time is taken with the lock held, so that rows stand in the order of their times.
@@ -112,7 +115,7 @@ void AuditLog::log(std::string_view actor, std::string_view action, const std::o
 
 std::vector<AuditEntry> AuditLog::recent(std::int64_t limit) noexcept
 {
-    return orElse(db(), std::vector<AuditEntry>{}, [&](Database& database) {
+    return orElse(kNotRead, db_, std::vector<AuditEntry>{}, [&](Database& database) {
         return database.read([&](Database& connection) {
             auto query = connection.prepare(kRecent);
             query.bind(limit);
@@ -123,7 +126,7 @@ std::vector<AuditEntry> AuditLog::recent(std::int64_t limit) noexcept
 
 std::int64_t AuditLog::count() noexcept
 {
-    return orElse(db(), std::int64_t{0}, [](Database& database) {
+    return orElse(kNotRead, db_, std::int64_t{0}, [](Database& database) {
         return database.read([](Database& connection) -> std::int64_t {
             auto query = connection.prepare(kCount);
             return query.step() ? query.firstInteger() : 0;
@@ -133,7 +136,7 @@ std::int64_t AuditLog::count() noexcept
 
 std::vector<AuditEntry> AuditLog::search(std::string_view text, std::int64_t limit) noexcept
 {
-    return orElse(db(), std::vector<AuditEntry>{}, [&](Database& database) {
+    return orElse(kNotRead, db_, std::vector<AuditEntry>{}, [&](Database& database) {
         const std::string pattern = '%' + std::string(text) + '%';
         return database.read([&](Database& connection) {
             auto query = connection.prepare(kSearch);
@@ -147,17 +150,18 @@ std::vector<AuditEntry> AuditLog::search(std::string_view text, std::int64_t lim
 
 std::int64_t AuditLog::mutationsToday() noexcept
 {
-    return countSince(db(), kCountAllowRuleExecutionsToday);
+    return countSince(
+        "the day's count of unattended actions could not be read and counts as 0", db_, kCountAllowRuleExecutionsToday);
 }
 
 std::int64_t AuditLog::sentToday() noexcept
 {
-    return countSince(db(), kCountSentToday);
+    return countSince(kNotRead, db_, kCountSentToday);
 }
 
 std::int64_t AuditLog::prune(std::int64_t olderThanDays) noexcept
 {
-    return orElse(db(), std::int64_t{0}, [&](Database& database) {
+    return orElse("the audit trail could not be cleaned up", db_, std::int64_t{0}, [&](Database& database) {
         const std::chrono::days age(std::clamp(olderThanDays, -kMostDays, kMostDays));
         const std::string cutOff = Timestamps::string(std::chrono::system_clock::now() - age);
         return database.write([&](Database& connection) -> std::int64_t {

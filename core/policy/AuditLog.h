@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/foundation/MervoDB.h"
+#include "core/foundation/StoreDatabase.h"
 
 #include <cstdint>
 #include <map>
@@ -27,16 +27,18 @@ struct AuditEntry {
 
 /// The append-only record of what the system did, on whose behalf, and why; newest first.
 ///
-/// Never throws: a row that cannot be written is dropped, a read that fails gives an empty list or 0. Any thread.
+/// Never throws: a row that cannot be written is dropped, a read that fails gives an empty list or 0; the boundary of
+/// the stores says why (StoreFailures). Any thread.
 class AuditLog {
 public:
-    explicit AuditLog(std::shared_ptr<MervoDB> db);
-    /// On the home directory's database, opened on first use.
+    explicit AuditLog(StoreDatabase db) noexcept;
+    /// On the home directory's database (StoreDatabase::ofHome).
     static AuditLog& shared() noexcept;
 
     using Details = std::map<std::string, std::string, std::less<>>;
 
-    void log(std::string_view actor, std::string_view action, const std::optional<std::string>& accountId,
+    /// True when the row is in the trail.
+    bool log(std::string_view actor, std::string_view action, const std::optional<std::string>& accountId,
         const Details& details, std::string_view outcome, const std::optional<std::string>& reason) noexcept;
 
     std::vector<AuditEntry> recent(std::int64_t limit) noexcept;
@@ -51,14 +53,7 @@ public:
     std::int64_t prune(std::int64_t olderThanDays) noexcept;
 
 private:
-    AuditLog()
-        : shared_(true)
-    {
-    }
-    MervoDB* db() noexcept { return shared_ ? MervoDB::shared().get() : db_.get(); }
-
-    std::shared_ptr<MervoDB> db_; ///< empty: there is no database
-    bool shared_ = false; ///< the home directory's database, which nobody opens before it is needed
+    StoreDatabase db_;
 };
 
 } // namespace mervo

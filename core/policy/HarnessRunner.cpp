@@ -2,6 +2,7 @@
 
 #include "core/foundation/HarnessConfig.h"
 #include "core/foundation/ServiceError.h"
+#include "core/foundation/StoreFailures.h"
 #include "core/foundation/Text.h"
 #include "core/foundation/Timestamps.h"
 #include "core/policy/PendingStore.h"
@@ -38,6 +39,16 @@ std::optional<std::string> failureOf(Work&& work)
     }
 }
 
+/// What the work gives; `unread` is the sentence of what failed in it.
+template <typename Work>
+auto heard(std::string& unread, Work&& work)
+{
+    const StoreFailures::Scope failures;
+    auto result = work();
+    unread = failures.first();
+    return result;
+}
+
 /// What the gate knows of a call: all that a verdict stands on, read afresh, and the verdict.
 Explanation judge(const Tool& tool, const Args& args, Stores stores)
 {
@@ -48,8 +59,9 @@ Explanation judge(const Tool& tool, const Args& args, Stores stores)
     const HarnessConfig config = HarnessConfig::load();
     found.mode = config.autonomyMode;
     found.dailyCap = config.dailyMutationCap;
-    found.rules = stores.rules.all();
-    found.mutationsToday = stores.audit.mutationsToday();
+    const Database::OneWait wait;
+    found.rules = heard(found.rulesUnread, [&] { return stores.rules.all(); });
+    found.mutationsToday = heard(found.countUnread, [&] { return stores.audit.mutationsToday(); });
     found.outcome = ActionPolicy::decide(
         tool.id, tool.effect, args, found.mode, found.rules, found.mutationsToday, found.dailyCap, &found.trace);
     return found;
@@ -137,6 +149,19 @@ Result runNow(const Call& call, const ActionPolicy::Outcome& verdict)
     return Executed{std::move(execution.output)};
 }
 
+Result act(const Call& call, const Explanation& found, const std::filesystem::path& configDir)
+{
+    switch (found.outcome.decision) {
+    case ActionPolicy::Decision::deny:
+        return deny(call, found.outcome);
+    case ActionPolicy::Decision::ask:
+        return ask(call, found.outcome, found.mode, configDir);
+    case ActionPolicy::Decision::automatic:
+        return runNow(call, found.outcome);
+    }
+    return Error{std::string(kUnnamedFailure)};
+}
+
 /// The raw output of a tool. Throws what its closures throw, or ServiceError with the script's error line.
 std::string output(const Tool& tool, const Args& args)
 {
@@ -157,21 +182,15 @@ HarnessRunner::Stores HarnessRunner::Stores::shared() noexcept
 }
 
 HarnessRunner::Result HarnessRunner::run(const Tool& tool, const Args& args, std::string_view actor,
-    const std::filesystem::path& configDir, Stores stores, [[maybe_unused]] Notices* notices)
+    const std::filesystem::path& configDir, Stores stores, Notices* notices)
 {
+    const StoreFailures::Scope failures;
     Explanation found = judge(tool, args, stores);
-    if (found.refusal)
-        return Error{*std::move(found.refusal)};
-    const Call call{tool, args, actor, stores.audit};
-    switch (found.outcome.decision) {
-    case ActionPolicy::Decision::deny:
-        return deny(call, found.outcome);
-    case ActionPolicy::Decision::ask:
-        return ask(call, found.outcome, found.mode, configDir);
-    case ActionPolicy::Decision::automatic:
-        return runNow(call, found.outcome);
-    }
-    return Error{std::string(kUnnamedFailure)};
+    Result result =
+        found.refusal ? Error{*std::move(found.refusal)} : act({tool, args, actor, stores.audit}, found, configDir);
+    if (notices != nullptr)
+        notices->warnings = failures.sentences();
+    return result;
 }
 
 HarnessRunner::Execution HarnessRunner::executeBuilt(const Tool& tool, const Args& args)
@@ -195,9 +214,8 @@ std::string HarnessRunner::truncate(std::string_view text, std::size_t limit)
 
 HarnessRunner::Explanation HarnessRunner::explain(const Tool& tool, const Args& args)
 {
-    const auto db = MervoDB::existing();
-    RuleStore rules(db);
-    AuditLog audit(db);
+    RuleStore rules(StoreDatabase::ofHomeIfAny());
+    AuditLog audit(StoreDatabase::ofHomeIfAny());
     return judge(tool, args, {rules, audit});
 }
 

@@ -19,6 +19,8 @@ constexpr std::string_view kAdd =
 constexpr std::string_view kRemove = "DELETE FROM policy_rules WHERE id = ?;";
 constexpr std::string_view kSetEnabled = "UPDATE policy_rules SET enabled = ? WHERE id = ?;";
 
+constexpr std::string_view kNotRead = "the rules could not be read, and none applies";
+
 /// Anything unknown waits for a person.
 PolicyRule::Decision decision(std::string_view text)
 {
@@ -49,9 +51,9 @@ PolicyRule toRule(const Statement& row)
 }
 
 template <typename Work>
-void change(MervoDB* db, Work&& work) noexcept
+void change(const StoreDatabase& db, Work&& work) noexcept
 {
-    orElse(db, false, [&](Database& database) {
+    orElse("the rule could not be changed", db, false, [&](Database& database) {
         database.write(work);
         return true;
     });
@@ -59,7 +61,7 @@ void change(MervoDB* db, Work&& work) noexcept
 
 } // namespace
 
-RuleStore::RuleStore(std::shared_ptr<MervoDB> db)
+RuleStore::RuleStore(StoreDatabase db) noexcept
     : db_(std::move(db))
 {
 }
@@ -67,13 +69,13 @@ RuleStore::RuleStore(std::shared_ptr<MervoDB> db)
 RuleStore& RuleStore::shared() noexcept
 {
     // Never destroyed: a thread may still be using it while the process ends.
-    static RuleStore& store = *new RuleStore();
+    static RuleStore& store = *new RuleStore(StoreDatabase::ofHome());
     return store;
 }
 
 std::vector<PolicyRule> RuleStore::all() noexcept
 {
-    return orElse(db(), std::vector<PolicyRule>{}, [](Database& database) {
+    return orElse(kNotRead, db_, std::vector<PolicyRule>{}, [](Database& database) {
         return database.read([](Database& connection) {
             std::vector<PolicyRule> rules;
             auto query = connection.prepare(kAll);
@@ -86,7 +88,7 @@ std::vector<PolicyRule> RuleStore::all() noexcept
 
 std::optional<PolicyRule> RuleStore::rule(std::string_view id) noexcept
 {
-    return orElse(db(), std::optional<PolicyRule>{}, [&](Database& database) {
+    return orElse(kNotRead, db_, std::optional<PolicyRule>{}, [&](Database& database) {
         return database.read([&](Database& connection) {
             auto query = connection.prepare(kRule);
             return query.bind(id).step() ? std::optional(toRule(query)) : std::nullopt;
@@ -96,7 +98,7 @@ std::optional<PolicyRule> RuleStore::rule(std::string_view id) noexcept
 
 void RuleStore::add(const PolicyRule& rule) noexcept
 {
-    change(db(), [&](Database& connection) {
+    change(db_, [&](Database& connection) {
         connection.prepare(kAdd)
             .bind(rule.id)
             .bind(rule.enabled ? 1 : 0)
@@ -112,12 +114,12 @@ void RuleStore::add(const PolicyRule& rule) noexcept
 
 void RuleStore::remove(std::string_view id) noexcept
 {
-    change(db(), [&](Database& connection) { connection.prepare(kRemove).bind(id).run(); });
+    change(db_, [&](Database& connection) { connection.prepare(kRemove).bind(id).run(); });
 }
 
 void RuleStore::setEnabled(std::string_view id, bool enabled) noexcept
 {
-    change(db(), [&](Database& connection) { connection.prepare(kSetEnabled).bind(enabled ? 1 : 0).bind(id).run(); });
+    change(db_, [&](Database& connection) { connection.prepare(kSetEnabled).bind(enabled ? 1 : 0).bind(id).run(); });
 }
 
 } // namespace mervo

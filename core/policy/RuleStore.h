@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/foundation/MervoDB.h"
+#include "core/foundation/StoreDatabase.h"
 #include "core/policy/PolicyRule.h"
 
 #include <memory>
@@ -11,11 +11,12 @@
 namespace mervo {
 
 /// The owner's rules, newest first. Never throws: a read that fails gives an empty list, a write that fails is
-/// dropped. Read whole on every call of the gate; a change applies to the next call in any process.
+/// dropped; the boundary of the stores says why (StoreFailures). Read whole on every call of the gate; a change applies
+/// to the next call in any process.
 class RuleStore {
 public:
-    explicit RuleStore(std::shared_ptr<MervoDB> db);
-    /// On the home directory's database, opened on first use.
+    explicit RuleStore(StoreDatabase db) noexcept;
+    /// On the home directory's database (StoreDatabase::ofHome).
     static RuleStore& shared() noexcept;
 
     std::vector<PolicyRule> all() noexcept;
@@ -26,14 +27,7 @@ public:
     void setEnabled(std::string_view id, bool enabled) noexcept;
 
 private:
-    RuleStore()
-        : shared_(true)
-    {
-    }
-    MervoDB* db() noexcept { return shared_ ? MervoDB::shared().get() : db_.get(); }
-
-    std::shared_ptr<MervoDB> db_; ///< empty: there is no database
-    bool shared_ = false; ///< the home directory's database, which nobody opens before it is needed
+    StoreDatabase db_;
 };
 
 } // namespace mervo

@@ -191,6 +191,19 @@ std::error_code writeInPlace(const std::filesystem::path& file, std::string_view
     });
 }
 
+std::error_code makeFilePrivate(const std::filesystem::path& file) noexcept
+{
+    constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+    struct stat found { };
+    if (::stat(file.c_str(), &found) == 0) {
+        if ((found.st_mode & kOthers) != 0 && found.st_uid == ::geteuid())
+            ::chmod(file.c_str(), found.st_mode & ~kOthers & 07777);
+        return {};
+    }
+    const Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kOwnerOnly));
+    return descriptor.open() ? std::error_code{} : lastError();
+}
+
 std::error_code createPrivateFolder(const std::filesystem::path& folder) noexcept
 {
     return guarded([&]() -> std::error_code {

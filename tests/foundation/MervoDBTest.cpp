@@ -3,6 +3,7 @@
 #include "tests/support/Files.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <thread>
 
 namespace mervo {
@@ -142,13 +143,67 @@ TEST(MervoDB, existingOnlyReads)
     EXPECT_EQ(test::readFile(dir / "home/mervo.sqlite"), before);
 }
 
-TEST(MervoDB, withoutAHomeThereIsNoDatabase)
+std::filesystem::perms modeOf(const std::filesystem::path& file)
+{
+    return std::filesystem::status(file).permissions();
+}
+
+TEST(MervoDB, theFileAndItsJournalAreTheOwnersAlone)
+{
+    using std::filesystem::perms;
+    const test::TempDir dir;
+    const auto file = dir / "mervo.sqlite";
+    const mode_t before = ::umask(0);
+    {
+        MervoDB db(dir.path());
+        EXPECT_EQ(modeOf(file), perms::owner_read | perms::owner_write);
+    }
+    std::filesystem::permissions(file, perms(0644)); // as earlier versions made it
+    MervoDB db(dir.path());
+    EXPECT_EQ(modeOf(file), perms::owner_read | perms::owner_write);
+    db.database().write([&](Database& open) {
+        open.execute("INSERT INTO grdb_migrations VALUES ('x')");
+        EXPECT_EQ(modeOf(dir / "mervo.sqlite-journal"), perms::owner_read | perms::owner_write);
+    });
+    ::umask(before);
+}
+
+TEST(MervoDB, theSharedOneIsOpenedAgainUntilThatSucceedsAndThenKept)
 {
     const test::TempDir dir;
-    test::writeFile(dir / "file", "");
-    ::setenv("MERVO_HOME", (dir / "file").c_str(), 1);
-    EXPECT_EQ(MervoDB::shared(), nullptr);
-    EXPECT_EQ(MervoDB::existing(), nullptr);
+    const auto home = dir / "home";
+    test::writeFile(home, "in the way of the folder");
+    ::setenv("MERVO_HOME", home.c_str(), 1);
+    EXPECT_THROW(MervoDB::shared(), std::filesystem::filesystem_error);
+    std::filesystem::remove(home);
+    test::writeFile(home / "mervo.sqlite", std::string(5000, 'x'));
+    EXPECT_THROW(MervoDB::shared(), DatabaseError);
+    std::filesystem::remove(home / "mervo.sqlite");
+    const auto open = MervoDB::shared();
+    EXPECT_EQ(MervoDB::shared(), open);
+}
+
+TEST(MervoDB, noRowGoesIntoAFileWithoutAName)
+{
+    const test::TempDir dir;
+    ::setenv("MERVO_HOME", (dir / "home").c_str(), 1);
+    const auto file = dir / "home/mervo.sqlite";
+    const auto add = [] { MervoDB::shared()->database().execute("INSERT INTO grdb_migrations VALUES ('x')"); };
+    const auto rows = [&] {
+        Database named(file);
+        return number(named, "SELECT COUNT(*) FROM grdb_migrations WHERE identifier = 'x'");
+    };
+    add();
+    std::filesystem::remove(file);
+    add();
+    EXPECT_EQ(rows(), 1) << "deleted under a living process";
+    {
+        MervoDB other(dir / "other");
+    }
+    std::filesystem::rename(dir / "other/mervo.sqlite", file);
+    EXPECT_EQ(rows(), 0);
+    add();
+    EXPECT_EQ(rows(), 1) << "another in its place";
 }
 
 TEST(Database, aThrowingClosureChangesNothing)
@@ -183,6 +238,46 @@ TEST(Database, columnsAreFoundByNameInAnyOrder)
     EXPECT_EQ(query.integer("missing"), 0);
     EXPECT_FALSE(query.step());
     EXPECT_THROW(database.prepare("SELECT nothing FROM nowhere"), DatabaseError);
+}
+
+/// A file that another connection keeps locked, and a connection that waits for it.
+struct Locked {
+    static constexpr std::chrono::milliseconds kWait{200};
+
+    Locked() { other.execute("BEGIN EXCLUSIVE"); }
+    std::chrono::milliseconds failingRead()
+    {
+        const auto before = std::chrono::steady_clock::now();
+        EXPECT_THROW(number(database, "SELECT COUNT(*) FROM sqlite_master"), DatabaseError);
+        return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - before);
+    }
+
+    test::TempDir dir;
+    Database other{dir / "x.sqlite"};
+    Database database{dir / "x.sqlite", Database::Access::readWrite, kWait};
+};
+
+TEST(Database, waitsOnceWhereOnceIsEnough)
+{
+    Locked locked;
+    {
+        const Database::OneWait wait;
+        EXPECT_GE(locked.failingRead(), Locked::kWait);
+        EXPECT_LT(locked.failingRead(), Locked::kWait / 2);
+    }
+    EXPECT_GE(locked.failingRead(), Locked::kWait);
+}
+
+TEST(Database, threadsThatQueueForItWaitSideBySide)
+{
+    Locked locked;
+    const auto before = std::chrono::steady_clock::now();
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread)
+        threads.emplace_back([&] { EXPECT_THROW(locked.database.write([](Database&) {}), DatabaseError); });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_LT(std::chrono::steady_clock::now() - before, Locked::kWait * 4);
 }
 
 TEST(Database, threadsTakeTurns)

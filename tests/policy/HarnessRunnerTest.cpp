@@ -282,15 +282,37 @@ TEST_F(Gate, everySettingAppliesToTheNextCall)
     EXPECT_TRUE(std::holds_alternative<Pending>(run()));
 }
 
-TEST_F(Gate, worksWithoutADatabase)
+TEST_F(Gate, worksWithoutADatabaseAndSaysWhatWasLost)
 {
-    RuleStore noRules(nullptr);
-    AuditLog noAudit(nullptr);
-    const auto result = HarnessRunner::run(tool, {{"to", "x"}}, "cli", home, {noRules, noAudit});
-    EXPECT_TRUE(std::holds_alternative<Pending>(result));
+    const std::string file = "\"" + (home / "mervo.sqlite").string() + "\"";
+    const std::string damaged = ": " + file + " is damaged; \"mervo doctor\" says what to do";
+    const std::vector<std::string> unread{"the rules could not be read, and none applies" + damaged,
+        "the day's count of unattended actions could not be read and counts as 0" + damaged};
+    auto everything = unread;
+    everything.push_back("the audit row could not be written" + damaged);
+    test::writeFile(home / "mervo.sqlite", std::string(5000, 'x'));
+    const auto call = [&] {
+        Notices notices;
+        const auto result =
+            HarnessRunner::run(tool, {{"to", "x"}}, "cli", home, HarnessRunner::Stores::shared(), &notices);
+        return std::pair(result, notices.warnings);
+    };
+    auto [waiting, warnings] = call();
+    EXPECT_TRUE(std::holds_alternative<Pending>(waiting));
+    EXPECT_EQ(warnings, everything);
     tool.effect = Effect::create;
-    EXPECT_TRUE(
-        std::holds_alternative<Executed>(HarnessRunner::run(tool, {{"to", "x"}}, "cli", home, {noRules, noAudit})));
+    auto [done, again] = call();
+    EXPECT_TRUE(std::holds_alternative<Executed>(done));
+    EXPECT_EQ(again, everything);
+    const auto explained = HarnessRunner::explain(tool, {{"to", "x"}});
+    EXPECT_EQ((std::vector{explained.rulesUnread, explained.countUnread}), unread);
+
+    fs::remove(home / "mervo.sqlite"); // and the process goes on with rules and a trail
+    addRule("D", PolicyRule::Decision::deny);
+    auto [refused, silence] = call();
+    EXPECT_TRUE(std::holds_alternative<Error>(refused));
+    EXPECT_TRUE(silence.empty());
+    EXPECT_EQ(row().outcome, "denied");
 }
 
 TEST_F(Gate, whatCannotBeQueuedIsToldAndLeavesNothing)

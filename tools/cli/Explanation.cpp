@@ -145,10 +145,28 @@ std::string refusal(const Call& call, const std::string& text)
 
 std::string posture(const Call& call, const HarnessRunner::Explanation& explanation)
 {
-    return fmt::format("Effect: {}\nAutonomy: {}. {}\n"
-                       "Today: {} of {} actions that allow rules may let run unattended\n",
-        rawValue(call.tool->effect), rawValue(explanation.mode), description(explanation.mode),
-        explanation.mutationsToday, explanation.dailyCap);
+    const std::string today = explanation.countUnread.empty()
+        ? fmt::format("{} of {} actions that allow rules may let run unattended", explanation.mutationsToday,
+            explanation.dailyCap)
+        : Text::visibleLine(explanation.countUnread);
+    return fmt::format("Effect: {}\nAutonomy: {}. {}\nToday: {}\n", rawValue(call.tool->effect),
+        rawValue(explanation.mode), description(explanation.mode), today);
+}
+
+std::string headOfRules(const HarnessRunner::Explanation& explanation)
+{
+    if (!explanation.rulesUnread.empty())
+        return fmt::format("Rules: {}\n", Text::visibleLine(explanation.rulesUnread));
+    return explanation.trace.entries.empty() ? "Rules: none\n" : "Rules, newest first:\n";
+}
+
+nlohmann::ordered_json warnings(const HarnessRunner::Explanation& explanation)
+{
+    auto sentences = nlohmann::ordered_json::array();
+    for (const std::string* sentence : {&explanation.rulesUnread, &explanation.countUnread})
+        if (!sentence->empty())
+            sentences.push_back(*sentence);
+    return sentences;
 }
 
 nlohmann::ordered_json asJson(const PolicyRule& rule)
@@ -172,7 +190,7 @@ std::string inWords(const Call& call, const HarnessRunner::Explanation& explanat
         return refusal(call, *explanation.refusal);
     std::string text = fmt::format("{}\nReason: {}\n\n{}", verdict(call, explanation.outcome.decision),
         Text::visibleLine(explanation.outcome.reason), posture(call, explanation));
-    text += explanation.trace.entries.empty() ? "Rules: none\n" : "Rules, newest first:\n";
+    text += headOfRules(explanation);
     for (const Entry& entry : explanation.trace.entries)
         text += fmt::format("  {}  {}\n      {}\n", Text::visibleLine(entry.rule->id), describe(*entry.rule),
             why(call, explanation, entry));
@@ -202,6 +220,8 @@ nlohmann::ordered_json asJson(const Call& call, const HarnessRunner::Explanation
         record["why"] = why(call, explanation, entry);
         object["rules"].push_back(std::move(record));
     }
+    if (auto sentences = warnings(explanation); !sentences.empty())
+        object["warnings"] = std::move(sentences);
     return object;
 }
 

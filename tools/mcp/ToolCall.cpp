@@ -2,6 +2,7 @@
 
 #include "core/foundation/ConfigDir.h"
 #include "core/policy/HarnessRunner.h"
+#include "tools/mcp/Log.h"
 #include "tools/mcp/Reply.h"
 
 #include <exception>
@@ -41,6 +42,9 @@ std::string answer(const ToolCall& call)
         Notices notices;
         const HarnessRunner::Result result = HarnessRunner::run(
             *call.tool, call.args, call.actor, ConfigDir::url(), HarnessRunner::Stores::shared(), &notices);
+        for (const std::string& warning : notices.warnings) {
+            logLine(call.tool->id + ": " + warning);
+        }
         return std::visit(Answer{call, notices}, result);
     } catch (const std::exception& failure) {
         return Reply::toolResult(call.id, failure.what(), true, call.era);
