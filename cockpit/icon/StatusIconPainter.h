@@ -5,9 +5,6 @@
 #include <QColor>
 #include <QIcon>
 #include <QImage>
-#include <QRectF>
-
-class QPainter;
 
 /// Draws the status icon from numbers: the ring says how much autonomy the agents have, the mark in its middle whether
 /// something wants the person, and the ring turns while work goes on. Any thread.
@@ -26,13 +23,16 @@ Colours coloursOn(bool darkGround);
 /// True when the drawing is a stencil: one colour, that of what is written around it.
 bool isTemplate(const StatusIconState& state);
 
-/// Draws into the middle of a rectangle; `t` is the animation's time in seconds.
-void paint(QPainter& painter, const QRectF& place, const StatusIconState& state, double t, const Colours& colours);
-
-/// A square drawing on a transparent ground.
+/// A square drawing on a transparent ground; `t` is the animation's time in seconds. Pixel by pixel, since Qt's painter
+/// takes ten times as long (it hands figures to other threads), and this is done 12 times a second for hours.
 QImage image(const StatusIconState& state, double t, int pixels, const Colours& colours);
 
-/// The drawing in the sizes that trays ask for, so that none is scaled.
+/// False when no eye would notice that one drawing took the place of the other. Both have the same size.
+bool isVisiblyOther(const QImage& drawing, const QImage& before);
+
+/// The drawing as an icon, painted anew for whatever size is asked for. It says to have few sizes, since a tray that is
+/// reached over the bus is sent every one of them with each frame. Nothing of it stays anywhere when it goes: an icon
+/// of pixmaps leaves its key in Qt's cache, and an animation makes millions of icons.
 QIcon icon(const StatusIconState& state, double t, const Colours& colours);
 
 } // namespace mervo::StatusIconPainter

@@ -6,7 +6,7 @@ namespace mervo {
 
 namespace {
 
-constexpr std::chrono::milliseconds kFrame(83); // 12 a second
+constexpr std::chrono::milliseconds kFrame(84); ///< the first whole number with no more than 12 in a second
 constexpr double kMillisecondsInSecond = 1000;
 
 bool moves(const StatusIconState& state)
@@ -20,6 +20,7 @@ StatusIconDriver::StatusIconDriver(QObject* parent)
     : QObject(parent)
 {
     timer_.setInterval(kFrame);
+    timer_.setTimerType(Qt::PreciseTimer); // a coarse one comes 5 % too early as well as too late
     connect(&timer_, &QTimer::timeout, this, &StatusIconDriver::imageChanged);
 }
 

@@ -32,12 +32,15 @@ FallbackWindow::FallbackWindow()
     layout->setSizeConstraint(QLayout::SetFixedSize);
 }
 
-void FallbackWindow::show(const QIcon& icon, const QString& summary)
+void FallbackWindow::setIcon(const QIcon& icon)
 {
     setWindowIcon(icon);
     icon_->setPixmap(icon.pixmap(QSize(kIconSize, kIconSize), devicePixelRatioF()));
+}
+
+void FallbackWindow::setSummary(const QString& summary)
+{
     summary_->setText(summary);
-    QWidget::show();
 }
 
 void FallbackWindow::closeEvent(QCloseEvent* event)

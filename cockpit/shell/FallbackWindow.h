@@ -15,7 +15,8 @@ class FallbackWindow final : public QWidget {
 public:
     FallbackWindow();
 
-    void show(const QIcon& icon, const QString& summary);
+    void setIcon(const QIcon& icon);
+    void setSummary(const QString& summary);
 
 Q_SIGNALS:
     void openRequested();

@@ -1,14 +1,16 @@
 #include "cockpit/shell/StatusItem.h"
 
-#include "cockpit/icon/StatusIconPainter.h"
-
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <utility>
+
 namespace mervo {
 
 namespace {
+
+constexpr int kCompared = 24; ///< pixels of the drawing by which one frame is told from the next
 
 QString waitingText(int waiting)
 {
@@ -65,16 +67,19 @@ void StatusItem::showWhereItCan()
     if (window_)
         return;
     window_ = std::make_unique<FallbackWindow>();
+    shown_ = {};
     connect(window_.get(), &FallbackWindow::openRequested, this, &StatusItem::openRequested);
     connect(window_.get(), &FallbackWindow::quitRequested, this, &StatusItem::quitRequested);
+    window_->setSummary(summary_);
     repaint();
+    window_->show();
 }
 
 void StatusItem::makeIcon()
 {
     if (icon_)
         return;
-    icon_ = std::make_unique<QSystemTrayIcon>(drawn());
+    icon_ = std::make_unique<QSystemTrayIcon>(icon());
     icon_->setToolTip(summary_);
     icon_->setContextMenu(&menu_);
     connect(icon_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -98,21 +103,30 @@ void StatusItem::setSummary(const QString& mode, int waiting)
     if (icon_)
         icon_->setToolTip(summary_);
     if (window_)
-        window_->show(drawn(), summary_);
+        window_->setSummary(summary_);
 }
 
 void StatusItem::repaint()
 {
+    const QIcon next = icon();
+    QImage drawing = next.pixmap({kCompared, kCompared}, 1.0).toImage();
+    if (!StatusIconPainter::isVisiblyOther(drawing, shown_))
+        return;
+    shown_ = std::move(drawing);
     if (icon_)
-        icon_->setIcon(drawn());
+        icon_->setIcon(next);
     if (window_)
-        window_->show(drawn(), summary_);
+        window_->setIcon(next);
 }
 
-QIcon StatusItem::drawn() const
+StatusIconPainter::Colours StatusItem::colours() const
 {
-    const bool isDark = window_ ? appearance_.isDark() : host_.isDark();
-    return StatusIconPainter::icon(state_, t_, StatusIconPainter::coloursOn(isDark));
+    return StatusIconPainter::coloursOn(window_ ? appearance_.isDark() : host_.isDark());
+}
+
+QIcon StatusItem::icon() const
+{
+    return StatusIconPainter::icon(state_, t_, colours());
 }
 
 QRect StatusItem::geometry() const

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "cockpit/icon/StatusIconPainter.h"
 #include "cockpit/model/StatusIconState.h"
 #include "cockpit/shell/FallbackWindow.h"
 #include "platform/desktop/Appearance.h"
 #include "platform/desktop/TrayHost.h"
 
+#include <QImage>
 #include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
@@ -27,7 +29,8 @@ public:
 
     void setImage(const StatusIconState& state, double t);
     void setSummary(const QString& mode, int waiting);
-    /// Draws again in the colours of the ground under the icon, which has changed.
+    /// Draws again, in the colours that the ground under the icon has now. A drawing that looks like the one that is
+    /// shown goes nowhere: each costs the panel's process work as well.
     void repaint();
 
     QRect geometry() const; ///< of the icon; empty when it is not known
@@ -40,12 +43,14 @@ Q_SIGNALS:
 private:
     void showWhereItCan();
     void makeIcon();
-    QIcon drawn() const;
+    StatusIconPainter::Colours colours() const;
+    QIcon icon() const;
 
     platform::TrayHost& host_;
     const platform::Appearance& appearance_;
     StatusIconState state_;
     double t_ = 0;
+    QImage shown_; ///< the drawing that was last given away; null: none
     QString summary_ = "Mervo";
     QMenu menu_;
     QAction* open_;

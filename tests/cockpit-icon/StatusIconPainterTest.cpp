@@ -4,9 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <QGuiApplication>
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <functional>
+#include <malloc.h>
 #include <string>
 #include <vector>
 
@@ -188,6 +192,52 @@ TEST(StatusIcon, isATemplateExactlyWithoutAColouredMark)
         }
         EXPECT_EQ(isColoured, state.attention != Attention::none);
     });
+}
+
+/// What the platform does with each new icon of a tray: it takes every size that the icon has, and one of its own.
+void show(const QIcon& icon)
+{
+    QList<QSize> sizes = icon.availableSizes();
+    ASSERT_LE(sizes.size(), 2);
+    sizes.append({19, 19});
+    for (const QSize& size : sizes)
+        EXPECT_EQ(icon.pixmap(size, 1.0).toImage().size(), size);
+}
+
+TEST(StatusIcon, leavesNothingBehindInTwentyThousandFrames)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    int count = 1;
+    std::array<char, 5> name{"test"};
+    char* words = name.data();
+    const QGuiApplication application(count, &words);
+    constexpr StatusIconState kBusy{Autonomy::copilote, Attention::approval, true};
+    std::size_t warm = 0;
+    for (int frame = 0; frame < 21'000; ++frame) {
+        if (frame == 1'000)
+            warm = mallinfo2().uordblks;
+        show(mervo::StatusIconPainter::icon(kBusy, frame / 12.0, kColours));
+        if (testing::Test::HasFailure())
+            return;
+    }
+    EXPECT_LT(mallinfo2().uordblks, warm + 64 * 1024) << "bytes in use, of " << warm << " when warm";
+}
+
+TEST(StatusIcon, isOtherToTheEyeWhenItTurnsAndNotWhereAPulseTurnsBack)
+{
+    using mervo::StatusIconPainter::image;
+    using mervo::StatusIconPainter::isVisiblyOther;
+    const auto changes = [](const StatusIconState& state, double from, double to) {
+        return isVisiblyOther(image(state, to, 24, kColours), image(state, from, 24, kColours));
+    };
+    constexpr StatusIconState kWaiting{Autonomy::copilote, Attention::approval, false};
+    constexpr StatusIconState kWorking{Autonomy::copilote, Attention::none, true};
+    for (int frame = 0; frame < 20; ++frame)
+        EXPECT_TRUE(changes(kWorking, frame / 12.0, (frame + 1) / 12.0)) << frame;
+    EXPECT_TRUE(changes(kWaiting, 0, 1 / 12.0));
+    EXPECT_FALSE(changes(kWaiting, 0.28, 0.32)) << "both sides of the widest";
+    EXPECT_FALSE(changes(kWaiting, 0.1, 1.3)) << "a beat later";
+    EXPECT_TRUE(isVisiblyOther(image(kWaiting, 0, 24, kColours), QImage()));
 }
 
 } // namespace

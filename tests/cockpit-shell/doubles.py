@@ -2,6 +2,7 @@
 
 import os
 import signal
+import time
 
 from gi.repository import Gio, GLib
 
@@ -121,6 +122,28 @@ class Watcher(Service):
 
     def activate(self):
         self.ask(self.items[-1], self.item_path, self.item_interface, "Activate", GLib.Variant("(ii)", (10, 10)))
+
+
+class Panel(Watcher):
+    """A tray that reads the whole icon whenever that says that it has changed, as panels do."""
+
+    def __init__(self):
+        self.frames = 0
+        super().__init__()
+        self.bus.signal_subscribe(None, self.item_interface, "NewIcon", None, None, 0, self._changed)
+
+    def _changed(self, bus, sender, path, *_):
+        self.frames += 1
+        bus.call(sender, path, "org.freedesktop.DBus.Properties", "GetAll", GLib.Variant("(s)", (self.item_interface,)),
+                 None, 0, -1, None, lambda bus, answer: bus.call_finish(answer))
+
+    def watch(self, seconds):
+        """The frames of so many seconds."""
+        before, end = self.frames, time.monotonic() + seconds
+        while time.monotonic() < end:
+            GLib.timeout_add(50, lambda: False)  # so that waiting ends
+            CONTEXT.iteration(True)
+        return self.frames - before
 
 
 class Notifications(Service):

@@ -17,7 +17,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "cockpit
 
 import desktop  # noqa: E402
 from desktop import find, keys, press  # noqa: E402
-from doubles import Notifications, Watcher, come  # noqa: E402
+from doubles import Notifications, Panel, Watcher, come  # noqa: E402
 
 COCKPIT, DESKTOP = "", None
 ORANGE = (255, 255, 149, 0)
@@ -106,6 +106,17 @@ class TestInATray(Application):
         keys("Escape")
         come("closed by Escape", lambda: not windows())
         self.assertIsNone(cockpit.poll())
+
+    def test_the_icon_moves_no_more_than_the_eye_follows(self):
+        tray = Panel()
+        self.addCleanup(tray.close)
+        self.start()
+        come("an icon", lambda: tray.items and "nothing waits" in tray.look()["ToolTip"][2])
+        self.assertEqual(tray.watch(2), 0, "it stands still")
+        self.queue()
+        come("an orange mark", lambda: tray.pixels(22)[11][11] == ORANGE)
+        self.assertTrue(0 < tray.watch(4) <= 48)
+        self.assertEqual([picture[0] for picture in tray.look()["IconPixmap"]], [22, 24])
 
     def test_a_tray_that_restarts_gets_the_icon_again(self):
         tray = self.tray()
