@@ -228,11 +228,13 @@ TEST_F(RunTest, theActorIsTheAutomationInsideItsRun)
 {
     mervo({"run", "how_it_works"}, {{"RONDEL_RUN", "morning"}});
     mervo({"run", "how_it_works"}, {{"RONDEL_RUN", ""}});
-    mervo({"autonomy", "panic"}, {{"RONDEL_RUN", "odd \xff name"}});
+    mervo({"run", "how_it_works"}, {{"RONDEL_RUN", "\x1b\n"}});
+    mervo({"autonomy", "panic"}, {{"RONDEL_RUN", "odd \xff name\x1b[2J\n\u202e" + std::string(100, 'x')}});
     std::vector<std::string> actors;
     for (const AuditEntry& entry : audit())
         actors.push_back(entry.actor);
-    EXPECT_THAT(actors, ElementsAre("auto:odd \uFFFD name", "cli", "auto:morning"));
+    EXPECT_THAT(actors,
+        ElementsAre("auto:odd \uFFFD name[2J<U+202E>" + std::string(50, 'x'), "auto:unknown", "cli", "auto:morning"));
 }
 
 } // namespace mervo::test

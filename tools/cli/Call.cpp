@@ -2,6 +2,7 @@
 
 #include "core/catalogue/Tools.h"
 #include "core/foundation/Text.h"
+#include "core/policy/ActorName.h"
 #include "platform/unicode.h"
 #include "tools/cli/Nearest.h"
 
@@ -88,7 +89,7 @@ std::string actor()
     const char* const automation = std::getenv("RONDEL_RUN"); // set by the supervisor of a run: the automation's name
     if (automation == nullptr || *automation == '\0')
         return "cli";
-    return "auto:" + platform::withValidUtf8(automation);
+    return actorName("auto", automation);
 }
 
 } // namespace mervo::cli

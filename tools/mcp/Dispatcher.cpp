@@ -1,7 +1,7 @@
 #include "tools/mcp/Dispatcher.h"
 
 #include "core/catalogue/Tools.h"
-#include "core/foundation/Text.h"
+#include "core/policy/ActorName.h"
 #include "tools/mcp/ArgumentReader.h"
 #include "tools/mcp/Log.h"
 #include "tools/mcp/Protocol.h"
@@ -16,7 +16,6 @@ using Kind = json::Value::Kind;
 namespace {
 
 constexpr std::string_view kCapabilities = R"({"tools":{}})";
-constexpr std::size_t kLongestClientName = 64;
 
 std::string unknownTool(std::string_view name, Naming naming)
 {
@@ -30,25 +29,6 @@ std::string unknownTool(std::string_view name, Naming naming)
 }
 
 } // namespace
-
-std::string actorName(std::string_view clientName)
-{
-    std::string name;
-    std::size_t characters = 0;
-    for (const char byte : clientName) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code < 0x20 || code == 0x7F) {
-            continue;
-        }
-        if ((code & 0xC0) != 0x80 && ++characters > kLongestClientName) {
-            break;
-        }
-        name += byte;
-    }
-    // What remains of control and direction-changing characters beyond ASCII is written out as code points.
-    name = Text::visibleLine(name);
-    return "mcp:" + (name.empty() ? "unknown" : name);
-}
 
 Dispatcher::Dispatcher(std::optional<Naming> naming, std::string_view instructions, Outlets outlets)
     : naming_(naming)
@@ -164,7 +144,7 @@ void Dispatcher::callTool(Request request, Era era)
         refuse(request.id, ErrorCode::kInvalidParams, unknownTool(name.text, naming(request.params)));
         return;
     }
-    std::string actor = actorName(clientName(request.params));
+    std::string actor = actorName("mcp", clientName(request.params));
     json::Value given = request.params.take("arguments");
     if (!given.missing() && !given.is(Kind::object)) {
         refuse(request.id, ErrorCode::kInvalidParams, "Invalid params: \"arguments\" is not an object.");

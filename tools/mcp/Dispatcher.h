@@ -54,8 +54,4 @@ private:
     std::optional<std::string> sessionClient_; ///< set by `initialize`
 };
 
-/// Who calls, for the audit trail: "mcp:" and the client's name without control characters, at most 64 characters
-/// of it, "mcp:unknown" for none.
-std::string actorName(std::string_view clientName);
-
 } // namespace mervo::mcp
