@@ -3,6 +3,8 @@
 #include "core/foundation/EditDistance.h"
 
 #include <algorithm>
+#include <array>
+#include <span>
 #include <utility>
 
 namespace mervo::Tools {
@@ -20,6 +22,55 @@ std::string plain(std::string_view id)
             : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A'))
                                              : letter;
     return text;
+}
+
+// Verbs that mean one thing, tried in this order. An agent that asks for "mail.read" means mail.body, and nothing that
+// sends, however few letters are between them.
+constexpr std::array kReading{"read", "get", "show", "view", "display", "body", "text", "open"};
+constexpr std::array kListing{"find", "search", "query", "list", "lists", "headers", "accounts", "all"};
+constexpr std::array kLooking{"read", "get", "show", "view", "display", "find", "list", "search"};
+constexpr std::array kAdding{"add", "create", "new", "make", "draft", "compose", "write"};
+constexpr std::array kChanging{"update", "edit", "change", "modify", "set", "flag", "reschedule"};
+constexpr std::array kDeleting{"delete", "remove", "rm", "trash", "erase", "purge"};
+const std::array<std::span<const char* const>, 6> kMeanings{
+    kReading, kListing, kLooking, kAdding, kChanging, kDeleting};
+
+constexpr std::array kFamilies{std::pair{"email", "mail"}, std::pair{"calendar", "cal"}, std::pair{"event", "cal"},
+    std::pair{"message", "imessage"}, std::pair{"automation", "auto"}};
+
+/// Family and verb; a plural or another usual name of a family is its own name.
+std::pair<std::string, std::string> parts(const std::string& id)
+{
+    const auto dot = id.find('.');
+    if (dot == std::string::npos)
+        return {};
+    std::string family = id.substr(0, dot);
+    if (family.ends_with('s'))
+        family.pop_back();
+    for (const auto& [other, own] : kFamilies) {
+        if (family == other)
+            family = own;
+    }
+    return {family, id.substr(dot + 1)};
+}
+
+using Near = std::vector<std::pair<std::size_t, std::string>>; ///< with the distance
+
+/// The tools of the family whose verbs mean what the wanted one means.
+Near meaningTheSame(const std::string& wanted)
+{
+    Near near;
+    const auto [family, verb] = parts(wanted);
+    for (const auto meaning : kMeanings) {
+        if (family.empty() || !near.empty() || std::ranges::count(meaning, verb) == 0)
+            continue;
+        for (const Tool* tool : all()) {
+            const auto [toolFamily, toolVerb] = parts(plain(tool->id));
+            if (family == toolFamily && std::ranges::count(meaning, toolVerb) > 0)
+                near.emplace_back(editDistance(verb, toolVerb), tool->id);
+        }
+    }
+    return near;
 }
 
 /// How far apart two ids may be and still be near.
@@ -46,8 +97,8 @@ std::vector<std::string> closest(std::string_view id, std::size_t count)
     if (id.empty() || id.size() > kLongestId)
         return {};
     const std::string wanted = plain(id);
-    std::vector<std::pair<std::size_t, std::string>> near;
-    for (const Tool* tool : all()) {
+    Near near = meaningTheSame(wanted);
+    for (const Tool* tool : near.empty() ? all() : std::span<const Tool* const>()) {
         const std::size_t far = farness(wanted, plain(tool->id));
         if (far <= reach(wanted))
             near.emplace_back(far, tool->id);

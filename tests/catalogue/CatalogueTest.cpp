@@ -38,12 +38,19 @@ TEST(Catalogue, SuggestsWhatAMistypedIdMayHaveMeant)
         const char* first;
     } cases[] = {{"mail.serach", "mail.search"}, {"MAIL_SEARCH", "mail.search"}, {"search", "mail.search"},
         {"reminder.deletelist", "reminder.deleteList"}, {"howitworks", "how_it_works"},
-        {"imessages.read", "imessage.read"}, {"mail.message", "mail.messageId"}};
+        {"imessages.read", "imessage.read"}, {"mail.message", "mail.messageId"}, {"mail.read", "mail.body"},
+        {"mail.show", "mail.body"}, {"mail.list", "mail.search"}, {"mail.create", "mail.draft"},
+        {"cal.list", "cal.find"}, {"calendar.create", "cal.add"}, {"events.delete", "cal.delete"},
+        {"contact.search", "contact.find"}, {"note.create", "note.add"}, {"reminder.get", "reminder.find"}};
     for (const auto& [typed, first] : cases) {
         const auto near = Tools::closest(typed);
         ASSERT_FALSE(near.empty()) << typed;
         EXPECT_EQ(near.front(), first) << typed;
         EXPECT_LE(near.size(), 3U);
+    }
+    for (const auto* reading : {"mail.read", "mail.get", "mail.show", "mail.view", "mail.list", "imessage.list"}) {
+        for (const std::string& id : Tools::closest(reading))
+            EXPECT_EQ(Tools::find(id)->effect, Effect::read) << reading << ": " << id;
     }
     EXPECT_TRUE(Tools::closest("").empty());
     EXPECT_TRUE(Tools::closest("zzzzqqqq").empty());
