@@ -1,6 +1,7 @@
 """Calls beside each other, their cancellation, and every way in which a server comes to its end."""
 
 import os
+import pty
 import signal
 import subprocess
 import time
@@ -175,6 +176,19 @@ class CommandLine(Case):
             self.assertTrue(getattr(run, stream))
             self.assertFalse(run.stdout if stream == "stderr" else run.stderr)
         self.assertEqual(os.listdir(self.home), [])
+
+    def test_a_person_at_a_terminal_is_told_what_it_waits_for(self):
+        ours, theirs = pty.openpty()
+        os.write(ours, b"\x04")  # Ctrl-D: the end of input
+        run = subprocess.run([peers.PROGRAM], stdin=theirs, capture_output=True, timeout=peers.PATIENCE,
+                             env=dict(os.environ, MERVO_HOME=self.home))
+        os.close(ours)
+        os.close(theirs)
+        self.assertEqual((run.returncode, run.stdout), (0, b""))
+        self.assertIn(b"waits for the client's messages", run.stderr)
+        piped = subprocess.run([peers.PROGRAM], input=b"", capture_output=True, timeout=peers.PATIENCE,
+                               env=dict(os.environ, MERVO_HOME=self.home))
+        self.assertEqual(piped.stderr, b"")
 
     def test_a_server_that_is_asked_nothing_writes_nothing(self):
         peer = self.session()

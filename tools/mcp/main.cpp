@@ -13,6 +13,12 @@ int main(int argc, char** argv)
     if (options.exitStatus) {
         return *options.exitStatus;
     }
+    if (::isatty(STDIN_FILENO) == 1) {
+        mcp::logLine(
+            "serves Mervo's tools to an agent and is started by the agent's client, in whose settings its path is "
+            "the command of a stdio server; it now waits for the client's messages, one line of JSON each, on "
+            "standard input. Ctrl-D ends it; \"man mervo-mcp\" says more.");
+    }
     try {
         mcp::Server server(options, MervoGuides::kBuiltInLlm);
         const int status = server.run();
