@@ -59,10 +59,11 @@ protected:
         return runProgram("/bin/bash", all, environment(more));
     }
     /// On a terminal, whose lines end in CR LF.
-    Ended onTerminal(const std::vector<std::string>& words, const Environment& more = {}) const
+    Ended onTerminal(const std::vector<std::string>& words, const Environment& more = {}, int columns = 80) const
     {
         std::vector<std::string> all{"python3", "-c",
-            "import os, pty, sys; sys.exit(os.waitstatus_to_exitcode(pty.spawn(sys.argv[1:])))", program().string()};
+            "import os, pty, sys; sys.exit(os.waitstatus_to_exitcode(pty.spawn(sys.argv[1:])))", "/bin/sh", "-c",
+            "stty cols " + std::to_string(columns) + " && exec \"$0\" \"$@\"", program().string()};
         all.insert(all.end(), words.begin(), words.end());
         return runProgram("/usr/bin/env", all, environment(more));
     }

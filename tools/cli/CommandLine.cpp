@@ -6,8 +6,10 @@
 #include "tools/cli/Nearest.h"
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <fmt/format.h>
+#include <utility>
 
 namespace mervo::cli {
 
@@ -18,11 +20,23 @@ void complain(Io& io, std::string_view sentence)
     io.err(fmt::format("error: {}\n", Text::visibleLine(sentence)));
 }
 
+// What people look for here and will not find: no command does it, because whatever an agent can start must not.
+constexpr std::string_view kWhatWaits = "\"mervo pending\" lists what waits";
+constexpr std::string_view kRules = "\"mervo explain\" says which rules bear on a call";
+constexpr std::string_view kTrail = "agents do not read the trail";
+constexpr std::array<std::pair<std::string_view, std::string_view>, 10> kForThePerson{
+    {{"approve", kWhatWaits}, {"reject", kWhatWaits}, {"deny", kWhatWaits}, {"allow", kRules}, {"rule", kRules},
+        {"rules", kRules}, {"policy", kRules}, {"audit", kTrail}, {"trail", kTrail}, {"history", kTrail}}};
+
 const Command& find(const std::string& name)
 {
     const auto found = std::ranges::find(kCommands, std::string_view(name), &Command::name);
     if (found != kCommands.end())
         return **found;
+    if (const auto person = std::ranges::find(kForThePerson, name, [](const auto& entry) { return entry.first; });
+        person != kForThePerson.end())
+        throw UsageError(
+            fmt::format("\"{}\" is for a person, in the cockpit (mervo-cockpit); {}", name, person->second));
     std::vector<std::string_view> names;
     for (const Command* command : kCommands)
         names.push_back(command->name);
@@ -38,7 +52,7 @@ bool asksForHelp(std::span<const std::string> words)
 
 ExitCode help(std::span<const std::string> words, Io& io)
 {
-    io.out(words.empty() ? helpOfAll() : helpOf(find(words.front())));
+    io.out(words.empty() ? helpOfAll() : helpOf(find(words.front()), io.width));
     return ExitCode::done;
 }
 

@@ -3,11 +3,13 @@
 #include "core/foundation/ServiceError.h"
 #include "platform/unicode.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -80,6 +82,9 @@ Io standardIo()
     io.err = [](std::string_view text) { writeAll(STDERR_FILENO, text); };
     io.input = [] { return readAll(STDIN_FILENO, "standard input"); };
     io.terminal = ::isatty(STDOUT_FILENO) == 1;
+    winsize size{};
+    if (io.terminal && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        io.width = std::clamp<std::size_t>(size.ws_col, 40, 120);
     return io;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -24,6 +25,7 @@ struct Io {
     std::function<void(std::string_view)> err; ///< never throws
     std::function<std::string()> input; ///< standard input to its end; throws ServiceError
     bool terminal = false; ///< `out` goes straight to a person's screen
+    std::size_t width = 80; ///< characters of a line of that screen, 40 to 120; 80 elsewhere
 };
 
 /// The three standard streams of this process. Call it before anything opens a file: a standard stream that the caller

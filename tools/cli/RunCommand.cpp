@@ -26,7 +26,7 @@ usage, in which case nothing has run.
 
 Examples:
   mervo run how_it_works
-  mervo run mail.search from=ada@example.org subjectContains="minutes of" limit=10
+  mervo run mail.search from=ada@example.org subjectContains=minutes limit=10
   mervo run mail.draft to=ada@example.org subject=Minutes body-file=minutes.txt
   make report | mervo run mail.notify subject=Report body-file=-
 )";

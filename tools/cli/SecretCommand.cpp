@@ -16,7 +16,7 @@ constexpr std::string_view kHelp =
     R"(Keeps the app password with which mail.archive logs in to a mail server. It lies in the desktop's secret service;
 no command prints it.
 
-  set    asks for the password without showing it, or reads one line of standard input, and keeps it
+  set    asks for the password unseen, or reads a line of input, and keeps it
   test   logs in to the server of this address, and out again
 
 Examples:

@@ -2,6 +2,7 @@
 #include "tools/cli/Commands.h"
 #include "tools/cli/Json.h"
 #include "tools/cli/Nearest.h"
+#include "tools/cli/Wrap.h"
 
 #include <algorithm>
 #include <array>
@@ -17,9 +18,10 @@ constexpr Option kArguments{"--arguments", "print the names of one tool's argume
 constexpr std::array kOptions{kJson, kIds, kArguments};
 
 constexpr std::string_view kHelp =
-    R"(Lists every tool in the order of the catalogue: its id, its effect (read, create or destructive) and its summary. With a
-tool's id: that tool alone, with its arguments. --json prints an array of objects with id, effect, summary and arguments,
-also for one tool. --ids and --arguments are for scripts and for the completion of shells.
+    R"(Lists every tool, family by family: its id, its effect (read, create or destructive) and its summary, in lines as wide as
+the terminal. With a tool's id: that tool alone, with its arguments. --json prints an array of objects with id, effect,
+summary and arguments, in the order of the catalogue, also for one tool. --ids and --arguments are for scripts and for the
+completion of shells.
 
 Examples:
   mervo tools
@@ -35,20 +37,31 @@ nlohmann::ordered_json record(const Tool& tool)
     return {{"id", tool.id}, {"effect", rawValue(tool.effect)}, {"summary", tool.summary}, {"arguments", arguments}};
 }
 
-std::string list(std::span<const Tool* const> tools)
+std::string_view family(std::string_view id)
 {
-    std::size_t width = 0;
-    for (const Tool* tool : tools)
-        width = std::max(width, tool->id.size());
+    return id.substr(0, id.find('.'));
+}
+
+/// The families in the order of their first tools, with an empty line between them.
+std::string list(std::span<const Tool* const> tools, std::size_t width)
+{
+    std::vector<std::pair<std::string_view, std::string>> families;
+    for (const Tool* tool : tools) {
+        const auto name = family(tool->id);
+        auto found = std::ranges::find(families, name, &std::pair<std::string_view, std::string>::first);
+        if (found == families.end())
+            found = families.insert(families.end(), {name, {}});
+        found->second += wrapped(fmt::format("{} ({}): {}", tool->id, rawValue(tool->effect), tool->summary), width, 4);
+    }
     std::string text;
-    for (const Tool* tool : tools)
-        text += fmt::format("{:<{}}  {:<11}  {}\n", tool->id, width, rawValue(tool->effect), tool->summary);
+    for (const auto& [name, lines] : families)
+        text += (text.empty() ? "" : "\n") + lines;
     return text;
 }
 
-std::string page(const Tool& tool)
+std::string page(const Tool& tool, std::size_t lineWidth)
 {
-    std::string text = fmt::format("{} ({})\n{}\n", tool.id, rawValue(tool.effect), tool.summary);
+    std::string text = fmt::format("{} ({})\n{}", tool.id, rawValue(tool.effect), wrapped(tool.summary, lineWidth, 0));
     if (!tool.missingBridge.empty())
         text += fmt::format("\nThis build has no bridge to {}, so the tool fails.\n", tool.missingBridge);
     if (tool.arguments.empty())
@@ -57,9 +70,11 @@ std::string page(const Tool& tool)
     for (const Argument& argument : tool.arguments)
         width = std::max(width, argument.name.size());
     text += "\nArguments:\n";
-    for (const Argument& argument : tool.arguments)
-        text += fmt::format(
-            "  {:<{}}  {:<8}  {}\n", argument.name, width, argument.required ? "required" : "optional", argument.help);
+    for (const Argument& argument : tool.arguments) {
+        const auto* const need = argument.required ? "required" : "optional";
+        const std::string line = fmt::format("  {:<{}}  {}  {}", argument.name, width, need, argument.help);
+        text += wrapped(line, lineWidth, width + 14);
+    }
     return text;
 }
 
@@ -80,7 +95,7 @@ ExitCode showOne(const Tool& tool, const Arguments& arguments, Io& io)
     else if (arguments.has(kJson))
         io.out(jsonLine(nlohmann::ordered_json::array({record(tool)})));
     else
-        io.out(page(tool));
+        io.out(page(tool, io.width));
     return ExitCode::done;
 }
 
@@ -100,7 +115,7 @@ ExitCode showAll(const Arguments& arguments, Io& io)
             records.push_back(record(*tool));
         io.out(jsonLine(records));
     } else {
-        io.out(list(tools));
+        io.out(list(tools, io.width));
     }
     return ExitCode::done;
 }
