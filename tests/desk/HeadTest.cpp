@@ -3,6 +3,7 @@
 #include "platform/desk/mail/MailDate.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/unicode.h"
+#include "tests/support/Growth.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -163,6 +164,16 @@ TEST(MessageHead, givesWellFormedTextForAnyBytes)
         ASSERT_TRUE(platform::isValidUtf8(read.subject) && platform::isValidUtf8(read.sender)) << head;
         ASSERT_EQ(read.subject.find_first_of("\r\n"), std::string::npos) << head;
         parseAddressList(read.to);
+    }
+}
+
+TEST(MessageHead, takesLinearTimeOnHostileFields)
+{
+    for (const auto& [start, part] : std::initializer_list<std::pair<const char*, const char*>>{{"Subject: x", "\n y"},
+             {"From: ", "a b <a@b>, "}, {"From: =?", ":"}, {"From: ", "=?u?q?"}, {"Subject: ", "=?=?"}, {"From: ", "("},
+             {"Subject: ", "=?koi8-r?q?=E9?= =?xyz?q?=E9?= "}, {"Subject: ", "\u0300\u0323"}, {"Date: ", " Mon ("}}) {
+        const auto work = [&](std::size_t times) { readMessageHead(start + test::repeated(times, part) + "\n\n"); };
+        EXPECT_LT(test::growth(3'000, work), test::kLinear) << start << part;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/desk/mime/MimeReader.h"
 #include "platform/unicode.h"
+#include "tests/support/Growth.h"
 
 #include <gmock/gmock.h>
 #include <random>
@@ -120,6 +121,19 @@ TEST(MimeReader, endsForHostileMessages)
             message += pieces[random() % std::size(pieces)];
         ASSERT_TRUE(platform::isValidUtf8(readMime(message).text)) << message;
     }
+}
+
+TEST(MimeReader, takesLinearTimeOnHostileHeads)
+{
+    const std::string inner = "Content-Type: multipart/mixed; boundary=b\n\n--b\n";
+    for (const auto& [start, part] : std::initializer_list<std::pair<std::string, const char*>>{{"To: ", "a: "},
+             {"Date: ", "Mon, 1 "}, {"Content-Type: a/b; ", "a=(\"; "}, {inner + "Content-Type: a/b; ", "a=(\"; "},
+             {inner + "Content-Type: message/rfc822\n\nTo: ", "a: "}, {inner, "--b\nTo: x\n"}}) {
+        const auto work = [&](std::size_t times) { readMime(start + test::repeated(times, part) + "\n\ntext\n"); };
+        EXPECT_LT(test::growth(3'000, work), test::kLinear) << start << part;
+    }
+    const MimeContent read = readMime("To: " + test::repeated(3'000, "a@b, ") + "\n\nhello\n");
+    EXPECT_EQ(read.text, "hello\n") << "a long list of recipients is no attack";
 }
 
 } // namespace

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <ctime>
 #include <limits>
+#include <string>
+#include <string_view>
 
 namespace mervo::test {
 
@@ -27,6 +29,15 @@ double growth(std::size_t size, Work work)
     };
     const double once = seconds(size);
     return seconds(4 * size) / std::max(once, 1e-6);
+}
+
+inline std::string repeated(std::size_t times, std::string_view text)
+{
+    std::string result;
+    result.reserve(times * text.size());
+    for (; times > 0; --times)
+        result += text;
+    return result;
 }
 
 /// Above it, work is taken to grow faster than its input.

@@ -103,11 +103,28 @@ private:
     void groupName()
     {
         ++at_;
-        if (hasAngle_ || words_.find('@') != std::string::npos || words_.find("=?") != std::string::npos) {
+        if (hasAngle_ || isAddressOrCoded()) {
             words_.push_back(':');
             return;
         }
+        clearWords();
+    }
+
+    /// Looks only at what was added since it last looked: a field may be a hundred thousand colons.
+    bool isAddressOrCoded()
+    {
+        const std::size_t from = looked_ == 0 ? 0 : looked_ - 1;
+        isAddressOrCoded_ = isAddressOrCoded_ || words_.find('@', from) != std::string::npos
+            || words_.find("=?", from) != std::string::npos;
+        looked_ = words_.size();
+        return isAddressOrCoded_;
+    }
+
+    void clearWords()
+    {
         words_.clear();
+        looked_ = 0;
+        isAddressOrCoded_ = false;
     }
 
     void finishMailbox()
@@ -128,7 +145,7 @@ private:
         mailbox.address = decodeHeaderText(mailbox.address);
         if (!mailbox.name.empty() || !mailbox.address.empty())
             found_.push_back(std::move(mailbox));
-        words_.clear();
+        clearWords();
         comment_.clear();
         angle_.clear();
         hasAngle_ = false;
@@ -137,7 +154,8 @@ private:
     std::string_view raw_;
     std::size_t at_ = 0;
     std::string words_, comment_, angle_;
-    bool hasAngle_ = false;
+    bool hasAngle_ = false, isAddressOrCoded_ = false;
+    std::size_t looked_ = 0; // so much of the words was looked at for the above
     std::vector<MailAddress> found_;
 };
 

@@ -37,7 +37,7 @@ void collect(GMimeObject* object, Place place, std::vector<GMimeObject*>& found)
         for (int i = 0; i < g_mime_multipart_get_count(multipart); ++i)
             collect(
                 g_mime_multipart_get_part(multipart, i), isPage && i > 0 ? Place::belongsToPage : Place::inside, found);
-    } else if (GMIME_IS_MESSAGE_PART(object) || (GMIME_IS_PART(object) && isAttached(GMIME_PART(object), place))) {
+    } else if (GMIME_IS_PART(object) && (isMessage(object) || isAttached(GMIME_PART(object), place))) {
         found.push_back(object);
     }
 }
@@ -53,6 +53,14 @@ std::string typeName(GMimeObject* object)
     std::transform(name.begin(), name.end(), name.begin(),
         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
     return name;
+}
+
+bool isMessage(GMimeObject* object)
+{
+    static constexpr std::string_view kTypes[] = {
+        "message/rfc822", "message/rfc2822", "message/global", "message/news"};
+    const std::string type = typeName(object);
+    return std::find(std::begin(kTypes), std::end(kTypes), type) != std::end(kTypes);
 }
 
 bool isAttached(GMimePart* leaf, Place place)

@@ -12,6 +12,9 @@ enum class Place { root, inside, belongsToPage };
 /// "text/plain", in lower case.
 std::string typeName(GMimeObject* object);
 
+/// A whole message within a message.
+bool isMessage(GMimeObject* object);
+
 /// Whether a leaf is something that its sender attached, rather than the text, a picture in it, or machinery.
 bool isAttached(GMimePart* leaf, Place place);
 

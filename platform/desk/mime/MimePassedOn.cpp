@@ -11,18 +11,9 @@
 namespace mervo::desk {
 namespace {
 
-Owned<GMimeStream> written(GMimeObject* object)
-{
-    Owned<GMimeStream> memory(g_mime_stream_mem_new());
-    g_mime_object_write_to_stream(object, nullptr, memory.get());
-    return memory;
-}
-
-/// What a recipient would save: the decoded bytes of a part, the bytes of a message.
+/// What a recipient would save: the decoded bytes of a part.
 Owned<GMimeStream> savedForm(GMimeObject* object)
 {
-    if (GMIME_IS_MESSAGE_PART(object))
-        return written(GMIME_OBJECT(g_mime_message_part_get_message(GMIME_MESSAGE_PART(object))));
     Owned<GMimeStream> memory(g_mime_stream_mem_new());
     if (GMimeDataWrapper* content = g_mime_part_get_content(GMIME_PART(object)))
         g_mime_data_wrapper_write_to_stream(content, memory.get());
@@ -41,7 +32,7 @@ bool isToken(std::string_view text)
 /// A part of the same type and name, without what else stood in its head.
 Owned<GMimePart> emptyTwin(GMimeObject* object)
 {
-    const std::string type = GMIME_IS_MESSAGE_PART(object) ? "application/octet-stream" : typeName(object);
+    const std::string type = isMessage(object) ? "application/octet-stream" : typeName(object);
     const std::size_t slash = type.find('/');
     const bool isPlain = isToken(type.substr(0, slash)) && isToken(type.substr(slash + 1));
     Owned<GMimePart> twin(isPlain
@@ -51,7 +42,7 @@ Owned<GMimePart> emptyTwin(GMimeObject* object)
     const char* charset = g_mime_object_get_content_type_parameter(object, "charset");
     if (charset != nullptr && isToken(charset))
         g_mime_object_set_content_type_parameter(GMIME_OBJECT(twin.get()), "charset", charset);
-    const char* name = GMIME_IS_PART(object) ? g_mime_part_get_filename(GMIME_PART(object)) : "message.eml";
+    const char* name = isMessage(object) ? "message.eml" : g_mime_part_get_filename(GMIME_PART(object));
     constexpr std::size_t kLongestName = 255; // bytes, the longest that a file can have
     if (name != nullptr)
         g_mime_part_set_filename(

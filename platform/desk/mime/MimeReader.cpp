@@ -69,7 +69,10 @@ Part readLeaf(GMimePart* leaf, Place place)
     GMimeObject* object = GMIME_OBJECT(leaf);
     const std::string type = typeName(object);
     Part result;
-    if (isAttached(leaf, place)) {
+    if (isMessage(object)) {
+        const std::string name = validText(g_mime_part_get_filename(leaf));
+        result.attachments.push_back({name.empty() ? "message.eml" : name, type, 0});
+    } else if (isAttached(leaf, place)) {
         result.attachments.push_back({validText(g_mime_part_get_filename(leaf)), type, decodedSize(leaf)});
     } else if (type == "text/plain" || type == "text/html") {
         const char* charset = g_mime_object_get_content_type_parameter(object, "charset");
@@ -125,12 +128,6 @@ Part readObject(GMimeObject* object, Place place)
         return type == "multipart/alternative" ? readAlternative(multipart)
                                                : readSequence(multipart, type == "multipart/related");
     }
-    if (GMIME_IS_MESSAGE_PART(object)) {
-        std::string name = validText(g_mime_object_get_content_disposition_parameter(object, "filename"));
-        Part result;
-        result.attachments.push_back({name.empty() ? "message.eml" : name, typeName(object), 0});
-        return result;
-    }
     return GMIME_IS_PART(object) ? readLeaf(GMIME_PART(object), place) : Part{};
 }
 
@@ -138,10 +135,7 @@ Part readObject(GMimeObject* object, Place place)
 
 MimeContent readMime(std::string_view message)
 {
-    startGMime();
-    const Owned<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(message.data(), message.size()));
-    const Owned<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
-    const Owned<GMimeMessage> parsed(g_mime_parser_construct_message(parser.get(), nullptr));
+    const Owned<GMimeMessage> parsed = parsedMessage(message);
     if (!parsed) {
         const std::size_t body = endOfHead(message).value_or(message.size());
         return {withLineFeeds(toUtf8(message.substr(body), {})), {}};

@@ -143,13 +143,6 @@ void addAttached(GMimeMultipart* mixed, GMimeMessage* original)
         g_mime_multipart_add(mixed, passedOn(object).get());
 }
 
-Owned<GMimeMessage> parse(std::string_view message)
-{
-    const Owned<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(message.data(), message.size()));
-    const Owned<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
-    return Owned<GMimeMessage>(g_mime_parser_construct_message(parser.get(), nullptr));
-}
-
 Owned<GMimeMessage> compose(const MimeDraft& draft, const std::string& text)
 {
     Owned<GMimeMessage> message(g_mime_message_new(TRUE));
@@ -164,7 +157,7 @@ Owned<GMimeMessage> compose(const MimeDraft& draft, const std::string& text)
         draft.inReplyTo.empty() ? std::vector<std::string>() : std::vector{draft.inReplyTo});
     setIdentifiers(message.get(), "References", draft.references);
     const Owned<GMimePart> body = textPart(text);
-    const Owned<GMimeMessage> original = draft.forwarded.empty() ? nullptr : parse(draft.forwarded);
+    const Owned<GMimeMessage> original = draft.forwarded.empty() ? nullptr : parsedMessage(draft.forwarded);
     if (draft.attachments.empty() && (!original || attachedObjects(original.get()).empty())) {
         g_mime_message_set_mime_part(message.get(), GMIME_OBJECT(body.get()));
         return message;
