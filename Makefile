@@ -8,7 +8,7 @@ JOBS ?= $(shell nproc)
 
 .DEFAULT_GOAL := build
 
-.PHONY: build run test screenshots bench fuzz format check-format install clean help setup setup-tests
+.PHONY: build run test screenshots bench fuzz format check-format install uninstall clean help setup setup-tests
 
 help:
 	@echo "make run       set up, build, play an agent's morning against a sample desk, open the cockpit over it"
@@ -19,6 +19,7 @@ help:
 	@echo "make fuzz      run every fuzz target for a minute (FUZZ_SECONDS=60)"
 	@echo "make format    format the sources"
 	@echo "make install   install below PREFIX (/usr/local)"
+	@echo "make uninstall remove what that installed below the same PREFIX, and nothing else"
 	@echo "make clean     remove the build folder"
 	@echo "PRESET=debug|release|asan chooses how; release is the default."
 
@@ -62,6 +63,10 @@ check-format: setup-tests
 PREFIX ?= /usr/local
 install: build
 	@cmake --install $(BUILD) --prefix $(PREFIX)
+	@cp $(BUILD)/install_manifest.txt $(DESTDIR)$(PREFIX)/lib/mervo/
+
+uninstall:
+	@scripts/uninstall $(PREFIX)
 
 clean:
 	@rm -rf build

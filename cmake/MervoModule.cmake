@@ -8,7 +8,7 @@
 #
 # The bundle of the build tree has the layout of the installed one:
 #   mervo_program(mervo AT Helpers SOURCES main.cpp MAY_USE tools/cli ON_PATH)
-# ON_PATH: installed, the program is also linked into the bin folder.
+# ON_PATH: installed, the program is also linked into the bin folder, and the link is in the manifest.
 
 set(MERVO_BUNDLE ${CMAKE_BINARY_DIR}/Contents)
 
@@ -46,6 +46,7 @@ function(mervo_program target)
             set(bin \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
             file(MAKE_DIRECTORY \"\${bin}\")
             file(CREATE_LINK ../${CMAKE_INSTALL_LIBDIR}/mervo/Contents/${ARG_AT}/${target} \"\${bin}/${target}\" SYMBOLIC)
+            list(APPEND CMAKE_INSTALL_MANIFEST_FILES \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/${target}\")
             message(STATUS \"Linking: \${bin}/${target}\")")
     endif()
 endfunction()
