@@ -22,6 +22,12 @@ struct Case {
     bool onStandardInput = false;
 };
 
+/// For the words of a failure.
+void PrintTo(const Case& instance, std::ostream* out)
+{
+    *out << instance.name;
+}
+
 std::vector<Case> allCases()
 {
     std::ifstream file(std::string(MERVO_SOURCE_DIR) + "/tests/applescript/cases.json");
@@ -56,7 +62,7 @@ std::string failureOf(const std::string& error)
 
 class Conformance : public testing::TestWithParam<Case> { };
 
-TEST_P(Conformance, answersAsEveryHostDoes)
+TEST_P(Conformance, answers)
 {
     const Case& expected = GetParam();
     mervo::platform::Command command{OSASCRIPT_BARE, {}, {}};

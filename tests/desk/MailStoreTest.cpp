@@ -42,7 +42,7 @@ protected:
     MailStore store_{oneAccount(folder_ / "mail"), folder_ / "cache"};
 };
 
-TEST_F(MailStoreTest, changesThousandsThatAnotherProgramRenamedWithoutAListingForEach)
+TEST_F(MailStoreTest, changesThousandsThatAnotherRenamedWithOneListing)
 {
     constexpr int kMessages = 2000;
     deliver(kMessages);
