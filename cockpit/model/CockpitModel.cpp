@@ -49,7 +49,9 @@ CockpitModel::CockpitModel(const Surroundings& surroundings, QObject* parent)
 {
     connect(&settings_, &CockpitSettings::autonomyModeChanged, this, &CockpitModel::autonomyModeChanged);
     connect(&settings_, &CockpitSettings::notSaved, this,
-        [this] { setLastResult("❌ the configuration could not be saved; nothing was changed"); });
+        [this](const QString& why) { setLastResult("❌ " + why.toStdString()); });
+    connect(&settings_, &CockpitSettings::noticed, this,
+        [this](const QString& notice) { setLastResult("⚠ " + notice.toStdString()); });
     settings_.showLaunchAtLogin(outside_.loginItem.isEnabled());
     outside_.notifier.onResponse = [this](const auto& action, const auto& context) { respond(action, context); };
     refresh(true);

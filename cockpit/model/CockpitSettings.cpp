@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -12,6 +13,7 @@ namespace mervo {
 
 namespace {
 
+constexpr std::chrono::seconds kPatience(2); ///< the main thread waits
 constexpr std::array<std::string_view, 2> kChannels{"mail", "cockpit"}; // the first is the default
 constexpr std::array<std::string_view, 3> kCleanups{"archive", "delete", "off"};
 
@@ -126,13 +128,14 @@ bool CockpitSettings::setImapAccounts(const std::function<void(std::vector<IMAPA
 bool CockpitSettings::store(const std::function<void(HarnessConfig&)>& change)
 {
     const HarnessConfig before = mirror_;
-    HarnessConfig config = HarnessConfig::load();
-    change(config);
-    if (!config.save()) {
+    const auto update = HarnessConfig::update(change, kPatience);
+    if (!update.failure.empty()) {
         mirror_ = before;
-        Q_EMIT notSaved();
+        Q_EMIT notSaved(QString::fromStdString(update.failure));
         return false;
     }
+    if (!update.notice.empty())
+        Q_EMIT noticed(QString::fromStdString(update.notice));
     if (mirror_ != before)
         Q_EMIT changed();
     return true;

@@ -10,8 +10,9 @@
 
 namespace mervo {
 
-/// The configuration as the cockpit's panes show and change it. Each change loads the file afresh, sets its one field
-/// and saves at once, so that what another process wrote meanwhile is kept. Main thread only.
+/// The configuration as the cockpit's panes show and change it. Each change sets its one field in the file as it stands
+/// by then, under the home's lock, so that what another process wrote meanwhile is kept. Main thread only; waits for
+/// the lock up to 2 s.
 class CockpitSettings final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString rondelHome READ rondelHome CONSTANT)
@@ -55,7 +56,9 @@ Q_SIGNALS:
     void autonomyModeChanged();
     void imapAccountsChanged();
     /// The file could not be written, and stands as it was.
-    void notSaved();
+    void notSaved(const QString& why);
+    /// It was written, and the person should hear something of the old one.
+    void noticed(const QString& notice);
 
 private:
     bool store(const std::function<void(HarnessConfig&)>& change);

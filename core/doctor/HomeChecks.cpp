@@ -1,10 +1,12 @@
 #include "core/doctor/Checks.h"
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/HarnessConfig.h"
+#include "core/foundation/JsonText.h"
 #include "core/foundation/Text.h"
 #include "platform/files.h"
 #include "platform/health.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -45,22 +47,8 @@ json everyKey()
     return keys;
 }
 
-/// Whether the value is taken as it stands: read alone and written again, it must come back. What a list keeps of its
-/// entries is their number, since one bad entry empties it.
-bool isTaken(const std::string& key, const json& value)
-{
-    if (value.is_null())
-        return true;
-    if (key == kLegacyKey)
-        return value.is_boolean();
-    const json written = json::parse(HarnessConfig::decode(json{{key, value}}.dump()).encode());
-    if (!written.contains(key))
-        return false;
-    return value.is_array() ? written[key].size() == value.size() : written[key] == value;
-}
-
 /// Says of each key what is wrong with it.
-Check ofKeys(const json& object)
+Check ofKeys(const json& object, std::string_view text)
 {
     const json known = everyKey();
     const json defaults = json::parse(HarnessConfig().encode());
@@ -72,7 +60,7 @@ Check ofKeys(const json& object)
             complaints.push_back(fmt::format("{} is not known and has no effect", Text::visibleLine(key)));
             if (check.state == State::works)
                 check.state = State::limited;
-        } else if (!isTaken(key, value)) {
+        } else if (!HarnessConfig::takes(key, *JsonText::value(text, key))) {
             const std::string fallback = defaults.contains(key) ? defaults[key].dump() : "nothing";
             complaints.push_back(fmt::format("{} has a value that cannot be used; it counts as {}", key, fallback));
             check.state = State::broken;
@@ -81,6 +69,17 @@ Check ofKeys(const json& object)
     }
     check.detail = complaints.empty() ? "config.json is in order" : Text::join(complaints, "\n");
     return check;
+}
+
+/// The files beside config.json in which an update kept what it could not take over.
+std::vector<std::string> keptBeside(const fs::path& file)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(file.parent_path()))
+        if (entry.path().filename().string().starts_with(file.filename().string() + ".damaged"))
+            names.push_back(Text::visibleLine(entry.path().string()));
+    std::ranges::sort(names);
+    return names;
 }
 
 } // namespace
@@ -120,13 +119,19 @@ Check settings()
         check.detail = "no config.json yet, every setting has its default";
         return check;
     }
-    const auto text = platform::readFile(file);
-    const json object = text ? json::parse(*text, nullptr, false) : json();
-    if (object.is_object())
-        return ofKeys(object);
-    check.detail = fmt::format(
-        "{} {}; every setting counts as its default", file.string(), text ? "is no JSON object" : "cannot be read");
+    check.detail = HarnessConfig::complaint();
     check.remedy = "Mend the file, or move it away.";
+    if (!check.detail.empty())
+        return check;
+    const auto text = platform::readFile(file);
+    check = text ? ofKeys(json::parse(*text, nullptr, false), *text) : check;
+    if (const auto kept = keptBeside(file); !kept.empty()) {
+        check.state = std::max(check.state, State::limited);
+        check.detail +=
+            fmt::format("\nwhat could not be taken over of an earlier one is in {}", Text::join(kept, ", "));
+        check.remedy +=
+            (check.remedy.empty() ? "" : " ") + std::string("Take over what is missed, then delete the file.");
+    }
     return check;
 }
 

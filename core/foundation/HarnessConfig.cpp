@@ -1,8 +1,5 @@
 #include "core/foundation/HarnessConfig.h"
 
-#include "core/foundation/ConfigDir.h"
-#include "platform/files.h"
-
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -14,11 +11,6 @@ using Json = nlohmann::json;
 using OrderedJson = nlohmann::ordered_json;
 
 constexpr double kFirstTooLarge = 0x1p63;
-
-std::filesystem::path configFile()
-{
-    return ConfigDir::url() / "config.json";
-}
 
 const Json* find(const Json& object, const char* key)
 {
@@ -109,26 +101,6 @@ void write(OrderedJson& object, const char* key, const std::optional<std::string
 }
 
 } // namespace
-
-HarnessConfig HarnessConfig::load()
-{
-    try {
-        const auto json = platform::readFile(configFile());
-        return json ? decode(*json) : HarnessConfig{};
-    } catch (const std::exception&) {
-        return {};
-    }
-}
-
-bool HarnessConfig::save() const
-{
-    try {
-        ConfigDir::ensureExists();
-        return !platform::replaceFile(configFile(), encode());
-    } catch (const std::exception&) {
-        return false;
-    }
-}
 
 HarnessConfig HarnessConfig::decode(std::string_view json)
 {

@@ -2,7 +2,9 @@
 
 #include "core/foundation/AutonomyMode.h"
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,11 +42,34 @@ struct HarnessConfig {
     /// What an agent's request to change the slider came to.
     enum class AutonomyChange { applied, refusedHumanOnly };
 
-    /// `config.json` of the home directory. Missing, unreadable, or no JSON object: the defaults. Never fails.
+    /// `config.json` of the home directory. Missing, unreadable, longer than 1 MiB, or no JSON object: the defaults.
+    /// Never fails.
     static HarnessConfig load();
 
-    /// Replaces `config.json` atomically, creating the home directory. False when it could not be written; the old
-    /// file then stands.
+    /// Why `load` takes nothing from the file that is there, as a sentence; empty when it does, or there is no file.
+    static std::string complaint();
+
+    /// Whether the value of a known member, as JSON, counts as it stands. Null counts as absent.
+    static bool takes(std::string_view key, std::string_view value);
+
+    /// What came of an update.
+    struct Update {
+        std::string failure; ///< why the file was not changed, as a sentence; empty when it says what it should
+        std::string notice; ///< where the old file was kept, which could not be taken over whole; else empty
+    };
+    /// Changes settings: reads the file, lets `change` work on what it says, and replaces it atomically, all under the
+    /// home's lock, so that of several who do so at once each sees what the one before has written. Only a member whose
+    /// value changed is written; all else stays as it stands, to the byte, known or not, usable or not. A change that
+    /// changes nothing writes nothing. The older `yoloMode` is replaced by `autonomyMode` at the first writing.
+    ///
+    /// What would be lost, because it is no JSON object or because the changed member's old value could not be used, is
+    /// first kept beside as `config.json.damaged` (or with a number behind; no earlier one is overwritten). A file that
+    /// cannot be read is not touched. Waits up to `patience` for the lock. Throws only what `change` throws.
+    static Update update(const std::function<void(HarnessConfig&)>& change,
+        std::chrono::milliseconds patience = std::chrono::seconds(10));
+
+    /// Replaces the whole of `config.json` atomically under the same lock, creating the home directory. False when it
+    /// could not be written; the old file then stands.
     bool save() const;
 
     /// The decoding and encoding behind load and save. Never throw. The text has every key in the order above, an

@@ -2,15 +2,18 @@
 
 #include "core/foundation/HarnessConfig.h"
 #include "core/policy/AuditLog.h"
+#include "core/policy/Notices.h"
 
 #include <string_view>
 
 /// An agent's request to change the slider. Raising it is for a person alone: a request for a higher level changes
-/// nothing. One for the current level is applied and writes nothing; a lower one is written and audited. Throws
-/// ServiceError when the configuration cannot be written; the level then stays, and there is no row.
+/// nothing. One for the current level is applied and writes nothing; a lower one is written and audited. The level is
+/// compared and written under the home's lock: whoever lowers it further in the meantime is not undone. Throws
+/// ServiceError when the configuration cannot be written; the level then stays, and there is no row. `notices` receives
+/// what a person should hear of the file.
 namespace mervo::AutonomyRequest {
 
 [[nodiscard]] HarnessConfig::AutonomyChange make(
-    AutonomyMode wanted, std::string_view actor, AuditLog& audit = AuditLog::shared());
+    AutonomyMode wanted, std::string_view actor, AuditLog& audit = AuditLog::shared(), Notices* notices = nullptr);
 
 } // namespace mervo::AutonomyRequest

@@ -29,6 +29,8 @@ public:
 
     int get() const { return number_; }
     bool open() const { return number_ >= 0; }
+    /// Hands the descriptor over.
+    int release() { return std::exchange(number_, -1); }
     /// The result of the system's close, 0 when there was nothing to close.
     int close() { return number_ < 0 ? 0 : ::close(std::exchange(number_, -1)); }
 

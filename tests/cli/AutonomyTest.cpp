@@ -35,13 +35,25 @@ TEST_F(AutonomyTest, otherWordsAreWrongUsage)
     EXPECT_FALSE(std::filesystem::exists(home()));
 }
 
+TEST_F(AutonomyTest, aDamagedFileIsKeptAndNamed)
+{
+    writeFile(home() / "config.json", R"({"autonomyMode":"panic",})");
+    EXPECT_THAT(mervo({"autonomy"}).err, HasSubstr("is no JSON object; every setting counts as its default"));
+    const Ended run = mervo({"autonomy", "panic"});
+    EXPECT_EQ(run.out, "panic\n");
+    EXPECT_THAT(run.err, HasSubstr("warning: "));
+    EXPECT_THAT(run.err, HasSubstr("config.json.damaged"));
+    EXPECT_EQ(mervo({"autonomy"}).err, "");
+    EXPECT_THAT(mervo({"doctor"}).out, HasSubstr("config.json.damaged"));
+}
+
 TEST_F(AutonomyTest, aLevelThatCouldNotBeWrittenIsNotReportedAsSet)
 {
     writeFile(folder() / "home", "a file where the folder should be");
     const Ended run = mervo({"autonomy", "panic"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "");
-    EXPECT_THAT(run.err, HasSubstr("could not be written"));
+    EXPECT_THAT(run.err, HasSubstr("stays at \"copilote\": the home"));
 }
 
 } // namespace mervo::test

@@ -131,17 +131,149 @@ TEST_F(ConfigFile, savingReplacesTheOlderKey)
     EXPECT_EQ(test::readFile(file), expected.encode());
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
     EXPECT_EQ(fs::status(dir / "home").permissions(), fs::perms::owner_all);
-    EXPECT_EQ(test::tree(dir / "home"), std::set<std::string>{"config.json"});
+    EXPECT_EQ(test::tree(dir / "home"), (std::set<std::string>{".lock", "config.json"}));
 }
 
 TEST_F(ConfigFile, whatCannotBeSavedIsToldAndLeavesTheOld)
 {
     fs::create_directories(file / "in the way");
     EXPECT_FALSE(HarnessConfig{}.save());
-    EXPECT_EQ(test::tree(dir / "home"), (std::set<std::string>{"config.json", "config.json/in the way"}));
+    EXPECT_EQ(test::tree(dir / "home"), (std::set<std::string>{".lock", "config.json", "config.json/in the way"}));
     test::writeFile(dir / "plain", "");
     ::setenv("MERVO_HOME", (dir / "plain").c_str(), 1);
     EXPECT_FALSE(HarnessConfig{}.save());
+}
+
+struct Update {
+    const char* before;
+    void (*change)(HarnessConfig&);
+    const char* after;
+    bool keepsOld = false; ///< beside, and says so
+};
+
+constexpr auto kPanic = [](HarnessConfig& c) { c.autonomyMode = AutonomyMode::panic; };
+constexpr auto kAddress = [](HarnessConfig& c) { c.notifyEmail = "me@x.org"; };
+constexpr auto kSecondAccount = [](HarnessConfig& c) { c.imapAccounts.push_back({"H", "c@d", "h", 993}); };
+
+const Update kUpdates[]{
+    {R"({"mine":1.50,"autonomyMode":"yolo","huge":123456789012345678901234567890})", kPanic,
+        R"({"mine":1.50,"autonomyMode":"panic","huge":123456789012345678901234567890})"},
+    {"{\n  \"a\" : {\"autonomyMode\": \"yolo\", \"x\": [\"}\\\"]\"]},\n  \"autonomyMode\" : \"yolo\"\n}\n", kPanic,
+        "{\n  \"a\" : {\"autonomyMode\": \"yolo\", \"x\": [\"}\\\"]\"]},\n  \"autonomyMode\" : \"panic\"\n}\n"},
+    {"{\n  \"dailyMutationCap\": \"7\"\n}\n", kPanic, // what cannot be used stays
+        "{\n  \"dailyMutationCap\": \"7\",\n  \"autonomyMode\": \"panic\"\n}\n"},
+    {"\xEF\xBB\xBF{ }", kPanic, "\xEF\xBB\xBF{\"autonomyMode\":\"panic\" }"},
+    {R"({"autonomyMode":"panic"})", kPanic, R"({"autonomyMode":"panic"})"},
+    {R"({"imapAccounts":[{"email":"b","host":"c"}],"autonomyMode":"yolo"})", kPanic,
+        R"({"imapAccounts":[{"email":"b","host":"c"}],"autonomyMode":"panic"})"},
+    {R"({"autonomyMode":"yolo","autonomy\u004dode":"copilote"})", kPanic, // either may count for another reader
+        R"({"autonomyMode":"panic","autonomy\u004dode":"panic"})"},
+    {R"({"yoloMode":true,"x":1,"yoloMode":false})", kAddress,
+        R"({"x":1,"autonomyMode":"copilote","notifyEmail":"me@x.org"})"},
+    {R"({"yoloMode":true})", kAddress, R"({"autonomyMode":"yolo","notifyEmail":"me@x.org"})"},
+    {R"({"terminalApp":"xterm","yoloMode":1})",
+        [](HarnessConfig& c) {
+            c.terminalApp.reset();
+            c.autonomyMode = AutonomyMode::panic;
+        },
+        R"({"autonomyMode":"panic"})"},
+    {R"({"imapAccounts":[ {"host":"h","email":"a@b","port":993.0,"mailAccountName":"G","note":[1e2]} ]})",
+        kSecondAccount,
+        R"({"imapAccounts":[{"host":"h","email":"a@b","port":993.0,"mailAccountName":"G","note":[1e2]},)"
+        R"({"mailAccountName":"H","email":"c@d","host":"h","port":993}]})"},
+    {R"({"imapAccounts":[{"email":"b"}],"x":1})", kSecondAccount,
+        R"({"imapAccounts":[{"mailAccountName":"H","email":"c@d","host":"h","port":993}],"x":1})", true},
+    {R"({"autonomyMode":"turbo"})", kPanic, R"({"autonomyMode":"panic"})", true},
+    {R"({"autonomyMode":"turbo"})", kAddress, R"({"autonomyMode":"turbo","notifyEmail":"me@x.org"})"},
+    {R"({"notifyEmail":"old@x.org","autonomyMode":"yolo",})", kPanic,
+        R"({"autonomyMode":"panic","imapAccounts":[],"dailyMutationCap":100,"notifyEmail":"","askChannel":"mail","askCleanup":"archive"})",
+        true},
+};
+
+TEST_F(ConfigFile, anUpdateWritesOnlyWhatChanges)
+{
+    for (const Update& c : kUpdates) {
+        SCOPED_TRACE(c.before);
+        fs::remove_all(dir / "home");
+        test::writeFile(file, c.before);
+        const auto update = HarnessConfig::update(c.change);
+        EXPECT_EQ(update.failure, "");
+        EXPECT_EQ(test::readFile(file), c.after);
+        HarnessConfig expected = HarnessConfig::decode(c.before);
+        c.change(expected);
+        EXPECT_EQ(HarnessConfig::load(), expected);
+        const fs::path kept = file.string() + ".damaged";
+        EXPECT_EQ(fs::exists(kept) ? test::readFile(kept) : "", c.keepsOld ? c.before : "");
+        EXPECT_EQ(update.notice.find(kept.string()) != std::string::npos, c.keepsOld) << update.notice;
+    }
+}
+
+TEST_F(ConfigFile, nothingKeptBesideIsOverwritten)
+{
+    for (const char* text : {"{,", "[", "{,", "["}) {
+        test::writeFile(file, text);
+        EXPECT_EQ(HarnessConfig::update(kPanic).failure, "");
+    }
+    EXPECT_EQ(test::readFile(file.string() + ".damaged"), "{,");
+    EXPECT_EQ(test::readFile(file.string() + ".damaged.2"), "[");
+    EXPECT_EQ(test::tree(dir / "home").size(), 4U);
+}
+
+TEST_F(ConfigFile, whatCannotBeReadOrKeptIsNotTouched)
+{
+    const auto fails = [&](const std::string& reason) {
+        const auto update = HarnessConfig::update(kPanic, std::chrono::milliseconds(50));
+        EXPECT_NE(update.failure.find(reason), std::string::npos) << update.failure;
+    };
+    test::writeFile(file, "{}");
+    fs::resize_file(file, 2'000'000'000);
+    EXPECT_EQ(HarnessConfig::load(), HarnessConfig{});
+    EXPECT_NE(HarnessConfig::complaint().find("File too large"), std::string::npos);
+    fails("File too large");
+    EXPECT_EQ(fs::file_size(file), 2'000'000'000U);
+
+    test::writeFile(file, "{,");
+    fs::create_directories(file.string() + ".damaged");
+    for (int number = 2; number <= 100; ++number)
+        test::writeFile(file.string() + ".damaged." + std::to_string(number), "x");
+    fails("look at them");
+    EXPECT_EQ(test::readFile(file), "{,");
+
+    fs::remove_all(dir / "home");
+    fs::create_directories(dir / "home/.lock");
+    fails("Is a directory");
+    fs::remove_all(dir / "home");
+    test::writeFile(dir / "home", "in the way");
+    fails("cannot be created");
+}
+
+TEST_F(ConfigFile, aLinkStaysALinkAndTheOldIsKeptInTheHome)
+{
+    test::writeFile(dir / "dotfiles/mervo.json", "{,");
+    fs::create_directories(dir / "home");
+    fs::create_symlink("../dotfiles/mervo.json", file);
+    EXPECT_EQ(HarnessConfig::update(kPanic).failure, "");
+    EXPECT_TRUE(fs::is_symlink(file));
+    EXPECT_EQ(HarnessConfig::load().autonomyMode, AutonomyMode::panic);
+    EXPECT_EQ(test::tree(dir / "dotfiles"), std::set<std::string>{"mervo.json"});
+    EXPECT_EQ(test::readFile(file.string() + ".damaged"), "{,");
+}
+
+TEST_F(ConfigFile, deepAndRepeatedMembersCostLittle)
+{
+    const std::string deep = std::string(400'000, '[') + std::string(400'000, ']');
+    std::string many = "{\"x\":0";
+    for (int i = 0; i < 40'000; ++i)
+        many += ",\"autonomyMode\":1";
+    for (const std::string& text : {"{\"imapAccounts\":" + deep + "}", many + "}"}) {
+        test::writeFile(file, text);
+        EXPECT_EQ(HarnessConfig::update(kPanic).failure, "");
+        EXPECT_EQ(HarnessConfig::update(kSecondAccount).failure, "");
+        HarnessConfig expected;
+        kPanic(expected);
+        kSecondAccount(expected);
+        EXPECT_EQ(HarnessConfig::load(), expected);
+    }
 }
 
 } // namespace

@@ -3,8 +3,10 @@
 #include "core/foundation/ServiceError.h"
 #include "tests/support/Files.h"
 
+#include <barrier>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <thread>
 
 namespace mervo {
 namespace {
@@ -66,9 +68,48 @@ TEST_F(Request, whatCannotBeWrittenIsToldAndNotRecorded)
         ADD_FAILURE();
     } catch (const ServiceError& error) {
         EXPECT_EQ(error.what(),
-            "The autonomy level could not be written to \"" + file.string() + "\"; it stays at \"copilote\".");
+            "the autonomy level stays at \"copilote\": the home \"" + (dir / "home").string()
+                + "\" cannot be created: File exists");
     }
     EXPECT_EQ(audit.count(), 0);
+}
+
+TEST_F(Request, loweringAtOnceWithAnotherNeverEndsAboveTheLower)
+{
+    if (std::filesystem::is_directory("/dev/shm")) // where writing takes no time, more happens at once
+        ::setenv("TMPDIR", "/dev/shm", 1);
+    const test::TempDir memory;
+    ::unsetenv("TMPDIR");
+    ::setenv("MERVO_HOME", memory.path().c_str(), 1);
+    int above = 0;
+    for (int round = 0; round < 400; ++round) {
+        test::writeFile(memory / "config.json", R"({"autonomyMode":"yolo"})");
+        std::barrier start(5);
+        std::vector<std::thread> threads;
+        for (int agent = 0; agent < 4; ++agent)
+            threads.emplace_back([&] {
+                AuditLog rows{MervoDB::inMemory()};
+                start.arrive_and_wait();
+                (void)AutonomyRequest::make(AutonomyMode::copilote, "mcp:x", rows);
+            });
+        start.arrive_and_wait();
+        const auto owner =
+            HarnessConfig::update([](HarnessConfig& config) { config.autonomyMode = AutonomyMode::panic; });
+        EXPECT_EQ(owner.failure, "");
+        for (std::thread& thread : threads)
+            thread.join();
+        above += HarnessConfig::load().autonomyMode == AutonomyMode::panic ? 0 : 1;
+    }
+    EXPECT_EQ(above, 0);
+}
+
+TEST_F(Request, whatWasKeptOfADamagedFileIsTold)
+{
+    test::writeFile(file, R"({"autonomyMode":"yolo",})");
+    Notices notices;
+    EXPECT_EQ(AutonomyRequest::make(AutonomyMode::panic, "cli", audit, &notices), Change::applied);
+    ASSERT_EQ(notices.warnings.size(), 1U);
+    EXPECT_NE(notices.warnings[0].find("config.json.damaged"), std::string::npos);
 }
 
 } // namespace

@@ -134,5 +134,26 @@ TEST_F(Processes, aReaderOfTheConfigurationMeetsOnlyWholeOnes)
     EXPECT_EQ(HarnessConfig::load().notifyEmail.size(), 100'000U);
 }
 
+TEST_F(Processes, noUpdateOfTheConfigurationUndoesAnother)
+{
+    runAll("count", 20);
+    EXPECT_EQ(HarnessConfig::load().dailyMutationCap, 100 + kProcesses * 20);
+}
+
+TEST_F(Processes, oneWhoHoldsTheHomeAndHangsIsNamedAndItsEndFreesIt)
+{
+    const auto lower = [](HarnessConfig& config) { config.autonomyMode = AutonomyMode::panic; };
+    auto holder = start("home", 0, "-");
+    ASSERT_EQ(holder->readLine(), "held");
+    ASSERT_EQ(::kill(holder->pid(), SIGSTOP), 0);
+    const auto update = HarnessConfig::update(lower, std::chrono::seconds(1));
+    EXPECT_EQ(update.failure,
+        "\"" + (home / ".lock").string() + "\" has been held by process " + std::to_string(holder->pid())
+            + " for 1 s; nothing was changed. Try again, or end the process that holds it");
+    EXPECT_FALSE(std::filesystem::exists(home / "config.json"));
+    holder.reset(); // killed
+    EXPECT_EQ(HarnessConfig::update(lower, std::chrono::seconds(1)).failure, "");
+}
+
 } // namespace
 } // namespace mervo

@@ -56,7 +56,25 @@ void saveConfig(int count, const std::string& name)
     }
 }
 
-/// Says "held" once it has the lock, and keeps it until its input ends.
+/// One more for the cap each time: what an update of another process overwrote would be missing in the end.
+void countUp(int count, const std::string&)
+{
+    for (int i = 0; i < count; ++i)
+        if (!HarnessConfig::update([](HarnessConfig& config) { ++config.dailyMutationCap; }).failure.empty())
+            std::exit(1);
+}
+
+/// Says "held" once it has the home's lock, and keeps it until its input ends.
+void holdHome(int, const std::string&)
+{
+    (void)HarnessConfig::update([](HarnessConfig&) {
+        std::cout << "held" << std::endl;
+        std::string line;
+        std::getline(std::cin, line);
+    });
+}
+
+/// Says "held" once it has the database's lock, and keeps it until its input ends.
 void holdLock(int, const std::string&)
 {
     MervoDB db;
@@ -72,8 +90,8 @@ void holdLock(int, const std::string&)
 
 int main(int argc, char** argv)
 {
-    const std::map<std::string, std::function<void(int, const std::string&)>> deeds{
-        {"gate", callGate}, {"rows", writeRows}, {"config", saveConfig}, {"lock", holdLock}};
+    const std::map<std::string, std::function<void(int, const std::string&)>> deeds{{"gate", callGate},
+        {"rows", writeRows}, {"config", saveConfig}, {"lock", holdLock}, {"count", countUp}, {"home", holdHome}};
     if (argc != 4 || deeds.count(argv[1]) == 0)
         return 2;
     deeds.at(argv[1])(std::atoi(argv[2]), argv[3]);

@@ -1,5 +1,6 @@
 #include "core/foundation/HarnessConfig.h"
 #include "core/foundation/ServiceError.h"
+#include "core/foundation/Text.h"
 #include "core/policy/AutonomyRequest.h"
 #include "tools/cli/Call.h"
 #include "tools/cli/Commands.h"
@@ -28,13 +29,15 @@ AutonomyMode current()
     return HarnessConfig::load().autonomyMode;
 }
 
-void lower(AutonomyMode wanted)
+void lower(AutonomyMode wanted, Io& io)
 {
-    if (AutonomyRequest::make(wanted, actor()) == HarnessConfig::AutonomyChange::refusedHumanOnly)
+    Notices notices;
+    const auto change = AutonomyRequest::make(wanted, actor(), AuditLog::shared(), &notices);
+    for (const std::string& warning : notices.warnings)
+        io.err("warning: " + Text::visibleLine(warning) + "\n");
+    if (change == HarnessConfig::AutonomyChange::refusedHumanOnly)
         throw ServiceError(fmt::format("only a person can raise autonomy to {}, in the cockpit; it stays at {}",
             rawValue(wanted), rawValue(current())));
-    if (current() != wanted)
-        throw ServiceError("the new level could not be written; \"mervo doctor\" says what is wrong with config.json");
 }
 
 ExitCode run(const Arguments& arguments, Io& io)
@@ -44,8 +47,10 @@ ExitCode run(const Arguments& arguments, Io& io)
         const auto wanted = autonomyMode(word);
         if (!wanted)
             throw UsageError(fmt::format("\"{}\" is no level of autonomy; there are panic, copilote and yolo", word));
-        lower(*wanted);
+        lower(*wanted, io);
     }
+    if (const std::string complaint = HarnessConfig::complaint(); !complaint.empty())
+        io.err("warning: " + Text::visibleLine(complaint) + "; \"mervo doctor\" says more\n");
     io.out(fmt::format("{}\n", rawValue(current())));
     return ExitCode::done;
 }
