@@ -5,6 +5,8 @@
 #include "core/tools/Arguments.h"
 
 #include <algorithm>
+#include <fmt/format.h>
+#include <initializer_list>
 #include <string>
 
 namespace mervo::AutomationArguments {
@@ -83,6 +85,36 @@ void checkChange(const Args& args)
     requireName(args);
     checkSchedule(args);
     checkClient(args);
+}
+
+std::vector<Remark> remarks(const Args& args)
+{
+    std::vector<Remark> all;
+    const auto unused = [&](std::string_view name, std::string_view why) {
+        if (args.contains(name))
+            all.push_back({std::string(name), fmt::format("{} has no effect {}", name, why), true});
+    };
+    /// The first of these that is given counts; gives its name.
+    const auto onlyFirst = [&](std::initializer_list<std::string_view> names) {
+        std::string_view first;
+        for (const std::string_view name : names) {
+            if (!first.empty())
+                unused(name, fmt::format("beside {}", first));
+            else if (args.contains(name))
+                first = name;
+        }
+        return first;
+    };
+    onlyFirst({"every", "everyMinutes", "at", "hours"});
+    const std::string_view work = onlyFirst({"tool", "command", "prompt"});
+    if (work == "tool" || work == "command")
+        for (const auto* name : {"client", "model", "effort", "background", "screen"})
+            unused(name, fmt::format("beside {}: it is an agent's", work));
+    if (work == "command" || work == "prompt")
+        unused("args", fmt::format("beside {}: they are a tool's", work));
+    if (work == "prompt")
+        unused("notifyOnFail", "beside prompt: an agent's failure sends no mail");
+    return all;
 }
 
 } // namespace mervo::AutomationArguments

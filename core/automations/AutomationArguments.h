@@ -15,4 +15,7 @@ void checkNew(const Args& args);
 /// A change: the name, and of schedule and client what is given.
 void checkChange(const Args& args);
 
+/// Schedules and kinds of work beside the one that counts, and what belongs to another kind of work.
+std::vector<Remark> remarks(const Args& args);
+
 } // namespace mervo::AutomationArguments

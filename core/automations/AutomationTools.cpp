@@ -27,17 +27,24 @@ constexpr auto* checkChange = checked<AutomationArguments::checkChange>;
 
 std::vector<Argument> whole(const Argument& name)
 {
-    return {name, {"every", false, "schedule: every so many minutes"}, {"at", false, "schedule: daily at HH:MM"},
-        {"hours", false, "schedule: daily at these hours, 8,12,16"},
+    return {name, {"every", false, "schedule: every so many minutes", Formats::whole(1)},
+        {"everyMinutes", false, "another name of every", Formats::whole(1)},
+        {"at", false, "schedule: daily at HH:MM", Formats::time},
+        {"hours", false, "schedule: daily at these hours, 8,12,16", Formats::hours},
         {"prompt", false, "work of an agent: its instructions"},
         {"command", false, "work of a script: a shell command"}, {"tool", false, "work of a tool: its id"},
         {"args", false, "the tool's arguments, k=v k=v"},
-        {"client", false, "the agent's client: claude, codex, agy or grok (claude)"},
-        {"model", false, "the agent's model"}, {"effort", false, "low, medium, high, xhigh or max"},
-        {"background", false, "true: the agent runs without a window"},
-        {"screen", false, "number of the screen for the agent's window"},
-        {"notifyOnFail", false, "true: a failed script or tool mails the owner"}, {"cwd", false, "working directory"},
-        {"disabled", false, "true: made, but paused"}};
+        {"client", false, "the agent's client: claude, codex, agy or grok (claude)",
+            Formats::words("claude|codex|agy|grok")},
+        {"model", false, "the agent's model"},
+        {"effort", false, "low, medium, high, xhigh or max",
+            Formats::words("low|medium|high|xhigh|max", {"the agent's client may refuse it"})},
+        {"background", false, "true: the agent runs without a window", Formats::onUnlessFalse},
+        {"screen", false, "number of the screen for the agent's window",
+            Formats::whole(std::numeric_limits<double>::lowest(), {"it counts as not given", true})},
+        {"notifyOnFail", false, "true: a failed script or tool mails the owner", Formats::onUnlessFalse},
+        {"cwd", false, "working directory", Formats::paths},
+        {"disabled", false, "true: made, but paused", Formats::onUnlessFalse}};
 }
 
 } // namespace
@@ -70,7 +77,8 @@ const Tool& log()
             .id = "auto.log",
             .summary = "Tail an automation's log (name, [lines=80]). Read-only.",
             .effect = Effect::read,
-            .arguments = {kName, {"lines", false, "so many of the last lines (80)"}},
+            .arguments = {kName,
+                {"lines", false, "so many of the last lines (80)", Formats::nativeLimit(80, {"the answer is empty"})}},
             .build = checkName,
         });
     return tool;
@@ -90,6 +98,7 @@ const Tool& add()
             .effect = Effect::create,
             .arguments = whole(kNewName),
             .build = checkNew,
+            .remarks = AutomationArguments::remarks,
         });
     return tool;
 }
@@ -104,6 +113,7 @@ const Tool& edit()
             .effect = Effect::create,
             .arguments = whole(kName),
             .build = checkChange,
+            .remarks = AutomationArguments::remarks,
         });
     return tool;
 }

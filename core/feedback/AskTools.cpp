@@ -14,7 +14,8 @@ constexpr Argument kAutomation{"automation", false, "name of the loop"};
 /// What a harvest says that found no reply.
 constexpr std::string_view kNothingHarvested = "✅ 0 reply(ies) harvested";
 
-constexpr Argument kExpires{"expiresHours", false, "gone after so many hours"};
+constexpr Argument kExpires{"expiresHours", false, "gone after so many hours",
+    Formats::whole(1, {"it never expires", true}, {"it is gone at once"})};
 
 std::string channelIds()
 {
@@ -40,7 +41,9 @@ const Tool& ask()
                   "pushed via the chosen channel; the owner's reply is harvested back and injected into this "
                   "loop's NEXT run - do NOT block waiting. effect=create (owner-only, low-stakes).",
             .effect = Effect::create,
-            .arguments = {{"text", true, "the question"}, {"channel", false, "how it is asked: mail or cockpit"},
+            .arguments = {{"text", true, "the question"},
+                {"channel", false, "how it is asked: mail or cockpit",
+                    Formats::words("mail|cockpit", {"it goes by mail"})},
                 kAutomation, kExpires},
             .build = Arguments::requiring({"text"}),
         });

@@ -6,6 +6,7 @@
 #include "core/foundation/Text.h"
 #include "core/foundation/Timestamps.h"
 #include "core/policy/PendingStore.h"
+#include "core/policy/Remarks.h"
 #include "core/scripting/OSAScript.h"
 #include "platform/unicode.h"
 
@@ -73,6 +74,7 @@ struct Call {
     const Args& args;
     std::string_view actor;
     AuditLog& audit;
+    Notices* notices;
 
     void record(const AuditLog::Details& details, std::string_view outcome, const std::string& reason) const
     {
@@ -135,9 +137,12 @@ bool deservesRow(const Tool& tool, const std::string& output)
     return deserves;
 }
 
+/// What running a tool came to. Adds what the answer leaves out to `notices`, where there is one.
+Execution execute(const Tool& tool, const Args& args, Notices* notices);
+
 Result runNow(const Call& call, const ActionPolicy::Outcome& verdict)
 {
-    Execution execution = HarnessRunner::executeBuilt(call.tool, call.args);
+    Execution execution = execute(call.tool, call.args, call.notices);
     if (!execution.ok) {
         call.record(call.args, "error", execution.error);
         return Error{std::move(execution.error)};
@@ -174,6 +179,21 @@ std::string output(const Tool& tool, const Args& args)
     return std::move(result.output);
 }
 
+Execution execute(const Tool& tool, const Args& args, Notices* notices)
+{
+    Execution execution;
+    const auto failure = failureOf([&] {
+        std::string raw = output(tool, args);
+        if (notices != nullptr)
+            std::ranges::move(Remarks::after(tool, args, raw), std::back_inserter(notices->remarks));
+        execution.output = tool.transform ? tool.transform(raw) : std::move(raw);
+    });
+    if (failure)
+        return {false, {}, *failure};
+    execution.ok = true;
+    return execution;
+}
+
 } // namespace
 
 HarnessRunner::Stores HarnessRunner::Stores::shared() noexcept
@@ -184,10 +204,13 @@ HarnessRunner::Stores HarnessRunner::Stores::shared() noexcept
 HarnessRunner::Result HarnessRunner::run(const Tool& tool, const Args& args, std::string_view actor,
     const std::filesystem::path& configDir, Stores stores, Notices* notices)
 {
+    if (notices != nullptr)
+        for (Remark& remark : Remarks::of(tool, args))
+            notices->remarks.push_back(std::move(remark.sentence));
     const StoreFailures::Scope failures;
     Explanation found = judge(tool, args, stores);
-    Result result =
-        found.refusal ? Error{*std::move(found.refusal)} : act({tool, args, actor, stores.audit}, found, configDir);
+    Result result = found.refusal ? Error{*std::move(found.refusal)}
+                                  : act({tool, args, actor, stores.audit, notices}, found, configDir);
     if (notices != nullptr)
         notices->warnings = failures.sentences();
     return result;
@@ -195,16 +218,7 @@ HarnessRunner::Result HarnessRunner::run(const Tool& tool, const Args& args, std
 
 HarnessRunner::Execution HarnessRunner::executeBuilt(const Tool& tool, const Args& args)
 {
-    Execution execution;
-    const auto failure = failureOf([&] {
-        execution.output = output(tool, args);
-        if (tool.transform)
-            execution.output = tool.transform(execution.output);
-    });
-    if (failure)
-        return {false, {}, *failure};
-    execution.ok = true;
-    return execution;
+    return execute(tool, args, nullptr);
 }
 
 std::string HarnessRunner::truncate(std::string_view text, std::size_t limit)

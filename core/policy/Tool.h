@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/policy/Argument.h"
 #include "core/policy/Effect.h"
 
 #include <functional>
@@ -14,13 +15,6 @@ namespace mervo {
 
 /// A call's arguments: always texts. Each tool parses what it needs.
 using Args = std::map<std::string, std::string, std::less<>>;
-
-/// One argument of a tool, as the command line's help, the server's schema and the documentation show it.
-struct Argument {
-    std::string_view name;
-    bool required = false;
-    std::string_view help; ///< one line
-};
 
 /// A constant script text and what it gets as positional arguments. No argument ever enters the source.
 struct Invocation {
@@ -38,6 +32,13 @@ public:
 
 private:
     using std::runtime_error::runtime_error;
+};
+
+/// What should be heard of one argument of a call. It never changes what runs.
+struct Remark {
+    std::string argument;
+    std::string sentence; ///< names the argument and what the tool makes of it
+    bool noEffect = false; ///< the call does the same without the argument
 };
 
 /// Everything the gate knows of an action: a plain record. The gate knows nothing of mail or calendars.
@@ -59,6 +60,11 @@ struct Tool {
     std::function<std::string(const std::string&)> transform = nullptr;
     /// Whether an automatic, successful run with this output deserves an audit row.
     std::function<bool(const std::string&)> auditAutoRun = nullptr;
+
+    /// What the formats of the arguments cannot say, from the arguments alone: one that another one overrides.
+    std::function<std::vector<Remark>(const Args&)> remarks = nullptr;
+    /// What the answer leaves out, in sentences, from the output before `transform`.
+    std::function<std::vector<std::string>(const std::string&)> omissions = nullptr;
 
     /// The application whose bridge this build lacks; empty for a tool that works.
     std::string missingBridge = {};

@@ -66,6 +66,13 @@ std::string attachments(const Args& args)
     return Text::join(paths, "\n");
 }
 
+std::function<std::vector<Remark>(const Args&)> ignoringRecipient(std::string tool, std::string where)
+{
+    return [sentence = tool + " ignores to: it reaches only the owner's configured " + where](const Args& args) {
+        return args.contains("to") ? std::vector<Remark>{{"to", sentence, true}} : std::vector<Remark>();
+    };
+}
+
 Build acceptAll()
 {
     return [](const Args&) { return Invocation{}; };

@@ -34,6 +34,9 @@ std::optional<std::int64_t> wholeNumber(std::string_view text);
 /// The comma-separated `attachments`, trimmed of blanks and tabs, one path a line; empty fields are dropped.
 std::string attachments(const Args& args);
 
+/// The remark of the two tools that reach only the owner, on a `to`; `where` is "address" or "handle".
+std::function<std::vector<Remark>(const Args&)> ignoringRecipient(std::string tool, std::string where);
+
 using Build = std::function<Invocation(const Args&)>;
 
 /// A build that accepts everything and gives no script: for tools that run in this process.

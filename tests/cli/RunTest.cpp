@@ -211,17 +211,18 @@ TEST_F(RunTest, everyOutcomeHasItsObject)
     EXPECT_THAT(wrong.err, StartsWith("error: "));
 }
 
-TEST_F(RunTest, aMistypedKeyIsNotedAndAnyOtherUnknownOneIsNot)
+TEST_F(RunTest, remarksAreNotesOnStandardErrorAndMembersOfTheObject)
 {
-    const Ended run = mervo({"run", "mail.accounts", "colour=\x1b[1m", "b\nad=1"}, {{"SCRIPT_ANSWER", "Work"}});
+    const Environment work{{"SCRIPT_ANSWER", "Work"}};
+    const Ended run = mervo({"run", "mail.accounts", "colour=\x1b[1m", "b\nad=1"}, work);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "Work\n");
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(mervo(send({"subjetc=x"})).err, "note: mail.send ignores subjetc=; did you mean subject?\n");
-    EXPECT_EQ(mervo(send({"subj\x1b"
-                          "ect=x"}))
-                  .err,
-        "note: mail.send ignores subj<U+001B>ect=; did you mean subject?\n");
+    EXPECT_EQ(run.err, "note: mail.accounts ignores b<U+000A>ad\nnote: mail.accounts ignores colour\n");
+    EXPECT_EQ(mervo(send({"subjetc=x"})).err, "note: mail.send ignores subjetc; did you mean subject?\n");
+    EXPECT_EQ(mervo({"run", "mail.delete", "olderthan=3"}).err.substr(0, 61),
+        "note: mail.delete ignores olderthan; did you mean olderThan?\n");
+    const auto object = nlohmann::json::parse(mervo({"run", "mail.accounts", "x=1", "--json"}, work).out);
+    EXPECT_EQ(object["remarks"], nlohmann::json::array({"mail.accounts ignores x"}));
 }
 
 TEST_F(RunTest, theActorIsTheAutomationInsideItsRun)

@@ -1,12 +1,10 @@
 #include "tools/cli/Call.h"
 
 #include "core/catalogue/Tools.h"
-#include "core/foundation/Text.h"
+#include "core/foundation/Nearest.h"
 #include "core/policy/ActorName.h"
 #include "platform/unicode.h"
-#include "tools/cli/Nearest.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <fmt/format.h>
 #include <span>
@@ -55,21 +53,6 @@ void takeBodyFile(Args& args, Io& io)
     args.emplace(kBody, path == "-" ? io.input() : readText(path));
 }
 
-/// A key that the tool does not know is ignored without comment, unless it looks like a slip of the pen.
-void noteMistyped(const Call& call, Io& io)
-{
-    std::vector<std::string_view> names;
-    for (const Argument& argument : call.tool->arguments)
-        names.push_back(argument.name);
-    for (const auto& [key, value] : call.args) {
-        const std::vector<std::string> meant = nearest(key, names, 1);
-        if (meant.empty() || std::ranges::find(names, key) != names.end())
-            continue;
-        const std::string note = fmt::format("note: {} ignores {}={}", call.tool->id, key, didYouMean(meant));
-        io.err(Text::visibleLine(note) + "\n");
-    }
-}
-
 } // namespace
 
 Call readCall(const Arguments& arguments, Io& io)
@@ -80,7 +63,6 @@ Call readCall(const Arguments& arguments, Io& io)
     for (const std::string& word : std::span(arguments.words).subspan(1))
         add(call.args, word);
     takeBodyFile(call.args, io);
-    noteMistyped(call, io);
     return call;
 }
 

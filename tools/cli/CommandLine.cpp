@@ -1,9 +1,9 @@
 #include "tools/cli/CommandLine.h"
 
+#include "core/foundation/Nearest.h"
 #include "core/foundation/Text.h"
 #include "tools/cli/Commands.h"
 #include "tools/cli/Help.h"
-#include "tools/cli/Nearest.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "core/catalogue/Tools.h"
+#include "core/foundation/Nearest.h"
 #include "tools/cli/Commands.h"
 #include "tools/cli/Json.h"
-#include "tools/cli/Nearest.h"
 #include "tools/cli/Wrap.h"
 
 #include <algorithm>

@@ -47,7 +47,8 @@ const Tool& appQuit()
                        "unsaved work; no-op if it isn't running. Reversible (it relaunches on next use). Use to leave "
                        "no app open after a batch, e.g. quit Mail after triage.",
             .effect = Effect::create,
-            .arguments = {{"name", true, "Mail, Contacts, Calendar, Notes, Messages or Reminders"}},
+            .arguments = {{"name", true, "Mail, Contacts, Calendar, Notes, Messages or Reminders",
+                Formats::words("Mail|Contacts|Calendar|Notes|Messages|Reminders")}},
             .build = buildQuit,
         });
     return tool;

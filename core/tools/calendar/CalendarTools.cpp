@@ -3,7 +3,28 @@
 #include "core/tools/Arguments.h"
 #include "core/tools/MissingBridge.h"
 
+#include <limits>
+
 namespace mervo::Tools {
+
+namespace {
+
+constexpr double kAnySign = -std::numeric_limits<double>::infinity();
+constexpr Format kDays = Formats::whole(kAnySign, {"it counts as not given", true});
+constexpr Format kScriptNumber{
+    .kind = Format::Kind::whole, .malformed = {"the tool rounds it or fails"}, .emptyStands = true};
+constexpr Format kHour{.kind = Format::Kind::whole,
+    .least = 0,
+    .most = 23,
+    .malformed = {"the tool rounds it or fails"},
+    .outside = {"the event lies on another day"}};
+constexpr Format kMinutes{.kind = Format::Kind::whole,
+    .least = 1,
+    .malformed = {"the tool rounds it or fails"},
+    .outside = {"the event does not end after its start"},
+    .emptyStands = true};
+
+} // namespace
 
 const Tool& calFind()
 {
@@ -15,8 +36,8 @@ const Tool& calFind()
                 "the PAST, e.g. days=-7 = last 7 days, [contains=text]). Read-only - native EventKit "
                 "(AppleScript can't read iCloud).",
             .effect = Effect::read,
-            .arguments = {{"days", false, "the next so many days (7); negative looks back"},
-                {"contains", false, "text that the title contains"}},
+            .arguments = {{"days", false, "the next so many days (7); negative looks back", kDays},
+                {"contains", false, "text that the title contains", Formats::needle}},
             .build = Arguments::acceptAll(),
         });
     return tool;
@@ -32,8 +53,8 @@ const Tool& calUpdate()
                        "\"message://%3C<Message-ID>%3E\", or any https://, file://...). Native EventKit; refuses on 0 "
                        "or >1 match.",
             .effect = Effect::create,
-            .arguments = {{"contains", true, "text that the title of exactly one event contains"},
-                {"days", false, "within the next so many days (14)"}, {"title", false, "new title"},
+            .arguments = {{"contains", true, "text that the title of exactly one event contains", Formats::needle},
+                {"days", false, "within the next so many days (14)", kDays}, {"title", false, "new title"},
                 {"location", false, "new location"}, {"notes", false, "new notes"},
                 {"url", false, "a link back to a source (message://, https://, file://)"}},
             .build = Arguments::requiring({"contains"}),
@@ -53,9 +74,9 @@ const Tool& calAdd()
                 "to the mail (also https://, file://...).",
             .effect = Effect::create,
             .arguments = {{"calendar", true, "name of the calendar"}, {"summary", true, "title of the event"},
-                {"days", false, "so many days from today (0)"},
-                {"hour", false, "0-23; without it the present time of day"}, {"duration", false, "minutes (60)"},
-                {"location", false, "where"}, {"notes", false, "notes"},
+                {"days", false, "so many days from today (0)", kScriptNumber},
+                {"hour", false, "0-23; without it the present time of day", kHour},
+                {"duration", false, "minutes (60)", kMinutes}, {"location", false, "where"}, {"notes", false, "notes"},
                 {"url", false, "a link back to a source (message://, https://, file://)"}},
             .build = Arguments::requiring({"calendar", "summary"}),
         });
@@ -72,8 +93,8 @@ const Tool& calDelete()
                 "refuses on 0 or >1 match so a vague filter can't delete the wrong event. Irreversible -> "
                 "approval.",
             .effect = Effect::destructive,
-            .arguments = {{"contains", true, "text that the title of exactly one event contains"},
-                {"days", false, "within the next so many days (14)"}},
+            .arguments = {{"contains", true, "text that the title of exactly one event contains", Formats::needle},
+                {"days", false, "within the next so many days (14)", kDays}},
             .build = Arguments::requiring({"contains"}),
         });
     return tool;

@@ -19,6 +19,14 @@ Invocation buildAdd(const Args& args)
     return {};
 }
 
+std::vector<Remark> remarksOnAdd(const Args& args)
+{
+    const bool split = Arguments::isPresent(args, "first") || Arguments::isPresent(args, "last");
+    if (!split || !Arguments::isPresent(args, "name"))
+        return {};
+    return {{"name", "name has no effect beside first or last", true}};
+}
+
 } // namespace
 
 const Tool& contactFind()
@@ -31,8 +39,9 @@ const Tool& contactFind()
                 "email-only scans the whole address book (slower). [limit=20]. Read-only. One line per hit: name "
                 "|| org || emails || phones. Use to resolve a sender to a known contact.",
             .effect = Effect::read,
-            .arguments = {{"query", false, "text that the name contains"},
-                {"email", false, "text that an address contains"}, {"limit", false, "at most so many (20)"}},
+            .arguments = {{"query", false, "text that the name contains", Formats::needle},
+                {"email", false, "text that an address contains", Formats::needle},
+                {"limit", false, "at most so many (20)", Formats::scriptLimit(20)}},
             .build = buildFind,
         });
     return tool;
@@ -51,6 +60,7 @@ const Tool& contactAdd()
                 {"name", false, "whole name, kept as first name when first and last are empty"},
                 {"email", false, "address"}, {"phone", false, "phone number"}, {"org", false, "organisation"}},
             .build = buildAdd,
+            .remarks = remarksOnAdd,
         });
     return tool;
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fmt/format.h>
 #include <initializer_list>
 #include <re2/re2.h>
 #include <utility>
@@ -173,7 +174,10 @@ std::string stripHTMLToText(const std::string& text)
     return plain;
 }
 
-std::string clean(const std::string& text)
+namespace {
+
+/// Without markup and with blanks normalised; the quoted history and the signature are still there.
+std::string plainText(const std::string& text)
 {
     std::string plain = text;
     replaceAll(plain, "\r\n", "\n");
@@ -182,9 +186,26 @@ std::string clean(const std::string& text)
         plain = stripHTMLToText(plain);
     else
         normaliseBlanks(plain);
+    return plain;
+}
+
+} // namespace
+
+std::string clean(const std::string& text)
+{
+    std::string plain = plainText(text);
     plain.resize(quotedTail(plain));
     plain.resize(std::min(plain.size(), plain.find("\n-- \n")));
     return capped(std::string(Text::trimmed(plain)));
+}
+
+std::vector<std::string> omissions(const std::string& text)
+{
+    const std::string plain = plainText(text);
+    const std::size_t kept = quotedTail(plain);
+    if (kept == plain.size())
+        return {};
+    return {fmt::format("the quoted text at the end was cut: {} of {} bytes", plain.size() - kept, plain.size())};
 }
 
 } // namespace mervo::MailBody

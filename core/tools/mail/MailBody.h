@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Turns a message's content into text that is fit to lay before an agent. The text is anyone's: every step takes time
 /// in proportion to its length, whatever it holds.
@@ -12,6 +13,10 @@ inline constexpr std::size_t byteCap = 8192;
 
 /// Without markup, quoted history and blanks at the ends; at most `byteCap` bytes, and a note of what was cut.
 std::string clean(const std::string& text);
+
+/// What `clean` takes away beside markup, in sentences: the quoted history. A cut at `byteCap` is said in the text
+/// itself.
+std::vector<std::string> omissions(const std::string& text);
 
 /// Markup as plain text: blocks on lines of their own, common entities decoded, blanks normalised.
 std::string stripHTMLToText(const std::string& text);

@@ -75,6 +75,17 @@ const Colour* knownColour(const Args& args)
     return found == kColours.end() ? nullptr : &*found;
 }
 
+constexpr Format kColour =
+    Formats::words("red|orange|yellow|green|blue|purple|gray|grey", {"the flag's colour stays as it is", true});
+
+std::vector<Remark> remarksOnFlag(const Args& args)
+{
+    std::vector<Remark> all = MailCriteria::remarks(args);
+    if (Arguments::isPresent(args, "color") && !Arguments::isOn(args, "flag"))
+        all.push_back({"color", "color has no effect where flag is false", true});
+    return all;
+}
+
 std::string asDigit(bool isOn)
 {
     return isOn ? "1" : "0";
@@ -116,6 +127,7 @@ const Tool& mailDelete()
         .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox}),
         .build = buildDelete,
         .preview = [](const Args& args) { return MailCount::preview(args, ""); },
+        .remarks = MailCriteria::remarks,
     };
     return tool;
 }
@@ -131,6 +143,7 @@ const Tool& mailMove()
             {MailSelector::kAccount, MailSelector::kMailbox, {"dest", true, "mailbox of the same account"}}),
         .build = buildMove,
         .preview = previewMove,
+        .remarks = MailCriteria::remarks,
     };
     return tool;
 }
@@ -143,12 +156,13 @@ const Tool& mailArchive()
             + MailCriteria::kSentence
             + "). Gmail removes \\Inbox over IMAP (transparent); other accounts move to \"Archive\". Approval.",
         .effect = Effect::destructive,
-        .arguments =
-            MailCriteria::arguments({MailSelector::kAccount, {"mailbox", false, "name of the mailbox (INBOX)"}},
-                {{"dest", false, "mailbox of an account without IMAP (Archive)"}}),
+        .arguments = MailCriteria::arguments(
+            {MailSelector::kAccount, {"mailbox", false, "name of the mailbox (INBOX)", {.emptyStands = true}}},
+            {{"dest", false, "mailbox of an account without IMAP (Archive)"}}),
         .build = buildArchive,
         .nativeRun = MailArchiveService::archive,
         .preview = previewArchive,
+        .remarks = MailCriteria::remarks,
     };
     return tool;
 }
@@ -161,10 +175,11 @@ const Tool& mailFlag()
             + ", [flag=true|false], [color=red|orange|yellow|green|blue|purple|gray]). Reversible; Approval.",
         .effect = Effect::destructive,
         .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox},
-            {{"flag", false, "false takes the flag away (true)"},
-                {"color", false, "red, orange, yellow, green, blue, purple or gray"}}),
+            {{"flag", false, "false takes the flag away (true)", Formats::onUnlessFalse},
+                {"color", false, "red, orange, yellow, green, blue, purple or gray", kColour}}),
         .build = buildFlag,
         .preview = previewFlag,
+        .remarks = remarksOnFlag,
     };
     return tool;
 }
@@ -176,10 +191,11 @@ const Tool& mailJunk()
         .summary = "Mark (or unmark) matching messages as junk/spam (account, mailbox, ≥1 of: "s
             + MailCriteria::kSentence + ", [junk=true|false]). Reversible; Approval.",
         .effect = Effect::destructive,
-        .arguments = MailCriteria::arguments(
-            {MailSelector::kAccount, MailSelector::kMailbox}, {{"junk", false, "false takes the mark away (true)"}}),
+        .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox},
+            {{"junk", false, "false takes the mark away (true)", Formats::onUnlessFalse}}),
         .build = buildJunk,
         .preview = previewJunk,
+        .remarks = MailCriteria::remarks,
     };
     return tool;
 }

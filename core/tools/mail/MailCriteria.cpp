@@ -11,18 +11,24 @@ namespace mervo::MailCriteria {
 
 namespace {
 
+/// What is less than a byte counts as no bound.
+constexpr Format kMegabytes =
+    Formats::number(1.0 / 1048576, {"the tool reads it as bytes or fails"}, {"it sets no bound", true});
+
 constexpr std::array kCriteria{
-    Argument{"from", false, "text that the sender contains"},
-    Argument{"to", false, "text that the address of a recipient contains"},
-    Argument{"before", false, "received before this day, YYYY-MM-DD"},
-    Argument{"after", false, "received after the start of this day, YYYY-MM-DD"},
-    Argument{"olderThan", false, "received more than so many days ago; takes the place of before"},
-    Argument{"minSize", false, "at least so many megabytes; fractions allowed"},
-    Argument{"maxSize", false, "at most so many megabytes; fractions allowed"},
+    Argument{"from", false, "text that the sender contains", Formats::needle},
+    Argument{"to", false, "text that the address of a recipient contains", Formats::needle},
+    Argument{"before", false, "received before this day, YYYY-MM-DD", Formats::day},
+    Argument{"after", false, "received after the start of this day, YYYY-MM-DD", Formats::day},
+    Argument{"olderThan", false, "received more than so many days ago; takes the place of before",
+        Formats::whole(1, {"the tool rounds it or fails"}, {"it leaves no message out", true})},
+    Argument{"minSize", false, "at least so many megabytes; fractions allowed", kMegabytes},
+    Argument{"maxSize", false, "at most so many megabytes; fractions allowed", kMegabytes},
     Argument{"subject", false, "the whole subject"},
-    Argument{"subjectContains", false, "text that the subject contains"},
-    Argument{"status", false, "unread or read"},
-    Argument{"hasAttachment", false, "any value: only messages with an attachment"},
+    Argument{"subjectContains", false, "text that the subject contains", Formats::needle},
+    Argument{"status", false, "unread or read", Formats::words("unread|read", {"it filters nothing", true})},
+    Argument{"hasAttachment", false, "any value: only messages with an attachment",
+        Formats::words("true", {"it counts as true: only messages with an attachment match"})},
 };
 
 } // namespace
@@ -60,6 +66,14 @@ std::vector<std::string> argv(const Args& args, std::string_view accountFallback
         items.push_back(isSize ? bytesOfMegabytes(value) : value);
     }
     return items;
+}
+
+std::vector<Remark> remarks(const Args& args)
+{
+    std::vector<Remark> all;
+    if (Arguments::isPresent(args, "before") && Arguments::isPresent(args, "olderThan"))
+        all.push_back({"before", "before has no effect beside olderThan", true});
+    return all;
 }
 
 std::vector<Argument> arguments(std::vector<Argument> first, std::vector<Argument> last)

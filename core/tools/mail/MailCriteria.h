@@ -26,6 +26,9 @@ std::string bytesOfMegabytes(const std::string& megabytes);
 std::vector<std::string> argv(
     const Args& args, std::string_view accountFallback = {}, std::string_view mailboxFallback = {});
 
+/// A criterion that another one takes the place of.
+std::vector<Remark> remarks(const Args& args);
+
 /// The criteria as a tool's arguments, between its own first and last ones.
 std::vector<Argument> arguments(std::vector<Argument> first, std::vector<Argument> last = {});
 

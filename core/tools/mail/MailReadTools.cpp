@@ -87,7 +87,7 @@ const Tool& mailHeaders()
                    "dumping a huge mailbox]). Read-only.",
         .effect = Effect::read,
         .arguments = {MailSelector::kAccount, MailSelector::kMailbox,
-            {"limit", false, "at most so many; 0 means all (0)"}},
+            {"limit", false, "at most so many; 0 means all (0)", Formats::scriptLimit(0)}},
         .build = buildHeaders,
     };
     return tool;
@@ -101,9 +101,10 @@ const Tool& mailAudit()
                    "of: "s
             + MailCriteria::kSentence + "). Read-only - space audit / delete-move dry-run.",
         .effect = Effect::read,
-        .arguments = MailCriteria::arguments(
-            {MailSelector::kAccount, MailSelector::kMailbox, {"limit", false, "at most so many; 0 means all (0)"}}),
+        .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox,
+            {"limit", false, "at most so many; 0 means all (0)", Formats::scriptLimit(0)}}),
         .build = buildAudit,
+        .remarks = MailCriteria::remarks,
     };
     return tool;
 }
@@ -119,8 +120,9 @@ const Tool& mailSearch()
         .effect = Effect::read,
         .arguments = MailCriteria::arguments({{"account", false, "name of an account, or all (all)"},
                                                  {"mailbox", false, "name of a mailbox, or all (all)"}},
-            {{"limit", false, "at most so many; 0 means all (50)"}}),
+            {{"limit", false, "at most so many; 0 means all (50)", Formats::scriptLimit(50)}}),
         .build = buildSearch,
+        .remarks = MailCriteria::remarks,
     };
     return tool;
 }
@@ -137,6 +139,7 @@ const Tool& mailBody()
         .arguments = MailSelector::arguments(),
         .build = buildBody,
         .transform = MailBody::clean,
+        .omissions = MailBody::omissions,
     };
     return tool;
 }
@@ -167,6 +170,7 @@ const Tool& mailMessageId()
         .effect = Effect::read,
         .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox}),
         .build = buildMessageId,
+        .remarks = MailCriteria::remarks,
     };
     return tool;
 }

@@ -7,7 +7,8 @@ namespace mervo::MailSelector {
 std::vector<Argument> arguments(std::vector<Argument> last)
 {
     std::vector<Argument> all{kAccount, kMailbox, {"subject", false, "the whole subject"},
-        {"subjectContains", false, "text that the subject contains"}, {"from", false, "text that the sender contains"}};
+        {"subjectContains", false, "text that the subject contains", Formats::needle},
+        {"from", false, "text that the sender contains", Formats::needle}};
     all.insert(all.end(), last.begin(), last.end());
     return all;
 }

@@ -81,7 +81,8 @@ const Tool& mailDraft()
             "one of your accounts]).",
         .effect = Effect::create,
         .arguments = {{"to", true, "address of the recipient"}, {"subject", true, "subject"},
-            {"body", false, "text of the message"}, {"attachments", false, "paths of files, comma-separated"},
+            {"body", false, "text of the message"},
+            {"attachments", false, "paths of files, comma-separated", Formats::paths},
             {"from", false, "address of one of your accounts"}},
         .build = buildDraft,
     };
@@ -96,7 +97,8 @@ const Tool& mailSend()
                    "of one of your accounts]). Irreversible -> approval.",
         .effect = Effect::destructive,
         .arguments = {{"to", true, "address of the recipient"}, {"subject", true, "subject"},
-            {"body", false, "text of the message"}, {"attachments", false, "paths of files, comma-separated"},
+            {"body", false, "text of the message"},
+            {"attachments", false, "paths of files, comma-separated", Formats::paths},
             {"from", false, "address of one of your accounts"}},
         .build = buildSend,
     };
@@ -115,8 +117,9 @@ const Tool& mailNotify()
                    "comes from config; any `to=` is ignored.",
         .effect = Effect::create,
         .arguments = {{"subject", true, "subject"}, {"body", true, "text, not blank"},
-            {"attachments", false, "paths of files, comma-separated"}},
+            {"attachments", false, "paths of files, comma-separated", Formats::paths}},
         .build = buildNotify,
+        .remarks = Arguments::ignoringRecipient("mail.notify", "address"),
     };
     return tool;
 }

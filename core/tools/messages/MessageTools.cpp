@@ -67,6 +67,7 @@ const Tool& imessageNotify()
         .effect = Effect::create,
         .arguments = {{"text", true, "what the owner gets to read"}},
         .build = buildNotify,
+        .remarks = Arguments::ignoringRecipient("imessage.notify", "handle"),
     };
     return tool;
 }
@@ -95,8 +96,11 @@ const Tool& imessageRead()
                    "not granted.",
         .effect = Effect::read,
         .arguments = {{"from", false, "the sender's handle, spaces or not"},
-            {"since", false, "only the last so many minutes"}, {"contains", false, "text that the message contains"},
-            {"limit", false, "at most so many (50)"}},
+            {"since", false, "only the last so many minutes",
+                Formats::whole(1, {"it counts as not given", true}, {"no message is recent enough"})},
+            {"contains", false, "text that the message contains", Formats::needle},
+            {"limit", false, "at most so many (50)",
+                Formats::nativeLimit(kDefaultLimit, {"the answer is empty for 0 and has no limit below"})}},
         .build = Arguments::acceptAll(),
         .nativeRun = readInbound,
     };

@@ -38,8 +38,9 @@ const Tool& noteFind()
                        "Case-insensitive. With no name/body it lists every note (bounded by limit) - the way to browse "
                        "all notes. Read-only. One line per hit: folder || name || modified.",
             .effect = Effect::read,
-            .arguments = {{"name", false, "text that the name contains"},
-                {"body", false, "text that the plain body contains"}, {"limit", false, "at most so many (30)"}},
+            .arguments = {{"name", false, "text that the name contains", Formats::needle},
+                {"body", false, "text that the plain body contains", Formats::needle},
+                {"limit", false, "at most so many (30)", Formats::scriptLimit(30)}},
             .build = Arguments::acceptAll(),
         });
     return tool;
@@ -54,7 +55,7 @@ const Tool& noteRead()
                        "substring; refuses on 0 or >1 match so a vague filter can't read the wrong note). Read-only. "
                        "Use note.find first to pin an exact title.",
             .effect = Effect::read,
-            .arguments = {{"name", true, "text that the name of the note contains"}},
+            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle}},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -88,7 +89,7 @@ const Tool& noteOpen()
                 "Read-only - only brings the app/note to the front. Use after note.add to surface a note for the "
                 "human.",
             .effect = Effect::read,
-            .arguments = {{"name", true, "text that the name of the note contains"}},
+            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle}},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -104,7 +105,7 @@ const Tool& noteUpdate()
                        "additive option), [body] (HTML that REPLACES the body, title kept). HTML rules as in note.add; "
                        "newlines → <br>.",
             .effect = Effect::create,
-            .arguments = {{"name", true, "text that the name of the note contains"},
+            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle},
                 {"append", false, "added at the end; HTML, line ends become <br>"},
                 {"body", false, "takes the place of the body; HTML, line ends become <br>"}},
             .build = buildUpdate,
@@ -121,7 +122,7 @@ const Tool& noteDelete()
                        "Recently Deleted (recoverable ~30 days). The preview lists exactly which notes match - keep "
                        "`name` specific so it can't sweep more than intended. Approval.",
             .effect = Effect::destructive,
-            .arguments = {{"name", true, "text that the name of the note contains"}},
+            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle}},
             .build = Arguments::requiring({"name"}),
         });
     return tool;

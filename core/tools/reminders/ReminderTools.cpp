@@ -30,7 +30,8 @@ const Tool& reminderFind()
                        "|| due || name.",
             .effect = Effect::read,
             .arguments = {{"list", false, "name of one list; without it all lists"},
-                {"includeCompleted", false, "true: completed ones too"}, {"limit", false, "at most so many (50)"}},
+                {"includeCompleted", false, "true: completed ones too", Formats::offUnlessTrue},
+                {"limit", false, "at most so many (50)", Formats::nativeLimit(50, {"the answer is empty"})}},
             .build = Arguments::acceptAll(),
         });
     return tool;
@@ -45,8 +46,8 @@ const Tool& reminderAdd()
                        "the Reminders default list).",
             .effect = Effect::create,
             .arguments = {{"name", true, "what to be reminded of"},
-                {"list", false, "name of the list; without it the default list"}, {"due", false, "YYYY-MM-DD"},
-                {"notes", false, "notes"}},
+                {"list", false, "name of the list; without it the default list"},
+                {"due", false, "YYYY-MM-DD", Formats::day}, {"notes", false, "notes"}},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -91,8 +92,8 @@ const Tool& reminderUpdate()
                 "(reaches grouped lists); shifts existing alarms with the due date. Reversible, runs immediately "
                 "(no approval).",
             .effect = Effect::create,
-            .arguments = {{"name", true, "text that the name of exactly one open reminder contains"},
-                {"due", true, "YYYY-MM-DD or YYYY-MM-DD HH:MM"},
+            .arguments = {{"name", true, "text that the name of exactly one open reminder contains", Formats::needle},
+                {"due", true, "YYYY-MM-DD or YYYY-MM-DD HH:MM", Formats::moment},
                 {"list", false, "name of one list; without it all lists"}},
             .build = Arguments::requiring({"name", "due"}),
         });
@@ -108,8 +109,9 @@ const Tool& reminderComplete()
                        "[list=<name>] or - if list= omitted - EVERY match across ALL lists. Keep `name` specific. "
                        "Reversible, runs immediately (no approval).",
             .effect = Effect::create,
-            .arguments = {{"name", true, "text that the name contains"},
-                {"list", false, "name of one list; without it all lists"}, {"complete", false, "false reopens (true)"}},
+            .arguments = {{"name", true, "text that the name contains", Formats::needle},
+                {"list", false, "name of one list; without it all lists"},
+                {"complete", false, "false reopens (true)", Formats::onUnlessFalse}},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -123,7 +125,7 @@ const Tool& reminderDelete()
             .summary = "Delete reminder(s) whose name contains `name`, in [list=<name>] or all lists. Irreversible -> "
                        "approval.",
             .effect = Effect::destructive,
-            .arguments = {{"name", true, "text that the name contains"},
+            .arguments = {{"name", true, "text that the name contains", Formats::needle},
                 {"list", false, "name of one list; without it all lists"}},
             .build = Arguments::requiring({"name"}),
         });

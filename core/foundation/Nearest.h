@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace mervo::cli {
+namespace mervo {
 
 /// The candidates that a mistyped word may have meant, best first: few letters apart, or beginning with it. Letter case
 /// does not count.
@@ -16,4 +16,4 @@ std::vector<std::string> nearest(
 /// "; did you mean run or tools?", or nothing.
 std::string didYouMean(std::span<const std::string> suggestions);
 
-} // namespace mervo::cli
+} // namespace mervo

@@ -1,11 +1,11 @@
-#include "tools/cli/Nearest.h"
+#include "core/foundation/Nearest.h"
 
 #include "core/foundation/EditDistance.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace mervo::cli {
+namespace mervo {
 
 namespace {
 
@@ -50,4 +50,4 @@ std::string didYouMean(std::span<const std::string> suggestions)
     return text.empty() ? text : text + "?";
 }
 
-} // namespace mervo::cli
+} // namespace mervo
