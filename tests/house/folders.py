@@ -1,4 +1,4 @@
-"""Who may include whom: the floors of the house against every #include.
+"""Who may include whom: the layers against every #include.
 
 A folder is a library when its CMakeLists.txt calls one of the mervo_ functions (mervo_module, mervo_program,
 mervo_test...); folders below it that have no such file of their own belong to it. Its MAY_USE lines name all that its
@@ -10,7 +10,7 @@ import os
 import pathlib
 import re
 
-# From the ground up. An include leads to a lower floor, or to a neighbour as long as no circle comes of it.
+# The layers, from the lowest up. An include leads to a lower one, or to a neighbour as long as no circle comes of it.
 FLOORS = [
     {"platform"},
     {"core/foundation", "platform/applescript", "platform/desk/settings", "platform/linux/desktop",
