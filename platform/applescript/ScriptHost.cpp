@@ -2,6 +2,7 @@
 
 #include "platform/applescript/Display.h"
 #include "platform/applescript/Evaluator.h"
+#include "platform/applescript/HardStop.h"
 #include "platform/applescript/Limits.h"
 #include "platform/applescript/Parser.h"
 
@@ -159,9 +160,12 @@ int fail(const Options& options, const char* kind, const ScriptError& error)
     return 1;
 }
 
+constexpr std::chrono::seconds kGrace{15}; // what looks at the bounds fails first
+
 int runScript(const Options& options, ApplicationRegistry& registry)
 {
     const Limits::Scope limits(0, Limits::kDefaultBytes, Limits::kProcessorTime);
+    const HardStop hardStop(Limits::kProcessorTime + kGrace);
     std::unique_ptr<Script> script;
     try {
         script = parse(options.source, registry);

@@ -1,3 +1,4 @@
+#include "platform/applescript/HardStop.h"
 #include "platform/applescript/Limits.h"
 #include "platform/applescript/ScriptError.h"
 #include "tests/applescript/ToyPost.h"
@@ -135,6 +136,16 @@ TEST(Bounds, processorTimeCountsWithinFiltersAndLongComparisons)
         EXPECT_EQ(runOver(world, script, {}, std::chrono::milliseconds(50)), stopped) << script;
         EXPECT_LT(Clock::now() - start, std::chrono::seconds(5)) << script;
     }
+}
+
+TEST(Bounds, whatLooksAtNoBoundEndsTheProcess)
+{
+    const auto work = [] {
+        const mervo::applescript::HardStop hardStop(std::chrono::milliseconds(50));
+        for (volatile int turns = 0;;)
+            static_cast<void>(turns);
+    };
+    EXPECT_EXIT(work(), testing::ExitedWithCode(1), "^execution error: The script was ended.* \\(-1712\\)");
 }
 
 /// What the script does with a text `t` of so many combining marks of two kinds.
