@@ -30,6 +30,11 @@ Finding configurationFinding(const Configuration& configuration)
         ""};
 }
 
+std::string counted(std::size_t count, std::string_view one, std::string_view many)
+{
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
 struct MailCount {
     std::size_t mailboxes = 0, messages = 0;
     std::vector<std::string> unreadable; // mailboxes, by the sentence that says why
@@ -60,6 +65,62 @@ bool isFolder(const fs::path& path)
     return fs::is_directory(path, error);
 }
 
+const char* layoutName(MailLayout layout)
+{
+    return layout == MailLayout::nested ? "nested" : "maildir++";
+}
+
+/// The Maildirs below an account's root that its layout makes nothing of, and how many of them the other one would.
+struct Unseen {
+    std::vector<fs::path> maildirs;
+    std::size_t messages = 0, byOther = 0;
+    MailLayout other = MailLayout::nested;
+};
+
+Unseen unseenBy(MailAccountSettings account, const std::vector<MailFolder>& folders)
+{
+    const auto isIn = [](const std::vector<MailFolder>& list, const fs::path& maildir) {
+        return std::any_of(list.begin(), list.end(), [&](const MailFolder& folder) { return folder.path == maildir; });
+    };
+    Unseen unseen;
+    unseen.other = account.layout == MailLayout::nested ? MailLayout::maildirPlusPlus : MailLayout::nested;
+    account.layout = unseen.other;
+    const std::vector<MailFolder> others = listMailFolders(account);
+    for (const fs::path& maildir : maildirsBelow(account.root)) {
+        if (isIn(folders, maildir))
+            continue;
+        unseen.maildirs.push_back(maildir);
+        unseen.byOther += isIn(others, maildir) ? 1 : 0;
+        MailCount count;
+        countMailbox({"", maildir}, true, count);
+        unseen.messages += count.messages;
+    }
+    return unseen;
+}
+
+/// What to do about Maildirs that the layout does not see; empty when most of them are seen.
+std::string layoutRemedy(const MailAccountSettings& account, std::size_t seen, const Unseen& unseen)
+{
+    if (unseen.byOther > seen)
+        return fmt::format("Set layout = \"{}\" for the account \"{}\" in {}.", layoutName(unseen.other), account.name,
+            configurationFile().string());
+    if (seen == 0 && !unseen.maildirs.empty())
+        return fmt::format(
+            "Correct \"path\" of the account \"{}\" in {}, or let the program that fetches its mail keep "
+            "mailboxes as plain folders (mbsync: SubFolders Verbatim).",
+            account.name, configurationFile().string());
+    return "";
+}
+
+std::string unseenWords(const MailAccountSettings& account, const Unseen& unseen)
+{
+    if (unseen.maildirs.empty())
+        return "";
+    return fmt::format("; layout = \"{}\" does not see {} with {}, such as {}", layoutName(account.layout),
+        counted(unseen.maildirs.size(), "mailbox", "mailboxes"), counted(unseen.messages, "message", "messages"),
+        unseen.maildirs.front().string());
+}
+
 std::string draftsWords(const MailAccountSettings& account, const std::vector<MailFolder>& folders)
 {
     const std::string drafts = specialMailbox(account, SpecialMailbox::drafts);
@@ -82,15 +143,21 @@ void examineAccount(const MailAccountSettings& account, std::vector<Finding>& fi
     MailCount count;
     for (const MailFolder& folder : folders)
         countMailbox(folder, account.local || folder.path == account.root, count);
-    findings.push_back({id, label, count.unreadable.empty(),
-        fmt::format("{}: {} mailboxes, {} messages; {}{}{}", account.root.string(), count.mailboxes, count.messages,
-            draftsWords(account, folders), count.unreadable.empty() ? "" : ". ",
-            count.unreadable.empty() ? "" : fmt::format("{}", fmt::join(count.unreadable, " "))),
-        count.unreadable.empty() ? "" : "Make the folders named here readable for this user."});
+    const Unseen unseen = unseenBy(account, folders);
+    const auto seen = std::count_if( // the root is the inbox under both layouts
+        folders.begin(), folders.end(), [&](const MailFolder& folder) { return folder.path != account.root; });
+    std::string remedy = layoutRemedy(account, static_cast<std::size_t>(seen), unseen);
+    if (!count.unreadable.empty())
+        remedy = "Make the folders named here readable for this user.";
+    findings.push_back({id, label, remedy.empty(),
+        fmt::format("{}: {}, {}{}; {}{}{}", account.root.string(), counted(count.mailboxes, "mailbox", "mailboxes"),
+            counted(count.messages, "message", "messages"), unseenWords(account, unseen), draftsWords(account, folders),
+            count.unreadable.empty() ? "" : ". ", fmt::join(count.unreadable, " ")),
+        remedy});
     if (!count.damaged.empty())
         findings.push_back({id + ".damaged", label + ": damaged messages", false,
-            fmt::format(
-                "{} files are empty or cannot be read, such as {}", count.damaged.size(), count.damaged.front()),
+            fmt::format("{} empty or cannot be read, such as {}", counted(count.damaged.size(), "file is", "files are"),
+                count.damaged.front()),
             "Fetch these messages again, or remove the files."});
 }
 

@@ -167,9 +167,15 @@ class Reading(DeskTest):
         self.assertIn("(-1719)", self.desk.failure('return message 1 of mailbox "INBOX" of account "Work"'))
 
     def test_a_missing_account_folder_says_so(self):
-        self.assertEqual(self.desk.mail('return name of every mailbox of account "Work"'), "INBOX")
-        self.assertIn("cannot be read: No such file",
-                      self.desk.failure('return count of messages of mailbox "INBOX" of account "Work"'))
+        self.assertEqual(self.desk.mail("return name of every account"), "Work")
+        missing = "The folder %s of the mail account \u201cWork\u201d is not there. Synchronise" % (self.desk.root / "Work")
+        for statement in ('return name of every mailbox of account "Work"', "return count of messages of inbox",
+                          'return exists mailbox "X" of account "Work"',
+                          'save (make new outgoing message with properties {subject:"x"})'):
+            self.assertIn(missing, self.desk.failure(statement), statement)
+        self.assertFalse((self.desk.root / "Work").exists(), "a draft makes no mistyped tree")
+        (self.desk.root / "Work").touch()
+        self.assertIn("is a file.", self.desk.failure('return name of every mailbox of account "Work"'))
 
     def test_a_mistake_in_the_configuration_is_every_scripts_error(self):
         self.desk.configure("[[mail.account]]\nname = 'Work'\nemial = ['a@b']\n")
@@ -221,6 +227,27 @@ class Health(DeskTest):
         for finding in findings.values():
             self.assertEqual(list(finding), ["id", "label", "ok", "detail", "remedy"])
             self.assertEqual(finding["ok"], not finding["remedy"], finding)
+
+    def test_a_layout_that_sees_little_is_named(self):
+        for layout, folders, said, remedy in (
+                ("maildir++", ("INBOX", "Lists/C++", "Sent"), 'layout = "maildir++" does not see 3 mailboxes with 3 messages',
+                 'Set layout = "nested" for the account "Work" in '),
+                ("nested", ("", ".Sent", ".Lists.C"), 'layout = "nested" does not see 2 mailboxes with 2 messages',
+                 'Set layout = "maildir++" for the account "Work" in '),
+                ("nested", (".Sent/.Lists/.C",), 'layout = "nested" does not see 1 mailbox with 1 message, such as',
+                 "SubFolders Verbatim"),
+                ("nested", ("INBOX", "Sent", "Sent/.Old"), "1 mailbox with 1 message, such as", ""),
+                ("maildir++", ("", ".Sent"), ": 2 mailboxes, 2 messages; drafts", ""),
+                ("maildir++", (), ": 1 mailbox, 0 messages; drafts", "")):
+            desk = Desk(PROGRAMS, settings='layout = "%s"' % layout)
+            (desk.root / "Work").mkdir()
+            for folder in folders:
+                desk.deliver("Subject: x\n\n", folder=folder)
+            found = desk.health()["desk.mail.Work"]
+            self.assertIn(said, found["detail"], (layout, folders))
+            self.assertIn(remedy, found["remedy"], (layout, folders))
+            self.assertEqual(found["ok"], not remedy, (layout, folders))
+            desk.close()
 
     def test_a_damaged_index_and_a_bad_file(self):
         self.desk.cache.mkdir(parents=True)

@@ -22,9 +22,14 @@ Value text(std::string_view value)
     return Value::text(value);
 }
 
+std::vector<MailFolder> foldersOf(const AccountObject& account)
+{
+    return inScriptTerms([&] { return account.store().mailboxes(account.account()); });
+}
+
 Value mailboxNamed(const Ref<AccountObject>& account, const std::string& name)
 {
-    for (MailFolder& folder : account->store().mailboxes(account->account())) {
+    for (MailFolder& folder : foldersOf(*account)) {
         if (folder.name == name)
             return Value::object(makeRef<MailboxObject>(account, std::move(folder)));
     }
@@ -34,7 +39,7 @@ Value mailboxNamed(const Ref<AccountObject>& account, const std::string& name)
 Value mailboxesOf(const Ref<AccountObject>& account)
 {
     std::vector<Value> found;
-    for (MailFolder& folder : account->store().mailboxes(account->account()))
+    for (MailFolder& folder : foldersOf(*account))
         found.push_back(Value::object(makeRef<MailboxObject>(account, std::move(folder))));
     return Value::list(std::move(found));
 }
@@ -190,7 +195,7 @@ Value MailboxObject::children() const
 {
     std::vector<Value> found;
     const std::string prefix = folder_.name + "/";
-    for (MailFolder& folder : store().mailboxes(account())) {
+    for (MailFolder& folder : foldersOf(*account_)) {
         if (folder.name.starts_with(prefix) && folder.name.find('/', prefix.size()) == std::string::npos)
             found.push_back(Value::object(makeRef<MailboxObject>(account_, std::move(folder))));
     }

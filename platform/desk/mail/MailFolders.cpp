@@ -1,10 +1,14 @@
 #include "platform/desk/mail/MailFolders.h"
 
+#include "platform/desk/mail/MailError.h"
 #include "platform/desk/mail/MailboxName.h"
+#include "platform/desk/settings/Places.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <dirent.h>
+#include <fmt/format.h>
 #include <memory>
 #include <set>
 #include <string_view>
@@ -93,6 +97,19 @@ void listNested(const fs::path& folder, const std::string& prefix, int depth, st
     }
 }
 
+void collectMaildirs(const fs::path& folder, int depth, std::set<FolderIdentity>& seen, std::vector<fs::path>& found)
+{
+    struct stat status { };
+    if (depth > kDeepestNesting || stat(folder.c_str(), &status) != 0
+        || !seen.insert({status.st_dev, status.st_ino}).second)
+        return;
+    if (looksLikeMaildir(folder))
+        found.push_back(folder);
+    for (const std::string& entry : entries(folder))
+        if (entry != "cur" && entry != "new" && entry != "tmp")
+            collectMaildirs(folder / entry, depth + 1, seen, found);
+}
+
 /// "/" sorts before every other character, so that a parent's children follow it at once.
 bool byPath(const MailFolder& left, const MailFolder& right)
 {
@@ -120,6 +137,32 @@ std::vector<MailFolder> listMailFolders(const MailAccountSettings& account)
         found.insert(found.begin(), MailFolder{std::string(kInbox), account.root});
     else
         std::rotate(found.begin(), inbox, inbox + 1);
+    return found;
+}
+
+void requireMailRoot(const MailAccountSettings& account)
+{
+    if (account.local)
+        return;
+    struct stat status { };
+    const bool isThere = stat(account.root.c_str(), &status) == 0;
+    if (isThere && S_ISDIR(status.st_mode))
+        return;
+    throw MailError(
+        fmt::format("The folder {} of the mail account “{}” {}. Synchronise the account into it, or correct "
+                    "\"path\" in {}.",
+            account.root.string(), account.name,
+            isThere               ? "is a file"
+                : errno == ENOENT ? "is not there"
+                                  : fmt::format("cannot be opened ({})", std::strerror(errno)),
+            configurationFile().string()));
+}
+
+std::vector<fs::path> maildirsBelow(const fs::path& root)
+{
+    std::set<FolderIdentity> seen;
+    std::vector<fs::path> found;
+    collectMaildirs(root, 0, seen, found);
     return found;
 }
 

@@ -51,6 +51,7 @@ void MailStore::createLocalAccount() const
 
 std::vector<MailFolder> MailStore::mailboxes(const MailAccountSettings& account) const
 {
+    requireMailRoot(account);
     return listMailFolders(account);
 }
 
@@ -178,6 +179,7 @@ const fs::path& MailStore::trash(const MailAccountSettings& account)
 {
     fs::path& known = trashes_[account.name];
     if (known.empty()) {
+        requireMailRoot(account);
         fs::path found = mailFolderPath(account, specialMailbox(account, SpecialMailbox::trash));
         createMaildir(found, account.layout == MailLayout::maildirPlusPlus && found != account.root);
         known = std::move(found);

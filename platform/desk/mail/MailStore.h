@@ -28,6 +28,7 @@ public:
     MailStore& operator=(const MailStore&) = delete;
 
     const std::vector<MailAccountSettings>& accounts() const noexcept { return configuration_.mailAccounts; }
+    /// Throws MailError when the account's root is not there.
     std::vector<MailFolder> mailboxes(const MailAccountSettings& account) const;
     /// The account that has this address, ignoring case; null when none has.
     const MailAccountSettings* accountWithAddress(std::string_view address) const;

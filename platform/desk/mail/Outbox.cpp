@@ -86,6 +86,7 @@ const MailAccountSettings& Outbox::senderAccount(const OutgoingMail& mail) const
 
 fs::path Outbox::specialMaildir(const MailAccountSettings& account, SpecialMailbox which) const
 {
+    requireMailRoot(account);
     fs::path maildir = mailFolderPath(account, specialMailbox(account, which));
     createMaildir(maildir, account.layout == MailLayout::maildirPlusPlus && maildir != account.root);
     return maildir;

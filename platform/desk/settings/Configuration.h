@@ -43,7 +43,7 @@ struct MailAccountSettings {
     std::string server;
     std::vector<std::string> sendmail; ///< program and arguments; empty: none
     std::string drafts, sent, trash, junk; ///< mailbox names; empty: found by the usual names
-    bool local = false; ///< the account that stands in when none is configured; its folder is made when needed
+    bool local = false; ///< the account that stands in when none is configured; its folder alone is made when needed
 };
 
 struct Configuration {
