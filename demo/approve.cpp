@@ -1,14 +1,39 @@
 #include "core/approval/Approval.h"
+#include "core/foundation/ConfigDir.h"
+#include "platform/files.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <variant>
 
-/// The owner's "yes" in the demonstration: `demo-approve ID` approves what waits under this id. It belongs to the build
-/// tree and is never installed: in real use a person presses a button of the cockpit.
+namespace {
+
+/// The demonstration marks the home that it makes with that home's own path, so that not even a copy of it laid over
+/// another home opens that one.
+bool isOfTheDemonstration(const std::filesystem::path& home)
+{
+    std::error_code error;
+    const auto path = std::filesystem::canonical(home, error);
+    const auto mark = mervo::platform::readFile(home / ".demonstration");
+    return !error && mark == path.string();
+}
+
+} // namespace
+
+/// The owner's "yes" in the demonstration: `demo-approve ID` approves what waits under this id, in a home that the
+/// demonstration made and in no other. It belongs to the build tree and is never installed: in real use a person
+/// presses a button of the cockpit.
 int main(int argc, char** argv)
 {
     using namespace mervo;
-    const PendingStore pending;
+    const std::filesystem::path home = ConfigDir::url();
+    if (!isOfTheDemonstration(home)) {
+        std::fprintf(stderr,
+            "demo-approve: \"%s\" was not made by the demonstration; what waits there is approved in the cockpit\n",
+            home.c_str());
+        return 2;
+    }
+    const PendingStore pending(home);
     const auto action = argc == 2 ? pending.load(argv[1]) : std::nullopt;
     if (!action) {
         std::fputs("demo-approve: nothing waits under this id\n", stderr);

@@ -47,6 +47,7 @@ class Person:
         config.parent.mkdir(parents=True)
         config.write_text(f'[[mail.account]]\nname = "Claire"\nemail = ["{USER}"]\npath = "{self.inbox}"\n')
         self.home.mkdir(mode=0o700)
+        (self.home / ".demonstration").write_text(str(self.home.resolve()))
         self.configure(mode)
 
     def configure(self, mode, port=None, host="localhost"):

@@ -28,6 +28,7 @@ class Person:
             for part in ("cur", "new", "tmp"):
                 (self.folder / account / part).mkdir(parents=True)
         self.home.mkdir(mode=0o700)
+        (self.home / ".demonstration").write_text(str(self.home.resolve()))
         self.settings = {"autonomyMode": mode, "notifyEmail": " owner@friends.test\n", "notifyIMessageHandle": " +33 6 1 "}
         self.configure()
 

@@ -263,6 +263,15 @@ class Post(unittest.TestCase):
         held = [self.person.run("mail.send", to="bob@friends.test", subject="s", body="b").stdout.split()[1],
                 self.person.run("mail.reply", account="Claire", mailbox="INBOX", subject="Dîner ?", body="b").stdout.split()[1]]
         self.assertEqual(self.sink.mails, [])
+        mark = self.person.home / ".demonstration"
+        path = mark.read_text()
+        for wrong in (None, "", str(self.folder)):
+            mark.unlink() if wrong is None else mark.write_text(wrong)
+            refused = subprocess.run([CONTENTS / "Demo/demo-approve", held[0]], env=self.person.environment,
+                                     capture_output=True, text=True)
+            self.assertEqual((refused.returncode, self.sink.mails), (2, []))
+            self.assertIn("was not made by the demonstration", refused.stderr)
+        mark.write_text(path)
         file.unlink()
         first, second = [subprocess.run([CONTENTS / "Demo/demo-approve", one], env=self.person.environment,
                                         capture_output=True, text=True) for one in held]
