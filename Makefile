@@ -8,7 +8,7 @@ JOBS ?= $(shell nproc)
 
 .DEFAULT_GOAL := build
 
-.PHONY: build run test screenshots bench fuzz format check-format install uninstall clean help setup setup-tests
+.PHONY: build run test screenshots bench fuzz format check-format check-home install uninstall clean help check-home setup setup-tests
 
 help:
 	@echo "make run       set up, build, play an agent's morning against a sample desk, open the cockpit over it"
@@ -29,12 +29,15 @@ setup:
 setup-tests:
 	@scripts/setup --tests
 
+check-home:
+	@scripts/check-home
+
 # Tests are built only by those who run them: a machine that only runs the program does not need their libraries.
 build: setup
 	@cmake --preset $(PRESET) -DBUILD_TESTING=OFF -DMERVO_BENCH=OFF >/dev/null
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 
-run: build
+run: check-home build
 	@demo/morning $(BUILD) --cockpit
 
 test: setup-tests check-format
@@ -61,7 +64,7 @@ check-format: setup-tests
 	@git ls-files -- '*.cpp' '*.h' | xargs -r clang-format --dry-run -Werror
 
 PREFIX ?= /usr/local
-install: build
+install: check-home build
 	@cmake --install $(BUILD) --prefix $(PREFIX)
 	@cp $(BUILD)/install_manifest.txt $(DESTDIR)$(PREFIX)/lib/mervo/
 

@@ -82,6 +82,40 @@ std::vector<std::string> keptBeside(const fs::path& file)
     return names;
 }
 
+/// A folder of Mervo's own sources, as `git clone` makes it; scripts/check-home asks the same.
+bool holdsSources(const fs::path& folder)
+{
+    const auto list = platform::readFile(folder / "CMakeLists.txt");
+    return list && ("\n" + *list).find("\nproject(mervo ") != std::string::npos
+        && fs::is_directory(folder / "core/policy");
+}
+
+/// For a shell.
+std::string quoted(const fs::path& path)
+{
+    std::string text;
+    for (const char c : path.string())
+        text += c == '\'' ? "'\\''" : std::string(1, c);
+    return "'" + text + "'";
+}
+
+/// The commands that part a home from the sources in it.
+std::string partingCommands(const fs::path& home)
+{
+    fs::path aside = home.string() + "-src";
+    for (int number = 2; fs::exists(fs::symlink_status(aside)); ++number)
+        aside = home.string() + "-src" + std::to_string(number);
+    std::string commands = fmt::format("mv {0} {1} && mkdir -m 700 {0} && cd {1}", quoted(home), quoted(aside));
+    std::string state;
+    for (const char* name : {"config.json", "config.json.damaged", "mervo.sqlite", "mervo.sqlite-journal", "pending",
+             "automations", ".runtime", ".migrated", ".lock"})
+        if (fs::exists(home / name))
+            state += std::string(" ") + name;
+    if (!state.empty())
+        commands += " && mv -t " + quoted(home) + state;
+    return commands + (fs::is_directory(home / "build") ? " && rm -rf build" : "");
+}
+
 } // namespace
 
 Check home()
@@ -94,6 +128,11 @@ Check home()
     if (!fs::is_directory(path)) {
         check.detail += " is not a folder";
         check.remedy = "Move it away; a folder of that name is created at the first call.";
+        return check;
+    }
+    if (holdsSources(path)) {
+        check.detail += " holds Mervo's own sources: whoever deletes them deletes the rules, the queue and the trail";
+        check.remedy = "Quit the cockpit, then move the sources away:\n" + partingCommands(path);
         return check;
     }
     if (!platform::canWrite(path)) {

@@ -6,6 +6,7 @@ namespace mervo::test {
 
 using nlohmann::json;
 using testing::HasSubstr;
+using testing::Not;
 
 class DoctorTest : public Cli {
 protected:
@@ -72,6 +73,35 @@ TEST_F(DoctorTest, namesWhatIsWrongInTheHome)
     std::filesystem::remove_all(home());
     writeFile(folder() / "home", "");
     expect("home", "broken", "is not a folder");
+}
+
+TEST_F(DoctorTest, aHomeAmongTheSourcesIsPartedByTheCommandsOfTheRemedy)
+{
+    const auto mine = folder() / "it's mine", sources = folder() / "it's mine-src";
+    const Environment here{{"MERVO_HOME", "~/it's mine/"}, {"SCRIPT_ANSWER", "ready"}, {"SUDO_USER", std::nullopt}};
+    const auto inMake = [&] { return runProgram(MERVO_SOURCE_DIR "/scripts/check-home", {}, environment(here), {}); };
+    writeFile(mine / "automations/x/loop.json", "{}");
+    writeFile(mine / ".git/HEAD", "the owner's own version control");
+    EXPECT_EQ(inMake().status, 0) << inMake().err;
+    EXPECT_THAT(mervo({"doctor"}, here).out, Not(HasSubstr("BROKEN   Home")));
+
+    ASSERT_EQ(mervo(send(), here).status, 0);
+    for (const char* source : {"CMakeLists.txt", "core/policy/CMakeLists.txt", "build/x"})
+        writeFile(mine / source, readFile(MERVO_SOURCE_DIR "/CMakeLists.txt"));
+    const Ended refused = inMake();
+    EXPECT_EQ(refused.status, 1);
+    const std::string commands = refused.err.substr(refused.err.find('\n') + 1);
+    const std::string page = mervo({"doctor"}, here).out;
+    EXPECT_THAT(page, HasSubstr("BROKEN   Home"));
+    EXPECT_THAT(page, HasSubstr(commands)) << "one remedy in both";
+
+    ASSERT_EQ(runProgram("/bin/sh", {"-c", commands}, environment(here), {}).status, 0) << commands;
+    EXPECT_EQ(inMake().status, 0);
+    EXPECT_THAT(mervo({"doctor"}, here).out, Not(HasSubstr("BROKEN")));
+    EXPECT_THAT(mervo({"pending"}, here).out, HasSubstr("mail.send"));
+    EXPECT_EQ(tree(sources),
+        (std::set<std::string>{
+            ".git", ".git/HEAD", "CMakeLists.txt", "core", "core/policy", "core/policy/CMakeLists.txt"}));
 }
 
 TEST_F(DoctorTest, namesTheSettingsThatDoNotCount)
