@@ -133,9 +133,14 @@ def middle(node):
     return str(box.x + box.width // 2), str(box.y + box.height // 2)
 
 
-def click(place, times=1):
-    """As fast as a hand clicks twice."""
-    subprocess.run(["xdotool", "mousemove", *place, "click", "--repeat", str(times), "--delay", "180", "1"], check=True)
+def click(place, times=1, apart=180):
+    """Clicks with so many milliseconds between them; 180 is as fast as a hand clicks twice."""
+    subprocess.run(["xdotool", "mousemove", *place, "click", "--repeat", str(times), "--delay", str(apart), "1"], check=True)
+
+
+def hold(key, seconds=1.5):
+    """Down for so long that it repeats itself."""
+    subprocess.run(["xdotool", "keydown", key, "sleep", str(seconds), "keyup", key], check=True)
 
 
 def keys(*names):

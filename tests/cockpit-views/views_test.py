@@ -15,9 +15,11 @@ import unittest
 import warnings
 
 import desktop
-from desktop import click, find, focused, keys, look, middle, press, type_text, wait
+from desktop import click, find, focused, hold, keys, look, middle, press, type_text, wait
 
 HOST, PROGRAMS = "", ""  # from the command line
+SETTLED = 0.9  # seconds: the time of a double click, and some more
+AWAY = ("5", "5")
 DESKTOP = None  # one for all: the library of the accessibility bus stays with the first that it has met
 
 MESSAGE = "From: %s\r\nTo: work@desk.example\r\nSubject: %s\r\nDate: Thu, 01 Jan 2026 10:00:00 +0000\r\n\r\nHello\r\n"
@@ -82,6 +84,20 @@ class Popover(unittest.TestCase):
 
     def senders(self, folder):
         return sorted(path.read_text().split("\n")[0][6:].strip() for path in (folder / "cur").iterdir())
+
+    def write(self, number):
+        self.write_action({"id": "AAAA00%02d" % number, "tool": "mail.draft", "summary": "Write", "effect": "create",
+                           "args": {"to": "%d@x.example" % number, "subject": "s", "body": "b"},
+                           "createdAt": "2026-01-01T10:%02d:00Z" % number})
+
+    def ask(self, name):
+        with sqlite3.connect(self.home / "mervo.sqlite") as database:
+            database.execute("INSERT INTO feedback (id, kind, text, automation, channel, created_at, source) "
+                             "VALUES (?, 'question', ?, 'triage', 'cockpit', '2026-01-01T00:00:00Z', 'triage')",
+                             (name, "May I, " + name + "?"))
+
+    def decided(self):
+        return [row[0] for row in self.rows("SELECT outcome FROM audit WHERE actor = 'cockpit' ORDER BY id")]
 
 
 class Verdicts(Popover):
@@ -148,43 +164,55 @@ class Mouse(Popover):
         for number in (2, 3):
             self.write(number)
 
-    def write(self, number):
-        self.write_action({"id": "AAAA00%02d" % number, "tool": "mail.draft", "summary": "Write", "effect": "create",
-                           "args": {"to": "%d@x.example" % number, "subject": "s", "body": "b"},
-                           "createdAt": "2026-01-01T10:%02d:00Z" % number})
-
-    def ask(self, name):
-        with sqlite3.connect(self.home / "mervo.sqlite") as database:
-            database.execute("INSERT INTO feedback (id, kind, text, automation, channel, created_at, source) "
-                             "VALUES (?, 'question', ?, 'triage', 'cockpit', '2026-01-01T00:00:00Z', 'triage')",
-                             (name, "May I, " + name + "?"))
-
     def refreshed(self):
         press(find(self.view, "push button", "Refresh"))
 
-    def test_a_second_click_does_not_answer_the_next_question(self):
+    def test_a_second_click_decides_nothing_until_the_mouse_has_moved(self):
         self.ask("first")
         self.ask("second")
         self.show()
         wait("both", lambda: len(look(self.view, "push button", "Oui")) == 2)
         place = middle(look(self.view, "push button", "Oui")[0])
-        time.sleep(0.5)
-        click(place, times=2)
+        time.sleep(SETTLED)
+        click(place, times=2, apart=450)
         wait("one left", lambda: len(look(self.view, "push button", "Oui")) == 1)
-        time.sleep(0.5)
+        time.sleep(SETTLED)
         self.assertEqual(self.rows("SELECT id FROM feedback WHERE answer IS NOT NULL"), [("first",)])
+        click(AWAY)
         click(place)
         wait("none left", lambda: not look(self.view, "push button", "Oui"))
+
+        for number in range(4, 10):
+            self.write(number)
+        self.refreshed()
+        done = self.decided()
+        for apart in (180, 330, 380, 450, 600, 900):
+            click(AWAY)
+            place = min((middle(button) for button in look(self.view, "push button", "Approve")), key=lambda at: int(at[1]))
+            time.sleep(SETTLED)
+            click(place, times=2, apart=apart)
+            done.append("executed")
+            wait("an approval", lambda: len(self.decided()) >= len(done))
+            time.sleep(0.3)
+            self.assertEqual(self.decided(), done, "clicks %d ms apart" % apart)
+
+        press(find(self.card("mail.draft"), "push button", "Reject"))
+        place = middle(find(self.card("mail.draft"), "push button", "Confirm"))
+        time.sleep(SETTLED)
+        click(place, times=3, apart=380)
+        wait("a rejection", lambda: self.decided() == done + ["rejected"])
+        time.sleep(SETTLED)
+        self.assertEqual(len(self.waiting()), 1)
 
     def test_a_card_that_slides_or_comes_under_the_mouse_is_not_approved(self):
         self.show()
         place = middle(find(self.card("mail.draft"), "push button", "Approve"))
-        time.sleep(0.5)
+        time.sleep(SETTLED)
         for come in (lambda: self.write(1), lambda: self.ask("first")):
             come()
             self.refreshed()
             click(place)
-            time.sleep(0.5)
+            time.sleep(SETTLED)
             self.assertNotIn("executed", str(self.rows("SELECT outcome FROM audit WHERE actor = 'cockpit'")))
         first = middle(find(self.card("mail.draft"), "push button", "Approve"))
         click(first)
@@ -211,6 +239,25 @@ class Mouse(Popover):
 
 
 class Keyboard(Popover):
+    def test_a_key_that_is_held_decides_one_card(self):
+        for number in range(2, 10):
+            self.write(number)
+        self.show()
+        approve = ("push button", "Approve")
+        for key in ("Return", "space"):
+            wait("the button", lambda: keys("Tab") or focused(self.view) == approve)
+            keys("Tab", "Tab", "Tab", "Tab", "shift+Tab", "shift+Tab", "shift+Tab", "shift+Tab")
+            before = len(self.waiting())
+            self.assertEqual(focused(self.view), approve)
+            hold(key)
+            wait("an approval", lambda: len(self.waiting()) < before)
+            time.sleep(0.3)
+            self.assertEqual(len(self.waiting()), before - 1, key)
+        wait("the other button", lambda: keys("shift+Tab") or focused(self.view) == ("push button", "Reject"))
+        hold("Return")
+        self.assertEqual(focused(self.view), ("text", "Reason (optional)"))
+        self.assertNotIn("rejected", self.decided())
+
     def test_the_order_is_that_of_reading_and_escape_closes_the_form_first(self):
         self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=news@shop.example")
         for number in range(2, 30):

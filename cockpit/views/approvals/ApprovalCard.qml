@@ -10,7 +10,7 @@ FocusScope {
     required property Theme theme
     required property CockpitModel cockpit
     required property var drafts ///< what was typed in cards that are out of sight, by key
-    required property bool isUnsettled ///< cards have moved just now
+    required property bool isUnsettled ///< it may have come under the mouse just now
 
     required property int index
     required property string key
@@ -34,6 +34,7 @@ FocusScope {
     property bool showArguments: false
 
     signal moved
+    signal decided
 
     function keep() {
         if (rejecting || showEmail || showArguments)
@@ -51,6 +52,7 @@ FocusScope {
     function decide(verdict) {
         const { key, reason } = root;
         rejecting = showEmail = showArguments = false;
+        decided();
         verdict(key, reason);
     }
 

@@ -10,11 +10,8 @@ Item {
     required property Theme theme
     required property CockpitModel cockpit
 
-    // A card that has just come under the mouse is not the one that its press was aimed at.
-    Timer {
+    Settling {
         id: settling
-
-        interval: 300
     }
     ListView {
         id: list
@@ -63,8 +60,9 @@ Item {
             theme: root.theme
             cockpit: root.cockpit
             drafts: list.drafts
-            isUnsettled: settling.running
+            isUnsettled: settling.isUnsettled
             onMoved: settling.restart()
+            onDecided: settling.decide()
         }
 
         // The questions stand above the first card and are scrolled with it. (Not `header`, which does not take a bound
@@ -94,8 +92,9 @@ Item {
                     width: head.width
                     theme: root.theme
                     cockpit: root.cockpit
-                    isUnsettled: settling.running
+                    isUnsettled: settling.isUnsettled
                     onMoved: settling.restart()
+                    onDecided: settling.decide()
                 }
             }
             Item {

@@ -9,17 +9,22 @@ FocusScope {
 
     required property Theme theme
     required property CockpitModel cockpit
-    required property bool isUnsettled ///< cards have moved just now
+    required property bool isUnsettled ///< it may have come under the mouse just now
 
     required property string questionId
     required property string automation
     required property string text
 
     signal moved
+    signal decided
 
     function send() {
         const answer = draft.text;
         draft.clear();
+        decide(answer);
+    }
+    function decide(answer) {
+        decided();
         cockpit.answer(questionId, answer);
     }
 
@@ -82,13 +87,13 @@ FocusScope {
                     theme: root.theme
                     text: "Oui"
                     isUnsettled: root.isUnsettled
-                    onChosen: root.cockpit.answer(root.questionId, "Oui")
+                    onChosen: root.decide("Oui")
                 }
                 ActionButton {
                     theme: root.theme
                     text: "Non"
                     isUnsettled: root.isUnsettled
-                    onChosen: root.cockpit.answer(root.questionId, "Non")
+                    onChosen: root.decide("Non")
                 }
                 Field {
                     id: draft

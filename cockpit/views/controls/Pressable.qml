@@ -31,8 +31,13 @@ T.AbstractButton {
     Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.onPressAction: root.activate()
-    Keys.onReturnPressed: root.activate()
-    Keys.onEnterPressed: root.activate()
+    // At the press: when the key comes up, something else may have the keyboard.
+    Keys.onPressed: event => {
+        event.accepted = [Qt.Key_Space, Qt.Key_Return, Qt.Key_Enter].includes(event.key);
+        if (event.accepted)
+            activate();
+    }
+    Keys.onReleased: event => event.accepted = event.key === Qt.Key_Space
 
     FocusRing {
         theme: root.theme
