@@ -103,11 +103,11 @@ std::string summary(const Call& call)
     return call.tool.id + " " + Text::join(parts, " ");
 }
 
-std::optional<std::string> preview(const Call& call)
+std::optional<std::string> preview(const Tool& tool, const Args& args)
 {
     std::optional<std::string> line;
-    if (call.tool.preview)
-        (void)failureOf([&] { line = call.tool.preview(call.args); }); // a card without a preview is still a card
+    if (tool.preview)
+        (void)failureOf([&] { line = tool.preview(args); }); // a card without a preview is still a card
     return line;
 }
 
@@ -117,7 +117,7 @@ Result ask(
     PendingAction action;
     const auto failure = failureOf([&] {
         const PendingStore store(configDir);
-        action = {Text::newShortId(), call.tool.id, call.args, summary(call), {}, preview(call)};
+        action = {Text::newShortId(), call.tool.id, call.args, summary(call), {}, preview(call.tool, call.args)};
         action.createdAt = Timestamps::now();
         store.save(action);
     });
@@ -230,7 +230,12 @@ HarnessRunner::Explanation HarnessRunner::explain(const Tool& tool, const Args& 
 {
     RuleStore rules(StoreDatabase::ofHomeIfAny());
     AuditLog audit(StoreDatabase::ofHomeIfAny());
-    return judge(tool, args, {rules, audit});
+    Explanation found = judge(tool, args, {rules, audit});
+    found.remarks = Remarks::of(tool, args);
+    // A deny rule also keeps a call from counting what it must not touch.
+    if (!found.refusal && found.outcome.decision != ActionPolicy::Decision::deny)
+        found.preview = preview(tool, args);
+    return found;
 }
 
 } // namespace mervo

@@ -67,6 +67,8 @@ struct Explanation {
     ActionPolicy::Outcome outcome;
     std::vector<PolicyRule> rules; ///< in store order; the trace points into this list
     ActionPolicy::Trace trace;
+    std::vector<Remark> remarks; ///< on the arguments
+    std::optional<std::string> preview; ///< of a tool that has one, unless the call would be denied
     std::string rulesUnread; ///< a sentence when the rules could not be read, and `rules` is empty for that reason
     std::string countUnread; ///< the same of the day's count
 };

@@ -54,6 +54,27 @@ TEST_F(ExplainTest, saysWhatRunThenDoes)
     }
 }
 
+TEST_F(ExplainTest, saysWhatHasNoEffectAndWhatTheCallWouldActOn)
+{
+    const Environment counted{{"SCRIPT_ANSWER", "77|2048"}};
+    const std::vector<std::string> call{
+        "explain", "mail.delete", "account=Work", "mailbox=INBOX", "status=raed", "--json"};
+    json object = json::parse(mervo(call, counted).out);
+    EXPECT_EQ(object["preview"], "77 message(s), 2.0 MB");
+    EXPECT_EQ(object["remarks"], json::array({"status=\"raed\" is not unread or read, so it filters nothing"}));
+    const std::vector<std::string> words(call.begin(), call.end() - 1);
+    EXPECT_THAT(mervo(words, counted).out,
+        HasSubstr(
+            "Preview: 77 message(s), 2.0 MB\nNote: status=\"raed\" is not unread or read, so it filters nothing\n"));
+    EXPECT_FALSE(std::filesystem::exists(home()));
+    EXPECT_THAT(
+        mervo({"explain", "mail.delete", "olderthan=3"}).out, HasSubstr("\nNote: mail.delete ignores olderthan"));
+
+    addRules({rule("DENY0001", deny, "mail.*")});
+    object = json::parse(mervo(call, counted).out);
+    EXPECT_FALSE(object.contains("preview")) << "a deny rule keeps from counting too";
+}
+
 TEST_F(ExplainTest, tellsOfEveryRuleWhyItWonOrLost)
 {
     PolicyRule off = rule("OFF00001", deny, "*", {}, "2026-01-09T00:00:00Z");

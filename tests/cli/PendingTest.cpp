@@ -45,8 +45,12 @@ TEST_F(PendingTest, showsOneActionWholeWithNothingHidden)
     EXPECT_EQ(run.out,
         "0000000A  2026-03-01T00:00:00Z  mail.send\n"
         "  body="
-            + std::string(3000, 'x') + "<U+000A>end<U+202E><U+001B>[8m\n  k<U+000A>ey=v\n");
+            + std::string(3000, 'x')
+            + "<U+000A>end<U+202E><U+001B>[8m\n  k<U+000A>ey=v\n"
+              "      no effect: mail.send ignores k<U+000A>ey\n");
     EXPECT_EQ(nlohmann::json::parse(mervo({"pending", "0000000A", "--json"}).out)[0]["args"]["body"], body);
+    EXPECT_EQ(nlohmann::json::parse(mervo({"pending", "--json"}).out)[0]["remarks"], nlohmann::json::parse(R"([
+        {"argument": "k\ney", "sentence": "mail.send ignores k<U+000A>ey", "noEffect": true}])"));
 }
 
 TEST_F(PendingTest, aCutIsAnnouncedWithTheLength)

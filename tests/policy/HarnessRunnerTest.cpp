@@ -2,6 +2,7 @@
 
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/HarnessConfig.h"
+#include "core/foundation/ServiceError.h"
 #include "core/foundation/Timestamps.h"
 #include "core/policy/PendingStore.h"
 #include "tests/support/Files.h"
@@ -109,6 +110,37 @@ TEST_F(Gate, refusedArgumentsLeaveNoTraceInAnyMode)
     }
     tool.build = [](const Args&) -> Invocation { throw 7; };
     EXPECT_EQ(error(), "the tool failed without saying why");
+}
+
+TEST_F(Gate, remarksStandBesideEveryResultAndChangeNone)
+{
+    open();
+    tool.arguments = {{"to", true, ""}};
+    tool.remarks = [](const Args&) -> std::vector<Remark> { throw ServiceError("no remark"); };
+    tool.omissions = [](const std::string& raw) { return std::vector{"cut from" + raw}; };
+    tool.transform = [](const std::string&) { return "short"; };
+    const auto heard = [&](AutonomyMode wanted, const Args& args) {
+        mode(wanted);
+        std::string trace[2];
+        Notices notices;
+        for (const bool asked : {false, true}) {
+            calls.clear();
+            const auto result =
+                HarnessRunner::run(tool, args, "cli", home, {*rules, *audit}, asked ? &notices : nullptr);
+            trace[asked ? 1 : 0] =
+                calls + std::to_string(result.index()) + (result.index() == 0 ? std::get<Executed>(result).output : "");
+        }
+        EXPECT_EQ(trace[0], trace[1]);
+        return notices.remarks;
+    };
+    using Sentences = std::vector<std::string>;
+    const std::string ignored = "mail.send ignores cc";
+    EXPECT_EQ(heard(AutonomyMode::panic, {{"cc", "x"}}), Sentences{ignored}) << "refused";
+    EXPECT_EQ(heard(AutonomyMode::panic, {{"cc", "x"}, {"to", "a"}}), Sentences{ignored}) << "queued";
+    EXPECT_EQ(heard(AutonomyMode::yolo, {{"cc", "x"}, {"to", "a"}}), (Sentences{ignored, "cut from done \n"}));
+    EXPECT_EQ(heard(AutonomyMode::yolo, {{"to", "a"}}), Sentences{"cut from done \n"});
+    addRule("D1", PolicyRule::Decision::deny);
+    EXPECT_EQ(heard(AutonomyMode::yolo, {{"cc", "x"}, {"to", "a"}}), Sentences{ignored}) << "denied";
 }
 
 TEST_F(Gate, aDenyRuleRefusesInEveryModeAndEffect)

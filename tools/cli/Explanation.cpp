@@ -169,6 +169,14 @@ nlohmann::ordered_json warnings(const HarnessRunner::Explanation& explanation)
     return sentences;
 }
 
+std::string notes(const HarnessRunner::Explanation& explanation)
+{
+    std::string text;
+    for (const Remark& remark : explanation.remarks)
+        text += fmt::format("Note: {}\n", remark.sentence);
+    return text;
+}
+
 nlohmann::ordered_json asJson(const PolicyRule& rule)
 {
     nlohmann::ordered_json record{{"id", rule.id}, {"enabled", rule.enabled}};
@@ -187,9 +195,12 @@ nlohmann::ordered_json asJson(const PolicyRule& rule)
 std::string inWords(const Call& call, const HarnessRunner::Explanation& explanation)
 {
     if (explanation.refusal)
-        return refusal(call, *explanation.refusal);
+        return refusal(call, *explanation.refusal) + notes(explanation);
     std::string text = fmt::format("{}\nReason: {}\n\n{}", verdict(call, explanation.outcome.decision),
         Text::visibleLine(explanation.outcome.reason), posture(call, explanation));
+    if (explanation.preview)
+        text += fmt::format("Preview: {}\n", Text::visibleLine(*explanation.preview));
+    text += notes(explanation);
     text += headOfRules(explanation);
     for (const Entry& entry : explanation.trace.entries)
         text += fmt::format("  {}  {}\n      {}\n", Text::visibleLine(entry.rule->id), describe(*entry.rule),
@@ -200,6 +211,8 @@ std::string inWords(const Call& call, const HarnessRunner::Explanation& explanat
 nlohmann::ordered_json asJson(const Call& call, const HarnessRunner::Explanation& explanation)
 {
     nlohmann::ordered_json object{{"tool", call.tool->id}, {"effect", rawValue(call.tool->effect)}};
+    for (const Remark& remark : explanation.remarks)
+        object["remarks"].push_back(remark.sentence);
     if (explanation.refusal) {
         object["verdict"] = "refused";
         object["refusal"] = *explanation.refusal;
@@ -209,6 +222,8 @@ nlohmann::ordered_json asJson(const Call& call, const HarnessRunner::Explanation
     object["reason"] = explanation.outcome.reason;
     if (explanation.outcome.ruleID)
         object["rule"] = *explanation.outcome.ruleID;
+    if (explanation.preview)
+        object["preview"] = *explanation.preview;
     object["mode"] = rawValue(explanation.mode);
     object["mutationsToday"] = explanation.mutationsToday;
     object["dailyCap"] = explanation.dailyCap;

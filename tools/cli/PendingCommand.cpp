@@ -1,13 +1,16 @@
+#include "core/catalogue/Tools.h"
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/ServiceError.h"
 #include "core/foundation/Text.h"
 #include "core/policy/PendingStore.h"
+#include "core/policy/Remarks.h"
 #include "platform/unicode.h"
 #include "tools/cli/Commands.h"
 #include "tools/cli/Json.h"
 
 #include <array>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 namespace mervo::cli {
 
@@ -18,7 +21,8 @@ constexpr std::size_t kLineLimit = 120; ///< characters of a call in the list
 
 constexpr std::string_view kHelp =
     R"(Lists the actions that wait for the owner, oldest first: id, time, and the call. With an id: that action whole, with every
-argument. --json prints an array of the stored objects. It only reads: an action is approved or rejected by a person, in
+argument, and which of them have no effect. --json prints an array of the stored objects, with "remarks" on the arguments
+where there are any. It only reads: an action is approved or rejected by a person, in
 the cockpit.
 
 Examples:
@@ -48,22 +52,44 @@ std::string list(const std::vector<PendingAction>& actions)
     return text;
 }
 
+/// Nothing for a tool that is no longer in the catalogue.
+std::vector<Remark> remarksOn(const PendingAction& action)
+{
+    const Tool* const tool = Tools::find(action.tool);
+    return tool == nullptr ? std::vector<Remark>() : Remarks::of(*tool, action.args);
+}
+
 std::string page(const PendingAction& action)
 {
+    const std::vector<Remark> remarks = remarksOn(action);
     std::string text = fmt::format("{}  {}  {}\n", Text::visibleLine(action.id), Text::visibleLine(action.createdAt),
         Text::visibleLine(action.tool));
     if (action.preview)
         text += fmt::format("{}\n", Text::visibleLine(*action.preview));
-    for (const auto& [key, value] : action.args)
+    for (const auto& [key, value] : action.args) {
         text += fmt::format("  {}={}\n", Text::visibleLine(key), Text::visibleLine(value));
+        for (const Remark& remark : remarks)
+            if (remark.argument == key)
+                text += fmt::format("      {}{}\n", remark.noEffect ? "no effect: " : "", remark.sentence);
+    }
     return text;
+}
+
+/// The stored object, and the remarks on its arguments where there are any.
+std::string object(const PendingAction& action)
+{
+    auto object = nlohmann::ordered_json::parse(action.encode());
+    for (const Remark& remark : remarksOn(action))
+        object["remarks"].push_back(
+            {{"argument", remark.argument}, {"sentence", remark.sentence}, {"noEffect", remark.noEffect}});
+    return object.dump();
 }
 
 std::string json(const std::vector<PendingAction>& actions)
 {
     std::vector<std::string> objects;
     for (const PendingAction& action : actions)
-        objects.push_back(action.encode());
+        objects.push_back(object(action));
     return withEscapes(fmt::format("[{}]", Text::join(objects, ","))) + "\n";
 }
 

@@ -32,8 +32,11 @@ Examples:
 nlohmann::ordered_json record(const Tool& tool)
 {
     nlohmann::ordered_json arguments = nlohmann::ordered_json::array();
-    for (const Argument& argument : tool.arguments)
+    for (const Argument& argument : tool.arguments) {
         arguments.push_back({{"name", argument.name}, {"required", argument.required}, {"help", argument.help}});
+        if (const std::string format = argument.format.inWords(); !format.empty())
+            arguments.back()["format"] = format;
+    }
     return {{"id", tool.id}, {"effect", rawValue(tool.effect)}, {"summary", tool.summary}, {"arguments", arguments}};
 }
 
@@ -59,6 +62,14 @@ std::string list(std::span<const Tool* const> tools, std::size_t width)
     return text;
 }
 
+/// The help, and the format where the help does not say it.
+std::string described(const Argument& argument)
+{
+    const std::string format = argument.format.inWords();
+    const bool isSaid = argument.help.find(format) != std::string_view::npos;
+    return isSaid ? std::string(argument.help) : fmt::format("{}; {}", argument.help, format);
+}
+
 std::string page(const Tool& tool, std::size_t lineWidth)
 {
     std::string text = fmt::format("{} ({})\n{}", tool.id, rawValue(tool.effect), wrapped(tool.summary, lineWidth, 0));
@@ -72,7 +83,7 @@ std::string page(const Tool& tool, std::size_t lineWidth)
     text += "\nArguments:\n";
     for (const Argument& argument : tool.arguments) {
         const auto* const need = argument.required ? "required" : "optional";
-        const std::string line = fmt::format("  {:<{}}  {}  {}", argument.name, width, need, argument.help);
+        const std::string line = fmt::format("  {:<{}}  {}  {}", argument.name, width, need, described(argument));
         text += wrapped(line, lineWidth, width + 14);
     }
     return text;

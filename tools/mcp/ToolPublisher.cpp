@@ -1,6 +1,7 @@
 #include "tools/mcp/ToolPublisher.h"
 
 #include "core/catalogue/Tools.h"
+#include "core/foundation/Text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -71,12 +72,53 @@ std::string capitalised(std::string text)
     return text;
 }
 
+std::string_view wholePattern(const Format& format)
+{
+    return format.least >= 1 ? "^[1-9][0-9]*$" : format.least >= 0 ? "^[0-9]+$" : "^-?[0-9]+$";
+}
+
+/// Every argument is a text, also a number: its form is said by a pattern, for hosts that check.
+OrderedJson property(const Argument& argument)
+{
+    using enum Format::Kind;
+    OrderedJson property{{"type", "string"}, {"description", argument.help}};
+    const Format& format = argument.format;
+    switch (format.kind) {
+    case text:
+    case needle:
+    case paths:
+        break;
+    case Format::Kind::words:
+        property["enum"] = Text::split(format.words, '|');
+        break;
+    case day:
+        property["format"] = "date";
+        break;
+    case moment:
+        property["pattern"] = "^[0-9]{4}-[0-9]{2}-[0-9]{2}( [0-9]{2}:[0-9]{2})?$";
+        break;
+    case time:
+        property["pattern"] = "^[0-9]{1,2}:[0-9]{1,2}$";
+        break;
+    case whole:
+        property["pattern"] = wholePattern(format);
+        break;
+    case number:
+        property["pattern"] = "^[0-9]*\\.?[0-9]+$";
+        break;
+    case hours:
+        property["pattern"] = "^[0-9]{1,2}(,[0-9]{1,2})*$";
+        break;
+    }
+    return property;
+}
+
 OrderedJson schema(const Tool& tool)
 {
     OrderedJson properties = OrderedJson::object();
     OrderedJson required = OrderedJson::array();
     for (const Argument& argument : tool.arguments) {
-        properties[std::string(argument.name)] = {{"type", "string"}, {"description", argument.help}};
+        properties[std::string(argument.name)] = property(argument);
         if (argument.required) {
             required.push_back(argument.name);
         }
@@ -85,6 +127,7 @@ OrderedJson schema(const Tool& tool)
     if (!required.empty()) {
         schema["required"] = std::move(required);
     }
+    schema["additionalProperties"] = false;
     return schema;
 }
 
