@@ -31,14 +31,14 @@ TEST(Reply, repairsWhatIsNoUtf8)
 
 TEST(Reply, cutsATextThatWouldNotFitALineAndSaysHowMuch)
 {
-    const std::string id = "\"" + std::string(kLongestId, 'i') + "\"";
+    const std::string id = "\"" + std::string(1'000'000, 'i') + "\"";
     struct Case {
         const char* name;
         std::string unit;
     };
     for (const auto& [name, unit] : {Case{"letters", "a"}, Case{"escaped", "\x1B"},
              Case{"bytes that are no UTF-8", "\xFF"}, Case{"mixed", "a\x01\"\U0001F600"}}) {
-        for (const std::size_t bytes : {Reply::kLongestLine - 20'000, 2 * Reply::kLongestLine}) {
+        for (const std::size_t bytes : {Reply::kLongestLine - 1'020'000, 2 * Reply::kLongestLine}) {
             std::string text;
             text.reserve(bytes + 4);
             while (text.size() < bytes) {
@@ -54,7 +54,7 @@ TEST(Reply, cutsATextThatWouldNotFitALineAndSaysHowMuch)
             std::size_t whole = 0;
             ASSERT_EQ(std::sscanf(seen.c_str() + note, "\n[cut here: %zu of %zu bytes", &left, &whole), 2) << name;
             EXPECT_EQ(note + left, whole) << name;
-            EXPECT_GT(note * 6, Reply::kLongestLine * 9 / 10) << name << ": no more is cut than must be";
+            EXPECT_GT(note * 6, Reply::kLongestLine * 8 / 10) << name << ": no more is cut than must be";
         }
     }
 }

@@ -1,6 +1,7 @@
 """What the server answers to each line, by the rules of JSON-RPC and of the protocol's revisions."""
 
 import json
+import os
 import unittest
 
 from peer import Case, call, initialize, request
@@ -24,10 +25,9 @@ REFUSED = [
     ("no UTF-8", b'{"jsonrpc":"2.0","id":"\xff","method":"ping"}', None, PARSE),
     ("an overlong form of UTF-8", b'{"jsonrpc":"2.0","id":"\xc0\xaf","method":"ping"}', None, PARSE),
     ("a surrogate in UTF-8", b'{"jsonrpc":"2.0","id":"\xed\xa0\x80","method":"ping"}', None, PARSE),
-    ("half a surrogate pair", b'{"jsonrpc":"2.0","id":"\\ud800","method":"ping"}', None, PARSE),
     ("a NUL byte", b'{"jsonrpc":"2.0","id":"a\0b","method":"ping"}', None, PARSE),
     ("NUL bytes alone", b"\0\0\0\0", None, PARSE),
-    ("a number beyond all", b'{"jsonrpc":"2.0","id":1e999,"method":"ping"}', None, PARSE),
+    ("a number beyond all", b'{"jsonrpc":"2.0","id":1e999,"method":"ping"}', None, INVALID),
     ("brackets without end", b"[" * 1_000_000, None, PARSE),
     ("a batch", b'[{"jsonrpc":"2.0","id":1,"method":"ping"}]', None, INVALID),
     ("an empty batch", b"[]", None, INVALID),
@@ -44,7 +44,6 @@ REFUSED = [
     ("an id with an exponent", b'{"jsonrpc":"2.0","id":1e2,"method":"ping"}', None, INVALID),
     ("an id that is true", b'{"jsonrpc":"2.0","id":true,"method":"ping"}', None, INVALID),
     ("an id that is a list", b'{"jsonrpc":"2.0","id":[1],"method":"ping"}', None, INVALID),
-    ("an id longer than an answer may be", json.dumps(request("x" * 5000, "ping")).encode(), None, INVALID),
     ("an object with too many members", json.dumps(call(7, "ask", {str(i): "" for i in range(2000)})).encode(), 7,
      INVALID),
     ("params in a list", b'{"jsonrpc":"2.0","id":7,"method":"tools/list","params":[1]}', 7, PARAMS),
@@ -105,11 +104,33 @@ class Lines(Case):
     def test_ids_come_back_as_they_were(self):
         peer = self.session()
         for literal in ['0', '-1', '5', '"5"', '""', '"\\u00e9\\n"', '9007199254740993', '18446744073709551615',
-                        '123456789012345678901234567890']:
+                        '123456789012345678901234567890', '9' * 4000, '"' + "x" * 5_000_000 + '"',
+                        '"\\ud83d\\ude00"', '"' + "\U0001F600" * 5000 + '"']:
             peer.send(f'{{"jsonrpc":"2.0","id":{literal},"method":"ping"}}'.encode())
             answer = peer.answer()
             self.assertEqual(answer["id"], json.loads(literal))
             self.assertIs(type(answer["id"]), type(json.loads(literal)))
+
+    def test_half_a_surrogate_pair_is_a_replacement_character_wherever_it_stands(self):
+        peer = self.session()
+        for written, read in [(r"\ud83d", "\ufffd"), (r"\ude00", "\ufffd"), (r"cut \ud83d", "cut \ufffd"),
+                              (r"\ud83dx", "\ufffdx"), (r"\ud83d\ud83d\ude00", "\ufffd\U0001F600"),
+                              (r"\ude00\ud83d", "\ufffd\ufffd"), (r"\ud83d\u0041", "\ufffdA"), (r"\ud83d\n", "\ufffd\n"),
+                              ("\U0001F600" + r"\uD83D", "\U0001F600\ufffd")]:
+            with self.subTest(written):
+                line = (f'{{"jsonrpc":"2.0","id":"{written}","method":"tools/call","params":{{"name":"mail.send",'
+                        f'"arguments":{{"to":"a","subject":"{written}","{written}":"x"}}}}}}')
+                answer = peer.ask(line.encode())
+                self.assertEqual(answer["id"], read)
+                with open(os.path.join(self.home, "pending", answer["result"]["content"][0]["text"][8:16] + ".json"),
+                          encoding="utf-8") as file:
+                    self.assertEqual(json.load(file)["args"], {"to": "a", "subject": read, read: "x"})
+
+    def test_a_long_id_comes_back_and_the_text_makes_room(self):
+        peer = self.session()
+        answer = peer.ask(call("i" * 5_000_000, "mail.send", {"to": "a", "subject": "s", "body": "b"}))
+        self.assertEqual(answer["id"], "i" * 5_000_000)
+        self.assertIn("pending ", self.text(answer))
 
     def test_pieces_and_heaps_of_lines_are_the_same_lines(self):
         peer = self.session()
@@ -202,7 +223,10 @@ class Calls(Case):
         peer = self.session()
         peer.send(('{"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":"how_it_works","arguments":{%s}}}'
                    % given).encode())
-        self.text(peer.answer())
+        result = peer.answer()["result"]
+        remarks = sorted(f"how_it_works ignores {name}" for name, _, _ in taken)
+        self.assertEqual(result["_meta"], {"org.mervolabs/remarks": remarks})
+        self.assertEqual(result["content"][1:], [{"type": "text", "text": "\n".join("note: " + r for r in remarks)}])
         ((_, _, _, details),) = self.audit()
         del details["result"]
         self.assertEqual(details, {name: text for name, _, text in taken})
@@ -250,6 +274,7 @@ class Names(Case):
             schema = tool["inputSchema"]
             self.assertEqual(schema["type"], "object")
             self.assertLessEqual(set(schema.get("required", [])), set(schema["properties"]))
+            self.assertIs(schema["additionalProperties"], False)
             for entry in schema["properties"].values():
                 self.assertEqual(entry["type"], "string")
                 self.assertTrue(entry["description"])

@@ -8,7 +8,7 @@
 ///
 /// A tree of plain values in which a list is known only as a list, and an object below the sixth level only as an
 /// object. A line of any nesting is therefore read in constant stack and in memory that its own texts bound, and a
-/// number keeps the text that it was written with.
+/// number keeps the text that it was written with. An escape of half a surrogate pair is read as U+FFFD.
 namespace mervo::mcp::json {
 
 struct Value {
@@ -41,7 +41,7 @@ inline constexpr std::size_t kMostMembers = 1024;
 enum class Outcome {
     read,
     crowded, ///< JSON, but an object has more than kMostMembers members; those beyond are not kept
-    malformed ///< no JSON, or no UTF-8, or half a surrogate pair
+    malformed ///< no JSON, or no UTF-8
 };
 
 /// Reads one text. Never throws but for want of memory.

@@ -8,9 +8,6 @@ using Kind = json::Value::Kind;
 
 RequestId idOf(const json::Value& value)
 {
-    if (value.text.size() > kLongestId) {
-        return {};
-    }
     if (value.is(Kind::integer)) {
         return value.text;
     }
@@ -57,7 +54,7 @@ Message readMessage(std::string_view line)
         return refused(idText, "\"method\" is not a string.");
     }
     if (!id.is(Kind::absent) && idText.empty()) {
-        return refused({}, "\"id\" is not a string or an integer of at most 4096 characters.");
+        return refused({}, "\"id\" is not a string or an integer.");
     }
     json::Value params = message.take("params");
     if (id.is(Kind::absent)) {

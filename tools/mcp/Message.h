@@ -45,10 +45,7 @@ struct Malformed {
 
 using Message = std::variant<Request, Notification, Response, Malformed>;
 
-/// An id longer than this is not accepted: it comes back in the answer, and answers are bounded.
-inline constexpr std::size_t kLongestId = 4096;
-
-/// The id as a JSON text, empty when the value is no string or integer or is too long.
+/// The id as a JSON text of any length, empty when the value is no string or integer.
 RequestId idOf(const json::Value& value);
 
 /// Reads one line without its end.

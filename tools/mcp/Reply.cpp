@@ -10,7 +10,8 @@ namespace mervo::mcp::Reply {
 
 namespace {
 
-constexpr std::size_t kEnvelope = 16 * 1024; // the id, the identity and the note about a cut fit in it
+constexpr std::size_t kEnvelope = 1024; // what stands around an answer's id and contents, and the note about a cut
+constexpr std::size_t kLeastRoom = 4096; // for a text beside an id that is as long as a line
 constexpr std::size_t kLongestEcho = 128;
 
 /// What a byte of valid UTF-8 takes inside a JSON string.
@@ -30,13 +31,12 @@ std::size_t characterStart(std::string_view text, std::size_t at)
     return at;
 }
 
-/// The text, or as much of it as fits a line with a note behind it.
-std::string bounded(std::string_view text)
+/// The text, or as much of it as takes `room` bytes inside a JSON string, with a note behind it.
+std::string bounded(std::string_view text, std::size_t room)
 {
-    if (text.size() * 6 <= kLongestLine - kEnvelope) {
+    if (text.size() * 6 <= room) {
         return std::string(text);
     }
-    std::size_t room = kLongestLine - kEnvelope;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const std::size_t length = escapedLength(text[at]);
         if (length > room) {
@@ -87,7 +87,7 @@ std::string paragraph(const Notices& notices)
         text.append("warning: ").append(warning).append("\n");
     }
     text.pop_back();
-    return bounded(platform::withValidUtf8(text));
+    return bounded(platform::withValidUtf8(text), kLongestLine / 4);
 }
 
 } // namespace
@@ -125,17 +125,21 @@ std::string error(const RequestId& id, int code, std::string_view text, std::str
 
 std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era, const Notices& notices)
 {
-    // Repaired before it is measured: a replacement character is longer than the byte that it stands for.
-    const std::string valid = platform::isValidUtf8(text) ? bounded(text) : bounded(platform::withValidUtf8(text));
     std::string content = "{";
     content.append(Protocol::resultOpening(era, metaOf(notices)));
     content.append(R"("content":[)");
-    appendText(content, valid);
+    std::string end;
     if (!notices.empty()) {
-        content.append(",");
-        appendText(content, paragraph(notices));
+        end.append(",");
+        appendText(end, paragraph(notices));
     }
-    content.append(isError ? R"(],"isError":true})" : R"(],"isError":false})");
+    end.append(isError ? R"(],"isError":true})" : R"(],"isError":false})");
+    const std::size_t taken = id.size() + content.size() + end.size() + kEnvelope;
+    const std::size_t room = taken + kLeastRoom < kLongestLine ? kLongestLine - taken : kLeastRoom;
+    // Repaired before it is measured: a replacement character is longer than the byte that it stands for.
+    appendText(
+        content, platform::isValidUtf8(text) ? bounded(text, room) : bounded(platform::withValidUtf8(text), room));
+    content.append(end);
     return result(id, content);
 }
 

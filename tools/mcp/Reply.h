@@ -8,7 +8,7 @@
 #include <string_view>
 
 /// Answers as lines, line feed included. Every line is JSON in UTF-8 without a raw line break inside, and none is
-/// longer than kLongestLine, where clients stop reading.
+/// longer than kLongestLine, where clients stop reading, unless the client's own id leaves no room for a text.
 namespace mervo::mcp::Reply {
 
 inline constexpr std::size_t kLongestLine = std::size_t{10} * 1024 * 1024;
