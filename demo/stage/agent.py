@@ -52,10 +52,10 @@ class Server:
         return answer["result"]
 
     def call(self, tool, **arguments):
-        """One tool: its text, and whether the server calls it an error."""
+        """One tool: its text, whether the server calls it an error, and what the server says beside it."""
         result = self.request("tools/call", {"name": tool, "arguments": arguments})
-        text = "\n".join(part["text"] for part in result["content"])
-        return text, result.get("isError", False)
+        text, *beside = (part["text"] for part in result["content"])
+        return text, result.get("isError", False), "\n".join(beside)
 
     def _send(self, message):
         self.child.stdin.write(json.dumps(message, ensure_ascii=False) + "\n")
