@@ -91,6 +91,7 @@ void CockpitModel::refresh(bool initial)
         approvals_.showAges(outside_.clock.wall());
     }
     settings_.refresh();
+    sayDamage();
     readDatabase();
     readAutomations();
     updateCounts();
@@ -106,6 +107,18 @@ void CockpitModel::showQueue()
         [this](const PendingAction& action) { return !deciding_.contains(action.id); });
     approvals_.show(pending_, outside_.clock.wall());
     withdrawDecided();
+}
+
+void CockpitModel::sayDamage()
+{
+    std::vector<std::string> found;
+    if (!settings_.complaint().empty())
+        found.push_back(settings_.complaint());
+    if (const std::size_t files = queue_.damaged(); files > 0)
+        found.push_back(std::to_string(files) + (files == 1 ? " file" : " files") + " of the queue cannot be read");
+    const std::string said = Text::join(found, "\n");
+    if (std::exchange(damage_, said) != said && !said.empty())
+        setLastResult("⚠ " + said + "; \"mervo doctor\" says more");
 }
 
 void CockpitModel::readDatabase()

@@ -100,6 +100,8 @@ Q_SIGNALS:
 private:
     void refresh(bool initial);
     void showQueue();
+    /// Says which files do not count when there are others than before.
+    void sayDamage();
     void readDatabase();
     void readAutomations();
     void updateCounts();
@@ -139,6 +141,7 @@ private:
     std::vector<Automation> listed_;
     std::vector<GmailAccount> gmailAccounts_;
     QString lastResult_;
+    std::string damage_; ///< what sayDamage said last
     int waitingCount_ = 0;
     std::size_t badge_ = 0; ///< the number last put on the dock's entry
     int busyCount_ = 0; ///< approved tools and starts of automations in flight here

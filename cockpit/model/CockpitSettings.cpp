@@ -1,5 +1,6 @@
 #include "cockpit/model/CockpitSettings.h"
 
+#include "core/foundation/ConfigDir.h"
 #include "core/foundation/Text.h"
 
 #include <algorithm>
@@ -154,6 +155,11 @@ void CockpitSettings::refresh()
         Q_EMIT autonomyModeChanged();
     if (std::exchange(mirror_.imapAccounts, now.imapAccounts) != now.imapAccounts)
         Q_EMIT imapAccountsChanged();
+    const auto stamp = platform::fileStamp(ConfigDir::url() / "config.json");
+    if (stamp && stamp == complainedOf_)
+        return;
+    complainedOf_ = stamp && stamp->isSettled() ? stamp : std::nullopt;
+    complaint_ = HarnessConfig::complaint();
 }
 
 } // namespace mervo

@@ -1,11 +1,14 @@
 #pragma once
 
 #include "core/foundation/HarnessConfig.h"
+#include "platform/files.h"
 
 #include <QObject>
 #include <QString>
 
 #include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace mervo {
@@ -35,6 +38,8 @@ public:
     QString askChannel() const;
     QString askCleanup() const;
     bool launchAtLogin() const { return launchAtLogin_; }
+    /// Why the file counts for nothing, as a sentence; empty when it counts.
+    const std::string& complaint() const { return complaint_; }
 
     void setTerminalApp(const QString& application);
     void setNotifyEmail(const QString& address);
@@ -64,6 +69,8 @@ private:
     bool store(const std::function<void(HarnessConfig&)>& change);
 
     HarnessConfig mirror_;
+    std::optional<platform::FileStamp> complainedOf_; ///< the file that the complaint is about, once it is settled
+    std::string complaint_;
     bool launchAtLogin_ = false;
 };
 

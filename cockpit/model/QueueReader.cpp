@@ -51,12 +51,16 @@ bool QueueReader::look(const std::filesystem::path& file, Known& known) const
     known.isSettled = stamp && stamp->isSettled();
     known.stamp = stamp.value_or(platform::FileStamp{});
     auto action = stamp ? PendingStore::read(file) : std::nullopt;
-    if (action && action->id != file.stem())
-        action.reset(); // a verdict finds the file by the id
     if (action == known.action)
         return false;
     known.action = std::move(action);
     return true;
+}
+
+std::size_t QueueReader::damaged() const
+{
+    return static_cast<std::size_t>(
+        std::ranges::count_if(known_, [](const auto& item) { return item.second.isSettled && !item.second.action; }));
 }
 
 /// True when an action went with its file.

@@ -21,6 +21,9 @@ public:
     bool refresh();
     /// Oldest first. What cannot be read or decoded is left out, and what stands under a name that is not its id.
     const std::vector<PendingAction>& actions() const { return actions_; }
+    /// How many files are left out; one that has just changed is not counted yet, it may be in the middle of being
+    /// written.
+    std::size_t damaged() const;
 
 private:
     struct Known {

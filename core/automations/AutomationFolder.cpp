@@ -15,10 +15,13 @@ namespace {
 using Json = nlohmann::json;
 namespace fs = std::filesystem;
 
+constexpr std::size_t kLongestObject = 1024 * 1024; ///< bytes of a JSON file
+constexpr std::size_t kLongestNumber = 64;
+
 /// What a JSON file holds; no object (an empty one) when it cannot be read or is none.
 Json objectIn(const fs::path& file)
 {
-    const auto bytes = platform::readFile(file);
+    const auto bytes = platform::readFile(file, kLongestObject);
     Json parsed = bytes ? Json::parse(*bytes, nullptr, false) : Json();
     return parsed.is_object() ? parsed : Json::object();
 }
@@ -129,7 +132,7 @@ std::optional<Automation> load(const fs::path& loopFile, const fs::path& home) n
 bool isRunning(const fs::path& home, std::string_view name)
 {
     const auto lock = runtimeFile(home, "run", name, ".lock.d");
-    const auto bytes = lock ? platform::readFile(*lock / "pid") : std::nullopt;
+    const auto bytes = lock ? platform::readFile(*lock / "pid", kLongestNumber) : std::nullopt;
     if (!bytes)
         return false;
     const std::string_view digits = Text::trimmed(*bytes);

@@ -96,7 +96,10 @@ void PendingStore::save(const PendingAction& action) const
     if (!isBaseName(action.id))
         throw ServiceError("the action's id cannot be the name of a file");
     const std::filesystem::path path = file(dir_, action.id);
-    if (const auto error = platform::writeInPlace(path, action.encode()))
+    const std::string bytes = action.encode();
+    if (bytes.size() > kLongest)
+        throw ServiceError("the call is longer than an action can be");
+    if (const auto error = platform::writeInPlace(path, bytes))
         throw ServiceError("\"" + path.string() + "\" could not be written: " + error.message());
 }
 

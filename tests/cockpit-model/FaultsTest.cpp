@@ -83,6 +83,11 @@ TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
     test::writeFile(home / "automations/broken/loop.json", "{");
     start();
     EXPECT_EQ(model->approvals()->rowCount(), 1);
+    EXPECT_THAT(result(), testing::HasSubstr("is no JSON object"));
+    EXPECT_TRUE(until([&] {
+        model->reload();
+        return result().find("2 files of the queue cannot be read; \"mervo doctor\" says more") != std::string::npos;
+    })) << result();
     test::writeFile(home / "pending/B.json", draft("B").encode());
     model->reload();
     EXPECT_EQ(model->approvals()->rowCount(), 2);
