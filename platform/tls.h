@@ -26,7 +26,8 @@ public:
     }
 };
 
-/// One open connection; belongs to one thread. Every call blocks, at most for its time limit. Destroying it closes it.
+/// One open connection; belongs to one thread. Every call blocks, at most for its time limit or until this process is
+/// asked to stop, which is a TlsFailure. Destroying it closes it.
 class TlsStream {
 public:
     TlsStream() = default;

@@ -8,6 +8,7 @@
 #include "core/policy/PendingStore.h"
 #include "core/policy/Remarks.h"
 #include "core/scripting/OSAScript.h"
+#include "platform/stop.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -50,11 +51,23 @@ auto heard(std::string& unread, Work&& work)
     return result;
 }
 
+/// A run's failure as the trail keeps it, on one line. Once this process was asked to stop, that is the reason.
+std::string reasonOf(const std::string& failure)
+{
+    if (const char* ended = platform::Stop::reason())
+        return std::string(ended) + " while it ran; it may have acted";
+    std::string line = Text::oneLine(failure);
+    return line.empty() ? std::string(kUnnamedFailure) : line;
+}
+
 /// What the gate knows of a call: all that a verdict stands on, read afresh, and the verdict.
 Explanation judge(const Tool& tool, const Args& args, Stores stores)
 {
     Explanation found;
-    found.refusal = failureOf([&] { (void)tool.build(args); });
+    found.refusal = failureOf([&] {
+        checkLength(args);
+        (void)tool.build(args);
+    });
     if (found.refusal)
         return found;
     const HarnessConfig config = HarnessConfig::load();
@@ -181,6 +194,8 @@ std::string output(const Tool& tool, const Args& args)
 
 Execution execute(const Tool& tool, const Args& args, Notices* notices)
 {
+    if (const char* ended = platform::Stop::reason())
+        return {false, {}, std::string(ended) + " before it ran"};
     Execution execution;
     const auto failure = failureOf([&] {
         std::string raw = output(tool, args);
@@ -189,7 +204,7 @@ Execution execute(const Tool& tool, const Args& args, Notices* notices)
         execution.output = tool.transform ? tool.transform(raw) : std::move(raw);
     });
     if (failure)
-        return {false, {}, *failure};
+        return {false, {}, reasonOf(*failure)};
     execution.ok = true;
     return execution;
 }

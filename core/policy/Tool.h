@@ -22,6 +22,10 @@ struct Invocation {
     std::vector<std::string> argv;
 };
 
+/// How many bytes the arguments of one call may have, names and values together. No way that a call takes holds less:
+/// command line (body-file), protocol, queue, trail, script host.
+inline constexpr std::size_t kMostArgumentBytes = 16 * 1024 * 1024;
+
 /// A call that is refused for its arguments.
 class ToolError final : public std::runtime_error {
 public:
@@ -29,6 +33,8 @@ public:
     static ToolError missingArg(std::string_view name);
     /// The text alone.
     static ToolError badArg(const std::string& text);
+    /// More than kMostArgumentBytes.
+    static ToolError tooLong(std::size_t bytes);
 
 private:
     using std::runtime_error::runtime_error;
@@ -40,6 +46,9 @@ struct Remark {
     std::string sentence; ///< names the argument and what the tool makes of it
     bool noEffect = false; ///< the call does the same without the argument
 };
+
+/// Throws ToolError for arguments that are longer than kMostArgumentBytes.
+void checkLength(const Args& args);
 
 /// Everything the gate knows of an action: a plain record. The gate knows nothing of mail or calendars.
 ///

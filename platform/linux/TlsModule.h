@@ -7,6 +7,7 @@ namespace mervo::platform {
 
 inline constexpr const char* kTlsModule = "mervo-tls.so";
 inline constexpr const char* kTlsEntry = "mervoConnectTls";
-using TlsEntry = TlsStream*(const std::string& host, std::uint16_t port, std::chrono::milliseconds limit);
+/// `stop` is Stop::descriptor, since the module has no state of this program's: when it is readable, waits end.
+using TlsEntry = TlsStream*(const std::string& host, std::uint16_t port, std::chrono::milliseconds limit, int stop);
 
 } // namespace mervo::platform

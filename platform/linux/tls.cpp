@@ -2,6 +2,7 @@
 
 #include "platform/linux/TlsModule.h"
 #include "platform/modules.h"
+#include "platform/stop.h"
 
 namespace mervo::platform {
 
@@ -14,7 +15,7 @@ std::unique_ptr<TlsStream> connectTls(const std::string& host, std::uint16_t por
             throw TlsFailure(std::string("secure connections cannot be loaded: ") + error.what());
         }
     }();
-    return std::unique_ptr<TlsStream>(connect(host, port, limit));
+    return std::unique_ptr<TlsStream>(connect(host, port, limit, Stop::descriptor()));
 }
 
 } // namespace mervo::platform

@@ -3,6 +3,7 @@
 #include "core/policy/HarnessRunner.h"
 #include "tools/cli/Call.h"
 #include "tools/cli/Commands.h"
+#include "tools/cli/HeldSignals.h"
 #include "tools/cli/Json.h"
 
 #include <array>
@@ -22,7 +23,8 @@ the options. body-file=<path> gives the text of a file as the argument body; "-"
 
 Prints the tool's text, or "pending", the id of the waiting action and, on a second line, what it would do. With --json
 one object with "outcome" executed, pending or error. Exit status: 0 executed or pending, 1 failed or refused, 2 wrong
-usage, in which case nothing has run.
+usage, in which case nothing has run. Ctrl-C, SIGTERM and SIGHUP wait until the call is on record, then end the program;
+a second Ctrl-C ends the tool itself.
 
 Examples:
   mervo run how_it_works
@@ -83,8 +85,10 @@ ExitCode runTool(const Arguments& arguments, Io& io)
 {
     const Call call = readCall(arguments, io);
     Notices notices;
+    HeldSignals signals;
     const HarnessRunner::Result result =
         HarnessRunner::run(*call.tool, call.args, actor(), ConfigDir::url(), HarnessRunner::Stores::shared(), &notices);
+    signals.letGo();
     printNotices(notices, io);
     if (arguments.has(kJson))
         printJson(result, notices, io);

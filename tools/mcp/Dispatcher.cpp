@@ -44,7 +44,7 @@ void Dispatcher::handleLine(std::string_view line)
 
 void Dispatcher::handleTooLongLine()
 {
-    handle(Malformed{{}, ErrorCode::kInvalidRequest, "Invalid request: the line is longer than 16 MiB."});
+    handle(Malformed{{}, ErrorCode::kInvalidRequest, "Invalid request: the line is longer than 100 MiB."});
 }
 
 void Dispatcher::handle(const Malformed& malformed)

@@ -18,7 +18,8 @@ public:
         std::function<void()> tooLong;
     };
 
-    static constexpr std::size_t kLongest = std::size_t{16} * 1024 * 1024;
+    /// Room for every call that the gate takes: 16 MiB of arguments, which JSON may write at six bytes for one.
+    static constexpr std::size_t kLongest = std::size_t{100} * 1024 * 1024;
 
     explicit LineReader(Sink sink, std::size_t longest = kLongest);
 

@@ -1,5 +1,6 @@
 #include "tools/mcp/Server.h"
 
+#include "platform/stop.h"
 #include "tools/mcp/Log.h"
 
 #include <array>
@@ -13,9 +14,12 @@ namespace mervo::mcp {
 
 namespace {
 
-/// How long a running call may go on after a signal or after the client has closed its side. Clients wait about two
-/// seconds between the signal to end and the one that kills.
-constexpr std::chrono::milliseconds kGrace{1500};
+/// How long a running call may go on after a signal or after the client has closed its side, and how long it has from
+/// then on to be ended and to write its row. Clients wait about two seconds between the signal to end and the one that
+/// kills.
+constexpr std::chrono::milliseconds kGrace{1200};
+constexpr std::chrono::milliseconds kEnding{600};
+constexpr auto kEnded = "ended with the server, whose client left,";
 
 constexpr std::size_t kReadSize = 64 * 1024;
 
@@ -78,11 +82,12 @@ int Server::run()
         return 0;
     }
     pool_.dropWaiting();
-    const bool finished = waitUntil([this] { return pool_.idle() && output_.empty(); }, kGrace);
-    leftWork_ = !finished;
-    if (finished) {
+    const auto done = [this] { return pool_.idle() && output_.empty(); };
+    if (waitUntil(done, kGrace)) {
         return 0;
     }
+    platform::Stop::request(kEnded);
+    leftWork_ = !waitUntil(done, kEnding);
     logLine("ended before every call was finished and answered");
     return 128 + (end == End::signal ? static_cast<int>(caughtSignal) : SIGPIPE);
 }

@@ -17,18 +17,18 @@ namespace mervo::mcp {
 /// The server on standard input and output, from its first line to its end.
 ///
 /// The end of input lets the calls already received finish and be answered. A signal to end, or a client that has
-/// closed its side, drops the calls that wait and gives those that run a short time to finish. One server for a
-/// process, since it takes the process's signals.
+/// closed its side, drops the calls that wait and gives those that run a short time to finish; what is not finished by
+/// then is ended, and its row says so. One server for a process, since it takes the process's signals.
 class Server {
 public:
     Server(const Options& options, std::string_view instructions);
     ~Server();
 
-    /// Serves to the end and gives the exit status: 0, or 128 and the signal when a running call had to be left.
-    /// In that last case the caller must end the process without waiting for other threads.
+    /// Serves to the end and gives the exit status: 0, or 128 and the signal when a running call had to be ended.
+    /// Where `leftWork` says so the caller must end the process without waiting for other threads.
     int run();
 
-    /// Whether `run` left a call behind that still runs.
+    /// Whether `run` left a call behind that still runs, since it did not end in time.
     bool leftWork() const { return leftWork_; }
 
 private:

@@ -1,7 +1,6 @@
 #include "platform/linux/tls/Socket.h"
 
 #include <arpa/inet.h>
-#include <future>
 #include <memory>
 #include <netdb.h>
 #include <netinet/tcp.h>
@@ -40,8 +39,7 @@ Addresses resolveInTime(const std::string& host, std::uint16_t port, const Deadl
             promise.set_exception(std::current_exception());
         }
     }).detach();
-    if (result.wait_for(deadline.left()) != std::future_status::ready)
-        throw TlsTimeout();
+    deadline.awaitResult(result);
     return result.get();
 }
 

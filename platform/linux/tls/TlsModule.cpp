@@ -100,7 +100,8 @@ std::string lastError()
 class Stream final : public TlsStream {
 public:
     Stream(const std::string& host, std::uint16_t port, const Deadline& deadline)
-        : socket_(host, port, deadline)
+        : stop_(deadline.stop())
+        , socket_(host, port, deadline)
         , session_(SSL_new(&context()))
     {
         if (!session_ || SSL_set_fd(session_.get(), socket_.descriptor()) != 1 || !expect(host))
@@ -119,7 +120,7 @@ public:
 
     void send(std::string_view bytes, std::chrono::milliseconds limit) override
     {
-        const Deadline deadline(limit);
+        const Deadline deadline(limit, stop_);
         while (!bytes.empty()) {
             const int part = static_cast<int>(std::min(bytes.size(), kMostAtOnce));
             bytes.remove_prefix(static_cast<std::size_t>(
@@ -130,7 +131,7 @@ public:
     std::string receive(std::size_t most, std::chrono::milliseconds limit) override
     {
         std::string bytes(std::min(most, kMostAtOnce), '\0');
-        const int received = perform(Deadline(limit),
+        const int received = perform(Deadline(limit, stop_),
             [&](SSL* session) { return SSL_read(session, bytes.data(), static_cast<int>(bytes.size())); });
         bytes.resize(static_cast<std::size_t>(received));
         return bytes;
@@ -191,6 +192,7 @@ private:
         throw TlsFailure(systemError != 0 ? std::strerror(systemError) : lastError());
     }
 
+    int stop_;
     Socket socket_;
     std::unique_ptr<SSL, FreeSession> session_;
     bool isOpen_ = false;
@@ -200,7 +202,7 @@ private:
 } // namespace mervo::platform
 
 extern "C" mervo::platform::TlsStream* mervoConnectTls(
-    const std::string& host, std::uint16_t port, std::chrono::milliseconds limit)
+    const std::string& host, std::uint16_t port, std::chrono::milliseconds limit, int stop)
 {
-    return new mervo::platform::Stream(host, port, mervo::platform::Deadline(limit));
+    return new mervo::platform::Stream(host, port, mervo::platform::Deadline(limit, stop));
 }
