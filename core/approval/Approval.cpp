@@ -4,6 +4,7 @@
 #include "core/foundation/StoreBoundary.h"
 #include "core/foundation/Text.h"
 #include "core/policy/HarnessRunner.h"
+#include "core/policy/RunningActs.h"
 
 #include <exception>
 
@@ -58,6 +59,8 @@ Run run(const Claimed& claimed, Stores stores)
 {
     const PendingAction& action = claimed.action;
     const StoreFailures::Scope failures;
+    const RunningAct running(
+        stores.pending.dir().parent_path(), *Tools::find(action.tool), action.args, kActor, "approved");
     const auto done = HarnessRunner::executeBuilt(*Tools::find(action.tool), action.args);
     AuditLog::Details details = action.args;
     if (done.ok) {

@@ -7,6 +7,7 @@
 #include "core/foundation/Timestamps.h"
 #include "core/policy/PendingStore.h"
 #include "core/policy/Remarks.h"
+#include "core/policy/RunningActs.h"
 #include "core/scripting/OSAScript.h"
 #include "platform/stop.h"
 #include "platform/unicode.h"
@@ -87,6 +88,7 @@ struct Call {
     const Args& args;
     std::string_view actor;
     AuditLog& audit;
+    const std::filesystem::path& home;
     Notices* notices;
 
     void record(const AuditLog::Details& details, std::string_view outcome, const std::string& reason) const
@@ -155,6 +157,7 @@ Execution execute(const Tool& tool, const Args& args, Notices* notices);
 
 Result runNow(const Call& call, const ActionPolicy::Outcome& verdict)
 {
+    const RunningAct running(call.home, call.tool, call.args, call.actor, verdict.reason);
     Execution execution = execute(call.tool, call.args, call.notices);
     if (!execution.ok) {
         call.record(call.args, "error", execution.error);
@@ -167,13 +170,14 @@ Result runNow(const Call& call, const ActionPolicy::Outcome& verdict)
     return Executed{std::move(execution.output)};
 }
 
-Result act(const Call& call, const Explanation& found, const std::filesystem::path& configDir)
+Result act(const Call& call, const Explanation& found)
 {
+    RunningActs::recordEnded(call.home, call.audit);
     switch (found.outcome.decision) {
     case ActionPolicy::Decision::deny:
         return deny(call, found.outcome);
     case ActionPolicy::Decision::ask:
-        return ask(call, found.outcome, found.mode, configDir);
+        return ask(call, found.outcome, found.mode, call.home);
     case ActionPolicy::Decision::automatic:
         return runNow(call, found.outcome);
     }
@@ -225,7 +229,7 @@ HarnessRunner::Result HarnessRunner::run(const Tool& tool, const Args& args, std
     const StoreFailures::Scope failures;
     Explanation found = judge(tool, args, stores);
     Result result = found.refusal ? Error{*std::move(found.refusal)}
-                                  : act({tool, args, actor, stores.audit, notices}, found, configDir);
+                                  : act({tool, args, actor, stores.audit, configDir, notices}, found);
     if (notices != nullptr)
         notices->warnings = failures.sentences();
     return result;

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace mervo::platform {
+
+/// A file that tells whether its maker still lives: it is locked from before it has its name until its maker removes it
+/// or has ended, however that came about. Belongs to one thread.
+class HeldFile {
+public:
+    /// Makes the file (mode 0600) with these bytes. Throws std::system_error. What is left of a maker that was killed
+    /// in here has the same name with ".new" behind it.
+    static HeldFile make(const std::filesystem::path& file, std::string_view bytes);
+
+    /// A file whose maker has ended, held by this process from now on: of several that try, one gets it. Nothing when
+    /// it is held, gone, or no regular file.
+    static std::optional<HeldFile> takeOver(const std::filesystem::path& file) noexcept;
+
+    HeldFile(HeldFile&& other) noexcept;
+    HeldFile& operator=(HeldFile&& other) = delete;
+    /// Lets go of the file, which stays.
+    ~HeldFile();
+
+    /// All of it; nothing when it is longer than `limit` or cannot be read.
+    std::optional<std::string> read(std::size_t limit) const;
+    /// Removes the file; false, and it stays, when the system does not let us.
+    bool remove() const noexcept;
+
+private:
+    HeldFile(int descriptor, std::filesystem::path file);
+
+    int descriptor_;
+    std::filesystem::path file_;
+};
+
+} // namespace mervo::platform
