@@ -192,7 +192,7 @@ std::string output(const Tool& tool, const Args& args)
     const Invocation invocation = tool.build(args);
     OSAScript::Result result = OSAScript::run(invocation.script, invocation.argv);
     if (!result.ok)
-        throw ServiceError(result.error);
+        throw ServiceError(Remarks::explained(result.error, tool, args));
     return std::move(result.output);
 }
 

@@ -149,6 +149,18 @@ std::int64_t limitOf(const Argument& argument, const Args& args)
     return limit;
 }
 
+/// Whether a script failed at making something of a value or at reaching into it.
+bool isAboutValue(std::string_view error)
+{
+    return error.find("(-1700)") != std::string_view::npos || error.find("(-1728)") != std::string_view::npos;
+}
+
+std::string wantedForm(const Format& format)
+{
+    const bool isDay = format.kind == Kind::day || format.kind == Kind::moment;
+    return (isDay ? "a date as " : format.kind == Kind::time ? "a time as " : "") + format.inWords();
+}
+
 } // namespace
 
 std::vector<Remark> of(const Tool& tool, const Args& args)
@@ -188,6 +200,20 @@ std::vector<std::string> after(const Tool& tool, const Args& args, const std::st
         sentences.emplace_back("what the answer leaves out could not be found out");
     }
     return sentences;
+}
+
+std::string explained(const std::string& error, const Tool& tool, const Args& args)
+{
+    std::string line = error;
+    for (const Argument& argument : tool.arguments) {
+        const auto given = args.find(argument.name);
+        const bool mayFail = !argument.format.malformed.noEffect && argument.format.kind != Kind::words;
+        if (given != args.end() && mayFail && argument.format.fault(given->second) == Fault::malformed
+            && isAboutValue(error))
+            line += fmt::format(
+                " - {} wants {}, not \"{}\"", argument.name, wantedForm(argument.format), shortened(given->second));
+    }
+    return line;
 }
 
 } // namespace mervo::Remarks

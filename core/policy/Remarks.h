@@ -18,4 +18,8 @@ std::vector<Remark> of(const Tool& tool, const Args& args);
 /// From the output of a run before the tool's `transform`.
 std::vector<std::string> after(const Tool& tool, const Args& args, const std::string& output);
 
+/// The line of a script that failed, and behind it on the same line what the arguments should have looked like: a
+/// script that makes a date or a number of a text says neither which argument the text came from nor what it wanted.
+std::string explained(const std::string& error, const Tool& tool, const Args& args);
+
 } // namespace mervo::Remarks

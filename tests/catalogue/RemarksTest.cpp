@@ -142,5 +142,29 @@ TEST(Remarks, SayWhatAnAnswerLeftOut)
     EXPECT_THAT(after("mail.body", {}, "Yes.\n"), IsEmpty());
 }
 
+TEST(Remarks, SayWhatAFailedScriptWanted)
+{
+    const std::string made = "execution error: Can't make \"yest\" into type integer. (-1700)";
+    const struct {
+        const char* tool;
+        std::string error;
+        Args args;
+        const char* added;
+    } cases[] = {
+        {"mail.search", made, {{"before", "yesterday"}}, " - before wants a date as YYYY-MM-DD, not \"yesterday\""},
+        {"mail.search", "execution error: Can't get text 6 thru 7 of \"5\". (-1728)", {{"after", "5"}},
+            " - after wants a date as YYYY-MM-DD, not \"5\""},
+        {"mail.headers", made, {{"limit", "ten"}}, " - limit wants a whole number from 0, not \"ten\""},
+        {"mail.delete", made, {{"olderThan", "a\nweek"}, {"minSize", "2"}},
+            " - olderThan wants a whole number from 1, not \"a<U+000A>week\""},
+        {"mail.delete", made, {{"maxSize", "big"}}, " - maxSize wants a number above 0, not \"big\""},
+        {"reminder.add", made, {{"due", "soon"}}, " - due wants a date as YYYY-MM-DD, not \"soon\""},
+        {"mail.search", made, {{"before", "2026-01-01"}, {"status", "any"}, {"limit", "-1"}}, ""},
+        {"mail.search", "execution error: mailbox not found: X (-2700)", {{"before", "yesterday"}}, ""},
+    };
+    for (const auto& [tool, error, args, added] : cases)
+        EXPECT_EQ(Remarks::explained(error, *Tools::find(tool), args), error + added);
+}
+
 } // namespace
 } // namespace mervo

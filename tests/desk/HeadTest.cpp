@@ -33,6 +33,7 @@ TEST(HeaderText, decodesWhatMailInTheWildWrites)
         {"=?koi8-r?Q?=F0=D2=C9=D7=C5=D4?=", "Привет"},
         {"=?us-ascii*en?Q?hello?=", "hello"},
         {"a=?utf-8?q?b?=c", "abc"},
+        {"=?utf-8?q?a=0D=0Ab=E2=80=A8c=C2=85?= d\u2029e", "a  b   c   d   e"}, // no line end is left
         {"=?utf-8?q?with spaces inside?=", "with spaces inside"},
         {"=?nonesuch?Q?=C3=A9?=", "é"}, // an unknown charset
         {"=?utf-8?X?abc?=", "=?utf-8?X?abc?="},

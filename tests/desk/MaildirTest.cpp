@@ -66,6 +66,7 @@ TEST(MailboxName, isModifiedUtf7OnDisk)
         {"&2D0-", "&2D0-", false}, // half a character
         {"Réunion", "Réunion", false}, // plain UTF-8 of another program
         {"caf\xE9", "caf\xEF\xBF\xBD", false},
+        {"two\nlines", "two lines", false}, // a list of mailboxes is lines
     };
     for (const Case& c : cases) {
         EXPECT_EQ(decodeMailboxComponent(c.onDisk), c.name) << c.onDisk;

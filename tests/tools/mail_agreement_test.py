@@ -105,6 +105,17 @@ class Agreement(unittest.TestCase):
         self.assertEqual(call["outcome"], "executed", call)
         self.assertEqual(sorted(call.lines), sorted(lines))
 
+    def test_a_value_that_a_script_cannot_read_is_named_beside_its_error(self):
+        for argument, value, wanted in (("before", "yesterday", "a date as YYYY-MM-DD"),
+                                        ("after", "5", "a date as YYYY-MM-DD"),
+                                        ("olderThan", "a week", "a whole number from 1"),
+                                        ("minSize", "big", "a number above 0"),
+                                        ("limit", "ten", "a whole number from 0")):
+            call = self.desk.call("mail.search", subject="x", **{argument: value})
+            self.assertEqual(call["outcome"], "error", argument)
+            self.assertRegex(call["error"], r"^execution error: .* \(-17\d\d\) - %s wants %s, not \"%s\"$"
+                             % (argument, wanted, value))
+
     def found(self, criteria, account=None, mailbox=None):
         return [hit for hit in self.everything(account, mailbox) if reader.matches(hit[2], criteria, self.now)]
 
@@ -330,7 +341,7 @@ class Drafts(unittest.TestCase):
     def drafted(self, desk, **arguments):
         known = set(desk.root.glob(".Drafts/cur/*"))
         call = desk.call("mail.draft", **arguments)
-        self.assertEqual(call, {"outcome": "executed", "output": "OK draft saved"})
+        self.assertEqual((call["outcome"], call["output"]), ("executed", "OK draft saved"))
         (made,) = set(desk.root.glob(".Drafts/cur/*")) - known
         return email.message_from_bytes(made.read_bytes(), policy=email.policy.default)
 

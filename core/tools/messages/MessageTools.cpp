@@ -5,6 +5,8 @@
 #include "core/tools/Arguments.h"
 #include "core/tools/messages/MessagesDB.h"
 
+#include <algorithm>
+
 namespace mervo::Tools {
 
 namespace {
@@ -39,6 +41,29 @@ Invocation buildNotify(const Args& args)
     return {kSend, {std::string(owner), Arguments::required(args, "text")}};
 }
 
+/// One message is one line, whatever its sender wrote: each line end in it becomes a mark.
+std::string onOneLine(std::string_view text)
+{
+    constexpr std::string_view kEnds[]{"\r\n", "\n", "\r", "\v", "\f", "\u0085", "\u2028", "\u2029"};
+    std::string line;
+    while (!text.empty()) {
+        const auto* const end = std::ranges::find_if(kEnds, [&](auto each) { return text.starts_with(each); });
+        const bool isEnd = end != std::end(kEnds);
+        line += isEnd ? std::string_view(" ⏎ ") : text.substr(0, 1);
+        text.remove_prefix(isEnd ? end->size() : 1);
+    }
+    return line;
+}
+
+/// The same for a column with others behind it, which no sender may add to.
+std::string column(std::string_view text)
+{
+    std::string line = onOneLine(text);
+    const auto end = std::unique(line.begin(), line.end(), [](char a, char b) { return a == '|' && b == '|'; });
+    line.erase(end, line.end());
+    return line;
+}
+
 std::string readInbound(const Args& args)
 {
     const auto limit = Arguments::wholeNumber(Arguments::optional(args, "limit")).value_or(kDefaultLimit);
@@ -48,7 +73,7 @@ std::string readInbound(const Args& args)
         return "(no matching inbound messages)";
     std::vector<std::string> lines;
     for (const auto& message : messages)
-        lines.push_back(message.date + " || " + message.handle + " || " + message.text);
+        lines.push_back(message.date + " || " + column(message.handle) + " || " + onOneLine(message.text));
     return Text::join(lines, "\n");
 }
 

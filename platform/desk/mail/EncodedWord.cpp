@@ -186,6 +186,15 @@ bool isPlain(std::string_view raw)
     return std::all_of(raw.begin(), raw.end(), [](char c) { return c >= 0x20 && c < 0x7F; });
 }
 
+/// The line ends that are no control characters of ASCII, such as U+2028, become blanks as well.
+std::string withoutLineEnds(std::string text)
+{
+    for (const std::string_view end : {"\u0085", "\u2028", "\u2029"})
+        for (std::size_t at = text.find(end); at != std::string::npos; at = text.find(end, at))
+            text.replace(at, end.size(), end.size(), ' ');
+    return text;
+}
+
 } // namespace
 
 std::string decodeHeaderText(std::string_view raw)
@@ -200,7 +209,7 @@ std::string decodeHeaderText(std::string_view raw)
     }
     std::string text = unfolded.find("=?") == std::string::npos ? toUtf8(unfolded, {}) : decodeWords(unfolded);
     std::replace_if(text.begin(), text.end(), isControl, ' ');
-    return text;
+    return withoutLineEnds(std::move(text));
 }
 
 } // namespace mervo::desk

@@ -2,6 +2,7 @@
 
 #include "platform/unicode.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -136,6 +137,9 @@ std::string decodeMailboxComponent(std::string_view onDisk)
 {
     std::string name =
         onDisk.find('&') == std::string_view::npos ? std::string(onDisk) : decode(onDisk).value_or(std::string(onDisk));
+    // A list of mailboxes is lines of names.
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
     return platform::isValidUtf8(name) ? name : platform::withValidUtf8(name);
 }
 

@@ -59,9 +59,12 @@ std::uint64_t decodedSize(GMimePart* part)
     return GMIME_STREAM_NULL(stream.get())->written;
 }
 
-std::string validText(const char* text)
+std::string fileName(const char* text)
 {
-    return text == nullptr ? std::string() : platform::withValidUtf8(text);
+    std::string name = text == nullptr ? std::string() : platform::withValidUtf8(text);
+    std::replace_if(
+        name.begin(), name.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    return name;
 }
 
 Part readLeaf(GMimePart* leaf, Place place)
@@ -70,10 +73,10 @@ Part readLeaf(GMimePart* leaf, Place place)
     const std::string type = typeName(object);
     Part result;
     if (isMessage(object)) {
-        const std::string name = validText(g_mime_part_get_filename(leaf));
+        const std::string name = fileName(g_mime_part_get_filename(leaf));
         result.attachments.push_back({name.empty() ? "message.eml" : name, type, 0});
     } else if (isAttached(leaf, place)) {
-        result.attachments.push_back({validText(g_mime_part_get_filename(leaf)), type, decodedSize(leaf)});
+        result.attachments.push_back({fileName(g_mime_part_get_filename(leaf)), type, decodedSize(leaf)});
     } else if (type == "text/plain" || type == "text/html") {
         const char* charset = g_mime_object_get_content_type_parameter(object, "charset");
         result.kind = type == "text/html" ? TextKind::html : TextKind::plain;
