@@ -54,19 +54,14 @@ TEST(MailboxName, isModifiedUtf7OnDisk)
         bool canonical; // the desk would write it so
     };
     const Case cases[] = {
-        {"Sent", "Sent", true},
-        {"Entw&APw-rfe", "Entwürfe", true},
-        {"R&-D", "R&D", true},
-        {"&ZeVnLIqe-", "日本語", true},
-        {"&2D3eAA-", "😀", true},
-        {"a&AC4-b", "a.b", true},
+        {"Sent", "Sent", true}, {"Entw&APw-rfe", "Entwürfe", true}, {"R&-D", "R&D", true},
+        {"&ZeVnLIqe-", "日本語", true}, {"&2D3eAA-", "😀", true}, {"a&AC4-b", "a.b", true},
         {"R&D", "R&D", false}, // not well formed: itself
         {"&AC8-", "&AC8-", false}, // would be a "/"
         {"&AA-", "&AA-", false}, // cut off
         {"&2D0-", "&2D0-", false}, // half a character
         {"Réunion", "Réunion", false}, // plain UTF-8 of another program
-        {"caf\xE9", "caf\xEF\xBF\xBD", false},
-        {"two\nlines", "two lines", false}, // a list of mailboxes is lines
+        {"caf\xE9", "caf\xEF\xBF\xBD", false}, {"two\nlines", "two lines", false}, // a list of mailboxes is lines
     };
     for (const Case& c : cases) {
         EXPECT_EQ(decodeMailboxComponent(c.onDisk), c.name) << c.onDisk;

@@ -9,6 +9,7 @@ import email.policy
 import mailbox
 import os
 import pathlib
+import resource
 import subprocess
 import sys
 import time
@@ -176,6 +177,19 @@ class Reading(DeskTest):
         self.assertFalse((self.desk.root / "Work").exists(), "a draft makes no mistyped tree")
         (self.desk.root / "Work").touch()
         self.assertIn("is a file.", self.desk.failure('return name of every mailbox of account "Work"'))
+
+    def test_runs_of_marks_do_not_hold_up_a_search(self):
+        def seconds(pairs):
+            for number in range(8):
+                text = "Subject: q" + "\u0300\u0323" * pairs + "\n\n"
+                self.desk.deliver(text, "%d.%d" % (pairs, number), folder=".%d" % pairs)
+            search = 'return count of (messages of mailbox "%d" of account "Work" whose subject contains "z\u0301")'
+            before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
+            for _ in range(3):
+                self.assertEqual(self.desk.mail(search % pairs), "0")
+            return resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime - before
+
+        self.assertLess(seconds(16_000), 8 * max(seconds(4_000), 0.05))
 
     def test_a_mistake_in_the_configuration_is_every_scripts_error(self):
         self.desk.configure("[[mail.account]]\nname = 'Work'\nemial = ['a@b']\n")

@@ -1,4 +1,5 @@
 #include "core/policy/PolicyRule.h"
+#include "tests/support/Growth.h"
 
 #include <gtest/gtest.h>
 
@@ -89,6 +90,17 @@ TEST(PolicyRule, specificityCountsConditions)
     rule.account = "Work";
     rule.match = {{"a", ""}, {"b", "x"}};
     EXPECT_EQ(rule.specificity(), 4);
+}
+
+TEST(PolicyRule, MatchesAHugeArgumentInLinearTime)
+{
+    PolicyRule rule;
+    rule.toolPattern = "*";
+    rule.match["body"] = "Acme";
+    const auto work = [&](std::size_t pairs) {
+        EXPECT_TRUE(rule.matches("mail.send", {{"body", "É" + test::repeated(pairs, "\u0300\u0323") + " ACME"}}));
+    };
+    EXPECT_LT(test::growth(4'000, work), test::kLinear);
 }
 
 } // namespace
