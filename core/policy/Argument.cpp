@@ -51,10 +51,21 @@ bool isMoment(std::string_view text)
         || (text.size() == 16 && text[10] == ' ' && isDay(text.substr(0, 10)) && isTime(text.substr(11)));
 }
 
+/// Whether every part between commas passes. Of any number of parts none is kept.
+template <typename Test>
+bool eachPart(std::string_view text, Test&& test)
+{
+    for (std::size_t comma = text.find(','); comma != std::string_view::npos; comma = text.find(',')) {
+        if (!test(text.substr(0, comma)))
+            return false;
+        text.remove_prefix(comma + 1);
+    }
+    return test(text);
+}
+
 bool areHours(std::string_view text)
 {
-    const auto parts = Text::split(text, ',');
-    return std::ranges::all_of(parts, [](const std::string& part) {
+    return eachPart(text, [](std::string_view part) {
         const auto hour = part.size() > 2 ? std::nullopt : digits(part, 0, part.size());
         return hour && *hour < 24;
     });
@@ -62,8 +73,7 @@ bool areHours(std::string_view text)
 
 bool areAbsolute(std::string_view text)
 {
-    const auto parts = Text::split(text, ',');
-    return std::ranges::all_of(parts, [](const std::string& part) {
+    return eachPart(text, [](std::string_view part) {
         const std::string_view path = Text::trimmed(part);
         return path.empty() || path.starts_with('/');
     });

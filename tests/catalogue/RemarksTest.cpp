@@ -55,6 +55,8 @@ TEST(Remarks, SayWhichArgumentsAToolDoesNotTakeAsTheyLook)
         {"mail.delete", {{"before", "yesterday"}},
             {"before=\"yesterday\" is no day in the form YYYY-MM-DD; the tool fails or reads another day"}},
         {"mail.delete", {{"before", "2026-02-28"}, {"olderThan", "5"}}, {"- before has no effect beside olderThan"}},
+        {"mail.delete", {{"before", "9000-01-01"}}, {"- before lies ahead, so it leaves no message out"}},
+        {"mail.delete", {{"after", "9000-01-01"}}, {"after lies ahead, so no message matches"}},
         {"mail.search", {{"hasAttachment", "false"}},
             {"hasAttachment=\"false\" is not true, so it counts as true: only messages with an attachment match"}},
         {"mail.search", {{"limit", "-5"}}, {"limit=\"-5\" is not a whole number from 0, so there is no limit"}},

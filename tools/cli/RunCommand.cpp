@@ -26,6 +26,9 @@ one object with "outcome" executed, pending or error. Exit status: 0 executed or
 usage, in which case nothing has run. Ctrl-C, SIGTERM and SIGHUP wait until the call is on record, then end the program;
 a second Ctrl-C ends the tool itself.
 
+Notes on standard error, "remarks" in the object, name arguments that have no effect or an unlikely one, and what the
+answer leaves out.
+
 Examples:
   mervo run how_it_works
   mervo run mail.search from=ada@example.org subjectContains=minutes limit=10

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <ctime>
 
 namespace mervo::MailCriteria {
 
@@ -30,6 +31,19 @@ constexpr std::array kCriteria{
     Argument{"hasAttachment", false, "any value: only messages with an attachment",
         Formats::words("true", {"it counts as true: only messages with an attachment match"})},
 };
+
+/// A day of the calendar after today's, by the local clock.
+bool liesAhead(const Args& args, std::string_view key)
+{
+    const std::string day = Arguments::optional(args, key);
+    if (Formats::day.fault(day) != Format::Fault::none)
+        return false;
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    ::localtime_r(&now, &local);
+    char today[sizeof "2026-03-01"]{};
+    return std::strftime(today, sizeof today, "%F", &local) > 0 && day > today;
+}
 
 } // namespace
 
@@ -71,6 +85,10 @@ std::vector<std::string> argv(const Args& args, std::string_view accountFallback
 std::vector<Remark> remarks(const Args& args)
 {
     std::vector<Remark> all;
+    if (liesAhead(args, "before"))
+        all.push_back({"before", "before lies ahead, so it leaves no message out", true});
+    if (liesAhead(args, "after"))
+        all.push_back({"after", "after lies ahead, so no message matches"});
     if (Arguments::isPresent(args, "before") && Arguments::isPresent(args, "olderThan"))
         all.push_back({"before", "before has no effect beside olderThan", true});
     return all;
