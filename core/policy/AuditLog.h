@@ -23,6 +23,11 @@ struct AuditEntry {
     std::optional<std::string> reason;
 
     bool operator==(const AuditEntry&) const = default;
+
+    /// A compact JSON object under the names of the fields, an absent one left out; and back. Decoding gives nothing
+    /// when a field is missing that must be there, or has another type.
+    std::string encode() const;
+    static std::optional<AuditEntry> decode(std::string_view json);
 };
 
 /// The append-only record of what the system did, on whose behalf, and why; newest first.

@@ -41,6 +41,11 @@ struct PolicyRule {
 
     bool operator==(const PolicyRule&) const = default;
 
+    /// A compact JSON object under the names of the fields, an absent one left out; and back. Decoding gives nothing
+    /// when a field is missing that must be there, has another type, or holds an unknown word.
+    std::string encode() const;
+    static std::optional<PolicyRule> decode(std::string_view json);
+
     /// Why a rule does not speak of a call; the first failed condition, in this order.
     enum class Mismatch { none, disabled, tool, account, missingArgument, argumentText };
     struct Fit {

@@ -1,8 +1,10 @@
 #include "core/policy/AuditLog.h"
 
 #include "core/foundation/Timestamps.h"
+#include "core/policy/PolicyRule.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace mervo {
 namespace {
@@ -50,6 +52,53 @@ TEST_F(AuditTrail, keepsRowsAsWritten)
     EXPECT_EQ(log.count(), 2);
     EXPECT_TRUE(log.recent(0).empty());
     EXPECT_EQ(log.recent(1).size(), 1U);
+}
+
+TEST(Codings, recordsStandUnderTheNamesOfTheirFields)
+{
+    AuditEntry entry{"2026-03-01T08:15:42Z", "cli", "mail.send", {}, {{"to", "é"}, {"body", "\n"}}, "executed", {}};
+    EXPECT_EQ(entry.encode(),
+        R"({"timestamp":"2026-03-01T08:15:42Z","actor":"cli","action":"mail.send",)"
+        R"("details":{"body":"\n","to":"é"},"outcome":"executed"})");
+    EXPECT_EQ(AuditEntry::decode(entry.encode()), entry);
+    entry.accountId = "";
+    entry.reason = "read";
+    EXPECT_EQ(AuditEntry::decode(entry.encode()), entry);
+
+    PolicyRule rule{"ABCD1234", false, {}, "mail.*", {{"to", "x"}}, PolicyRule::Decision::deny,
+        PolicyRule::Source::learned, "2026-03-01T08:15:42Z"};
+    EXPECT_EQ(rule.encode(),
+        R"({"id":"ABCD1234","enabled":false,"toolPattern":"mail.*","match":{"to":"x"},"decision":"deny",)"
+        R"("source":"learned","createdAt":"2026-03-01T08:15:42Z"})");
+    EXPECT_EQ(PolicyRule::decode(rule.encode()), rule);
+    rule.account = "Work";
+    EXPECT_EQ(PolicyRule::decode(rule.encode()), rule);
+    EXPECT_TRUE(PolicyRule::decode(rule.encode().insert(1, R"("more":[1],)")));
+}
+
+TEST(Codings, whatIsNotWholeIsNothing)
+{
+    const std::string entry = AuditEntry{"t", "a", "b", "c", {{"k", "v"}}, "d", "e"}.encode();
+    const std::string rule = PolicyRule{"1", true, "w", "*", {{"k", "v"}}, {}, {}, "t"}.encode();
+    ASSERT_TRUE(AuditEntry::decode(entry) && PolicyRule::decode(rule));
+    for (const std::string& whole : {entry, rule}) {
+        const auto object = nlohmann::json::parse(whole);
+        for (const auto& [key, value] : object.items()) {
+            for (const nlohmann::json& other : {nlohmann::json(7), nlohmann::json::array(), nlohmann::json("odd"),
+                     nlohmann::json{{"k", 7}}, nlohmann::json()}) {
+                auto changed = object;
+                changed[key] = other;
+                if (other.is_null())
+                    changed.erase(key);
+                const bool good = (key == "accountId" || key == "reason" || key == "account") && other.is_null();
+                const bool text = value.is_string() && other.is_string() && key != "decision" && key != "source";
+                EXPECT_EQ(AuditEntry::decode(changed.dump()) || PolicyRule::decode(changed.dump()), good || text)
+                    << changed;
+            }
+        }
+    }
+    for (const std::string& json : {std::string(), std::string("[]"), entry.substr(1), std::string(100000, '[')})
+        EXPECT_FALSE(AuditEntry::decode(json) || PolicyRule::decode(json));
 }
 
 TEST_F(AuditTrail, textsThatAreNoUtf8DoNotSpoilTheTrail)

@@ -177,19 +177,6 @@ std::string notes(const HarnessRunner::Explanation& explanation)
     return text;
 }
 
-nlohmann::ordered_json asJson(const PolicyRule& rule)
-{
-    nlohmann::ordered_json record{{"id", rule.id}, {"enabled", rule.enabled}};
-    if (rule.account)
-        record["account"] = *rule.account;
-    record["toolPattern"] = rule.toolPattern;
-    record["match"] = rule.match;
-    record["decision"] = rawValue(rule.decision);
-    record["source"] = rawValue(rule.source);
-    record["createdAt"] = rule.createdAt;
-    return record;
-}
-
 } // namespace
 
 std::string inWords(const Call& call, const HarnessRunner::Explanation& explanation)
@@ -229,7 +216,7 @@ nlohmann::ordered_json asJson(const Call& call, const HarnessRunner::Explanation
     object["dailyCap"] = explanation.dailyCap;
     object["rules"] = nlohmann::ordered_json::array();
     for (const Entry& entry : explanation.trace.entries) {
-        nlohmann::ordered_json record = asJson(*entry.rule);
+        auto record = nlohmann::ordered_json::parse(entry.rule->encode());
         record["matches"] = entry.standing != Standing::doesNotMatch;
         record["settles"] = entry.standing == Standing::won || entry.standing == Standing::cappedWinner;
         record["why"] = why(call, explanation, entry);
