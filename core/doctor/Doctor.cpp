@@ -1,6 +1,7 @@
 #include "core/doctor/Doctor.h"
 
 #include "core/doctor/Checks.h"
+#include "core/foundation/StoreFailures.h"
 #include "platform/health.h"
 
 #include <array>
@@ -36,7 +37,8 @@ Check look(const Named& named)
         check = named.look();
     } catch (const std::exception& error) {
         check.state = State::broken;
-        check.detail = error.what();
+        check.detail = "could not be looked at: " + StoreFailures::inWords(error);
+        check.remedy = "Look at the rights of the home directory and of what lies in it.";
     }
     check.id = named.id;
     check.label = named.label;

@@ -116,6 +116,15 @@ std::string partingCommands(const fs::path& home)
     return commands + (fs::is_directory(home / "build") ? " && rm -rf build" : "");
 }
 
+/// The first of the places that every call uses which belongs to somebody else; empty when all are ours.
+std::string notOurs(const fs::path& home)
+{
+    for (const fs::path& path : {home, home / "config.json", home / "mervo.sqlite", home / "pending"})
+        if (!platform::isOurs(path))
+            return path.string();
+    return {};
+}
+
 } // namespace
 
 Check home()
@@ -133,6 +142,11 @@ Check home()
     if (holdsSources(path)) {
         check.detail += " holds Mervo's own sources: whoever deletes them deletes the rules, the queue and the trail";
         check.remedy = "Quit the cockpit, then move the sources away:\n" + partingCommands(path);
+        return check;
+    }
+    if (const std::string foreign = notOurs(path); !foreign.empty()) {
+        check.detail = foreign + " belongs to another user";
+        check.remedy = fmt::format("Make the whole home yours: sudo chown -R \"$USER\" \"{}\"", path.string());
         return check;
     }
     if (!platform::canWrite(path)) {

@@ -28,7 +28,10 @@ public:
     };
     DatabaseError(int code, const std::string& message, Circumstances circumstances);
     int code() const noexcept { return code_; }
-    std::string sentence() const;
+    bool isDamage() const noexcept; ///< the file is no database, or its pages are wrong
+    std::string fault() const;
+    std::string remedy() const;
+    std::string sentence() const { return fault() + "; " + remedy(); }
 
 private:
     int code_;

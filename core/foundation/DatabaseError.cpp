@@ -36,37 +36,64 @@ DatabaseError::DatabaseError(int code, const std::string& message, Circumstances
 {
 }
 
-std::string DatabaseError::sentence() const
+bool DatabaseError::isDamage() const noexcept
+{
+    const int kind = code_ & kPrimary;
+    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB;
+}
+
+std::string DatabaseError::fault() const
 {
     const auto& [path, waited, systemError] = circumstances_;
     const std::string file = path.empty() ? "the database" : fmt::format("\"{}\"", path.string());
     if (isFull(code_, systemError))
-        return fmt::format("the disk of {} is full; free some space", file);
+        return fmt::format("the disk of {} is full", file);
     if (code_ == SQLITE_READONLY_DBMOVED)
-        return fmt::format("{} was moved or deleted while it was open; the next call opens it anew", file);
+        return fmt::format("{} was moved or deleted while it was open", file);
     switch (code_ & kPrimary) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-        return fmt::format("another program holds {} locked and did not let go of it within {}; "
-                           "try again, or end that program",
-            file, inWords(waited));
+        return fmt::format("another program holds {} locked and did not let go of it within {}", file, inWords(waited));
     case SQLITE_READONLY:
-        return fmt::format("{} cannot be written; make the file and its folder yours and writable", file);
+        return fmt::format("{} cannot be written", file);
     case SQLITE_CANTOPEN:
     case SQLITE_PERM:
     case SQLITE_AUTH:
-        return fmt::format("{} cannot be opened{}; make the file and its folder yours, readable and writable", file,
-            because(systemError));
+        return fmt::format("{} cannot be opened{}", file, because(systemError));
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-        return fmt::format("{} is damaged; \"mervo doctor\" says what to do", file);
+        return fmt::format("{} is damaged", file);
     case SQLITE_IOERR:
-        return fmt::format(
-            "the disk failed to read or write {}{}; the system's log says more", file, because(systemError));
+        return fmt::format("the disk failed to read or write {}{}", file, because(systemError));
     case SQLITE_NOMEM:
         return "there is not enough memory";
     default:
-        return fmt::format("{} is not as this program expects it ({}); \"mervo doctor\" says what to do", file, what());
+        return fmt::format("{} is not as this program expects it ({})", file, what());
+    }
+}
+
+std::string DatabaseError::remedy() const
+{
+    if (isFull(code_, circumstances_.systemError))
+        return "free some space";
+    if (code_ == SQLITE_READONLY_DBMOVED)
+        return "the next call opens it anew";
+    switch (code_ & kPrimary) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return "try again, or end that program";
+    case SQLITE_READONLY:
+        return "make the file and its folder yours and writable";
+    case SQLITE_CANTOPEN:
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+        return "make the file and its folder yours, readable and writable";
+    case SQLITE_IOERR:
+        return "the system's log says more";
+    case SQLITE_NOMEM:
+        return "end a program that uses much of it";
+    default:
+        return "\"mervo doctor\" says what to do";
     }
 }
 

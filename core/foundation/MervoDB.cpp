@@ -148,7 +148,7 @@ MervoDB::MervoDB(const std::filesystem::path& file, Database::Access access, std
     : database_(file, access, longestWait)
 {
     if (access == Database::Access::readWrite)
-        migrate();
+        migrate(database_);
 }
 
 std::shared_ptr<MervoDB> MervoDB::inMemory()
@@ -182,14 +182,14 @@ std::shared_ptr<MervoDB> MervoDB::shared()
     return current.db;
 }
 
-void MervoDB::migrate()
+void MervoDB::migrate(Database& database)
 {
-    database_.read([](Database& database) {
-        if (isUpToDate(database))
+    database.read([](Database& open) {
+        if (isUpToDate(open))
             return;
-        database.execute("CREATE TABLE IF NOT EXISTS grdb_migrations (identifier TEXT NOT NULL PRIMARY KEY)");
+        open.execute("CREATE TABLE IF NOT EXISTS grdb_migrations (identifier TEXT NOT NULL PRIMARY KEY)");
         for (const Migration& migration : kMigrations)
-            database.write([&](Database& inside) { apply(inside, migration); });
+            open.write([&](Database& inside) { apply(inside, migration); });
     });
 }
 

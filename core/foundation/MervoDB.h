@@ -34,9 +34,11 @@ public:
 
     Database& database() { return database_; }
 
+    /// The migrations that the database lacks, in their order. Throws DatabaseError; what was finished before stays.
+    static void migrate(Database& database);
+
 private:
     MervoDB(const std::filesystem::path& file, Database::Access access, std::chrono::milliseconds longestWait);
-    void migrate();
 
     Database database_;
 };

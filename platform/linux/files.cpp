@@ -200,8 +200,8 @@ std::error_code makeFilePrivate(const std::filesystem::path& file) noexcept
             ::chmod(file.c_str(), found.st_mode & ~kOthers & 07777);
         return {};
     }
-    const Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kOwnerOnly));
-    return descriptor.open() ? std::error_code{} : lastError();
+    // Not by opening it: to close a file gives up every lock that this process has on it by then.
+    return ::mknod(file.c_str(), S_IFREG | kOwnerOnly, 0) == 0 || errno == EEXIST ? std::error_code{} : lastError();
 }
 
 std::error_code createPrivateFolder(const std::filesystem::path& folder) noexcept

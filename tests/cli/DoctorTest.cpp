@@ -1,6 +1,8 @@
 #include "tests/cli/Cli.h"
 
+#include <functional>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 namespace mervo::test {
 
@@ -64,12 +66,6 @@ TEST_F(DoctorTest, namesWhatIsWrongInTheHome)
     expect("pending", "broken", "D<U+001B>.json");
     std::filesystem::remove_all(home() / "pending");
 
-    writeFile(home() / "mervo.sqlite", std::string(8192, 'x'));
-    expect("database", "broken", "file is not a database");
-    std::filesystem::remove(home() / "mervo.sqlite");
-    writeFile(home() / "mervo.sqlite", "");
-    expect("database", "works", "brought up to date at the next call");
-
     std::filesystem::remove_all(home());
     writeFile(folder() / "home", "");
     expect("home", "broken", "is not a folder");
@@ -102,6 +98,84 @@ TEST_F(DoctorTest, aHomeAmongTheSourcesIsPartedByTheCommandsOfTheRemedy)
     EXPECT_EQ(tree(sources),
         (std::set<std::string>{
             ".git", ".git/HEAD", "CMakeLists.txt", "core", "core/policy", "core/policy/CMakeLists.txt"}));
+}
+
+TEST_F(DoctorTest, triesTheDatabaseAsACallWouldAndWritesNothing)
+{
+    struct Case {
+        const char* name;
+        std::function<void(const std::filesystem::path&)> harm;
+        const char* state;
+        const char* detail;
+        const char* remedy;
+    };
+    const auto execute = [](const char* sql) {
+        return [sql](const std::filesystem::path& file) { Database(file).execute(sql); };
+    };
+    const auto replace = [](std::string bytes) {
+        return [bytes](const std::filesystem::path& file) { writeFile(file, bytes); };
+    };
+    std::unique_ptr<Database> locker;
+    const Case cases[]{
+        {"sound", execute("SELECT 1"), "works", "takes rows", ""},
+        {"no database", replace(std::string(8192, 'x')), "broken", "is damaged", "restore it from a backup"},
+        {"a wrong page",
+            [](const std::filesystem::path& file) {
+                std::string bytes = readFile(file);
+                bytes.replace(4096, 2048, std::string(2048, 'x'));
+                writeFile(file, bytes);
+            },
+            "broken", "is damaged", "restore it from a backup"},
+        {"empty", replace(""), "works", "brought up to date at the next call", ""},
+        {"older", execute("DROP TABLE feedback; DELETE FROM grdb_migrations WHERE identifier LIKE 'feedback%'"),
+            "works", "brought up to date at the next call", ""},
+        {"of another program",
+            execute("DROP TABLE feedback; CREATE TABLE feedback (x);"
+                    "DELETE FROM grdb_migrations WHERE identifier LIKE 'feedback%'"),
+            "broken", "tables that are not this program's", "Move it away"},
+        {"locked", execute("SELECT 1"), "broken", "another program holds", "Try again, or end that program"},
+        {"open to others",
+            [](const std::filesystem::path& file) { std::filesystem::permissions(file, std::filesystem::perms(0644)); },
+            "limited", "other users may open it", "chmod 600"},
+        {"a folder",
+            [](const std::filesystem::path& file) {
+                std::filesystem::remove(file);
+                std::filesystem::create_directory(file);
+            },
+            "broken", "is no file", "Move it away"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::filesystem::remove_all(home());
+        ASSERT_EQ(mervo(send()).status, 0);
+        const auto file = home() / "mervo.sqlite";
+        c.harm(file);
+        const auto before = std::filesystem::is_directory(file) ? std::string() : readFile(file);
+        const auto names = tree(home());
+        if (c.name == std::string("locked")) { // after the reading: to close a file gives up all locks on it
+            locker = std::make_unique<Database>(file);
+            locker->execute("BEGIN IMMEDIATE");
+        }
+        const json found = check("database");
+        locker.reset();
+        EXPECT_EQ(found["state"], c.state) << found;
+        EXPECT_THAT(found["detail"].get<std::string>(), HasSubstr(c.detail));
+        EXPECT_THAT(found["remedy"].get<std::string>(), HasSubstr(c.remedy));
+        EXPECT_EQ(found["exit"], std::string(c.state) == "broken" ? 1 : 0);
+        EXPECT_EQ(tree(home()), names);
+        EXPECT_TRUE(std::filesystem::is_directory(file) || readFile(file) == before);
+    }
+}
+
+TEST_F(DoctorTest, namesWhatBelongsToSomebodyElse)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only the system's owner can give files away";
+    setMode("copilote");
+    ASSERT_EQ(mervo(send()).status, 0);
+    ASSERT_EQ(::chown((home() / "mervo.sqlite").c_str(), 1, 1), 0);
+    expect("home", "broken", "mervo.sqlite belongs to another user");
+    expect("database", "broken", "belongs to another user");
 }
 
 TEST_F(DoctorTest, namesTheSettingsThatDoNotCount)

@@ -27,11 +27,15 @@ TEST_F(PendingTest, listsOldestFirstAndLeavesDamageAlone)
     EXPECT_EQ(mervo({"pending"}).out,
         "00000001  2026-03-01T00:00:00Z  mail.send to=a\n"
         "00000002  2026-03-02T00:00:00Z  mail.send to=b\n"
-        "          2 messages\n");
+        "          2 messages\n"
+        "1 file cannot be read: BROKEN00.json (it holds no whole action); \"mervo doctor\" says what to do.\n");
     EXPECT_EQ(tree(home()), before);
+    EXPECT_THAT(mervo({"pending", "BROKEN00"}).err, HasSubstr("the file of action \"BROKEN00\" cannot be read"));
 
-    const auto stored = nlohmann::json::parse(mervo({"pending", "--json"}).out);
-    ASSERT_EQ(stored.size(), 2U);
+    auto stored = nlohmann::json::parse(mervo({"pending", "--json"}).out);
+    ASSERT_EQ(stored.size(), 3U);
+    EXPECT_EQ(stored[2].dump(), R"({"damaged":"BROKEN00.json","reason":"it holds no whole action"})");
+    stored.erase(2);
     for (const auto& object : stored)
         EXPECT_EQ(
             object, nlohmann::json::parse(readFile(home() / "pending" / (object["id"].get<std::string>() + ".json"))));

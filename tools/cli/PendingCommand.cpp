@@ -22,8 +22,8 @@ constexpr std::size_t kLineLimit = 120; ///< characters of a call in the list
 constexpr std::string_view kHelp =
     R"(Lists the actions that wait for the owner, oldest first: id, time, and the call. With an id: that action whole, with every
 argument, and which of them have no effect. --json prints an array of the stored objects, with "remarks" on the arguments
-where there are any. It only reads: an action is approved or rejected by a person, in
-the cockpit.
+where there are any, and {"damaged","reason"} for a file that cannot be read. It only reads: an action is approved or
+rejected by a person, in the cockpit.
 
 Examples:
   mervo pending
@@ -38,18 +38,32 @@ std::string shortened(const std::string& text)
     return length > kLineLimit ? fmt::format("{} ({} characters)", line, length) : line;
 }
 
-std::string list(const std::vector<PendingAction>& actions)
+/// What cannot be read, on one line; empty when everything can.
+std::string unread(const PendingStore::Listing& found)
 {
-    if (actions.empty())
-        return "Nothing is waiting.\n";
+    if (found.failure)
+        return fmt::format(
+            "The queue cannot be read ({}); \"mervo doctor\" says what to do.\n", found.failure.message());
+    if (found.damaged.empty())
+        return {};
+    std::vector<std::string> files;
+    for (const PendingStore::Damaged& file : found.damaged)
+        files.push_back(Text::visibleLine(fmt::format("{} ({})", file.name, file.reason)));
+    return fmt::format("{} cannot be read: {}; \"mervo doctor\" says what to do.\n",
+        files.size() == 1 ? "1 file" : fmt::format("{} files", files.size()), Text::join(files, ", "));
+}
+
+std::string list(const PendingStore::Listing& found)
+{
     std::string text;
-    for (const PendingAction& action : actions) {
+    for (const PendingAction& action : found.actions) {
         text += fmt::format(
             "{}  {}  {}\n", Text::visibleLine(action.id), Text::visibleLine(action.createdAt), action.line(kLineLimit));
         if (action.preview)
             text += fmt::format("          {}\n", shortened(*action.preview));
     }
-    return text;
+    text += unread(found);
+    return text.empty() ? "Nothing is waiting.\n" : text;
 }
 
 /// Nothing for a tool that is no longer in the catalogue.
@@ -85,28 +99,47 @@ std::string object(const PendingAction& action)
     return object.dump();
 }
 
-std::string json(const std::vector<PendingAction>& actions)
+std::string quoted(const std::string& text)
+{
+    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+/// The objects, and one {"damaged":<file>,"reason":...} for each file that cannot be read.
+std::string json(const PendingStore::Listing& found)
 {
     std::vector<std::string> objects;
-    for (const PendingAction& action : actions)
+    for (const PendingAction& action : found.actions)
         objects.push_back(object(action));
+    for (const auto& [name, reason] : found.damaged)
+        objects.push_back(fmt::format(R"({{"damaged":{},"reason":{}}})", quoted(name), quoted(reason)));
     return withEscapes(fmt::format("[{}]", Text::join(objects, ","))) + "\n";
+}
+
+/// The one action, or why there is none.
+PendingAction named(const PendingStore::Listing& found, const std::string& id)
+{
+    for (const PendingAction& action : found.actions)
+        if (action.id == id)
+            return action;
+    for (const auto& [name, reason] : found.damaged)
+        if (name == id + ".json")
+            throw ServiceError(fmt::format(
+                "the file of action \"{}\" cannot be read: {}; \"mervo doctor\" says what to do", id, reason));
+    throw ServiceError(fmt::format("no action \"{}\" is waiting; \"mervo pending\" lists what is", id));
 }
 
 ExitCode run(const Arguments& arguments, Io& io)
 {
-    std::vector<PendingAction> actions = PendingStore::listExisting(ConfigDir::url());
+    PendingStore::Listing found = PendingStore::listing(ConfigDir::url());
     const bool one = !arguments.words.empty();
-    if (one) {
-        const std::string& id = arguments.words.front();
-        std::erase_if(actions, [&](const PendingAction& action) { return action.id != id; });
-        if (actions.empty())
-            throw ServiceError(fmt::format("no action \"{}\" is waiting; \"mervo pending\" lists what is", id));
-    }
+    if (one)
+        found = {{named(found, arguments.words.front())}, {}, {}};
+    else if (found.failure && arguments.has(kJson))
+        throw ServiceError(fmt::format("the queue cannot be read: {}", found.failure.message()));
     if (arguments.has(kJson))
-        io.out(json(actions));
+        io.out(json(found));
     else
-        io.out(one ? page(actions.front()) : list(actions));
+        io.out(one ? page(found.actions.front()) : list(found));
     return ExitCode::done;
 }
 
