@@ -101,11 +101,7 @@ public:
 
     /// Runs the closure outside of any transaction: reads of one statement each.
     template <typename Closure>
-    auto read(Closure&& closure)
-    {
-        const Turn turn(*this);
-        return closure(*this);
-    }
+    auto read(Closure&& closure);
 
     /// Runs the closure as one transaction (BEGIN IMMEDIATE), rolled back when it throws.
     template <typename Closure>
@@ -170,6 +166,13 @@ private:
     Database& database_;
     bool open_ = true;
 };
+
+template <typename Closure>
+auto Database::read(Closure&& closure)
+{
+    const Turn turn(*this);
+    return closure(*this);
+}
 
 template <typename Closure>
 auto Database::write(Closure&& closure)
