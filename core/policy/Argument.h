@@ -51,7 +51,7 @@ namespace Formats {
 using Consequence = Format::Consequence;
 inline constexpr Format needle{.kind = Format::Kind::needle};
 inline constexpr Format day{.kind = Format::Kind::day};
-inline constexpr Format moment{.kind = Format::Kind::moment};
+inline constexpr Format moment{.kind = Format::Kind::moment, .malformed = {"the tool fails"}};
 inline constexpr Format time{.kind = Format::Kind::time};
 inline constexpr Format hours{.kind = Format::Kind::hours};
 inline constexpr Format paths{.kind = Format::Kind::paths};

@@ -135,17 +135,17 @@ std::int64_t countLines(std::string_view output)
     return text.empty() || (breaks == 0 && text.front() == '(' && text.back() == ')') ? 0 : breaks + 1;
 }
 
-/// The limit that bounded an answer; 0 for none.
+/// The limit that bounded an answer; 0 for none, and where it is not known what a script made of the value.
 std::int64_t limitOf(const Argument& argument, const Args& args)
 {
-    std::int64_t limit = argument.format.limit.value_or(0);
+    const Format& format = argument.format;
     const auto given = args.find(argument.name);
-    if (given != args.end()) {
-        const std::string_view text = Text::trimmed(given->second);
-        std::int64_t number = 0;
-        if (std::from_chars(text.data(), text.data() + text.size(), number).ptr == text.data() + text.size())
-            limit = text.empty() ? limit : number;
-    }
+    const Fault fault = given == args.end() ? Fault::empty : format.fault(given->second);
+    if (fault == Fault::empty || fault == Fault::malformed)
+        return format.emptyStands && given != args.end() ? 0 : format.limit.value_or(0);
+    const std::size_t sign = given->second.starts_with('+') ? 1 : 0;
+    std::int64_t limit = 0;
+    std::from_chars(given->second.data() + sign, given->second.data() + given->second.size(), limit);
     return limit;
 }
 

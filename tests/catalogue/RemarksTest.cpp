@@ -132,8 +132,9 @@ TEST(Remarks, SayWhatAnAnswerLeftOut)
     for (int i = 1; i < 50; ++i)
         fifty += "\nhit";
     EXPECT_THAT(after("mail.search", {}, fifty), reached("50"));
-    EXPECT_THAT(after("imessage.read", {{"limit", "x"}}, fifty), reached("50"));
-    EXPECT_THAT(after("mail.search", {{"limit", "2"}}, "a\nb"), reached("2"));
+    EXPECT_THAT(after("imessage.read", {{"limit", " 5"}}, fifty), reached("50"));
+    EXPECT_THAT(after("mail.search", {{"limit", " 5"}}, fifty), IsEmpty()) << "who knows";
+    EXPECT_THAT(after("mail.search", {{"limit", "+2"}}, "a\nb"), reached("2"));
     for (const auto* limit : {"0", "-2", "51"})
         EXPECT_THAT(after("mail.search", {{"limit", limit}}, fifty), IsEmpty()) << limit;
     EXPECT_THAT(after("mail.headers", {}, fifty), IsEmpty());

@@ -16,7 +16,7 @@ constexpr std::string_view kHelp =
     R"(Says what the gate would do with a call, and why: the autonomy level, the day's count, and for every rule of the owner
 whether it settles the verdict, loses, or does not apply. A call that the tool itself refuses has no verdict, and the
 tool's reason is given instead. Also says which arguments have no effect, and what the call would act on, where the tool
-can count that. The words are those of "mervo run". Runs and writes nothing.
+can count that. The words are those of "mervo run". It only reads.
 
 Examples:
   mervo explain mail.send to=ada@example.org subject=Hello body=Hello
