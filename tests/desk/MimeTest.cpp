@@ -128,12 +128,23 @@ TEST(MimeReader, takesLinearTimeOnHostileHeads)
     const std::string inner = "Content-Type: multipart/mixed; boundary=b\n\n--b\n";
     for (const auto& [start, part] : std::initializer_list<std::pair<std::string, const char*>>{{"To: ", "a: "},
              {"Date: ", "Mon, 1 "}, {"Content-Type: a/b; ", "a=(\"; "}, {inner + "Content-Type: a/b; ", "a=(\"; "},
-             {inner + "Content-Type: message/rfc822\n\nTo: ", "a: "}, {inner, "--b\nTo: x\n"}}) {
+             {inner + "Content-Type: message/rfc822\n\nTo: ", "a: "}, {inner, "--b\nTo: x\n"},
+             {"Content-Type: multipart/mixed; boundary*0=b\n\n--b\nDate: ", "Mon, 1 "},
+             {"Content-Type: multipart/mixed; boundary=\"=?utf-8?Q?b?=\"\n\n--b\nDate: ", "Mon, 1 "}}) {
         const auto work = [&](std::size_t times) { readMime(start + test::repeated(times, part) + "\n\ntext\n"); };
         EXPECT_LT(test::growth(3'000, work), test::kLinear) << start << part;
     }
     const MimeContent read = readMime("To: " + test::repeated(3'000, "a@b, ") + "\n\nhello\n");
     EXPECT_EQ(read.text, "hello\n") << "a long list of recipients is no attack";
+}
+
+TEST(MimeReader, keepsLinesOfTheTextThatLookLikeALongField)
+{
+    const std::string patch =
+        "--- a/settings.yml\n+++ b/settings.yml\n-key: value\n" + test::repeated(300, " what stood there before\n");
+    const std::string head = "Content-Type: text/plain";
+    EXPECT_EQ(readMime(multipart("mixed", part(head, patch))).text, patch);
+    EXPECT_EQ(readMime(multipart("mixed", part(head, "--bb\n" + patch))).text, "--bb\n" + patch);
 }
 
 } // namespace
