@@ -167,6 +167,11 @@ int Database::changes() const
     return sqlite3_changes(connection_);
 }
 
+std::int64_t Database::totalChanges() const
+{
+    return sqlite3_total_changes64(connection_);
+}
+
 void Database::fail() const
 {
     const char* file = sqlite3_db_filename(connection_, "main");

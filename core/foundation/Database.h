@@ -110,6 +110,8 @@ public:
     Statement prepare(std::string_view sql) { return Statement(*this, sql); }
     void execute(const std::string& sql);
     int changes() const;
+    /// Rows that this connection has inserted, changed or deleted since it was opened, also what was rolled back.
+    std::int64_t totalChanges() const;
 
     /// While it lives, its thread waits for a lock in vain once at most: after that whatever is locked fails at once.
     class OneWait;

@@ -14,10 +14,6 @@ namespace {
 constexpr std::string_view kInsert =
     "INSERT INTO audit (timestamp, actor, action, account_id, outcome, reason, details)\n"
     "VALUES (?, ?, ?, ?, ?, ?, ?);";
-constexpr std::string_view kCountAllowRuleExecutionsToday = "SELECT COUNT(*) FROM audit\n"
-                                                            "WHERE outcome = 'executed'\n"
-                                                            "  AND reason LIKE 'rule_allow:%'\n"
-                                                            "  AND timestamp >= ?;";
 constexpr std::string_view kCountSentToday = "SELECT COUNT(*) FROM audit\n"
                                              "WHERE action = 'send' AND outcome = 'sent' AND timestamp >= ?;";
 constexpr std::string_view kRecent = "SELECT * FROM audit ORDER BY id DESC LIMIT ?;";
@@ -29,7 +25,6 @@ constexpr std::string_view kSearch = "SELECT * FROM audit\n"
                                      "ORDER BY id DESC LIMIT ?;";
 constexpr std::string_view kPrune = "DELETE FROM audit WHERE timestamp < ?";
 
-constexpr std::string_view kNotWritten = "the audit row could not be written";
 constexpr std::string_view kNotRead = "the audit trail could not be read";
 
 constexpr int kSearchedColumns = 6;
@@ -68,16 +63,6 @@ std::vector<AuditEntry> collect(Statement& query)
     return entries;
 }
 
-std::int64_t countSince(std::string_view task, const StoreDatabase& db, std::string_view statement) noexcept
-{
-    return orElse(task, db, std::int64_t{0}, [&](Database& database) {
-        return database.read([&](Database& connection) -> std::int64_t {
-            auto query = connection.prepare(statement);
-            return query.bind(startOfToday()).step() ? query.firstInteger() : 0;
-        });
-    });
-}
-
 } // namespace
 
 AuditLog::AuditLog(StoreDatabase db) noexcept
@@ -95,19 +80,27 @@ AuditLog& AuditLog::shared() noexcept
 bool AuditLog::log(std::string_view actor, std::string_view action, const std::optional<std::string>& accountId,
     const Details& details, std::string_view outcome, const std::optional<std::string>& reason) noexcept
 {
-    return orElse(kNotWritten, db_, false, [&](Database& database) {
+    return orElse("the audit row could not be written", false, [&] {
+        const std::shared_ptr<MervoDB> db = db_.open();
         const std::string json = StringMap::encode(details).value_or("{}");
-        database.write([&](Database& connection) {
-            // The time is taken with the lock held, so that rows stand in the order of their times.
-            connection.prepare(kInsert)
-                .bind(Timestamps::now())
-                .bind(clean(actor))
-                .bind(clean(action))
-                .bind(accountId)
-                .bind(outcome)
-                .bind(reason ? std::optional(clean(*reason)) : std::nullopt)
-                .bind(json)
-                .run();
+        const auto cleanReason = reason ? std::optional(clean(*reason)) : std::nullopt;
+        db->database().read([&](Database& connection) { // one turn for the row and its count
+            const std::int64_t before = connection.totalChanges();
+            std::string time;
+            connection.write([&](Database& open) {
+                // The time is taken with the lock held, so that rows stand in the order of their times.
+                time = Timestamps::now();
+                open.prepare(kInsert)
+                    .bind(time)
+                    .bind(clean(actor))
+                    .bind(clean(action))
+                    .bind(accountId)
+                    .bind(outcome)
+                    .bind(cleanReason)
+                    .bind(json)
+                    .run();
+            });
+            today_.added(db, before, time, outcome, cleanReason.value_or(""));
         });
         return true;
     });
@@ -150,13 +143,18 @@ std::vector<AuditEntry> AuditLog::search(std::string_view text, std::int64_t lim
 
 std::int64_t AuditLog::mutationsToday() noexcept
 {
-    return countSince(
-        "the day's count of unattended actions could not be read and counts as 0", db_, kCountAllowRuleExecutionsToday);
+    return orElse("the day's count of unattended actions could not be read and counts as 0", std::int64_t{0},
+        [&] { return today_.since(db_.open(), startOfToday()); });
 }
 
 std::int64_t AuditLog::sentToday() noexcept
 {
-    return countSince(kNotRead, db_, kCountSentToday);
+    return orElse(kNotRead, db_, std::int64_t{0}, [&](Database& database) {
+        return database.read([&](Database& connection) -> std::int64_t {
+            auto query = connection.prepare(kCountSentToday);
+            return query.bind(startOfToday()).step() ? query.firstInteger() : 0;
+        });
+    });
 }
 
 std::int64_t AuditLog::prune(std::int64_t olderThanDays) noexcept

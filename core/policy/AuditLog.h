@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/foundation/StoreDatabase.h"
+#include "core/policy/TodayCount.h"
 
 #include <cstdint>
 #include <map>
@@ -59,6 +60,7 @@ public:
 
 private:
     StoreDatabase db_;
+    TodayCount today_;
 };
 
 } // namespace mervo

@@ -16,7 +16,8 @@
 ///
 /// A call is validated, judged, and then does exactly one of four things: it is refused, it waits in the queue, it
 /// runs, or it reports why it could not be queued. Everything that touches the world leaves one audit row. Nothing is
-/// kept between calls: configuration, rules and the day's count are read afresh. Calls block their thread for as long
+/// kept between calls that another process could change: configuration, rules and the day's count are those of the
+/// moment. Calls block their thread for as long
 /// as the tool runs, take no lock, and may be made from many threads and processes at once.
 namespace mervo::HarnessRunner {
 

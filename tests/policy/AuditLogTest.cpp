@@ -2,9 +2,11 @@
 
 #include "core/foundation/Timestamps.h"
 #include "core/policy/PolicyRule.h"
+#include "tests/support/Files.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <random>
 
 namespace mervo {
 namespace {
@@ -137,6 +139,83 @@ TEST_F(AuditTrail, theDayIsTheUtcDay)
     insert(daysAgo(1), "sent", "x", "{}", "send");
     EXPECT_EQ(log.mutationsToday(), 2);
     EXPECT_EQ(log.sentToday(), 1);
+}
+
+/// Everything that can happen between two counts, at random, on two connections: the count that is kept must be the one
+/// that the whole table gives.
+TEST(TodayCount, isTheFullCountWhateverHappens)
+{
+    const test::TempDir dir;
+    const auto own = std::make_shared<MervoDB>(dir.path()), other = std::make_shared<MervoDB>(dir.path());
+    for (const auto& db : {own, other})
+        db->database().execute("PRAGMA synchronous = OFF"); // nothing here need outlive a power cut
+    AuditLog log(own), foreignLog(other);
+    TodayCount count;
+    std::minstd_rand random(4711);
+    const auto any = [&](int below) { return static_cast<int>(random() % static_cast<unsigned>(below)); };
+    const std::string days[]{Timestamps::now().substr(0, 10) + "T00:00:00Z",
+        Timestamps::string(std::chrono::system_clock::now() + std::chrono::hours(24)).substr(0, 10) + "T00:00:00Z"};
+    const char* reasons[]{"rule_allow:A", "RULE_allow:", "rule_allow", "xrule_allow:A", "approved"};
+    const char* outcomes[]{"executed", "executed", "Executed", "error"};
+    std::int64_t full = 0, kept = 0;
+    const auto add = [&](std::shared_ptr<MervoDB> db, const std::string& time) {
+        const std::string outcome = outcomes[any(4)], reason = reasons[any(5)];
+        db->database().read([&](Database& open) {
+            const auto before = open.totalChanges();
+            open.prepare("INSERT INTO audit (timestamp, actor, action, outcome, reason, details) VALUES (?, '', '', ?, "
+                         "?, '')")
+                .bind(time)
+                .bind(outcome)
+                .bind(reason)
+                .run();
+            if (db == own)
+                count.added(own, before, time, outcome, reason);
+        });
+    };
+    for (int step = 0; step < 2000; ++step) {
+        const auto& db = any(2) == 0 ? own : other;
+        switch (any(any(4) == 0 ? 9 : 3)) {
+        case 0:
+        case 1:
+            add(own, days[any(2)]);
+            break;
+        case 2:
+            add(db, days[any(2)].substr(0, 10) + "T23:59:59Z");
+            break;
+        case 3:
+            (db == own ? log : foreignLog).log("", "", {}, {}, outcomes[any(4)], reasons[any(5)]);
+            break;
+        case 4:
+            db->database().execute("DELETE FROM audit WHERE id % 7 = 0");
+            break;
+        case 5:
+            db->database().execute("UPDATE audit SET reason = 'approved' WHERE id % 11 = 0");
+            break;
+        case 6:
+            (db == own ? log : foreignLog).prune(any(3) - 1);
+            break;
+        case 7:
+            EXPECT_THROW(own->database().write([&](Database& open) {
+                open.execute("INSERT INTO audit SELECT NULL, timestamp, '', '', '', 'executed', 'rule_allow:', '' "
+                             "FROM audit LIMIT 3");
+                throw 7;
+            }),
+                int);
+            break;
+        default:
+            db->database().execute("BEGIN; DELETE FROM audit; ROLLBACK");
+            break;
+        }
+        const std::string& day = days[any(50) == 0 ? 1 : 0];
+        auto query = other->database().prepare(
+            "SELECT COUNT(*) FROM audit WHERE outcome = 'executed' AND reason LIKE 'rule_allow:%' AND timestamp >= ?");
+        query.bind(day).step();
+        ASSERT_EQ(count.since(own, day), query.firstInteger()) << step;
+        ASSERT_EQ(log.mutationsToday(), count.since(own, days[0]));
+        full += query.firstInteger();
+        kept += 1;
+    }
+    EXPECT_GT(full, kept) << "there was something to count";
 }
 
 TEST_F(AuditTrail, searchLooksIntoEveryColumn)

@@ -1,0 +1,68 @@
+#include "core/policy/TodayCount.h"
+
+#include <algorithm>
+
+namespace mervo {
+
+namespace {
+
+constexpr std::string_view kCountAllowRuleExecutionsToday = "SELECT COUNT(*) FROM audit\n"
+                                                            "WHERE outcome = 'executed'\n"
+                                                            "  AND reason LIKE 'rule_allow:%'\n"
+                                                            "  AND timestamp >= ?;";
+constexpr std::string_view kAllowed = "rule_allow:";
+
+bool isLowerLetter(char c)
+{
+    return c >= 'a' && c <= 'z';
+}
+
+/// What LIKE says: letters of ASCII match in any case.
+bool isAllowed(std::string_view reason)
+{
+    return reason.size() >= kAllowed.size()
+        && std::equal(kAllowed.begin(), kAllowed.end(), reason.begin(),
+            [](char wanted, char c) { return c == wanted || (isLowerLetter(wanted) && c == wanted - 'a' + 'A'); });
+}
+
+std::int64_t versionOf(Database& database)
+{
+    auto query = database.prepare("PRAGMA data_version");
+    return query.step() ? query.firstInteger() : 0;
+}
+
+bool isSame(const std::weak_ptr<MervoDB>& known, const std::shared_ptr<MervoDB>& db)
+{
+    return !known.owner_before(db) && !db.owner_before(known);
+}
+
+} // namespace
+
+std::int64_t TodayCount::since(const std::shared_ptr<MervoDB>& db, std::string_view moment)
+{
+    return db->database().read([&](Database& database) {
+        // Read before the count: what is committed in between makes the next question count again.
+        const std::int64_t version = versionOf(database), changes = database.totalChanges();
+        const std::scoped_lock guard(mutex_);
+        if (known_ && isSame(known_->db, db) && known_->moment == moment && known_->version == version
+            && known_->changes == changes)
+            return known_->count;
+        auto query = database.prepare(kCountAllowRuleExecutionsToday);
+        const std::int64_t count = query.bind(moment).step() ? query.firstInteger() : 0;
+        known_ = Known{db, std::string(moment), version, changes, count};
+        return count;
+    });
+}
+
+void TodayCount::added(const std::shared_ptr<MervoDB>& db, std::int64_t changesBefore, std::string_view timestamp,
+    std::string_view outcome, std::string_view reason)
+{
+    const std::scoped_lock guard(mutex_);
+    if (!known_ || !isSame(known_->db, db) || known_->changes != changesBefore)
+        return;
+    known_->changes = changesBefore + 1;
+    if (outcome == "executed" && isAllowed(reason) && timestamp >= known_->moment)
+        ++known_->count;
+}
+
+} // namespace mervo
