@@ -27,6 +27,8 @@ public:
 
     /// All of it; nothing when it is longer than `limit` or cannot be read.
     std::optional<std::string> read(std::size_t limit) const;
+    /// Adds bytes at its end; false when the system does not take them.
+    bool append(std::string_view bytes) const noexcept;
     /// Removes the file; false, and it stays, when the system does not let us.
     bool remove() const noexcept;
 

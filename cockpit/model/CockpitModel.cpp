@@ -1,7 +1,9 @@
 #include "cockpit/model/CockpitModel.h"
 
 #include "cockpit/model/ShownText.h"
+#include "core/foundation/ConfigDir.h"
 #include "core/foundation/Text.h"
+#include "core/policy/RunningActs.h"
 
 #include <algorithm>
 #include <chrono>
@@ -92,6 +94,7 @@ void CockpitModel::refresh(bool initial)
     }
     settings_.refresh();
     sayDamage();
+    recordEndedActs();
     readDatabase();
     readAutomations();
     updateCounts();
@@ -119,6 +122,13 @@ void CockpitModel::sayDamage()
     const std::string said = Text::join(found, "\n");
     if (std::exchange(damage_, said) != said && !said.empty())
         setLastResult("⚠ " + said + "; \"mervo doctor\" says more");
+}
+
+/// A process that was killed in the middle of an act has left its row to whoever comes next.
+void CockpitModel::recordEndedActs()
+{
+    if (RunningActs::any(ConfigDir::url()))
+        stores_.write([](CockpitStores::Open& open) { RunningActs::recordEnded(ConfigDir::url(), open.audit); });
 }
 
 void CockpitModel::readDatabase()

@@ -102,6 +102,7 @@ private:
     void showQueue();
     /// Says which files do not count when there are others than before.
     void sayDamage();
+    void recordEndedActs();
     void readDatabase();
     void readAutomations();
     void updateCounts();

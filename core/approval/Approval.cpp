@@ -59,9 +59,9 @@ Run run(const Claimed& claimed, Stores stores)
 {
     const PendingAction& action = claimed.action;
     const StoreFailures::Scope failures;
-    const RunningAct running(
-        stores.pending.dir().parent_path(), *Tools::find(action.tool), action.args, kActor, "approved");
+    RunningAct running(stores.pending.dir().parent_path(), *Tools::find(action.tool), action.args, kActor, "approved");
     const auto done = HarnessRunner::executeBuilt(*Tools::find(action.tool), action.args);
+    running.ending();
     AuditLog::Details details = action.args;
     if (done.ok) {
         details["result"] = HarnessRunner::truncate(done.output, HarnessRunner::kAuditTextLimit);

@@ -9,6 +9,7 @@ Check home();
 Check settings();
 Check database();
 Check queue();
+Check acts();
 Check scriptHost();
 Check guides();
 Check tools();

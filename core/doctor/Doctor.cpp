@@ -23,6 +23,7 @@ constexpr std::array kChecks{
     Named{"config", "Settings", settings},
     Named{"database", "Database", database},
     Named{"pending", "Approval queue", queue},
+    Named{"acts", "Running acts", acts},
     Named{"scripts", "Script host", scriptHost},
     Named{"guides", "Guides", guides},
     Named{"tools", "Tools", tools},

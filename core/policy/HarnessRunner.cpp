@@ -157,8 +157,9 @@ Execution execute(const Tool& tool, const Args& args, Notices* notices);
 
 Result runNow(const Call& call, const ActionPolicy::Outcome& verdict)
 {
-    const RunningAct running(call.home, call.tool, call.args, call.actor, verdict.reason);
+    RunningAct running(call.home, call.tool, call.args, call.actor, verdict.reason);
     Execution execution = execute(call.tool, call.args, call.notices);
+    running.ending();
     if (!execution.ok) {
         call.record(call.args, "error", execution.error);
         return Error{std::move(execution.error)};

@@ -5,6 +5,7 @@
 #include "core/foundation/Timestamps.h"
 #include "platform/files.h"
 
+#include <algorithm>
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <system_error>
@@ -27,15 +28,19 @@ fs::path folder(const fs::path& home)
     return home / ".runtime" / "acts";
 }
 
+constexpr std::string_view kEnding = "\n"; ///< behind the object: the row is being written
+constexpr std::int64_t kRowsLookedThrough = 200;
+
 struct Act {
-    std::string actor, tool, why;
+    std::string actor, tool, why, startedAt;
     Args args;
+    bool ending = false;
 };
 
 std::string encode(const Act& act)
 {
-    const Json object{{"actor", act.actor}, {"args", act.args}, {"startedAt", Timestamps::now()}, {"tool", act.tool},
-        {"why", act.why}};
+    const Json object{
+        {"actor", act.actor}, {"args", act.args}, {"startedAt", act.startedAt}, {"tool", act.tool}, {"why", act.why}};
     return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -44,7 +49,8 @@ std::optional<Act> decode(const std::optional<std::string>& bytes)
     try {
         const Json object = Json::parse(bytes.value_or(""));
         return Act{object.at("actor").get<std::string>(), object.at("tool").get<std::string>(),
-            object.at("why").get<std::string>(), object.at("args").get<Args>()};
+            object.at("why").get<std::string>(), object.value("startedAt", ""), object.at("args").get<Args>(),
+            bytes->ends_with(kEnding)};
     } catch (const Json::exception&) {
         return std::nullopt;
     }
@@ -71,6 +77,24 @@ void removeUnfinished(const fs::path& home)
     }
 }
 
+bool isRowOf(const Act& act, const AuditEntry& row)
+{
+    const auto isKept = [&](const auto& argument) {
+        const auto found = row.details.find(argument.first);
+        return argument.first == "result" || (found != row.details.end() && found->second == argument.second);
+    };
+    return row.actor == act.actor && row.action == act.tool && row.timestamp >= act.startedAt
+        && (row.outcome == "executed" || row.outcome == "error")
+        && std::all_of(act.args.begin(), act.args.end(), isKept);
+}
+
+/// Whether a process that was killed while it wrote its row has come to the end of it.
+bool hasRow(const Act& act, AuditLog& audit)
+{
+    const auto rows = act.ending ? audit.recent(kRowsLookedThrough) : std::vector<AuditEntry>{};
+    return std::any_of(rows.begin(), rows.end(), [&](const AuditEntry& row) { return isRowOf(act, row); });
+}
+
 /// False when the trail does not take the row.
 bool record(const fs::path& path, AuditLog& audit)
 {
@@ -78,6 +102,8 @@ bool record(const fs::path& path, AuditLog& audit)
     const auto act = file ? decode(file->read(kLongest)) : std::nullopt;
     if (!act)
         return true;
+    if (hasRow(*act, audit))
+        return file->remove();
     const std::string reason = std::string(kEnded) + (act->why.empty() ? "" : " (" + act->why + ")");
     return audit.log(act->actor, act->tool, std::nullopt, act->args, "error", reason) && file->remove();
 }
@@ -94,9 +120,15 @@ RunningAct::RunningAct(
             if (const auto error = platform::createPrivateFolder(made))
                 throw std::system_error(error, made.string());
         file_.emplace(platform::HeldFile::make(folder(home) / (Text::newUuid() + std::string(kExtension)),
-            encode({std::string(actor), tool.id, std::string(why), args})));
+            encode({std::string(actor), tool.id, std::string(why), Timestamps::now(), args})));
         return true;
     });
+}
+
+void RunningAct::ending() noexcept
+{
+    if (file_)
+        file_->append(kEnding);
 }
 
 RunningAct::~RunningAct()

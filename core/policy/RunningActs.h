@@ -23,6 +23,8 @@ public:
         std::string_view why) noexcept;
     RunningAct(const RunningAct&) = delete;
     RunningAct& operator=(const RunningAct&) = delete;
+    /// Its row is about to be written: whoever finds the file from here on looks for the row first.
+    void ending() noexcept;
     /// The row is written.
     ~RunningAct();
 
@@ -34,8 +36,7 @@ namespace RunningActs {
 
 /// Writes the rows of acts whose process has ended, under the act's own actor, tool and arguments: "error", "mervo was
 /// ended while this ran; it may have acted". One row for each, also when several look at once; a row that cannot be
-/// written is left for the next who looks. A process that was killed between its row and the removal of its file gets a
-/// second row: one too many is better than one too few. Never throws; without acts it costs one look at a folder.
+/// written is left for the next who looks. Never throws; without acts it costs one look at a folder.
 void recordEnded(const std::filesystem::path& home, AuditLog& audit) noexcept;
 
 /// Whether there is anything for `recordEnded` to look at.

@@ -24,7 +24,7 @@ constexpr mode_t kOwnerOnly = 0600;
     throw std::system_error(number, std::generic_category());
 }
 
-bool writeAll(int to, std::string_view bytes)
+bool writeAll(int to, std::string_view bytes) noexcept
 {
     while (!bytes.empty()) {
         const ssize_t count = ::write(to, bytes.data(), bytes.size());
@@ -81,6 +81,11 @@ std::optional<HeldFile> HeldFile::takeOver(const std::filesystem::path& file) no
 std::optional<std::string> HeldFile::read(std::size_t limit) const
 {
     return readFile("/proc/self/fd/" + std::to_string(descriptor_), limit);
+}
+
+bool HeldFile::append(std::string_view bytes) const noexcept
+{
+    return writeAll(descriptor_, bytes);
 }
 
 bool HeldFile::remove() const noexcept

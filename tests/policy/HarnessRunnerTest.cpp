@@ -112,6 +112,22 @@ TEST_F(Gate, refusedArgumentsLeaveNoTraceInAnyMode)
     EXPECT_EQ(error(), "the tool failed without saying why");
 }
 
+TEST_F(Gate, takes16MiBOfArgumentsAndNotAByteMore)
+{
+    Args args{{"to", "a"}, {"body", std::string(kMostArgumentBytes - 7, '\n')}};
+    ASSERT_TRUE(std::holds_alternative<Pending>(run(args)));
+    EXPECT_EQ(queue().at(0).args, args);
+    EXPECT_EQ(row().details, args);
+    calls.clear();
+    args["to"] += "b";
+    EXPECT_EQ(error(args),
+        "the arguments hold 16777217 bytes, names and values together, and one call holds at most 16777216 (16 MiB); "
+        "shorten them, or send them in parts");
+    EXPECT_EQ(calls, "") << "the tool is not asked";
+    EXPECT_EQ(queue().size(), 1U);
+    EXPECT_EQ(audit->count(), 1);
+}
+
 TEST_F(Gate, remarksStandBesideEveryResultAndChangeNone)
 {
     open();
@@ -265,9 +281,11 @@ TEST_F(Gate, aFailedRunIsOnRecordAndDoesNotCount)
         return text;
     };
     tool.auditAutoRun = [](const std::string&) { return false; };
-    tool.nativeRun = [](const Args&) -> std::string { throw std::runtime_error("The account is gone."); };
-    EXPECT_EQ(error(), "The account is gone.");
-    EXPECT_EQ(row(), expected("error", "The account is gone."));
+    tool.nativeRun = [](const Args&) -> std::string {
+        throw std::runtime_error("The account is gone.\r\n \n no\nway");
+    };
+    EXPECT_EQ(error(), "The account is gone. no; way");
+    EXPECT_EQ(row(), expected("error", "The account is gone. no; way"));
     EXPECT_EQ(calls, "b");
     EXPECT_EQ(audit->mutationsToday(), 0);
 }

@@ -1,0 +1,26 @@
+#include "core/doctor/Checks.h"
+#include "core/foundation/ConfigDir.h"
+#include "core/foundation/Text.h"
+#include "core/policy/RunningActs.h"
+
+#include <fmt/format.h>
+
+namespace mervo::Doctor {
+
+Check acts()
+{
+    Check check;
+    check.state = State::works;
+    check.detail = RunningActs::any(ConfigDir::url()) ? "some run, or wait for their row" : "none";
+    std::vector<std::string> names;
+    for (const auto& file : RunningActs::damaged(ConfigDir::url()))
+        names.push_back(Text::visibleLine(file.string()));
+    if (!names.empty()) {
+        check.state = State::broken;
+        check.detail = fmt::format("damaged, so that an act has no row in the trail: {}", Text::join(names, ", "));
+        check.remedy = "Look at the named files and delete them.";
+    }
+    return check;
+}
+
+} // namespace mervo::Doctor
