@@ -131,12 +131,12 @@ TEST_F(Faults, anActWhoseProcessWasKilledGetsItsRow)
 {
     const std::string act = R"({"actor":"mcp:x","args":{"to":"a"},"tool":"mail.send","why":"yolo_auto"})";
     const std::string row = "mcp:x|mail.send|error|mervo was ended while this ran; it may have acted (yolo_auto)|to=a";
-    writeFile(home / ".runtime/acts/one.json", act);
+    test::writeFile(home / ".runtime/acts/one.json", act);
     start();
     ASSERT_TRUE(until([&] { return rows() == std::vector{row}; }));
-    writeFile(home / ".runtime/acts/two.json", act);
+    test::writeFile(home / ".runtime/acts/two.json", act);
     ASSERT_TRUE(until([&] { return rows() == std::vector{row, row}; })) << "it looks again and again";
-    EXPECT_TRUE(tree(home / ".runtime/acts").empty());
+    EXPECT_TRUE(test::tree(home / ".runtime/acts").empty());
 }
 
 } // namespace
