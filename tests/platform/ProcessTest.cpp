@@ -1,6 +1,7 @@
 #include "platform/process.h"
 
 #include "platform/stop.h"
+#include "platform/tls.h"
 #include "tests/support/Files.h"
 
 #include <atomic>
@@ -8,6 +9,8 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -292,6 +295,35 @@ TEST(Process, aRequestToStopEndsWhatRunsAndLetsNothingStart)
     EXPECT_EQ(status, 0);
     EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(30));
     EXPECT_TRUE(endsSoon(std::stoi(lineOf(file))));
+}
+
+TEST(Process, aRequestToStopBreaksAWaitForTheNetworkOff)
+{
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(::listen(listener, 1), 0); // the system takes the connection, and nobody ever answers
+    ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    const pid_t worker = inAnotherProcess([&] {
+        std::thread([] { ::usleep(200000), Stop::request("ended by a test"); }).detach();
+        try {
+            connectTls("127.0.0.1", ntohs(address.sin_port), std::chrono::seconds(60));
+        } catch (const TlsFailure& failure) {
+            ::_exit(failure.what() == std::string("this program was asked to stop") ? 0 : 2);
+        } catch (...) {
+            ::_exit(3);
+        }
+        ::_exit(1);
+    });
+    const auto began = std::chrono::steady_clock::now();
+    int status = -1;
+    ::waitpid(worker, &status, 0);
+    ::close(listener);
+    EXPECT_EQ(status, 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(20));
 }
 
 } // namespace
