@@ -1,6 +1,7 @@
 #include "core/policy/TodayCount.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace mervo {
 
@@ -31,6 +32,12 @@ std::int64_t versionOf(Database& database)
     return query.step() ? query.firstInteger() : 0;
 }
 
+std::int64_t fullCount(Database& database, std::string_view moment)
+{
+    auto query = database.prepare(kCountAllowRuleExecutionsToday);
+    return query.bind(moment).step() ? query.firstInteger() : 0;
+}
+
 bool isSame(const std::weak_ptr<MervoDB>& known, const std::shared_ptr<MervoDB>& db)
 {
     return !known.owner_before(db) && !db.owner_before(known);
@@ -41,16 +48,15 @@ bool isSame(const std::weak_ptr<MervoDB>& known, const std::shared_ptr<MervoDB>&
 std::int64_t TodayCount::since(const std::shared_ptr<MervoDB>& db, std::string_view moment)
 {
     return db->database().read([&](Database& database) {
+        const std::scoped_lock guard(mutex_);
+        if (!std::exchange(isAskedAgain_, true))
+            return fullCount(database, moment);
         // Read before the count: what is committed in between makes the next question count again.
         const std::int64_t version = versionOf(database), changes = database.totalChanges();
-        const std::scoped_lock guard(mutex_);
-        if (known_ && isSame(known_->db, db) && known_->moment == moment && known_->version == version
-            && known_->changes == changes)
-            return known_->count;
-        auto query = database.prepare(kCountAllowRuleExecutionsToday);
-        const std::int64_t count = query.bind(moment).step() ? query.firstInteger() : 0;
-        known_ = Known{db, std::string(moment), version, changes, count};
-        return count;
+        if (!known_ || !isSame(known_->db, db) || known_->moment != moment || known_->version != version
+            || known_->changes != changes)
+            known_ = Known{db, std::string(moment), version, changes, fullCount(database, moment)};
+        return known_->count;
     });
 }
 

@@ -15,7 +15,8 @@ namespace mervo {
 ///
 /// Counted in full once, and then kept while it is certain to stay: as long as no other connection has committed
 /// anything (SQLite's data_version) and this one has changed nothing but what `added` was told. After anything else (a
-/// row of another process, a purge, a new day) the next question counts in full again. Any thread.
+/// row of another process, a purge, a new day) the next question counts in full again. The first count is not kept: a
+/// process that asks once need not ask SQLite for the version. Any thread.
 class TodayCount {
 public:
     /// Throws DatabaseError.
@@ -34,6 +35,7 @@ private:
         std::int64_t count = 0;
     };
     std::mutex mutex_;
+    bool isAskedAgain_ = false;
     std::optional<Known> known_;
 };
 
