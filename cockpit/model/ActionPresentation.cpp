@@ -1,6 +1,8 @@
 #include "cockpit/model/ActionPresentation.h"
 
+#include "core/catalogue/Tools.h"
 #include "core/foundation/Text.h"
+#include "core/policy/Remarks.h"
 
 #include <QCryptographicHash>
 #include <QUrl>
@@ -96,6 +98,12 @@ std::string detailLine(const Args& args)
         if (key != "account" && std::ranges::find(kFirstKeys, key) == kFirstKeys.end())
             parts.push_back(part(key, value));
     return Text::join(parts, " · ");
+}
+
+std::vector<Remark> remarks(const PendingAction& action)
+{
+    const Tool* tool = Tools::find(action.tool);
+    return tool == nullptr ? std::vector<Remark>() : Remarks::of(*tool, action.args);
 }
 
 std::optional<Email> email(const PendingAction& action)

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// What an approval card shows of an action, in the texts as they came.
 namespace mervo::ActionPresentation {
@@ -15,6 +16,9 @@ std::string_view tint(std::string_view tool);
 /// What the action is about, in one line: "from boss@example.org · older 30d · Work/Invoices". Empty when the arguments
 /// say nothing but the account.
 std::string detailLine(const Args& args);
+
+/// What its tool says of the arguments: those without an effect or with an unlikely one. None from an unknown tool.
+std::vector<Remark> remarks(const PendingAction& action);
 
 /// The message that the action would write; nothing when it has no body.
 struct Email {

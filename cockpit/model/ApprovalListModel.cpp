@@ -4,6 +4,7 @@
 #include "cockpit/model/RelativeTime.h"
 #include "cockpit/model/ShownText.h"
 
+#include <algorithm>
 #include <map>
 
 namespace mervo {
@@ -17,14 +18,26 @@ QString text(std::string_view ascii)
 
 QVariantList argumentsOf(const PendingAction& action)
 {
+    const auto remarks = ActionPresentation::remarks(action);
     QVariantList list;
     for (const auto& [name, value] : action.args) {
         const auto cut = ShownText::cut(value, ShownText::kArgumentLimit);
+        const auto remark = std::ranges::find(remarks, name, &Remark::argument);
+        const bool isRemarked = remark != remarks.end();
         list.append(QVariantMap{{"name", ShownText::line(name)}, {"shown", cut.shown},
-            {"whole", cut.leftOut == 0 ? cut.shown : ShownText::whole(value)},
-            {"cutBy", static_cast<int>(cut.leftOut)}});
+            {"whole", cut.leftOut == 0 ? cut.shown : ShownText::whole(value)}, {"cutBy", static_cast<int>(cut.leftOut)},
+            {"hasNoEffect", isRemarked && remark->noEffect},
+            {"remark", isRemarked ? ShownText::line(remark->sentence) : QString()}});
     }
     return list;
+}
+
+QString remarksOf(const PendingAction& action)
+{
+    QStringList lines;
+    for (const Remark& remark : ActionPresentation::remarks(action))
+        lines.append(ShownText::line(remark.sentence));
+    return lines.join('\n');
 }
 
 QString ageOf(const PendingAction& action, Timestamps::Time now)
@@ -74,6 +87,8 @@ QVariant ApprovalListModel::data(const QModelIndex& index, int role) const
         if (!row.arguments)
             row.arguments = argumentsOf(action);
         return *row.arguments;
+    case RemarksRole:
+        return remarksOf(action);
     default:
         return emailData(action, role);
     }
@@ -103,8 +118,9 @@ QHash<int, QByteArray> ApprovalListModel::roleNames() const
 {
     return {{KeyRole, "key"}, {ActionIdRole, "actionId"}, {ToolRole, "tool"}, {SymbolRole, "symbol"},
         {TintRole, "tint"}, {AgeRole, "age"}, {SummaryRole, "summary"}, {DetailRole, "detail"},
-        {PreviewRole, "preview"}, {ArgumentsRole, "arguments"}, {HasEmailRole, "hasEmail"}, {EmailToRole, "emailTo"},
-        {EmailSubjectRole, "emailSubject"}, {EmailBodyRole, "emailBody"}, {CanOpenInMailRole, "canOpenInMail"}};
+        {PreviewRole, "preview"}, {ArgumentsRole, "arguments"}, {RemarksRole, "remarks"}, {HasEmailRole, "hasEmail"},
+        {EmailToRole, "emailTo"}, {EmailSubjectRole, "emailSubject"}, {EmailBodyRole, "emailBody"},
+        {CanOpenInMailRole, "canOpenInMail"}};
 }
 
 void ApprovalListModel::show(std::span<const PendingAction> actions, Timestamps::Time now)

@@ -30,7 +30,9 @@ public:
         SummaryRole,
         DetailRole, ///< may be empty
         PreviewRole, ///< empty: none
-        ArgumentsRole, ///< a list of {name, shown, whole, cutBy}
+        ArgumentsRole, ///< a list of {name, shown, whole, cutBy, hasNoEffect, remark}; the remark is a sentence or
+                       ///< empty
+        RemarksRole, ///< all remarks on the arguments, a line each; may be empty
         HasEmailRole,
         EmailToRole,
         EmailSubjectRole,

@@ -168,7 +168,7 @@ void CockpitModel::removeIMAPAccount(const QString& email)
 
 void CockpitModel::logAccount(const char* action, const AuditLog::Details& details)
 {
-    stores_.write([action, details](CockpitStores::Open& open) {
+    write("changing the archive's accounts", [action, details](CockpitStores::Open& open) {
         open.audit.log("cockpit", action, std::nullopt, details, "executed", "human");
     });
 }

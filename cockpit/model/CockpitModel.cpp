@@ -42,6 +42,13 @@ StatusIconState::Autonomy autonomyOf(AutonomyMode mode)
     return StatusIconState::Autonomy::copilote;
 }
 
+/// Takes a text over for the views; true when it is another one.
+bool show(QString& shown, const std::string& text)
+{
+    QString now = ShownText::block(Text::trimmed(text), ShownText::kArgumentLimit);
+    return std::exchange(shown, now) != now;
+}
+
 } // namespace
 
 CockpitModel::CockpitModel(const Surroundings& surroundings, QObject* parent)
@@ -93,9 +100,9 @@ void CockpitModel::refresh(bool initial)
         approvals_.showAges(outside_.clock.wall());
     }
     settings_.refresh();
-    sayDamage();
     recordEndedActs();
     readDatabase();
+    showTrouble();
     readAutomations();
     updateCounts();
     refreshIcon();
@@ -112,28 +119,22 @@ void CockpitModel::showQueue()
     withdrawDecided();
 }
 
-void CockpitModel::sayDamage()
-{
-    std::vector<std::string> found;
-    if (!settings_.complaint().empty())
-        found.push_back(settings_.complaint());
-    if (const std::size_t files = queue_.damaged(); files > 0)
-        found.push_back(std::to_string(files) + (files == 1 ? " file" : " files") + " of the queue cannot be read");
-    const std::string said = Text::join(found, "\n");
-    if (std::exchange(damage_, said) != said && !said.empty())
-        setLastResult("⚠ " + said + "; \"mervo doctor\" says more");
-}
-
-/// A process that was killed in the middle of an act has left its row to whoever comes next.
+/// A process that was killed in the middle of an act has left its row to whoever comes next. What fails here is no
+/// result of the person's doing, loses nothing, and is tried again at the next tick.
 void CockpitModel::recordEndedActs()
 {
     if (RunningActs::any(ConfigDir::url()))
-        stores_.write([](CockpitStores::Open& open) { RunningActs::recordEnded(ConfigDir::url(), open.audit); });
+        stores_.write([](CockpitStores::Open& open) { RunningActs::recordEnded(ConfigDir::url(), open.audit); },
+            [](const std::string&) {});
 }
 
 void CockpitModel::readDatabase()
 {
-    auto reading = stores_.read();
+    auto reading = stores_.read(databaseFailure_);
+    if (databaseFailure_.empty())
+        unreadSince_.reset();
+    else if (!unreadSince_)
+        unreadSince_ = outside_.clock.steady();
     if (!reading)
         return;
     if (reading->audit && *reading->audit != audit_) {
@@ -149,6 +150,26 @@ void CockpitModel::readDatabase()
         openQuestions_ = std::move(reading->questions);
         questions_.show(openQuestions_);
     }
+}
+
+/// A database that is locked at one tick is no news; at the next one it is.
+void CockpitModel::showTrouble()
+{
+    std::vector<std::string> found;
+    if (queue_.failure())
+        found.push_back("the queue could not be read: " + queue_.failure().message());
+    if (unreadSince_ && outside_.clock.steady() - *unreadSince_ >= kTick)
+        found.push_back(databaseFailure_);
+    isBlind_ = !found.empty();
+    if (!settings_.complaint().empty())
+        found.push_back(settings_.complaint());
+    const std::string said = Text::join(found, "\n");
+    if (show(trouble_, said.empty() ? said : (isBlind_ ? "❌ " : "⚠ ") + said))
+        Q_EMIT troubleChanged();
+    const std::size_t files = queue_.damaged();
+    const std::string text = std::to_string(files) + " waiting file" + (files == 1 ? "" : "s");
+    if (show(unreadable_, files == 0 ? "" : text + " cannot be read; run mervo doctor"))
+        Q_EMIT unreadableChanged();
 }
 
 void CockpitModel::readAutomations()
@@ -181,7 +202,8 @@ StatusIconState::Attention CockpitModel::attention() const
 {
     if (!pending_.empty())
         return StatusIconState::Attention::approval;
-    if (lastResult_.toStdString().starts_with(kFailed) || std::ranges::any_of(listed_, countsAsFailed))
+    const bool isBlind = isBlind_ || !unreadable_.isEmpty();
+    if (isBlind || lastResult_.toStdString().starts_with(kFailed) || std::ranges::any_of(listed_, countsAsFailed))
         return StatusIconState::Attention::error;
     return openQuestions_.empty() ? StatusIconState::Attention::none : StatusIconState::Attention::proposal;
 }
@@ -194,10 +216,8 @@ void CockpitModel::tellUnless(bool isOpened, const std::string& what)
 
 void CockpitModel::setLastResult(const std::string& text)
 {
-    QString shown = ShownText::block(Text::trimmed(text), ShownText::kArgumentLimit);
-    if (shown == lastResult_)
+    if (!show(lastResult_, text))
         return;
-    lastResult_ = std::move(shown);
     Q_EMIT lastResultChanged();
     refreshIcon();
 }

@@ -33,6 +33,10 @@ class CockpitModel final : public QObject {
     Q_PROPERTY(QString autonomyMode READ autonomyMode NOTIFY autonomyModeChanged) ///< "panic", "copilote" or "yolo"
     Q_PROPERTY(QString lastResult READ lastResult NOTIFY lastResultChanged) ///< empty: none
     Q_PROPERTY(int waitingCount READ waitingCount NOTIFY waitingCountChanged)
+    /// "2 waiting files cannot be read; run mervo doctor"; empty: all can
+    Q_PROPERTY(QString unreadable READ unreadable NOTIFY unreadableChanged)
+    /// What else cannot be read or does not count at present, in the form of a result; empty: nothing
+    Q_PROPERTY(QString trouble READ trouble NOTIFY troubleChanged)
     Q_PROPERTY(mervo::ApprovalListModel* approvals READ approvals CONSTANT)
     Q_PROPERTY(mervo::QuestionListModel* questions READ questions CONSTANT)
     Q_PROPERTY(mervo::AutomationListModel* automations READ automations CONSTANT)
@@ -47,6 +51,8 @@ public:
     QString autonomyMode() const;
     QString lastResult() const { return lastResult_; }
     int waitingCount() const { return waitingCount_; }
+    QString unreadable() const { return unreadable_; }
+    QString trouble() const { return trouble_; }
     ApprovalListModel* approvals() { return &approvals_; }
     QuestionListModel* questions() { return &questions_; }
     AutomationListModel* automations() { return &automations_; }
@@ -91,6 +97,8 @@ Q_SIGNALS:
     void autonomyModeChanged();
     void lastResultChanged();
     void waitingCountChanged();
+    void unreadableChanged();
+    void troubleChanged();
     void auditChanged();
     void rulesChanged();
     void gmailAccountsChanged();
@@ -100,10 +108,9 @@ Q_SIGNALS:
 private:
     void refresh(bool initial);
     void showQueue();
-    /// Says which files do not count when there are others than before.
-    void sayDamage();
     void recordEndedActs();
     void readDatabase();
+    void showTrouble();
     void readAutomations();
     void updateCounts();
     void refreshIcon();
@@ -122,6 +129,8 @@ private:
     void logAccount(const char* action, const AuditLog::Details& details);
     const Automation* automation(const QString& name) const;
     void callEngine(const std::string& name, std::function<void(AutomationEngine&)> call, std::function<void()> then);
+    /// A write whose failure is told as that of the task: "the answer".
+    void write(const std::string& task, std::function<void(CockpitStores::Open&)> work);
     void writeRules(std::function<void(CockpitStores::Open&)> change);
 
     Surroundings outside_;
@@ -142,7 +151,10 @@ private:
     std::vector<Automation> listed_;
     std::vector<GmailAccount> gmailAccounts_;
     QString lastResult_;
-    std::string damage_; ///< what sayDamage said last
+    QString unreadable_, trouble_;
+    bool isBlind_ = false; ///< what the trouble says keeps the cockpit from seeing what waits and what was done
+    std::string databaseFailure_; ///< of the last reading; empty: it worked
+    std::optional<std::chrono::steady_clock::time_point> unreadSince_;
     int waitingCount_ = 0;
     std::size_t badge_ = 0; ///< the number last put on the dock's entry
     int busyCount_ = 0; ///< approved tools and starts of automations in flight here

@@ -2,6 +2,7 @@
 
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/StoreFailures.h"
+#include "core/foundation/Text.h"
 #include "platform/unified_log.h"
 
 #include <exception>
@@ -74,20 +75,32 @@ CockpitStores::Connection CockpitStores::connected(std::shared_ptr<MervoDB> db)
     return {std::make_shared<Open>(std::move(db)), platform::fileStamp(ConfigDir::databaseURL())};
 }
 
-std::optional<CockpitStores::Reading> CockpitStores::read()
+std::optional<CockpitStores::Reading> CockpitStores::read(std::string& why)
 {
+    const StoreFailures::Scope failures;
+    why.clear();
     try {
-        if (!reader_.isCurrent()) {
-            reader_ = connected(MervoDB::existing(kReadWait));
-            readVersion_ = -1;
-        }
-        if (reader_.stores->db == nullptr)
-            return Reading{std::vector<AuditEntry>{}, std::vector<PolicyRule>{}, {}};
-        return reader_.stores->db->database().read(
-            [this](Database& database) { return readSnapshot(database, *reader_.stores); });
-    } catch (const std::exception&) {
-        return std::nullopt; // locked, most likely; the next tick asks again
+        auto reading = readNow();
+        if (failures.sentences().empty())
+            return reading;
+        why = Text::join(failures.sentences(), "; ");
+    } catch (const std::exception& failure) {
+        why = "the audit trail and the rules could not be read: " + StoreFailures::inWords(failure);
     }
+    readVersion_ = -1; // the next tick asks for everything again
+    return std::nullopt;
+}
+
+std::optional<CockpitStores::Reading> CockpitStores::readNow()
+{
+    if (!reader_.isCurrent()) {
+        reader_ = connected(MervoDB::existing(kReadWait));
+        readVersion_ = -1;
+    }
+    if (reader_.stores->db == nullptr)
+        return Reading{std::vector<AuditEntry>{}, std::vector<PolicyRule>{}, {}};
+    return reader_.stores->db->database().read(
+        [this](Database& database) { return readSnapshot(database, *reader_.stores); });
 }
 
 std::optional<CockpitStores::Reading> CockpitStores::readSnapshot(Database& database, Open& stores)
@@ -121,10 +134,15 @@ std::shared_ptr<CockpitStores::Open> CockpitStores::writing()
     return writer_.stores;
 }
 
-void CockpitStores::write(std::function<void(Open&)> work)
+void CockpitStores::write(std::function<void(Open&)> work, std::function<void(const std::string& why)> failed)
 {
     writes_.setMaxThreadCount(1);
-    writes_.start([this, job = std::move(work)] { job(*writing()); });
+    writes_.start([this, job = std::move(work), tell = std::move(failed)] {
+        const StoreFailures::Scope failures;
+        job(*writing());
+        if (!failures.sentences().empty())
+            tell(Text::join(failures.sentences(), "; "));
+    });
 }
 
 } // namespace mervo

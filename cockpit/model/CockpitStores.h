@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace mervo {
@@ -47,14 +48,16 @@ public:
         std::optional<std::vector<PolicyRule>> rules;
         std::vector<FeedbackItem> questions; ///< the open ones for the cockpit
     };
-    /// Nothing when the database cannot be read now. Main thread; waits 50 ms at most.
-    std::optional<Reading> read();
+    /// Nothing when the database cannot be read now, for the reason that `why` receives as a sentence. Main thread;
+    /// waits 50 ms at most.
+    std::optional<Reading> read(std::string& why);
 
     /// The stores to write to. Opens, and so creates, the database; may wait. Any thread.
     std::shared_ptr<Open> writing();
 
-    /// Runs the work on the thread of writes, after what was given before. Main thread.
-    void write(std::function<void(Open&)> work);
+    /// Runs the work on the thread of writes, after what was given before, and tells there what the stores could not do
+    /// in it: sentences joined by "; ". Main thread.
+    void write(std::function<void(Open&)> work, std::function<void(const std::string& why)> failed);
 
 private:
     struct Connection {
@@ -63,6 +66,7 @@ private:
         bool isCurrent() const;
     };
     static Connection connected(std::shared_ptr<MervoDB> db);
+    std::optional<Reading> readNow();
     std::optional<Reading> readSnapshot(Database& database, Open& stores);
 
     Connection reader_;

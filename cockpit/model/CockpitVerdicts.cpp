@@ -97,15 +97,18 @@ void CockpitModel::approveAction(const PendingAction& action)
         [this, action](const Approval::Run& end) { finishApproval(action, end); });
 }
 
+/// What the stores could not do comes before what the tool said, and counts as a failure: an act without its row.
 void CockpitModel::finishApproval(const PendingAction& action, const Approval::Run& end)
 {
     --busyCount_;
     if (const auto* done = std::get_if<Approval::Executed>(&end)) {
-        setLastResult("✅ " + action.tool + " - " + done->output);
+        const std::string warnings = Text::join(done->warnings, "; ");
+        setLastResult(warnings.empty() ? "✅ " + action.tool + " - " + done->output
+                                       : "❌ " + action.tool + " ran, but " + warnings + " - " + done->output);
     } else {
         const auto& failed = std::get<Approval::Failed>(end);
-        const char* lost = failed.queuedAgain ? "" : " (it could not be put back into the queue)";
-        setLastResult("❌ " + action.tool + " - " + failed.error + lost);
+        const std::string warnings = Text::join(failed.warnings, "; ");
+        setLastResult("❌ " + action.tool + " - " + failed.error + (warnings.empty() ? "" : " (" + warnings + ")"));
     }
     reload();
 }
@@ -122,7 +125,7 @@ void CockpitModel::rejectAction(const PendingAction& action, const std::string& 
     showQueue();
     updateCounts();
     refreshIcon();
-    stores_.write([this, action, reason](CockpitStores::Open& open) {
+    write("rejecting " + action.tool, [this, action, reason](CockpitStores::Open& open) {
         const bool removed = Approval::reject(action, reason, {PendingStore(), open.audit, open.asks});
         work_.come(*this, [this, action, result = removed ? "🚫 rejected " + action.tool : notTaken(action)] {
             deciding_.erase(action.id);
@@ -144,7 +147,7 @@ void CockpitModel::answer(const QString& questionId, const QString& text)
     questions_.show(openQuestions_);
     updateCounts();
     refreshIcon();
-    stores_.write([this, id, answer](CockpitStores::Open& open) {
+    write("answering", [this, id, answer](CockpitStores::Open& open) {
         open.feedback.answer(id, answer);
         logHuman(
             open, "ask_answer", {{"id", id}, {"answer", std::string(Text::firstCharacters(answer, kAnswerLimit))}});
@@ -161,14 +164,21 @@ void CockpitModel::setAutonomy(const QString& word)
     if (!mode || !settings_.setAutonomyMode(*mode))
         return;
     refreshIcon();
-    stores_.write([mode = std::string(rawValue(*mode))](CockpitStores::Open& open) {
+    write("changing the level", [mode = std::string(rawValue(*mode))](CockpitStores::Open& open) {
         logHuman(open, "set_autonomy", {{"mode", mode}}, "human_toggle");
+    });
+}
+
+void CockpitModel::write(const std::string& task, std::function<void(CockpitStores::Open&)> work)
+{
+    stores_.write(std::move(work), [this, task](const std::string& why) {
+        work_.come(*this, [this, text = "❌ " + task + " - " + why] { setLastResult(text); });
     });
 }
 
 void CockpitModel::writeRules(std::function<void(CockpitStores::Open&)> change)
 {
-    stores_.write([this, change = std::move(change)](CockpitStores::Open& open) {
+    write("changing the rules", [this, change = std::move(change)](CockpitStores::Open& open) {
         change(open);
         work_.come(*this, [this] { readDatabase(); });
     });

@@ -22,9 +22,9 @@ bool QueueReader::refresh()
 {
     ++refreshes_;
     bool changed = false;
-    std::error_code error;
-    for (std::filesystem::directory_iterator entry(folder_, error), end; !error && entry != end;
-         entry.increment(error)) {
+    failure_.clear();
+    for (std::filesystem::directory_iterator entry(folder_, failure_), end; !failure_ && entry != end;
+         entry.increment(failure_)) {
         std::string name = entry->path().filename();
         if (!name.ends_with(kExtension))
             continue;
@@ -32,7 +32,10 @@ bool QueueReader::refresh()
         known.seenAt = refreshes_;
         changed = look(entry->path(), known) || changed;
     }
-    changed = forgetUnseen() || changed;
+    if (failure_ == std::errc::no_such_file_or_directory)
+        failure_.clear();
+    if (!failure_)
+        changed = forgetUnseen() || changed;
     if (!changed)
         return false;
     actions_.clear();

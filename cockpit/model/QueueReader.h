@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <unordered_map>
 #include <vector>
 
@@ -21,6 +22,9 @@ public:
     bool refresh();
     /// Oldest first. What cannot be read or decoded is left out, and what stands under a name that is not its id.
     const std::vector<PendingAction>& actions() const { return actions_; }
+    /// Why the folder could not be read at the last refresh, which then has changed nothing; none where it is not
+    /// there.
+    std::error_code failure() const { return failure_; }
     /// How many files are left out; one that has just changed is not counted yet, it may be in the middle of being
     /// written.
     std::size_t damaged() const;
@@ -40,6 +44,7 @@ private:
     std::unordered_map<std::string, Known> known_; ///< by file name
     std::uint64_t refreshes_ = 0;
     std::vector<PendingAction> actions_;
+    std::error_code failure_;
 };
 
 } // namespace mervo

@@ -48,6 +48,7 @@ void Shell::start()
     StatusIconDriver& icon = *model_->icon();
     connect(&icon, &StatusIconDriver::imageChanged, &item_, [this, &icon] { item_.setImage(icon.state(), icon.t()); });
     connect(model_.get(), &CockpitModel::waitingCountChanged, this, &Shell::updateSummary);
+    connect(model_.get(), &CockpitModel::unreadableChanged, this, &Shell::updateSummary);
     connect(model_.get(), &CockpitModel::autonomyModeChanged, this, &Shell::updateSummary);
     connect(model_.get(), &CockpitModel::activationRequested, this, &Shell::open);
     connect(popover_.get(), &Popover::settingsRequested, this, &Shell::openSettings);
@@ -74,7 +75,7 @@ void Shell::applyAppearance()
 
 void Shell::updateSummary()
 {
-    item_.setSummary(modeName(model_->autonomyMode()), model_->waitingCount());
+    item_.setSummary(modeName(model_->autonomyMode()), model_->waitingCount(), model_->unreadable());
 }
 
 void Shell::openSettings()

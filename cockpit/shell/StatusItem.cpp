@@ -12,11 +12,12 @@ namespace {
 
 constexpr int kCompared = 24; ///< pixels of the drawing by which one frame is told from the next
 
-QString waitingText(int waiting)
+QString waitingText(int waiting, const QString& unreadable)
 {
-    return waiting == 0 ? "nothing waits for you"
-        : waiting == 1  ? "1 waits for you"
-                        : QString("%1 wait for you").arg(waiting);
+    const QString text = waiting == 0 ? QString("nothing waits for you")
+        : waiting == 1                ? QString("1 waits for you")
+                                      : QString("%1 wait for you").arg(waiting);
+    return unreadable.isEmpty() ? text : waiting == 0 ? unreadable : text + "; " + unreadable;
 }
 
 /// The pointer, when it stands on a panel: an icon without a known place was clicked there.
@@ -96,9 +97,9 @@ void StatusItem::setImage(const StatusIconState& state, double t)
     repaint();
 }
 
-void StatusItem::setSummary(const QString& mode, int waiting)
+void StatusItem::setSummary(const QString& mode, int waiting, const QString& unreadable)
 {
-    summary_ = "Mervo (" + mode + "): " + waitingText(waiting);
+    summary_ = "Mervo (" + mode + "): " + waitingText(waiting, unreadable);
     open_->setText(waiting == 0 ? QString("Open Mervo") : QString("Open Mervo (%1)").arg(waiting));
     if (icon_)
         icon_->setToolTip(summary_);

@@ -28,7 +28,8 @@ public:
     void hide(); ///< for good
 
     void setImage(const StatusIconState& state, double t);
-    void setSummary(const QString& mode, int waiting);
+    /// `unreadable` says what of the queue cannot be read; it may be empty.
+    void setSummary(const QString& mode, int waiting, const QString& unreadable);
     /// Draws again, in the colours that the ground under the icon has now. A drawing that looks like the one that is
     /// shown goes nowhere: each costs the panel's process work as well.
     void repaint();

@@ -72,6 +72,11 @@ ReadingOrder {
         StatusLine {
             Layout.fillWidth: true
             theme: root.theme
+            result: root.model.trouble
+        }
+        StatusLine {
+            Layout.fillWidth: true
+            theme: root.theme
             result: root.model.lastResult
         }
         Footer {

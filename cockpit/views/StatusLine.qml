@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Mervo.Cockpit
 
-/** What came of the last operation, in the colour of its first sign; opens to the whole text. */
+/** What came of the last operation, or what is wrong at present, in the colour of its first sign; opens to the whole text. */
 Item {
     id: root
 
@@ -13,6 +13,7 @@ Item {
     readonly property var looks: ({
             "✅": ["checkmark.circle.fill", "green"],
             "❌": ["exclamationmark.circle.fill", "red"],
+            "⚠": ["exclamationmark.triangle.fill", "orange"],
             "⏳": ["hourglass", "blue"],
             "🚫": ["nosign", "orange"],
             "▶": ["play.circle", "blue"],

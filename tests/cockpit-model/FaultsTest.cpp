@@ -83,11 +83,11 @@ TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
     test::writeFile(home / "automations/broken/loop.json", "{");
     start();
     EXPECT_EQ(model->approvals()->rowCount(), 1);
-    EXPECT_THAT(result(), testing::HasSubstr("is no JSON object"));
+    EXPECT_THAT(model->trouble().toStdString(), testing::HasSubstr("is no JSON object"));
     EXPECT_TRUE(until([&] {
         model->reload();
-        return result().find("2 files of the queue cannot be read; \"mervo doctor\" says more") != std::string::npos;
-    })) << result();
+        return model->unreadable() == "2 waiting files cannot be read; run mervo doctor";
+    })) << model->unreadable().toStdString();
     test::writeFile(home / "pending/B.json", draft("B").encode());
     model->reload();
     EXPECT_EQ(model->approvals()->rowCount(), 2);
@@ -102,6 +102,35 @@ TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
     test::writeFile(home / "pending", "a file in the folder's place");
     model->approve(key());
     EXPECT_EQ(result(), "mail.draft - no longer waiting");
+}
+
+TEST_F(Faults, WhatAStoreCouldNotDoIsSaidAndGoesWhenItWorksAgain)
+{
+    elsewhere({"ask", "Q1", "?"});
+    queue(draft("A"));
+    queue(draft("B"));
+    start();
+    const std::string whole = test::readFile(home / "mervo.sqlite");
+    test::writeFile(home / "mervo.sqlite", std::string(5000, 'x'));
+    model->reload();
+    EXPECT_EQ(model->trouble(), "") << "at one tick it is no news";
+    steady += std::chrono::seconds(3);
+    model->reload();
+    EXPECT_THAT(
+        model->trouble().toStdString(), testing::StartsWith("❌ the audit trail and the rules could not be read"));
+    EXPECT_EQ(model->questions()->rowCount(), 1) << "what was known stays";
+    model->answer("Q1", "Oui");
+    ASSERT_TRUE(until([&] { return result().starts_with("❌ answering - "); })) << result();
+    model->approve(key());
+    ASSERT_TRUE(until([&] {
+        return result().starts_with("❌ mail.draft ran, but the audit row could not be written: ");
+    })) << result();
+    model->reject(key(), "");
+    ASSERT_TRUE(until([&] { return result().starts_with("❌ rejecting mail.draft - "); })) << result();
+    EXPECT_EQ(model->icon()->state().attention, StatusIconState::Attention::error);
+    test::writeFile(home / "mervo.sqlite", whole);
+    model->reload();
+    EXPECT_EQ(model->trouble(), "");
 }
 
 TEST_F(Faults, AFileChangedWithinOneTickOfTheClockIsSeen)

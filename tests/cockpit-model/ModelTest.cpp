@@ -112,12 +112,18 @@ TEST_F(Model, ShowsEveryArgumentAndNothingAsMarkup)
 {
     auto action = draft("A", "<b>\u202Eevil");
     action.args["body"] = std::string(2100, 'x');
+    action.args["subjekt"] = "Hi";
     action.preview = "2 message(s)\x1b";
     queue(action);
     start();
     const auto& cards = *model->approvals();
     const auto arguments = role(cards, 0, ApprovalListModel::ArgumentsRole).toList();
-    ASSERT_EQ(arguments.size(), 3);
+    ASSERT_EQ(arguments.size(), 4);
+    EXPECT_EQ(arguments[1].toMap().value("remark").toString(), "");
+    EXPECT_TRUE(arguments[2].toMap().value("hasNoEffect").toBool());
+    const QString remark = role(cards, 0, ApprovalListModel::RemarksRole).toString();
+    EXPECT_TRUE(remark.startsWith("mail.draft ignores subjekt")) << remark.toStdString();
+    EXPECT_EQ(arguments[2].toMap().value("remark").toString(), remark);
     EXPECT_EQ(arguments[0].toMap().value("cutBy").toInt(), 100);
     EXPECT_EQ(arguments[0].toMap().value("shown").toString().size(), 2000);
     EXPECT_EQ(arguments[0].toMap().value("whole").toString().size(), 2100);

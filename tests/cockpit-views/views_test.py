@@ -322,6 +322,22 @@ class Hostile(Popover):
         self.assertEqual(self.process.wait(10), 0, self.process.stderr.read())
 
 
+class Damage(Popover):
+    def test_what_cannot_be_read_is_never_all_clear(self):
+        (self.home / "pending").mkdir(exist_ok=True)
+        (self.home / "pending/AAAA0001.json").write_text("{")
+        self.show()
+        find(self.view, "label", "1 waiting file cannot be read; run mervo doctor")
+        self.assertFalse(look(self.view, "label", "All clear"))
+        self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=news@shop.example", "olderthan=30")
+        card = self.card("mail.delete")
+        find(self.view, "label", "1 waiting file cannot be read; run mervo doctor")
+        remark = "mail.delete ignores olderthan"
+        self.assertIn(remark, card.description)
+        press(find(card, "push button", "4 arguments"))
+        find(card, "label", lambda name: name.startswith(remark))
+
+
 if __name__ == "__main__":
     PROGRAMS, HOST = sys.argv.pop(), sys.argv.pop()
     warnings.simplefilter("ignore", DeprecationWarning)  # of pyatspi's own

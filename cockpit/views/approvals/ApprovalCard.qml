@@ -20,6 +20,7 @@ FocusScope {
     required property string age
     required property string summary
     required property string detail
+    required property string remarks ///< of arguments without an effect or with an unlikely one; a line each
     required property string preview
     required property bool hasEmail
     required property string emailTo
@@ -97,7 +98,7 @@ FocusScope {
         activeFocusOnTab: true
         Accessible.role: Accessible.ListItem
         Accessible.name: root.age === "" ? root.tool : root.tool + ", " + root.age
-        Accessible.description: root.preview === "" ? root.detail : root.detail + "\n" + root.preview
+        Accessible.description: (root.detail + "\n" + root.remarks + "\n" + root.preview).trim()
         Accessible.focusable: true
 
         ColumnLayout {
@@ -166,6 +167,17 @@ FocusScope {
                 text: root.detail
                 wrapMode: Text.Wrap
                 maximumLineCount: 4
+                elide: Text.ElideRight
+            }
+            PlainText {
+                Layout.fillWidth: true
+                visible: text !== ""
+                theme: root.theme
+                text: root.remarks
+                color: root.theme.dim
+                font.pixelSize: root.theme.smallSize
+                wrapMode: Text.Wrap
+                maximumLineCount: 6
                 elide: Text.ElideRight
             }
             RowLayout {

@@ -77,6 +77,14 @@ Item {
             bottomPadding: root.theme.unit
             spacing: root.theme.unit
 
+            PlainText {
+                width: parent.width
+                visible: text !== ""
+                theme: root.theme
+                text: root.cockpit.unreadable
+                color: root.theme.ink("orange")
+                wrapMode: Text.Wrap
+            }
             SectionTitle {
                 visible: questions.count > 0
                 theme: root.theme
@@ -112,13 +120,15 @@ Item {
         }
     }
     EmptyState {
+        readonly property bool isWhole: root.cockpit.unreadable === "" && !root.cockpit.trouble.startsWith("❌")
+
         anchors.centerIn: parent
         width: parent.width - root.theme.unit * 8
         visible: !list.visible
         theme: root.theme
-        symbol: "checkmark.seal.fill"
-        ink: root.theme.ink("green")
-        title: "All clear"
-        text: "No actions awaiting approval"
+        symbol: isWhole ? "checkmark.seal.fill" : "exclamationmark.triangle.fill"
+        ink: root.theme.ink(isWhole ? "green" : "orange")
+        title: isWhole ? "All clear" : "Not all can be seen"
+        text: root.cockpit.unreadable !== "" ? root.cockpit.unreadable : isWhole ? "No actions awaiting approval" : ""
     }
 }

@@ -8,7 +8,7 @@ Column {
     id: root
 
     required property Theme theme
-    required property var list ///< of { name, shown, whole, cutBy }
+    required property var list ///< of { name, shown, whole, cutBy, hasNoEffect, remark }
 
     spacing: theme.unit
 
@@ -25,12 +25,41 @@ Column {
 
             RowLayout {
                 PlainText {
-                    Layout.fillWidth: true
+                    Layout.fillWidth: !effect.visible
+                    Layout.maximumWidth: row.width / 2
                     theme: root.theme
                     text: row.modelData.name
                     color: root.theme.dim
                     font.pixelSize: root.theme.smallSize
                     elide: Text.ElideMiddle
+                }
+                PlainText {
+                    id: effect
+
+                    Layout.fillWidth: true
+                    visible: row.modelData.remark !== ""
+                    theme: root.theme
+                    text: row.modelData.hasNoEffect ? "no effect" : row.modelData.remark
+                    color: root.theme.dim
+                    font.pixelSize: root.theme.smallSize
+                    font.italic: true
+                    elide: Text.ElideRight
+                    Accessible.name: row.modelData.remark
+
+                    HoverHandler {
+                        id: mouse
+                    }
+                    Repeater {
+                        model: mouse.hovered ? 1 : 0
+                        delegate: Item {
+                            anchors.fill: parent
+
+                            Tip {
+                                theme: root.theme
+                                text: row.modelData.remark
+                            }
+                        }
+                    }
                 }
                 Disclosure {
                     visible: row.modelData.cutBy > 0
