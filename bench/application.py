@@ -19,7 +19,7 @@ sys.path[:0] = [str(ROOT / "tests/cockpit-views"), str(ROOT / "tests/cockpit-she
 
 import desktop  # noqa: E402
 from gi.repository import GLib  # noqa: E402
-from doubles import Watcher, come, pump  # noqa: E402
+from doubles import Panel, Watcher, come, pump  # noqa: E402
 
 INSIDE_THE_POPOVER = (1160, 400)
 
@@ -43,9 +43,9 @@ class Screen:
         return colour
 
 
-def pss(process):
+def pss(process, kind="Pss"):
     text = pathlib.Path("/proc/%d/smaps_rollup" % process.pid).read_text()
-    return next(int(line.split()[1]) for line in text.splitlines() if line.startswith("Pss:"))
+    return next(int(line.split()[1]) for line in text.splitlines() if line.startswith(kind + ":"))
 
 
 def sleeps(process):
@@ -145,6 +145,33 @@ class Bench:
         tray.close()
 
 
+    def moving(self, programs, folder, seconds):
+        """Ten actions wait, so the icon moves, and a panel reads every frame."""
+        home = pathlib.Path(folder, "moving")
+        (home / "pending").mkdir(parents=True)
+        for number in range(10):
+            action = {"id": "AAAA%04d" % number, "tool": "mail.delete", "args": {"from": "shop"}, "summary": "Delete",
+                      "createdAt": "2026-01-01T10:00:00Z"}
+            (home / "pending" / (action["id"] + ".json")).write_text(json.dumps(action), encoding="utf-8")
+        for name in ("cockpit", "bare"):
+            panel = Panel()
+            process = self.display.start([programs[name], "--moving"][:1 if name == "cockpit" else 2],
+                                         env=dict(os.environ, MERVO_HOME=str(home)))
+            come("an icon", lambda: panel.items)
+            panel.watch(5)
+            said = tempfile.TemporaryFile()
+            monitor = self.display.start(["dbus-monitor", "--session", "--binary"], stdout=said)
+            before = worked(process), pss(process, "Private_Dirty")
+            frames = panel.watch(seconds)
+            self.take(name + " moving", grown(before[0], worked(process)) / seconds)
+            self.take(name + " growth", pss(process, "Private_Dirty") - before[1])
+            self.display.end(monitor)
+            self.take(name + " bytes", os.fstat(said.fileno()).st_size / seconds / 1000)
+            self.take(name + " frames", frames / seconds)
+            self.display.end(process)
+            panel.close()
+
+
 def main():
     cockpit, bare, rounds, seconds = sys.argv[1], sys.argv[2], int(sys.argv[3]), float(sys.argv[4])
     display = desktop.Desktop()
@@ -160,6 +187,8 @@ def main():
             bench.samples.clear()  # the first round finds nothing in memory
             for _ in range(rounds):
                 bench.round(programs, folder)
+            for number in range(3):
+                bench.moving(programs, folder + "/%d" % number, seconds / 10)
             bench.idle(programs, folder, seconds)
         print(json.dumps(bench.samples))
     finally:

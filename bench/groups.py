@@ -257,6 +257,11 @@ def application(bench):
         Figure("the same, opened and closed again", got["closed again"], got["bare"], bare, ceiling, True, "memory"),
         Figure(f"wake-ups in {idle}", got["cockpit wake-ups"], None, "", 0.5, True, "rate"),
         Figure(f"processor time of {idle}", got["cockpit work"]),
+        Figure("processor time in a second, while ten actions wait and the icon moves", got["cockpit moving"],
+               got["bare moving"], "a bare icon with two pictures in turns", 3 * MS, True),
+        Figure("kilobytes on the session bus of it", got["cockpit bytes"], got["bare bytes"], "the same", 60, True, "rate"),
+        Figure("frames of it", got["cockpit frames"], got["bare frames"], "the same", 12.01, True, "rate"),
+        Figure(f"memory grown in {IDLE // 10} seconds of it", got["cockpit growth"], unit="memory"),
     ]
     return figures + (peer(got) if "keepassxc" in got else [])
 
