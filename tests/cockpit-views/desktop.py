@@ -112,8 +112,14 @@ def is_shown(node):
 def look(node, role=None, name=None, anywhere=False):
     """The nodes that have this role and this name (a text, or a test of it), and are shown unless `anywhere`."""
     matches = name if callable(name) else (lambda text: name is None or text == name)
-    return [one for one in walk(node)
-            if (role is None or one.getRoleName() == role) and matches(one.name) and (anywhere or is_shown(one))]
+
+    def is_meant(one):
+        try:
+            return (role is None or one.getRoleName() == role) and matches(one.name)
+        except Exception:  # it vanished since the walk came by
+            return False
+
+    return [one for one in walk(node) if is_meant(one) and (anywhere or is_shown(one))]
 
 
 def find(node, role, name, anywhere=False):
