@@ -145,12 +145,16 @@ class Lines(Case):
 
     def test_a_line_beyond_the_bound_is_refused_and_passed_over(self):
         peer = self.session()
-        peer.send(b'{"jsonrpc":"2.0","id":1,"method":"ping","params":{"x":"' + b"a" * (200 << 20) + b'"}}')
+        peer.process.stdin.write(b'{"jsonrpc":"2.0","id":1,"method":"ping","params":{"x":"')
+        for _ in range(400):
+            peer.process.stdin.write(b"a" * (1 << 20))
+        peer.send(b'"}}')
         self.assertEqual(peer.answer()["error"]["code"], INVALID)
         self.assertEqual(peer.ask(request(2, "ping"))["id"], 2)
         with open(f"/proc/{peer.process.pid}/status", encoding="ascii") as status:
             memory = next(int(line.split()[1]) for line in status if line.startswith("VmHWM:"))
-        self.assertLess(memory, 150 * 1024, "kB: a line that is thrown away is not kept")
+        # Half of it is a sanitizer's, where there is one: freed memory that it holds back.
+        self.assertLess(memory, 350 * 1024, "kB: a line that is thrown away is not kept")
 
 
 class Beginnings(Case):
