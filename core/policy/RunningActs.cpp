@@ -21,15 +21,14 @@ constexpr std::string_view kExtension = ".json";
 constexpr std::string_view kUnfinished = ".new";
 constexpr std::size_t kLongest = 128 * 1024 * 1024; ///< 16 MiB of arguments, at up to six bytes for one
 constexpr std::chrono::minutes kOld{1};
+constexpr std::string_view kEnding = "\n"; ///< behind the object: the row is being written
+constexpr std::int64_t kRowsLookedThrough = 200;
 constexpr std::string_view kEnded = "mervo was ended while this ran; it may have acted";
 
 fs::path folder(const fs::path& home)
 {
     return home / ".runtime" / "acts";
 }
-
-constexpr std::string_view kEnding = "\n"; ///< behind the object: the row is being written
-constexpr std::int64_t kRowsLookedThrough = 200;
 
 struct Act {
     std::string actor, tool, why, startedAt;
