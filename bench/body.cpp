@@ -64,9 +64,10 @@ nlohmann::json measure(int rounds)
             const std::string whole = repeated(part, kSize), quarter = repeated(part, kSize / 4);
             const std::pair<std::string, std::int64_t> taken[] = {{name, cleaned(whole)},
                 {std::string(name) + "-quarter", cleaned(quarter)}, {std::string(name) + "-pass", searched(whole)}};
-            for (const auto& [series, time] : taken)
+            for (const auto& [series, time] : taken) {
                 if (round >= 0)
                     samples[series]["wall"].push_back(time);
+            }
         }
     }
     return samples;

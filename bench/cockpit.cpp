@@ -48,11 +48,12 @@ void write(const fs::path& file, const std::string& text)
 
 void prepare(const fs::path& home, int actions, int automations)
 {
-    for (int i = 0; i < actions; ++i)
+    for (int i = 0; i < actions; ++i) {
         PendingStore().save({fmt::format("{:08X}", i), "mail.send",
             {{"to", "person@mail.example.org"}, {"subject", fmt::format("Topic {}", i)},
                 {"body", std::string(2000, 'b')}},
             fmt::format("mail.send subject=Topic {}", i), "2026-01-01T08:00:00Z", std::nullopt});
+    }
     for (int i = 0; i < automations; ++i) {
         const std::string name = fmt::format("loop-{:02}", i);
         write(home / "automations" / name / "loop.json",
@@ -66,9 +67,10 @@ void prepare(const fs::path& home, int actions, int automations)
 std::int64_t stampsOf(const fs::path& home)
 {
     std::vector<std::string> files;
-    for (const char* folder : {"pending", "automations", ".runtime"})
+    for (const char* folder : {"pending", "automations", ".runtime"}) {
         for (const auto& entry : fs::recursive_directory_iterator(home / folder))
             files.push_back(entry.path());
+    }
     return timed([&] {
         for (const auto& file : files) {
             struct stat found { };

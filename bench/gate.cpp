@@ -182,15 +182,16 @@ int main(int count, char** words)
 {
     try {
         const std::string what = count > 1 ? words[1] : "";
-        if (what == "prepare" && count == 5)
+        if (what == "prepare" && count == 5) {
             mervo::bench::prepare(words[2], std::stoll(words[3]), std::stoll(words[4]));
-        else if (what == "midnight" && count == 3)
+        } else if (what == "midnight" && count == 3) {
             mervo::bench::forgetToday(words[2]);
-        else if (what == "measure" && count == 4)
+        } else if (what == "measure" && count == 4) {
             std::puts(mervo::bench::measure(words[2], std::stoi(words[3])).dump().c_str());
-        else
+        } else {
             throw std::runtime_error(
                 "usage: bench-gate prepare FOLDER RULES ROWS | midnight FOLDER | measure FOLDER ROUNDS");
+        }
         return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bench-gate: %s\n", error.what());

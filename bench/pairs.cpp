@@ -71,9 +71,8 @@ nlohmann::json measure(int rounds, std::vector<Series> all)
         }
     }
     nlohmann::json result;
-    for (Series& series : all) {
+    for (Series& series : all)
         result[series.name] = {{"wall", series.wall}, {"cpu", series.cpu}, {"notes", series.measure->notes()}};
-    }
     return result;
 }
 

@@ -16,9 +16,8 @@ using namespace mervo::mcp;
 
 void require(bool holds)
 {
-    if (!holds) {
+    if (!holds)
         std::abort();
-    }
 }
 
 /// What must hold of every line that leaves the server.

@@ -183,11 +183,12 @@ void lay(QImage& image, const Stroke& stroke)
     const Shape shape(stroke, image.width());
     for (int row = 0; row < image.height(); ++row) {
         auto* pixels = reinterpret_cast<QRgb*>(image.scanLine(row));
-        for (int column = 0; column < image.width(); ++column)
+        for (int column = 0; column < image.width(); ++column) {
             if (const float share =
                     shape.coverage(static_cast<float>(column) - middle, middle - static_cast<float>(row));
                 share > 0)
                 pixels[column] = laid(pixels[column], stroke.colour, share);
+        }
     }
 }
 

@@ -91,12 +91,14 @@ std::string_view tint(std::string_view tool)
 std::string detailLine(const Args& args)
 {
     std::vector<std::string> parts;
-    for (const std::string_view key : kFirstKeys)
+    for (const std::string_view key : kFirstKeys) {
         if (const std::string* value = find(args, key))
             parts.push_back(part(std::string(key), *value));
-    for (const auto& [key, value] : args)
+    }
+    for (const auto& [key, value] : args) {
         if (key != "account" && std::ranges::find(kFirstKeys, key) == kFirstKeys.end())
             parts.push_back(part(key, value));
+    }
     return Text::join(parts, " · ");
 }
 

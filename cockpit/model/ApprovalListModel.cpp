@@ -132,11 +132,12 @@ void ApprovalListModel::show(std::span<const PendingAction> actions, Timestamps:
     wanted.reserve(actions.size());
     for (const PendingAction& action : actions) {
         const auto found = known.find(action.id);
-        if (found != known.end() && found->second->shown == action)
+        if (found != known.end() && found->second->shown == action) {
             wanted.push_back(*found->second);
-        else
+        } else {
             wanted.push_back(
                 {action, QString::fromStdString(action.id + "-" + ActionPresentation::digest(action)), {}});
+        }
         wanted.back().age = ageOf(action, now);
     }
     rows_.show(*this, std::move(wanted), [this](int row) { Q_EMIT dataChanged(index(row), index(row), {AgeRole}); });
@@ -156,9 +157,10 @@ void ApprovalListModel::showAges(Timestamps::Time now)
 
 const PendingAction* ApprovalListModel::action(const QString& key) const
 {
-    for (const Row& row : rows_.all())
+    for (const Row& row : rows_.all()) {
         if (row.key == key)
             return &row.shown;
+    }
     return nullptr;
 }
 

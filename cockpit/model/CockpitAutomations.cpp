@@ -113,9 +113,10 @@ QVariantList CockpitModel::promptBlocks(const QString& name) const
 {
     QVariantList list;
     const Automation* found = automation(name);
-    for (const PromptBlock& block : mervo::promptBlocks(found == nullptr ? std::string_view() : found->agentPrompt()))
+    for (const PromptBlock& block : mervo::promptBlocks(found == nullptr ? std::string_view() : found->agentPrompt())) {
         list.append(QVariantMap{{"kind", QString::fromLatin1(rawValue(block.kind))}, {"level", block.level},
             {"text", ShownText::block(block.text)}});
+    }
     return list;
 }
 
@@ -143,9 +144,10 @@ void CockpitModel::addIMAPAccount(const QString& mailAccountName, const QString&
                 std::erase_if(accounts, [&](const IMAPArchiveAccount& other) { return other.email == account.email; });
                 accounts.push_back(account);
             });
-            if (saved)
+            if (saved) {
                 logAccount(
                     "add_imap_account", {{"email", account.email}, {"mailAccountName", account.mailAccountName}});
+            }
         });
 }
 

@@ -123,9 +123,10 @@ void CockpitModel::showQueue()
 /// result of the person's doing, loses nothing, and is tried again at the next tick.
 void CockpitModel::recordEndedActs()
 {
-    if (RunningActs::any(ConfigDir::url()))
+    if (RunningActs::any(ConfigDir::url())) {
         stores_.write([](CockpitStores::Open& open) { RunningActs::recordEnded(ConfigDir::url(), open.audit); },
             [](const std::string&) {});
+    }
 }
 
 void CockpitModel::readDatabase()

@@ -47,13 +47,16 @@ private:
         const std::string_view text = Text::trimmed(line);
         if (text.empty())
             return endParagraph();
-        for (std::size_t i = 0; i < kHeadings.size(); ++i)
-            if (text.starts_with(kHeadings[i]))
+        for (std::size_t i = 0; i < kHeadings.size(); ++i) {
+            if (text.starts_with(kHeadings[i])) {
                 return add(PromptBlock::Kind::heading, static_cast<int>(kHeadings.size() - i),
                     text.substr(kHeadings[i].size()));
-        for (const std::string_view bullet : kBullets)
+            }
+        }
+        for (const std::string_view bullet : kBullets) {
             if (text.starts_with(bullet))
                 return add(PromptBlock::Kind::bullet, 0, text.substr(bullet.size()));
+        }
         paragraph_.emplace_back(text);
     }
 

@@ -40,9 +40,10 @@ QHash<int, QByteArray> QuestionListModel::roleNames() const
 void QuestionListModel::show(std::span<const FeedbackItem> questions)
 {
     std::vector<Row> wanted;
-    for (const FeedbackItem& item : questions)
+    for (const FeedbackItem& item : questions) {
         wanted.push_back({QString::fromStdString(item.id), ShownText::line(item.automation.value_or("")),
             ShownText::block(item.text)});
+    }
     rows_.show(*this, std::move(wanted), [this](int row) { Q_EMIT dataChanged(index(row), index(row)); });
 }
 

@@ -39,9 +39,10 @@ bool QueueReader::refresh()
     if (!changed)
         return false;
     actions_.clear();
-    for (const auto& [name, file] : known_)
+    for (const auto& [name, file] : known_) {
         if (file.action)
             actions_.push_back(*file.action);
+    }
     std::ranges::sort(actions_, {}, [](const PendingAction& action) { return std::tie(action.createdAt, action.id); });
     return true;
 }

@@ -18,15 +18,15 @@ Options Options::parse(std::span<char* const> words)
 {
     Options options;
     for (const std::string_view word : words) {
-        if (word == "--help" || word == "-h")
+        if (word == "--help" || word == "-h") {
             options.task = Task::help;
-        else if (word == "--version")
+        } else if (word == "--version") {
             options.task = Task::version;
-        else if (word == "--open")
+        } else if (word == "--open") {
             options.open = true;
-        else if (word == "--hidden")
+        } else if (word == "--hidden") {
             options.hidden = true;
-        else {
+        } else {
             options.task = Task::wrongUsage;
             options.complaint = "\"" + std::string(word) + "\" is no option; see mervo-cockpit --help.";
             return options;

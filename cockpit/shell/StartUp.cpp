@@ -16,12 +16,13 @@ StartUp StartUp::ofThisBuild()
 
 void StartUp::run() const
 {
-    for (const auto* step : {&bootstrapHome, &reconcileAgents, &ensureHarvest, &makeUpdater})
+    for (const auto* step : {&bootstrapHome, &reconcileAgents, &ensureHarvest, &makeUpdater}) {
         try {
             (*step)();
         } catch (const std::exception& failure) {
             fmt::print(stderr, "mervo-cockpit: {}\n", failure.what());
         }
+    }
 }
 
 } // namespace mervo

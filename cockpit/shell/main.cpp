@@ -36,9 +36,10 @@ void whileStarting(QtMsgType type, const QMessageLogContext&, const QString& mes
 
 bool hasDisplay()
 {
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
         if (!qgetenv(name).isEmpty())
             return true;
+    }
     return false;
 }
 

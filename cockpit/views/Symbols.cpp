@@ -60,9 +60,10 @@ QIcon icon(const QString& symbol)
     const QStringList names = Symbols::iconNames(symbol);
     for (const QString& name : names) {
         const QString symbolic = name + "-symbolic";
-        for (const QString& form : {isColourful ? symbolic : name, isColourful ? name : symbolic})
+        for (const QString& form : {isColourful ? symbolic : name, isColourful ? name : symbolic}) {
             if (QIcon::hasThemeIcon(form))
                 return QIcon::fromTheme(form);
+        }
     }
     return {};
 }
@@ -73,7 +74,7 @@ QRgb ground(const QImage& image)
     constexpr int coarse = 5; // bits of a channel that do not matter
     QHash<QRgb, int> counts;
     QRgb most = 0;
-    for (int y = 0; y < image.height(); ++y)
+    for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             const QRgb pixel = image.pixel(x, y);
             if (qAlpha(pixel) < 128)
@@ -82,6 +83,7 @@ QRgb ground(const QImage& image)
             if (++counts[kind] >= counts.value(most))
                 most = kind;
         }
+    }
     constexpr int middle = 1 << (coarse - 1);
     return qRgb((qRed(most) << coarse) + middle, (qGreen(most) << coarse) + middle, (qBlue(most) << coarse) + middle);
 }
@@ -92,7 +94,7 @@ QImage inOneColour(QImage image, const QColor& colour)
     constexpr int same = 60, other = 120; // distances of channels from the ground
     image = image.convertToFormat(QImage::Format_ARGB32);
     const QRgb most = ground(image);
-    for (int y = 0; y < image.height(); ++y)
+    for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x) {
             const QRgb pixel = image.pixel(x, y);
             const int distance = std::max({std::abs(qRed(pixel) - qRed(most)), std::abs(qGreen(pixel) - qGreen(most)),
@@ -102,6 +104,7 @@ QImage inOneColour(QImage image, const QColor& colour)
             inked.setAlpha(qAlpha(pixel) * kept / (other - same));
             image.setPixelColor(x, y, inked);
         }
+    }
     return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
@@ -132,9 +135,10 @@ QStringList Symbols::all()
 void Symbols::useFallbackTheme()
 {
     QStringList places = QIcon::themeSearchPaths();
-    for (const QString& place : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation))
+    for (const QString& place : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
         if (!places.contains(place + "/icons"))
             places.append(place + "/icons");
+    }
     QIcon::setThemeSearchPaths(places);
     QIcon::setFallbackThemeName("breeze");
     if (QIcon::themeName().isEmpty() || QIcon::themeName() == "hicolor")

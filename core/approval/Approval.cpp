@@ -27,9 +27,10 @@ bool queuedAgain(const PendingAction& action, const PendingStore& pending)
 std::string verdict(const PendingAction& action, std::string_view note)
 {
     std::vector<std::string> parties;
-    for (const auto* key : {"from", "account"})
+    for (const auto* key : {"from", "account"}) {
         if (const auto found = action.args.find(key); found != action.args.end() && !found->second.empty())
             parties.push_back(found->second);
+    }
     std::string text = "refus de " + action.tool;
     if (!parties.empty())
         text += " (" + Text::join(parties, " ") + ")";

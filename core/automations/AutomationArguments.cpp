@@ -107,9 +107,10 @@ std::vector<Remark> remarks(const Args& args)
     };
     onlyFirst({"every", "everyMinutes", "at", "hours"});
     const std::string_view work = onlyFirst({"tool", "command", "prompt"});
-    if (work == "tool" || work == "command")
+    if (work == "tool" || work == "command") {
         for (const auto* name : {"client", "model", "effort", "background", "screen"})
             unused(name, fmt::format("beside {}: it is an agent's", work));
+    }
     if (work == "command" || work == "prompt")
         unused("args", fmt::format("beside {}: they are a tool's", work));
     if (work == "prompt")

@@ -48,10 +48,12 @@ bool flag(const Json& object, const char* key, bool otherwise)
 std::vector<std::int64_t> numbers(const Json& object, const char* key)
 {
     std::vector<std::int64_t> found;
-    if (const auto list = object.find(key); list != object.end() && list->is_array())
-        for (const Json& item : *list)
+    if (const auto list = object.find(key); list != object.end() && list->is_array()) {
+        for (const Json& item : *list) {
             if (item.is_number_integer())
                 found.push_back(item.get<std::int64_t>());
+        }
+    }
     return found;
 }
 

@@ -27,9 +27,10 @@ try {
     }
     known_ = std::move(met);
     std::vector<Automation> found;
-    for (const auto& [folder, known] : known_)
+    for (const auto& [folder, known] : known_) {
         if (known.automation)
             found.push_back(*known.automation);
+    }
     std::ranges::sort(found, {}, &Automation::name);
     return found;
 } catch (const std::exception&) {

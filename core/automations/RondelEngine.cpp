@@ -30,9 +30,10 @@ std::vector<Automation> list() noexcept
     std::error_code unreadable;
     const fs::path root = home();
     for (fs::directory_iterator entry(automationsDir(), unreadable), end; !unreadable && entry != end;
-         entry.increment(unreadable))
+         entry.increment(unreadable)) {
         if (auto automation = AutomationFolder::load(entry->path() / "loop.json", root))
             found.push_back(std::move(*automation));
+    }
     std::ranges::sort(found, {}, &Automation::name);
     return found;
 }

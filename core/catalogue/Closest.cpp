@@ -17,10 +17,11 @@ constexpr std::size_t kLongestId = 64; // no id is nearly as long, and the work 
 std::string plain(std::string_view id)
 {
     std::string text(id);
-    for (char& letter : text)
+    for (char& letter : text) {
         letter = letter == '_'               ? '.'
             : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A'))
                                              : letter;
+    }
     return text;
 }
 

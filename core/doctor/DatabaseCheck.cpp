@@ -39,12 +39,14 @@ std::optional<Check> ofTheFile(const fs::path& file)
 {
     if (!fs::is_regular_file(file))
         return broken(fmt::format("{} is no file", file.string()), "Move it away.");
-    if (!platform::isOurs(file))
+    if (!platform::isOurs(file)) {
         return broken(fmt::format("{} belongs to another user", file.string()),
             fmt::format("Make it yours: sudo chown \"$USER\" \"{}\".", file.string()));
-    if (!platform::canWrite(file))
+    }
+    if (!platform::canWrite(file)) {
         return broken(fmt::format("{} cannot be written", file.string()),
             fmt::format("Make it writable: chmod 600 \"{}\".", file.string()));
+    }
     return std::nullopt;
 }
 
@@ -97,10 +99,11 @@ Check ofTheContent(const fs::path& file, Database& database)
 {
     if (!isIntact(database))
         return damaged(file);
-    if (!canBeMigrated(database))
+    if (!canBeMigrated(database)) {
         return broken(
             fmt::format("{} holds tables that are not this program's and cannot be brought up to date", file.string()),
             "Move it away, or restore it from a backup.");
+    }
     Check check;
     check.state = State::works;
     if (isWhole(database))

@@ -75,9 +75,10 @@ Check ofKeys(const json& object, std::string_view text)
 std::vector<std::string> keptBeside(const fs::path& file)
 {
     std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(file.parent_path()))
+    for (const auto& entry : fs::directory_iterator(file.parent_path())) {
         if (entry.path().filename().string().starts_with(file.filename().string() + ".damaged"))
             names.push_back(Text::visibleLine(entry.path().string()));
+    }
     std::ranges::sort(names);
     return names;
 }
@@ -108,9 +109,10 @@ std::string partingCommands(const fs::path& home)
     std::string commands = fmt::format("mv {0} {1} && mkdir -m 700 {0} && cd {1}", quoted(home), quoted(aside));
     std::string state;
     for (const char* name : {"config.json", "config.json.damaged", "mervo.sqlite", "mervo.sqlite-journal", "pending",
-             "automations", ".runtime", ".migrated", ".lock"})
+             "automations", ".runtime", ".migrated", ".lock"}) {
         if (fs::exists(home / name))
             state += std::string(" ") + name;
+    }
     if (!state.empty())
         commands += " && mv -t " + quoted(home) + state;
     return commands + (fs::is_directory(home / "build") ? " && rm -rf build" : "");
@@ -119,9 +121,10 @@ std::string partingCommands(const fs::path& home)
 /// The first of the places that every call uses which belongs to somebody else; empty when all are ours.
 std::string notOurs(const fs::path& home)
 {
-    for (const fs::path& path : {home, home / "config.json", home / "mervo.sqlite", home / "pending"})
+    for (const fs::path& path : {home, home / "config.json", home / "mervo.sqlite", home / "pending"}) {
         if (!platform::isOurs(path))
             return path.string();
+    }
     return {};
 }
 

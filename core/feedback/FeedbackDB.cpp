@@ -126,11 +126,12 @@ std::int64_t FeedbackDB::gc(std::string_view keptSince, std::string_view now)
 std::vector<FeedbackItem> FeedbackDB::recent(
     const std::optional<std::string>& automation, std::int64_t limit, std::string_view now)
 {
-    if (automation)
+    if (automation) {
         return selected(*db_,
             "SELECT * FROM feedback\nWHERE (expires_at IS NULL OR expires_at > ?) AND (automation IS NULL OR "
             "automation = ?)\nORDER BY created_at DESC LIMIT ?;",
             now, *automation, limit);
+    }
     return selected(*db_,
         "SELECT * FROM feedback WHERE (expires_at IS NULL OR expires_at > ?)\nORDER BY created_at DESC LIMIT ?;", now,
         limit);

@@ -36,17 +36,19 @@ constexpr std::array kTexts{
 
 std::string_view rawValue(FeedbackItem::Kind kind)
 {
-    for (const auto& [value, word] : kKinds)
+    for (const auto& [value, word] : kKinds) {
         if (value == kind)
             return word;
+    }
     return {};
 }
 
 std::optional<FeedbackItem::Kind> feedbackKind(std::string_view rawValue)
 {
-    for (const auto& [value, word] : kKinds)
+    for (const auto& [value, word] : kKinds) {
         if (word == rawValue)
             return value;
+    }
     return std::nullopt;
 }
 
@@ -55,9 +57,10 @@ std::string FeedbackItem::encode() const
     nlohmann::json object{{"kind", rawValue(kind)}};
     for (const auto& [column, field] : kTexts)
         object[column] = this->*field;
-    for (const auto& [column, field] : kOptionals)
+    for (const auto& [column, field] : kOptionals) {
         if (this->*field)
             object[column] = *(this->*field);
+    }
     return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 

@@ -61,9 +61,10 @@ platform::FileLock lockHome(std::chrono::milliseconds patience)
     std::error_code why;
     if (auto lock = platform::FileLock::acquire(file, patience, why))
         return *std::move(lock);
-    if (why != std::errc::timed_out)
+    if (why != std::errc::timed_out) {
         throw NotChanged(
             fmt::format("\"{}\" could not be locked: {}; nothing was changed", file.string(), why.message()));
+    }
     const std::string holder = platform::FileLock::lastHolder(file);
     throw NotChanged(
         fmt::format("\"{}\" has been held{} for {} s; nothing was changed. Try again, or end the process that holds it",
@@ -74,9 +75,10 @@ void replace(const fs::path& file, const std::string& text)
 {
     if (text.size() > kLongest)
         throw NotChanged(fmt::format("\"{}\" would be longer than 1 MiB; it was not changed", file.string()));
-    if (const auto error = platform::replaceFile(file, text))
+    if (const auto error = platform::replaceFile(file, text)) {
         throw NotChanged(
             fmt::format("\"{}\" could not be written: {}; the old file stands", file.string(), error.message()));
+    }
 }
 
 /// Keeps the bytes under a name that is free, or that keeps the same bytes already.
@@ -86,10 +88,11 @@ fs::path keepBeside(const fs::path& file, const std::string& bytes)
         const fs::path kept = file.string() + ".damaged" + (number == 1 ? "" : "." + std::to_string(number));
         std::error_code error;
         if (!fs::exists(fs::symlink_status(kept, error))) {
-            if ((error = platform::replaceFile(kept, bytes)))
+            if ((error = platform::replaceFile(kept, bytes))) {
                 throw NotChanged(fmt::format(
                     "\"{}\" cannot be taken over whole and could not be kept as \"{}\": {}; it was not changed",
                     file.string(), kept.string(), error.message()));
+            }
             return kept;
         }
         if (platform::readFile(kept, kLongest) == bytes)
@@ -103,10 +106,11 @@ fs::path keepBeside(const fs::path& file, const std::string& bytes)
 std::vector<std::pair<IMAPArchiveAccount, std::string_view>> accountsIn(std::string_view list)
 {
     std::vector<std::pair<IMAPArchiveAccount, std::string_view>> found;
-    for (const std::string_view text : JsonText::elements(list))
+    for (const std::string_view text : JsonText::elements(list)) {
         for (const auto& account :
             HarnessConfig::decode(fmt::format("{{\"{}\":[{}]}}", kAccountsKey, text)).imapAccounts)
             found.emplace_back(account, text);
+    }
     return found;
 }
 
@@ -145,9 +149,10 @@ Edit edited(std::string text, const HarnessConfig& before, const HarnessConfig& 
         edit.losesSomething = edit.losesSomething || (present && !HarnessConfig::takes(key, *present));
         edit.text = JsonText::with(edit.text, key, key == kAccountsKey ? accountsText(edit.text, after) : value.dump());
     }
-    for (const auto& [key, value] : old.items())
+    for (const auto& [key, value] : old.items()) {
         if (!wanted.contains(key))
             edit.text = JsonText::without(edit.text, key);
+    }
     edit.text = JsonText::without(edit.text, kOlderKey);
     return edit;
 }
@@ -187,10 +192,11 @@ std::string HarnessConfig::complaint()
     const fs::path file = configFile();
     std::error_code why;
     const auto text = platform::readFile(file, kLongest, &why);
-    if (text)
+    if (text) {
         return Json::parse(*text, nullptr, false).is_object()
             ? ""
             : fmt::format("\"{}\" is no JSON object; every setting counts as its default", file.string());
+    }
     return why == std::errc::no_such_file_or_directory
         ? ""
         : unreadable(file, why) + "; every setting counts as its default";

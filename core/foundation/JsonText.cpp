@@ -23,9 +23,10 @@ std::size_t skipBlanks(std::string_view text, std::size_t at)
 /// Past the closing quotation mark of the string that begins here.
 std::size_t endOfString(std::string_view text, std::size_t at)
 {
-    for (++at; at < text.size() && text[at] != '"'; ++at)
+    for (++at; at < text.size() && text[at] != '"'; ++at) {
         if (text[at] == '\\')
             ++at;
+    }
     return std::min(at + 1, text.size());
 }
 
@@ -95,9 +96,10 @@ std::string added(std::string_view object, std::string_view name, std::string_vi
 std::optional<std::string_view> value(std::string_view object, std::string_view name)
 {
     std::optional<std::string_view> found;
-    for (const Member& member : members(object))
+    for (const Member& member : members(object)) {
         if (member.name == name)
             found = object.substr(member.value, member.end - member.value);
+    }
     return found;
 }
 

@@ -56,9 +56,10 @@ std::string inWords(const std::exception& reason)
 {
     if (const auto* database = dynamic_cast<const DatabaseError*>(&reason))
         return database->sentence();
-    if (const auto* file = dynamic_cast<const std::filesystem::filesystem_error*>(&reason))
+    if (const auto* file = dynamic_cast<const std::filesystem::filesystem_error*>(&reason)) {
         return fmt::format("\"{}\" cannot be created or used ({}); make it and the folder above it yours and writable",
             file->path1().string(), file->code().message());
+    }
     return reason.what();
 }
 

@@ -54,9 +54,10 @@ bool Text::equalsIgnoringCase(std::string_view a, std::string_view b)
 
 bool Text::containsIgnoringCase(std::string_view text, std::string_view part)
 {
-    if (isAscii(text) && isAscii(part))
+    if (isAscii(text) && isAscii(part)) {
         return std::search(text.begin(), text.end(), part.begin(), part.end(), sameLetter) != text.end()
             || part.empty();
+    }
     return platform::foldCase(text).find(platform::foldCase(part)) != std::string::npos;
 }
 

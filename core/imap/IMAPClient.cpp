@@ -70,10 +70,11 @@ void IMAPClient::login(const std::string& email, const std::string& password)
 std::string IMAPClient::shown(std::string_view line) const
 {
     std::string text(line);
-    for (const std::string& secret : secrets_)
+    for (const std::string& secret : secrets_) {
         for (auto at = secret.empty() ? std::string::npos : text.find(secret); at != std::string::npos;
              at = text.find(secret, at + kHidden.size()))
             text.replace(at, secret.size(), kHidden);
+    }
     return Text::visibleLine(text);
 }
 

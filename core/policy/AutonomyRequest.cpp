@@ -21,9 +21,10 @@ HarnessConfig::AutonomyChange AutonomyRequest::make(
             throw ServiceError(fmt::format("the autonomy level stays at \"{}\": {}", rawValue(before), update.failure));
         if (notices != nullptr && !update.notice.empty())
             notices->warnings.push_back(update.notice);
-        if (wanted < before)
+        if (wanted < before) {
             audit.log(actor, "set_autonomy", std::nullopt, {{"mode", std::string(rawValue(wanted))}}, "executed",
                 "agent_lowered");
+        }
     }
     return wanted > before ? Change::refusedHumanOnly : Change::applied;
 }

@@ -224,9 +224,10 @@ HarnessRunner::Stores HarnessRunner::Stores::shared() noexcept
 HarnessRunner::Result HarnessRunner::run(const Tool& tool, const Args& args, std::string_view actor,
     const std::filesystem::path& configDir, Stores stores, Notices* notices)
 {
-    if (notices != nullptr)
+    if (notices != nullptr) {
         for (Remark& remark : Remarks::of(tool, args))
             notices->remarks.push_back(std::move(remark.sentence));
+    }
     const StoreFailures::Scope failures;
     Explanation found = judge(tool, args, stores);
     Result result = found.refusal ? Error{*std::move(found.refusal)}

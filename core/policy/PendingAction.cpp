@@ -73,9 +73,10 @@ private:
     {
         if (depth_ != 1)
             return nullptr;
-        for (auto& [name, field] : fields_)
+        for (auto& [name, field] : fields_) {
             if (name == field_)
                 return field;
+        }
         return nullptr;
     }
 

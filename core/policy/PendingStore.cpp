@@ -125,10 +125,11 @@ std::optional<PendingAction> PendingStore::read(const std::filesystem::path& fil
     const auto json = platform::readFile(file, kLongest, &error);
     auto action = json ? PendingAction::decode(*json) : std::nullopt;
     const bool misnamed = action && action->id != file.stem();
-    if (why != nullptr && (!action || misnamed))
+    if (why != nullptr && (!action || misnamed)) {
         *why = !json   ? error.message()
             : misnamed ? "its id is \"" + action->id + "\", which is not its name"
                        : "it holds no whole action";
+    }
     return misnamed ? std::nullopt : action;
 }
 

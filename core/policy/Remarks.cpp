@@ -55,9 +55,10 @@ std::optional<std::string> dayReadByScripts(std::string_view text)
 std::string badDay(const Argument& argument, std::string_view value)
 {
     const auto read = dayReadByScripts(value);
-    if (!read)
+    if (!read) {
         return fmt::format(
             "{} is no day in the form YYYY-MM-DD; the tool fails or reads another day", assignment(argument, value));
+    }
     return fmt::format("{} is no day in the form YYYY-MM-DD; it is read as {}", assignment(argument, value), *read);
 }
 
@@ -170,9 +171,10 @@ std::vector<Remark> of(const Tool& tool, const Args& args)
         return std::ranges::find(own, name, &Remark::argument) != own.end();
     };
     std::vector<Remark> all;
-    for (const auto& [key, value] : args)
+    for (const auto& [key, value] : args) {
         if (!knows(tool, key) && !isSaid(key))
             all.push_back({key, unknown(tool, key), true});
+    }
     for (const Argument& argument : tool.arguments) {
         const auto given = args.find(argument.name);
         if (given == args.end() || isSaid(argument.name))
@@ -209,9 +211,10 @@ std::string explained(const std::string& error, const Tool& tool, const Args& ar
         const auto given = args.find(argument.name);
         const bool mayFail = !argument.format.malformed.noEffect && argument.format.kind != Kind::words;
         if (given != args.end() && mayFail && argument.format.fault(given->second) == Fault::malformed
-            && isAboutValue(error))
+            && isAboutValue(error)) {
             line += fmt::format(
                 " - {} wants {}, not \"{}\"", argument.name, wantedForm(argument.format), shortened(given->second));
+        }
     }
     return line;
 }

@@ -59,9 +59,10 @@ std::vector<fs::path> files(const fs::path& home, std::string_view extension)
 {
     std::vector<fs::path> found;
     std::error_code error;
-    for (fs::directory_iterator entry(folder(home), error), end; !error && entry != end; entry.increment(error))
+    for (fs::directory_iterator entry(folder(home), error), end; !error && entry != end; entry.increment(error)) {
         if (entry->path().extension() == extension)
             found.push_back(entry->path());
+    }
     return found;
 }
 
@@ -115,9 +116,10 @@ RunningAct::RunningAct(
     if (tool.effect == Effect::read)
         return;
     orElse("the running act could not be noted, so a kill in its middle would leave no row", false, [&] {
-        for (const fs::path& made : {home / ".runtime", folder(home)})
+        for (const fs::path& made : {home / ".runtime", folder(home)}) {
             if (const auto error = platform::createPrivateFolder(made))
                 throw std::system_error(error, made.string());
+        }
         file_.emplace(platform::HeldFile::make(folder(home) / (Text::newUuid() + std::string(kExtension)),
             encode({std::string(actor), tool.id, std::string(why), Timestamps::now(), args})));
         return true;
@@ -142,9 +144,10 @@ void RunningActs::recordEnded(const fs::path& home, AuditLog& audit) noexcept
         return;
     orElse("the acts of processes that were ended could not be looked through", false, [&] {
         removeUnfinished(home);
-        for (const fs::path& file : files(home, kExtension))
+        for (const fs::path& file : files(home, kExtension)) {
             if (!record(file, audit))
                 return false;
+        }
         return true;
     });
 }

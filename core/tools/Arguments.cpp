@@ -34,9 +34,10 @@ bool isOn(const Args& args, std::string_view key, bool fallback)
 
 void requireOneOf(const Args& args, std::initializer_list<std::string_view> keys, std::string_view phrase)
 {
-    for (const auto key : keys)
+    for (const auto key : keys) {
         if (isPresent(args, key))
             return;
+    }
     throw ToolError::missingArg(phrase);
 }
 

@@ -11,9 +11,10 @@ namespace {
 
 const Value* find(const std::vector<std::pair<TermId, Value>>& pairs, TermId id) noexcept
 {
-    for (const auto& [term, value] : pairs)
+    for (const auto& [term, value] : pairs) {
         if (term == id)
             return &value;
+    }
     return nullptr;
 }
 
@@ -67,9 +68,10 @@ void Application::close(Object&, Saving)
 
 Value Application::perform(const CommandCall& call)
 {
-    for (const CommandTerm& command : dictionary().commands())
+    for (const CommandTerm& command : dictionary().commands()) {
         if (command.id == call.command)
             refuse(command.name.c_str());
+    }
     refuse("the command");
 }
 
@@ -83,27 +85,31 @@ void ApplicationRegistry::add(
 ApplicationRegistry::Entry* ApplicationRegistry::findByName(std::string_view name)
 {
     const std::string folded = platform::foldCase(name);
-    for (const auto& entry : entries_)
-        for (const std::string& known : entry->names)
+    for (const auto& entry : entries_) {
+        for (const std::string& known : entry->names) {
             if (platform::foldCase(known) == folded)
                 return entry.get();
+        }
+    }
     return nullptr;
 }
 
 ApplicationRegistry::Entry* ApplicationRegistry::findByBundleId(std::string_view bundleId)
 {
     const std::string folded = platform::foldCase(bundleId);
-    for (const auto& entry : entries_)
+    for (const auto& entry : entries_) {
         if (platform::foldCase(entry->bundleId) == folded)
             return entry.get();
+    }
     return nullptr;
 }
 
 ApplicationRegistry::Entry* ApplicationRegistry::findByApplication(const Application& application)
 {
-    for (const auto& entry : entries_)
+    for (const auto& entry : entries_) {
         if (entry->instance.get() == &application)
             return entry.get();
+    }
     return nullptr;
 }
 

@@ -108,9 +108,10 @@ int monthNumber(Symbol word)
 Value plain(const Value& value, Kind wanted)
 {
     Value result = dereferenced(value);
-    if (result.is(Kind::object))
+    if (result.is(Kind::object)) {
         if (Value own = result.asObject().coerced(wanted); !own.is(Kind::none))
             return own;
+    }
     return result;
 }
 
@@ -132,14 +133,16 @@ Value numberOf(const Value& original, TargetClass target)
         return value;
     if (value.is(Kind::boolean))
         return Value::integer(value.asBoolean() ? 1 : 0);
-    if (value.is(Kind::text))
+    if (value.is(Kind::text)) {
         if (auto number = parsedNumber(value.view()))
             return *number;
+    }
     if (const Value* item = onlyItem(value))
         return numberOf(*item, target);
-    if (value.is(Kind::constant))
+    if (value.is(Kind::constant)) {
         if (const int month = monthNumber(value.asSymbol()))
             return Value::integer(month);
+    }
     throw ScriptError::cannotCoerce(value, nameOf(target));
 }
 
@@ -260,9 +263,10 @@ Date toDate(const Value& original)
     const Value value = plain(original, Kind::date);
     if (value.is(Kind::date))
         return value.asDate();
-    if (value.is(Kind::text))
+    if (value.is(Kind::text)) {
         if (const auto date = parsedDate(std::string(value.view())))
             return *date;
+    }
     if (const Value* item = onlyItem(value); item && !item->is(Kind::list))
         return toDate(*item);
     throw ScriptError::cannotCoerce(value, "date");

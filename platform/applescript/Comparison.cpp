@@ -13,9 +13,10 @@ bool areEqualLists(const List& left, const List& right, const TextRules& rules)
 {
     if (left.size() != right.size())
         return false;
-    for (std::size_t i = 0; i < left.size(); ++i)
+    for (std::size_t i = 0; i < left.size(); ++i) {
         if (!areEqual(left[i], right[i], rules))
             return false;
+    }
     return true;
 }
 

@@ -119,9 +119,10 @@ void Writer::writeObject(const Object& object)
     for (int depth = 0; next && depth < kDeepestSpecifier; ++depth) {
         const Designation designation = next->designation();
         if (designation.form == Designation::Form::application) {
-            if (depth == 0)
+            if (depth == 0) {
                 out_ += isSource_ ? "application \"" + next->application().dictionary().applicationName() + "\""
                                   : "application " + next->application().dictionary().applicationName();
+            }
             return;
         }
         if (depth > 0)

@@ -70,9 +70,10 @@ Value Evaluator::run(const std::vector<std::string>& arguments)
 
 Evaluator::Flow Evaluator::execute(const Block& block)
 {
-    for (const auto& statement : block)
+    for (const auto& statement : block) {
         if (const Flow flow = execute(*statement); flow != Flow::normal)
             return flow;
+    }
     return Flow::normal;
 }
 
@@ -133,9 +134,10 @@ Evaluator::Flow Evaluator::executeUnplaced(const Statement& statement)
 
 Evaluator::Flow Evaluator::executeIf(const IfStatement& statement)
 {
-    for (const auto& [test, block] : statement.branches)
+    for (const auto& [test, block] : statement.branches) {
         if (condition(*test))
             return execute(block);
+    }
     return execute(statement.otherwise);
 }
 
@@ -255,9 +257,10 @@ void Evaluator::bindError(const TryStatement& statement, const ScriptError& erro
         slot(*statement.number) = Value::integer(error.number);
     if (statement.offender)
         slot(*statement.offender) = error.offender.is(Kind::none) ? Value::missing() : error.offender;
-    if (statement.partialResult)
+    if (statement.partialResult) {
         slot(*statement.partialResult) =
             error.partialResult.is(Kind::none) ? Value::list(std::vector<Value>{}) : error.partialResult;
+    }
     if (statement.expectedClass)
         slot(*statement.expectedClass) = error.expectedClass.is(Kind::none) ? Value::missing() : error.expectedClass;
 }
@@ -326,9 +329,10 @@ Value Evaluator::call(const CallExpr& expr)
         throw error;
     }
     const auto handler = script_.handlers.find(expr.name.number());
-    if (handler == script_.handlers.end())
+    if (handler == script_.handlers.end()) {
         throw ScriptError(ErrorNumber::notUnderstood,
             "«script» doesn’t understand the “" + expr.name.spelling() + "” message.", Value::script());
+    }
     std::vector<Value> arguments;
     arguments.reserve(expr.arguments.size());
     for (const ExprPtr& argument : expr.arguments)
@@ -341,9 +345,10 @@ Value Evaluator::invoke(const Handler& handler, std::vector<Value> arguments)
     Limits::enter();
     if (arguments.size() != handler.parameters.size()) {
         std::string names;
-        for (const ExprPtr& parameter : handler.parameters)
+        for (const ExprPtr& parameter : handler.parameters) {
             names += (names.empty() ? "" : ", ")
                 + (parameter->kind == ExprKind::variable ? as<Variable>(*parameter).use.name.spelling() : "{…}");
+        }
         throw ScriptError(ErrorNumber::wrongParameters,
             quoted(Value::list(std::move(arguments))) + " doesn’t match the parameters {" + names + "} for "
                 + handler.name.spelling() + ".");

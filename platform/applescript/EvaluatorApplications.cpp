@@ -11,9 +11,10 @@ void Evaluator::beginQuestion(Application& application)
 {
     using namespace std::chrono;
     deadline_.reset();
-    if (timeout_ && *timeout_ < 1e9)
+    if (timeout_ && *timeout_ < 1e9) {
         deadline_ =
             steady_clock::now() + duration_cast<steady_clock::duration>(duration<double>(std::max(*timeout_, 0.0)));
+    }
     application.setDeadline(deadline_);
 }
 

@@ -67,9 +67,10 @@ void Evaluator::setProperty(const Value& ownerValue, const PropertyExpr& target,
     case Kind::application:
         return setObjectProperty(*rootOf(owner), target, value);
     case Kind::list: // of a reference to many: each in turn
-        for (std::size_t i = 0; i < owner.asList().size(); ++i)
+        for (std::size_t i = 0; i < owner.asList().size(); ++i) {
             if (!owner.asList()[i].is(Kind::object))
                 failSet(describe(target, owner), value);
+        }
         for (std::size_t i = 0; i < owner.asList().size(); ++i)
             setObjectProperty(owner.asList()[i].asObject(), target, value);
         return;
@@ -86,12 +87,14 @@ void Evaluator::setProperty(const Value& ownerValue, const PropertyExpr& target,
     case Kind::language:
         if (target.property == LanguageProperty::textItemDelimiters)
             return setDelimiters(dereferenced(value));
-        if (owner.is(Kind::script))
-            for (std::size_t i = 0; i < globals_.size(); ++i)
+        if (owner.is(Kind::script)) {
+            for (std::size_t i = 0; i < globals_.size(); ++i) {
                 if (script_.globalNames[i] == target.name) {
                     globals_[i] = value;
                     return;
                 }
+            }
+        }
         break;
     default:
         break;

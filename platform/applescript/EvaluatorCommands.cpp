@@ -24,9 +24,10 @@ double roundedAsTaught(double value)
 const Expr* Evaluator::labelled(const CommandExpr& expr, const char* label) const
 {
     const Symbol name(label);
-    for (const auto& [known, argument] : expr.labelled)
+    for (const auto& [known, argument] : expr.labelled) {
         if (known == name)
             return argument.get();
+    }
     return nullptr;
 }
 

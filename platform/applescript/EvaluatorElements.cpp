@@ -188,11 +188,12 @@ Value Evaluator::elementById(const ElementExpr& expr, const Keys& keys)
     if (expr.languageClass != LanguageClass::text && expr.languageClass != LanguageClass::character)
         throw ScriptError::noSuchObject(describePart(expr, keys));
     std::string text;
-    if (keys.first.is(Kind::list))
+    if (keys.first.is(Kind::list)) {
         for (const Value& point : keys.first.asList().items())
             appendUtf8(text, toInteger(point));
-    else
+    } else {
         appendUtf8(text, toInteger(keys.first));
+    }
     return Value::text(text);
 }
 
@@ -216,13 +217,14 @@ const std::vector<TextRange>& Evaluator::pieces(const Value& owner, Unit unit)
     case Unit::textItem: {
         const bool isBare = std::all_of(delimiterTexts_.begin(), delimiterTexts_.end(),
             [](const Ref<Text>& delimiter) { return delimiter->view().empty(); });
-        if (text.view().empty())
+        if (text.view().empty()) {
             pieces_.ranges.clear();
-        else if (isBare)
+        } else if (isBare) {
             pieces_.ranges = charactersOf(text);
-        else
+        } else {
             pieces_.ranges = between(
                 text.view().size(), findAll(text, delimiterTexts_, rules_, std::numeric_limits<std::size_t>::max()));
+        }
         break;
     }
     }
@@ -338,9 +340,10 @@ Value Evaluator::listElement(const Value& owner, const ElementExpr& expr, const 
     Value source = owner;
     if (!takesAll) {
         auto some = makeRef<List>();
-        for (const Value& item : owner.asList().items())
+        for (const Value& item : owner.asList().items()) {
             if (isOfClass(item, expr.languageClass))
                 some->append(item);
+        }
         source = Value::list(some);
     }
     const List& list = source.asList();

@@ -48,9 +48,10 @@ double wholeQuotient(double left, double right)
 
 bool itemsMatch(const List& whole, const List& part, std::size_t at, const TextRules& rules)
 {
-    for (std::size_t i = 0; i < part.size(); ++i)
+    for (std::size_t i = 0; i < part.size(); ++i) {
         if (!areEqual(whole[at + i], part[i], rules))
             return false;
+    }
     return true;
 }
 
@@ -310,9 +311,10 @@ bool Evaluator::holds(const Value& whole, const Value& part)
     }
     const Value list = whole.is(Kind::list) ? whole : Value::list(std::vector<Value>{whole});
     const Value run = part.is(Kind::list) ? part : Value::list(std::vector<Value>{part});
-    for (std::size_t i = 0; i + run.asList().size() <= list.asList().size(); ++i)
+    for (std::size_t i = 0; i + run.asList().size() <= list.asList().size(); ++i) {
         if (itemsMatch(list.asList(), run.asList(), i, rules_))
             return true;
+    }
     return false;
 }
 

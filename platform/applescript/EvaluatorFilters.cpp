@@ -97,9 +97,10 @@ Value Evaluator::column(const PropertyExpr& expr)
         : dictionary.findProperty(*filter.elementClass, expr.name);
     if (!term)
         return {};
-    for (const auto& [id, values] : filter.columns)
+    for (const auto& [id, values] : filter.columns) {
         if (id == term->id)
             return filter.index < values.asList().size() ? values.asList()[filter.index] : Value();
+    }
     Value values = ask(
         filter.parent->application(), [&] { return filter.parent->propertyOfEvery(filter.elementClass->id, term->id); },
         [&] { return expr.name.spelling() + " of every " + filter.elementClass->name; });
@@ -114,9 +115,10 @@ Value Evaluator::column(const PropertyExpr& expr)
 Value Evaluator::onceForAll(const Expr& expr)
 {
     Filter& filter = *frame_->filter;
-    for (const auto& [known, value] : filter.outside)
+    for (const auto& [known, value] : filter.outside) {
         if (known == &expr)
             return value;
+    }
     Value value = expr.kind == ExprKind::call ? call(as<CallExpr>(expr)) : command(as<CommandExpr>(expr));
     if (!dependsOnCandidate(expr))
         filter.outside.emplace_back(&expr, value);

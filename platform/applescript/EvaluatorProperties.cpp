@@ -46,9 +46,10 @@ void Evaluator::failProperty(const Value& owner, const PropertyExpr& expr)
 /// A property of a value that is no object of an application.
 Value Evaluator::languageProperty(const Value& owner, const PropertyExpr& expr)
 {
-    if (owner.is(Kind::record))
+    if (owner.is(Kind::record)) {
         if (const Value* field = owner.asRecord().find(expr.name))
             return *field;
+    }
     if (expr.property == LanguageProperty::className && !owner.is(Kind::none))
         return Value::classTerm(classOf(owner));
     if (expr.property == LanguageProperty::contents)
@@ -80,10 +81,12 @@ Value Evaluator::languageProperty(const Value& owner, const PropertyExpr& expr)
             return delimiters_;
         if (expr.property == LanguageProperty::version && owner.is(Kind::language))
             return Value::text("2.8");
-        if (owner.is(Kind::script))
-            for (std::size_t i = 0; i < globals_.size(); ++i)
+        if (owner.is(Kind::script)) {
+            for (std::size_t i = 0; i < globals_.size(); ++i) {
                 if (script_.globalNames[i] == expr.name && !globals_[i].is(Kind::none))
                     return globals_[i];
+            }
+        }
         break;
     default:
         break;

@@ -70,9 +70,10 @@ Evaluator::Found Evaluator::findProperty(const PropertyExpr& expr)
 {
     const bool isOfIt = !expr.container
         || (expr.container->kind == ExprKind::target && as<TargetExpr>(*expr.container).which == TargetExpr::Which::it);
-    if (isOfIt && frame_->filter)
+    if (isOfIt && frame_->filter) {
         if (Value value = column(expr); !value.is(Kind::none))
             return {std::move(value), false, {}, nullptr};
+    }
     Found owner = expr.container ? find(*expr.container) : Found{frame_->it, false, {}, nullptr};
     // `contents of v` looks at the reference itself, every other property through it.
     if (!owner.every && !owner.isMany && owner.value.is(Kind::reference)) {
@@ -124,19 +125,21 @@ Value Evaluator::propertyOf(const Value& value, const PropertyExpr& expr)
 const PropertyTerm* Evaluator::propertyTerm(const Object& object, const PropertyExpr& expr) const
 {
     const Dictionary& dictionary = object.application().dictionary();
-    if (expr.dictionary == &dictionary)
+    if (expr.dictionary == &dictionary) {
         if (const PropertyTerm* term = dictionary.findProperty(object.objectClass(), expr.propertyId))
             return term;
+    }
     return dictionary.findProperty(object.objectClass(), expr.name);
 }
 
 Value Evaluator::objectProperty(Object& object, const PropertyExpr& expr)
 {
     const Ref<Object> held(&object);
-    if (const PropertyTerm* term = propertyTerm(object, expr))
+    if (const PropertyTerm* term = propertyTerm(object, expr)) {
         return ask(
             object.application(), [&] { return object.get(term->id); },
             [&] { return describe(expr, Value::object(held)); });
+    }
     switch (expr.property) {
     case LanguageProperty::className:
         return Value::classTerm(Symbol(object.objectClass().name));
@@ -158,11 +161,12 @@ Value Evaluator::allProperties(Object& object)
 {
     auto record = makeRef<Record>();
     record->set(Symbol("class"), Value::classTerm(Symbol(object.objectClass().name)));
-    for (const PropertyTerm* term : object.application().dictionary().properties(object.objectClass()))
+    for (const PropertyTerm* term : object.application().dictionary().properties(object.objectClass())) {
         record->addMissing(Symbol(term->name),
             ask(
                 object.application(), [&] { return object.get(term->id); },
                 [&] { return term->name + " of " + specifierOf(object); }));
+    }
     return Value::record(record);
 }
 
@@ -195,9 +199,10 @@ Evaluator::Found Evaluator::elementOfMany(const Value& list, const ElementExpr& 
 {
     Limits::enter();
     auto values = makeRef<List>();
-    for (const Value& owner : list.asList().items())
+    for (const Value& owner : list.asList().items()) {
         values->append(
             owner.is(Kind::list) ? elementOfMany(owner, expr, keys).value : fetched(elementOf(owner, expr, keys)));
+    }
     return {Value::list(values), true, {}, nullptr};
 }
 

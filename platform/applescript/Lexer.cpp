@@ -221,12 +221,13 @@ void Lexer::readSign()
         add(TokenKind::symbol, start, "'s");
         return;
     }
-    for (const Sign& sign : kSigns)
+    for (const Sign& sign : kSigns) {
         if (startsWith(sign.written)) {
             at_ += sign.written.size();
             add(TokenKind::symbol, start, std::string(sign.meant));
             return;
         }
+    }
     ++at_;
     while (at_ < source_.size() && (static_cast<unsigned char>(peek()) & 0xC0) == 0x80)
         ++at_;

@@ -111,9 +111,10 @@ void List::prepend(Value value)
 
 const Value* Record::find(Symbol label) const noexcept
 {
-    for (const Field& field : fields_)
+    for (const Field& field : fields_) {
         if (field.label == label)
             return &field.value;
+    }
     return nullptr;
 }
 
@@ -131,11 +132,12 @@ void Record::add(Symbol label, Value value)
 
 void Record::set(Symbol label, Value value)
 {
-    for (Field& field : fields_)
+    for (Field& field : fields_) {
         if (field.label == label) {
             field.value = std::move(value);
             return;
         }
+    }
     add(label, std::move(value));
 }
 

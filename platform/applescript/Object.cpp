@@ -19,9 +19,10 @@ Value firstWith(Object& owner, TermId elementClass, TermId property, const Value
         return {};
     const Value all = owner.every(elementClass);
     const Value keys = owner.propertyOfEvery(elementClass, property);
-    for (std::size_t i = 0; i < all.asList().size() && i < keys.asList().size(); ++i)
+    for (std::size_t i = 0; i < all.asList().size() && i < keys.asList().size(); ++i) {
         if (areEqual(keys.asList()[i], wanted, TextRules{}))
             return all.asList()[i];
+    }
     return {};
 }
 

@@ -260,11 +260,12 @@ void Parser::parseRound(CommandExpr& node)
     adopt(node, node.direct);
     if (!takeWord("rounding"))
         return;
-    for (const RoundingName& rounding : kRoundings)
+    for (const RoundingName& rounding : kRoundings) {
         if (takeWords(rounding.words)) {
             parseLabelled(node, "rounding", makeLiteral(Value::constant(Symbol(rounding.spelling))));
             return;
         }
+    }
     fail("“up”, “down”, “toward zero”, “to nearest” or “as taught in school”");
 }
 

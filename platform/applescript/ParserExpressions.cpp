@@ -80,10 +80,11 @@ constexpr auto kSymbolOperators = std::to_array<Spelling>(
 
 bool isFirstOfOperator(const Token& token)
 {
-    for (const Spelling& spelling : kWordOperators)
+    for (const Spelling& spelling : kWordOperators) {
         if (spelling.words.starts_with(token.text)
             && (spelling.words.size() == token.text.size() || spelling.words[token.text.size()] == ' '))
             return true;
+    }
     return false;
 }
 
@@ -100,17 +101,19 @@ std::optional<Parser::Operator> Parser::peekOperator() const
 {
     const Token& token = peek();
     if (token.kind == TokenKind::symbol) {
-        for (const Spelling& spelling : kSymbolOperators)
+        for (const Spelling& spelling : kSymbolOperators) {
             if (token.text == spelling.words)
                 return Operator{spelling.level, spelling.sort, spelling.op, 1};
+        }
         return {};
     }
     if (token.kind != TokenKind::word || !isFirstOfOperator(token))
         return {};
     Operator best;
-    for (const Spelling& spelling : kWordOperators)
+    for (const Spelling& spelling : kWordOperators) {
         if (const std::size_t words = matchWords(rest(), spelling.words); words > best.words)
             best = {spelling.level, spelling.sort, spelling.op, words};
+    }
     if (best.words == 0)
         return {};
     return best;
@@ -144,7 +147,7 @@ ExprPtr Parser::parseBinary(int level)
             left = parseCast(std::move(left));
             continue;
         }
-        if (op->op == BinaryOp::equal || op->op == BinaryOp::notEqual)
+        if (op->op == BinaryOp::equal || op->op == BinaryOp::notEqual) {
             if (isWord("running") && left->kind == ExprKind::application) {
                 auto property = make<PropertyExpr>();
                 property->name = Symbol("running");
@@ -158,6 +161,7 @@ ExprPtr Parser::parseBinary(int level)
                 left = combine(*op, std::move(left), makeLiteral(Value::boolean(true)));
                 continue;
             }
+        }
         const bool isRight = op->level == kPower;
         ExprPtr right = parseBinary(isRight ? op->level : op->level + 1);
         left = combine(*op, std::move(left), std::move(right));

@@ -16,9 +16,10 @@ int ordinalOf(std::string_view word)
         return -1;
     if (word == "front")
         return 1;
-    for (std::size_t i = 0; i < kOrdinals.size(); ++i)
+    for (std::size_t i = 0; i < kOrdinals.size(); ++i) {
         if (word == kOrdinals[i])
             return static_cast<int>(i) + 1;
+    }
     return 0;
 }
 
@@ -228,9 +229,10 @@ bool Parser::startsOrdinal() const
 ExprPtr Parser::parseOrdinalWord()
 {
     const Token& token = peek();
-    if (token.kind == TokenKind::ordinal)
+    if (token.kind == TokenKind::ordinal) {
         return parseOrdinal(Value::integer(static_cast<std::int64_t>(token.number < 1e9 ? token.number : 1e9)),
             ElementExpr::Form::index);
+    }
     if (token.text == "middle")
         return parseOrdinal({}, ElementExpr::Form::middle);
     if (token.text == "some")

@@ -170,11 +170,12 @@ Block Parser::parseBlock()
 void Parser::expectEnd(std::initializer_list<std::string_view> names)
 {
     expectWord("end");
-    for (const std::string_view name : names)
+    for (const std::string_view name : names) {
         if (takeWords(name)) {
             expectLineEnd();
             return;
         }
+    }
     if (peek().kind == TokenKind::barred && peek().text == *names.begin())
         ++at_;
     if (!peek().endsLine())
@@ -226,21 +227,21 @@ std::unique_ptr<Statement> Parser::parseSimple()
     const Nesting nesting(*this);
     const Place start = peek().place;
     std::unique_ptr<Statement> statement;
-    if (isWord("set"))
+    if (isWord("set")) {
         statement = parseSet();
-    else if (isWord("copy"))
+    } else if (isWord("copy")) {
         statement = parseCopy();
-    else if (isWord("return"))
+    } else if (isWord("return")) {
         statement = parseReturn();
-    else if (isWord("exit"))
+    } else if (isWord("exit")) {
         statement = parseExit();
-    else if (isWord("error"))
+    } else if (isWord("error")) {
         statement = parseError();
-    else if (isWord("if"))
+    } else if (isWord("if")) {
         statement = parseIf();
-    else if (isWord("tell"))
+    } else if (isWord("tell")) {
         statement = parseTell();
-    else {
+    } else {
         auto expression = std::make_unique<ExpressionStatement>();
         expression->expression = parseExpression();
         statement = std::move(expression);

@@ -77,9 +77,10 @@ bool spells(std::span<const Token> tokens, std::span<const std::string> words) n
 {
     if (tokens.size() < words.size())
         return false;
-    for (std::size_t i = 0; i < words.size(); ++i)
+    for (std::size_t i = 0; i < words.size(); ++i) {
         if (!tokens[i].isWord(words[i]))
             return false;
+    }
     return true;
 }
 
@@ -150,9 +151,10 @@ Meaning& TermTable::add(std::string_view text)
     if (words.empty())
         return nameless_;
     std::vector<Term>& terms = terms_[words.front()];
-    for (Term& term : terms)
+    for (Term& term : terms) {
         if (term.words == words)
             return term.meaning;
+    }
     const auto shorter =
         std::find_if(terms.begin(), terms.end(), [&](const Term& term) { return term.words.size() < words.size(); });
     Meaning meaning;
@@ -183,9 +185,10 @@ TermTable::Found TermTable::longest(std::span<const Token> tokens) const
     const auto terms = terms_.find(tokens.front().text);
     if (terms == terms_.end())
         return {};
-    for (const Term& term : terms->second)
+    for (const Term& term : terms->second) {
         if (spells(tokens, term.words))
             return {&term.meaning, term.words.size()};
+    }
     return {};
 }
 
@@ -196,9 +199,10 @@ TermTable::Found TermTable::exactly(std::span<const Token> tokens, std::size_t w
     const auto terms = terms_.find(tokens.front().text);
     if (terms == terms_.end())
         return {};
-    for (const Term& term : terms->second)
+    for (const Term& term : terms->second) {
         if (term.words.size() == words && spells(tokens, term.words))
             return {&term.meaning, words};
+    }
     return {};
 }
 

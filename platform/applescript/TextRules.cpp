@@ -70,9 +70,10 @@ bool containsIgnoringCase(std::string_view text, std::string_view part)
     if (part.size() > kShortPart)
         return findBytes(lowered(text), lowered(part)) != std::string_view::npos;
     const char first = lower(part.front());
-    for (std::size_t i = 0; i + part.size() <= text.size(); ++i)
+    for (std::size_t i = 0; i + part.size() <= text.size(); ++i) {
         if (lower(text[i]) == first && equalIgnoringCase(text.substr(i, part.size()), part))
             return true;
+    }
     return false;
 }
 
@@ -300,9 +301,10 @@ std::vector<TextRange> findAll(
         TextRange next;
     };
     std::vector<Part> sought;
-    for (const Ref<Text>& part : parts)
+    for (const Ref<Text>& part : parts) {
         if (std::string partKey = isPlain ? plainKey(*part) : keyOf(part->view(), rules); !partKey.empty())
             sought.push_back({std::move(partKey), {}});
+    }
 
     const auto find = [&](const Part& part, std::size_t from) -> TextRange {
         if (!isPlain)
@@ -315,18 +317,20 @@ std::vector<TextRange> findAll(
         part.next = find(part, 0);
     while (found.size() < most) {
         const Part* best = nullptr;
-        for (const Part& part : sought)
+        for (const Part& part : sought) {
             if (part.next.start != std::string::npos
                 && (!best || part.next.start < best->next.start
                     || (part.next.start == best->next.start && part.next.end > best->next.end)))
                 best = &part;
+        }
         if (!best)
             break;
         Limits::step();
         found.push_back(best->next);
-        for (Part& part : sought)
+        for (Part& part : sought) {
             if (part.next.start < found.back().end)
                 part.next = find(part, found.back().end);
+        }
     }
     return found;
 }

@@ -101,14 +101,16 @@ Unseen unseenBy(MailAccountSettings account, const std::vector<MailFolder>& fold
 /// What to do about Maildirs that the layout does not see; empty when most of them are seen.
 std::string layoutRemedy(const MailAccountSettings& account, std::size_t seen, const Unseen& unseen)
 {
-    if (unseen.byOther > seen)
+    if (unseen.byOther > seen) {
         return fmt::format("Set layout = \"{}\" for the account \"{}\" in {}.", layoutName(unseen.other), account.name,
             configurationFile().string());
-    if (seen == 0 && !unseen.maildirs.empty())
+    }
+    if (seen == 0 && !unseen.maildirs.empty()) {
         return fmt::format(
             "Correct \"path\" of the account \"{}\" in {}, or let the program that fetches its mail keep "
             "mailboxes as plain folders (mbsync: SubFolders Verbatim).",
             account.name, configurationFile().string());
+    }
     return "";
 }
 
@@ -154,11 +156,12 @@ void examineAccount(const MailAccountSettings& account, std::vector<Finding>& fi
             counted(count.messages, "message", "messages"), unseenWords(account, unseen), draftsWords(account, folders),
             count.unreadable.empty() ? "" : ". ", fmt::join(count.unreadable, " ")),
         remedy});
-    if (!count.damaged.empty())
+    if (!count.damaged.empty()) {
         findings.push_back({id + ".damaged", label + ": damaged messages", false,
             fmt::format("{} empty or cannot be read, such as {}", counted(count.damaged.size(), "file is", "files are"),
                 count.damaged.front()),
             "Fetch these messages again, or remove the files."});
+    }
 }
 
 void examineSending(const MailAccountSettings& account, std::vector<Finding>& findings)
@@ -216,9 +219,10 @@ Finding messagesFinding()
 {
     const fs::path file = platform::userHome() / "Library" / "Messages" / "chat.db";
     struct stat status { };
-    if (stat(file.c_str(), &status) != 0)
+    if (stat(file.c_str(), &status) != 0) {
         return {"desk.messages", "Messages database", true,
             fmt::format("none at {}: there are no conversations yet", file.string()), ""};
+    }
     const std::string state = checkDatabase(file, "SELECT count(*) FROM sqlite_master");
     const bool ok = !state.empty() && state.find_first_not_of("0123456789") == std::string::npos;
     return {"desk.messages", "Messages database", ok, ok ? file.string() : fmt::format("{}: {}", file.string(), state),

@@ -32,9 +32,10 @@ std::vector<Case> allCases()
 {
     std::ifstream file(std::string(MERVO_SOURCE_DIR) + "/tests/applescript/cases.json");
     std::vector<Case> cases;
-    for (const json& entry : json::parse(file))
+    for (const json& entry : json::parse(file)) {
         cases.push_back({entry.at("name"), entry.at("script"), entry.at("argv"), entry.at("stdout"), entry.at("exit"),
             entry.at("stderr_tail"), entry.at("confidence") == "sure", entry.value("via", "") == "stdin"});
+    }
     return cases;
 }
 
@@ -45,9 +46,10 @@ bool matches(std::string_view pattern, std::string_view text)
         return pattern == text;
     if (!text.starts_with(pattern.substr(0, star)))
         return false;
-    for (std::size_t skip = star; skip <= text.size(); ++skip)
+    for (std::size_t skip = star; skip <= text.size(); ++skip) {
         if (matches(pattern.substr(star + 1), text.substr(skip)))
             return true;
+    }
     return false;
 }
 

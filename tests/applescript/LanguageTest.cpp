@@ -279,10 +279,11 @@ TEST(Language, localTimeHasNoZone)
     EXPECT_EQ(Date::fromUnix(1711846800), Date::fromParts(2024, 3, 31, 3 * 3600));
     EXPECT_EQ(Date::fromParts(2024, 3, 31, 3 * 3600).toUnix(), 1711846800);
     EXPECT_EQ(Date::fromUnix(1729990800), Date::fromParts(2024, 10, 27, 2 * 3600));
-    for (std::int64_t moment = 1700000000; moment < 1740000000; moment += 99991)
+    for (std::int64_t moment = 1700000000; moment < 1740000000; moment += 99991) {
         if (moment / 86400 != 1729990800 / 86400) { // one hour of that day is there twice
             EXPECT_EQ(Date::fromUnix(moment).toUnix(), moment);
         }
+    }
     ::setenv("TZ", "UTC", 1);
     ::tzset();
     EXPECT_EQ(Date::fromParts(1900, 2, 29), Date::fromParts(1900, 3, 1));

@@ -173,10 +173,12 @@ public:
     as::Designation designation() const override;
     ToyBox& box() const
     {
-        for (ToyAccount& account : world().accounts)
-            for (ToyBox& candidate : account.boxes)
+        for (ToyAccount& account : world().accounts) {
+            for (ToyBox& candidate : account.boxes) {
                 if (account.id == account_ && candidate.name == box_)
                     return candidate;
+            }
+        }
         throw as::ScriptError(as::ErrorNumber::noSuchObject);
     }
     as::Value get(as::TermId property) override
@@ -221,9 +223,10 @@ public:
     }
     ToyLetter& letter() const
     {
-        for (ToyLetter& letter : box_->box().letters)
+        for (ToyLetter& letter : box_->box().letters) {
             if (letter.id == number_)
                 return letter;
+        }
         throw as::ScriptError(as::ErrorNumber::noSuchObject);
     }
     as::Value get(as::TermId property) override
@@ -290,9 +293,10 @@ public:
     }
     ToyAccount& account() const
     {
-        for (ToyAccount& candidate : world().accounts)
+        for (ToyAccount& candidate : world().accounts) {
             if (candidate.id == account_)
                 return candidate;
+        }
         throw as::ScriptError(as::ErrorNumber::noSuchObject);
     }
     as::Value get(as::TermId property) override
@@ -335,9 +339,10 @@ public:
     as::Value every(as::TermId elementClass) override
     {
         std::vector<as::Value> all;
-        if (elementClass == kAccount)
+        if (elementClass == kAccount) {
             for (const ToyAccount& account : world().accounts)
                 all.push_back(as::Value::object(as::makeRef<AccountThing>(post_, account.id)));
+        }
         return as::Value::list(std::move(all));
     }
 };

@@ -35,9 +35,10 @@ void criteria(std::size_t letters)
     });
     std::size_t found = 0;
     const double floor = milliseconds([&] {
-        for (const ToyLetter& letter : world.accounts[0].boxes[0].letters)
+        for (const ToyLetter& letter : world.accounts[0].boxes[0].letters) {
             found += letter.sender.find("Person 42") != std::string::npos
                 && letter.subject.find("number 99") != std::string::npos;
+        }
     });
     std::printf("criteria over %zu letters: %.1f ms (floor %.2f ms, %zu bytes of answer)\n", letters, time, floor,
         answer.size() + (found > 0 ? 0 : 1));

@@ -122,12 +122,13 @@ TEST_F(ApprovalTest, RunsOnceOfManyApprovalsAtOnce)
         std::atomic<int> ran = 0;
         std::atomic<int> gone = 0;
         std::vector<std::jthread> threads;
-        for (int i = 0; i < 4; ++i)
+        for (int i = 0; i < 4; ++i) {
             threads.emplace_back([&] {
                 const auto result = Approval::approve(action, stores);
                 ran += std::holds_alternative<Approval::Executed>(result) ? 1 : 0;
                 gone += std::holds_alternative<Approval::AlreadyGone>(result) ? 1 : 0;
             });
+        }
         threads.clear();
         EXPECT_EQ(ran, 1);
         EXPECT_EQ(gone, 3);

@@ -109,8 +109,9 @@ TEST(Catalogue, MarksAsRequiredWhatEveryCallMustHave)
         for (const auto& argument : tool->arguments) {
             Args args = whole;
             args.erase(std::string(argument.name));
-            if (argument.required)
+            if (argument.required) {
                 EXPECT_THROW(tool->build(args), ToolError) << tool->id << " without " << argument.name;
+            }
             else
                 EXPECT_NO_THROW(tool->build(args)) << tool->id << " without " << argument.name;
         }
@@ -121,11 +122,12 @@ TEST(Catalogue, SaysWhichToolsThisBuildCannotRun)
 {
     std::map<std::string, std::vector<std::string>> missing;
     std::vector<std::string> working;
-    for (const Tool* tool : Tools::all())
+    for (const Tool* tool : Tools::all()) {
         if (tool->missingBridge.empty())
             working.push_back(tool->id);
         else
             missing[tool->missingBridge].push_back(tool->id);
+    }
     EXPECT_THAT(working,
         ElementsAre("mail.accounts", "mail.headers", "mail.audit", "mail.search", "mail.body", "mail.open",
             "mail.messageId", "mail.draft", "mail.send", "mail.notify", "imessage.notify", "mail.reply",
@@ -139,7 +141,7 @@ TEST(Catalogue, SaysWhichToolsThisBuildCannotRun)
     EXPECT_THAT(missing["System Events"], ElementsAre("app.quit"));
     EXPECT_EQ(missing["Automations"].size(), 8U);
     EXPECT_EQ(missing["Feedback"].size(), 6U);
-    for (const auto& [bridge, ids] : missing)
+    for (const auto& [bridge, ids] : missing) {
         for (const auto& id : ids) {
             try {
                 Tools::find(id)->nativeRun({});
@@ -148,6 +150,7 @@ TEST(Catalogue, SaysWhichToolsThisBuildCannotRun)
                 EXPECT_EQ(error.what(), id + " needs the " + bridge + " bridge, which this build does not have");
             }
         }
+    }
 }
 
 TEST(Catalogue, HasAnEmptyHarvestCycleKeptOutOfTheTrail)

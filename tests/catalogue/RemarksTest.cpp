@@ -114,9 +114,10 @@ TEST(Remarks, AreNoneForAnyToolWhoseArgumentsHaveTheirForm)
 {
     for (const Tool* tool : Tools::all()) {
         EXPECT_THAT(sentences(tool->id, {}), IsEmpty()) << tool->id;
-        for (const Argument& argument : tool->arguments)
+        for (const Argument& argument : tool->arguments) {
             EXPECT_THAT(sentences(tool->id, {{std::string(argument.name), wellFormed(argument.format)}}), IsEmpty())
                 << tool->id << " " << argument.name;
+        }
     }
 }
 

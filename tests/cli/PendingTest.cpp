@@ -36,9 +36,10 @@ TEST_F(PendingTest, listsOldestFirstAndLeavesDamageAlone)
     ASSERT_EQ(stored.size(), 3U);
     EXPECT_EQ(stored[2].dump(), R"({"damaged":"BROKEN00.json","reason":"it holds no whole action"})");
     stored.erase(2);
-    for (const auto& object : stored)
+    for (const auto& object : stored) {
         EXPECT_EQ(
             object, nlohmann::json::parse(readFile(home() / "pending" / (object["id"].get<std::string>() + ".json"))));
+    }
 }
 
 TEST_F(PendingTest, showsOneActionWholeWithNothingHidden)

@@ -155,13 +155,15 @@ std::string name(const StatusIconState& state)
 
 void forEachState(const std::function<void(const StatusIconState&)>& look)
 {
-    for (const Autonomy autonomy : kAutonomies)
-        for (const Attention attention : kAttentions)
+    for (const Autonomy autonomy : kAutonomies) {
+        for (const Attention attention : kAttentions) {
             for (const bool working : {false, true}) {
                 const StatusIconState state{autonomy, attention, working};
                 SCOPED_TRACE(name(state));
                 look(state);
             }
+        }
+    }
 }
 
 TEST(StatusIcon, looksTheSameFromEveryStateAtTheStart)

@@ -28,9 +28,10 @@ class Listener {
 public:
     explicit Listener(const QObject& object)
     {
-        for (int at = 0; at < object.metaObject()->methodCount(); ++at)
+        for (int at = 0; at < object.metaObject()->methodCount(); ++at) {
             if (object.metaObject()->method(at).methodType() == QMetaMethod::Signal)
                 spies_.push_back(std::make_unique<QSignalSpy>(&object, object.metaObject()->method(at)));
+        }
     }
     int count() const
     {

@@ -64,9 +64,10 @@ void lock()
 void libraries()
 {
     std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
+    for (std::string line; std::getline(maps, line);) {
         if (const auto at = line.find("libQt6"); at != std::string::npos)
             std::cout << line.substr(at) << '\n';
+    }
 }
 
 } // namespace

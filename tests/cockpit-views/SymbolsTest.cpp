@@ -13,9 +13,10 @@ namespace {
 int inkOf(const QImage& image)
 {
     int inked = 0;
-    for (int y = 0; y < image.height(); ++y)
+    for (int y = 0; y < image.height(); ++y) {
         for (int x = 0; x < image.width(); ++x)
             inked += qAlpha(image.pixel(x, y));
+    }
     return inked * 100 / 255 / (image.width() * image.height());
 }
 
@@ -31,7 +32,7 @@ TEST(Symbols, EveryNameIsDrawnByThePackagedThemeAndIsNoBlot)
     const QImage missing = Symbols::draw("no such symbol", 16, Qt::black);
     EXPECT_GT(inkOf(missing), 5) << "what is missing is drawn all the same";
     EXPECT_GT(Symbols::all().size(), 30);
-    for (const QString& symbol : Symbols::all())
+    for (const QString& symbol : Symbols::all()) {
         for (const int pixels : {16, 20, 48}) {
             const QImage image = Symbols::draw(symbol, pixels, Qt::black);
             EXPECT_EQ(image.size(), QSize(pixels, pixels));
@@ -39,6 +40,7 @@ TEST(Symbols, EveryNameIsDrawnByThePackagedThemeAndIsNoBlot)
             EXPECT_GT(inkOf(image), 1) << qPrintable(symbol) << " at " << pixels;
             EXPECT_LT(inkOf(image), 70) << qPrintable(symbol) << " at " << pixels;
         }
+    }
 }
 
 } // namespace

@@ -47,9 +47,10 @@ TEST_F(MailStoreTest, changesThousandsThatAnotherRenamedWithOneListing)
     constexpr int kMessages = 2000;
     deliver(kMessages);
     const auto messages = look();
-    for (const MessageRecord& message : messages->messages())
+    for (const MessageRecord& message : messages->messages()) {
         fs::rename(account().root / "cur" / message.fileName(),
             account().root / "cur" / (std::string(message.base()) + ":2,S"));
+    }
 
     const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < 20; ++i)

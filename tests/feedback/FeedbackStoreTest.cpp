@@ -167,11 +167,12 @@ TEST_F(Feedback, AnswersAQuestionOnceHoweverManyTry)
     }
     std::atomic<int> answered = 0;
     std::vector<std::jthread> threads;
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&, i] {
             FeedbackStore own(std::make_shared<MervoDB>(home.path()));
             answered += own.answer("q", std::to_string(i)) ? 1 : 0;
         });
+    }
     threads.clear();
     EXPECT_EQ(answered, 1);
 }

@@ -73,9 +73,8 @@ TEST(CallPool, runsBesideEachOtherUpToTheBoundAndKeepsTheRest)
 {
     Gate gate;
     CallPool pool(gate.outlets());
-    for (int i = 0; i < kRunning + 10; ++i) {
+    for (int i = 0; i < kRunning + 10; ++i)
         ASSERT_EQ(pool.submit(callNamed(std::to_string(i))), Submission::accepted);
-    }
     gate.waitForInside(kRunning);
     EXPECT_EQ(gate.inside, kRunning);
     EXPECT_FALSE(pool.idle());
@@ -88,9 +87,8 @@ TEST(CallPool, cancelsWhatWaitsBeforeItRunsAndSilencesWhatRuns)
 {
     Gate gate;
     CallPool pool(gate.outlets());
-    for (int i = 0; i < kRunning; ++i) {
+    for (int i = 0; i < kRunning; ++i)
         ASSERT_EQ(pool.submit(callNamed(std::to_string(i))), Submission::accepted);
-    }
     gate.waitForInside(kRunning);
     ASSERT_EQ(pool.submit(callNamed("\"waits\"")), Submission::accepted);
     EXPECT_TRUE(pool.cancel("\"waits\""));
@@ -124,9 +122,8 @@ TEST(CallPool, boundsWhatWaitsByCountAndByBytes)
 {
     Gate gate;
     CallPool pool(gate.outlets());
-    for (int i = 0; i < kRunning; ++i) {
+    for (int i = 0; i < kRunning; ++i)
         ASSERT_EQ(pool.submit(callNamed(std::to_string(i))), Submission::accepted);
-    }
     gate.waitForInside(kRunning);
     const std::string large(CallPool::kMostWaitingBytes / 2 + 1, 'x');
     EXPECT_EQ(pool.submit(callNamed("large", large)), Submission::accepted);
@@ -134,9 +131,8 @@ TEST(CallPool, boundsWhatWaitsByCountAndByBytes)
     EXPECT_TRUE(pool.cancel("large"));
     EXPECT_EQ(pool.submit(callNamed("larger", large)), Submission::accepted) << "a cancelled call gives its room back";
     pool.dropWaiting();
-    for (std::size_t i = 0; i < CallPool::kMostWaiting; ++i) {
+    for (std::size_t i = 0; i < CallPool::kMostWaiting; ++i)
         ASSERT_EQ(pool.submit(callNamed("w" + std::to_string(i))), Submission::accepted);
-    }
     EXPECT_EQ(pool.submit(callNamed("one more")), Submission::full);
     pool.dropWaiting();
     gate.finish();

@@ -17,9 +17,8 @@ std::vector<std::string> linesOf(const std::vector<std::string_view>& pieces)
     LineReader reader({.line = [&](std::string_view line) { lines.emplace_back(line); },
                           .tooLong = [&] { lines.emplace_back("(too long)"); }},
         kLongest);
-    for (const std::string_view piece : pieces) {
+    for (const std::string_view piece : pieces)
         reader.feed(piece);
-    }
     reader.finish();
     return lines;
 }

@@ -32,9 +32,8 @@ struct Pipe {
     {
         std::string text;
         std::array<char, 65536> buffer{};
-        for (ssize_t length = 0; (length = ::read(ends[0], buffer.data(), buffer.size())) > 0;) {
+        for (ssize_t length = 0; (length = ::read(ends[0], buffer.data(), buffer.size())) > 0;)
             text.append(buffer.data(), static_cast<std::size_t>(length));
-        }
         return text;
     }
 };
@@ -58,14 +57,12 @@ TEST(OutputQueue, neverWaitsForTheClientAndKeepsEveryLineWhole)
                 }
             });
         }
-        for (std::thread& sender : senders) {
+        for (std::thread& sender : senders)
             sender.join(); // all of them come back although nobody has read a byte
-        }
         EXPECT_TRUE(queue.congested());
         std::thread reader([&] { all = pipe.readAll(); });
-        while (!queue.empty()) {
+        while (!queue.empty())
             std::this_thread::yield();
-        }
         EXPECT_FALSE(queue.congested());
         pipe.closeOut();
         reader.join();
@@ -92,9 +89,8 @@ TEST(OutputQueue, saysWhenTheClientHasLeft)
         OutputQueue queue(ends[1], [&] { told = true; });
         ::close(ends[0]);
         queue.send(std::string(size, 'x') + "\n");
-        while (!told) {
+        while (!told)
             std::this_thread::yield();
-        }
         EXPECT_TRUE(queue.broken());
         EXPECT_TRUE(queue.empty());
         queue.send("dropped\n");

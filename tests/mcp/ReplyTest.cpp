@@ -41,9 +41,8 @@ TEST(Reply, cutsATextThatWouldNotFitALineAndSaysHowMuch)
         for (const std::size_t bytes : {Reply::kLongestLine - 1'020'000, 2 * Reply::kLongestLine}) {
             std::string text;
             text.reserve(bytes + 4);
-            while (text.size() < bytes) {
+            while (text.size() < bytes)
                 text += unit;
-            }
             const std::string seen = textOf(Reply::toolResult(id, text, false, Era::stateless));
             const std::size_t note = seen.find("\n[cut here: ");
             if (note == std::string::npos) {

@@ -112,9 +112,10 @@ void expectReference(const std::string& text)
 
 TEST(Unicode, normalFormsAreTheLibrarysOwn)
 {
-    for (char32_t value = 0; value < 0x110000; ++value)
+    for (char32_t value = 0; value < 0x110000; ++value) {
         if (value < 0xD800 || value > 0xDFFF)
             expectReference(utf8(value));
+    }
     std::mt19937 random(5);
     const std::pair<char32_t, char32_t> ranges[]{{0x20, 0x80}, {0x80, 0x300}, {0x300, 0x370}, {0x370, 0x530},
         {0x590, 0x700}, {0x900, 0xE00}, {0x1100, 0x1200}, {0x1DC0, 0x2030}, {0x20D0, 0x20F1}, {0x3040, 0x3100},

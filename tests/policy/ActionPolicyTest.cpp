@@ -86,10 +86,12 @@ TEST(ActionPolicy, everyCellOfTheMatrix)
 TEST(ActionPolicy, theSliderAlone)
 {
     const bool expected[3][3]{{false, false, false}, {true, false, false}, {true, true, false}};
-    for (const Effect effect : kAllEffects)
-        for (const AutonomyMode mode : kAllAutonomyModes)
+    for (const Effect effect : kAllEffects) {
+        for (const AutonomyMode mode : kAllAutonomyModes) {
             EXPECT_EQ(defaultRequiresApproval(effect, mode),
                 expected[static_cast<std::size_t>(effect)][static_cast<std::size_t>(mode)]);
+        }
+    }
 }
 
 TEST(ActionPolicy, rulesRankAmongThemselves)

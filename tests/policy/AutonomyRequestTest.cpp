@@ -86,12 +86,13 @@ TEST_F(Request, loweringAtOnceWithAnotherNeverEndsAboveTheLower)
         test::writeFile(memory / "config.json", R"({"autonomyMode":"yolo"})");
         std::barrier start(5);
         std::vector<std::thread> threads;
-        for (int agent = 0; agent < 4; ++agent)
+        for (int agent = 0; agent < 4; ++agent) {
             threads.emplace_back([&] {
                 AuditLog rows{MervoDB::inMemory()};
                 start.arrive_and_wait();
                 (void)AutonomyRequest::make(AutonomyMode::copilote, "mcp:x", rows);
             });
+        }
         start.arrive_and_wait();
         const auto owner =
             HarnessConfig::update([](HarnessConfig& config) { config.autonomyMode = AutonomyMode::panic; });

@@ -59,9 +59,10 @@ void saveConfig(int count, const std::string& name)
 /// One more for the cap each time: what an update of another process overwrote would be missing in the end.
 void countUp(int count, const std::string&)
 {
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         if (!HarnessConfig::update([](HarnessConfig& config) { ++config.dailyMutationCap; }).failure.empty())
             std::exit(1);
+    }
 }
 
 /// Says "held" once it has the home's lock, and keeps it until its input ends.

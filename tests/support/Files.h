@@ -62,9 +62,10 @@ inline std::string readFile(const std::filesystem::path& file)
 inline std::set<std::string> tree(const std::filesystem::path& folder)
 {
     std::set<std::string> names;
-    if (std::filesystem::exists(folder))
+    if (std::filesystem::exists(folder)) {
         for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
             names.insert(std::filesystem::relative(entry.path(), folder).string());
+    }
     return names;
 }
 

@@ -43,9 +43,10 @@ public:
         const std::filesystem::path& path, const std::vector<std::string>& arguments, const Environment& changes = {})
     {
         std::array<std::array<int, 2>, 3> pipes{};
-        for (auto& ends : pipes)
+        for (auto& ends : pipes) {
             if (::pipe2(ends.data(), O_CLOEXEC) != 0)
                 throw std::runtime_error("no pipe");
+        }
         std::vector<std::string> words{path.string()};
         words.insert(words.end(), arguments.begin(), arguments.end());
         std::vector<char*> argv = pointers(words);

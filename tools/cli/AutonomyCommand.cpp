@@ -35,9 +35,10 @@ void lower(AutonomyMode wanted, Io& io)
     const auto change = AutonomyRequest::make(wanted, actor(), AuditLog::shared(), &notices);
     for (const std::string& warning : notices.warnings)
         io.err("warning: " + Text::visibleLine(warning) + "\n");
-    if (change == HarnessConfig::AutonomyChange::refusedHumanOnly)
+    if (change == HarnessConfig::AutonomyChange::refusedHumanOnly) {
         throw ServiceError(fmt::format("only a person can raise autonomy to {}, in the cockpit; it stays at {}",
             rawValue(wanted), rawValue(current())));
+    }
 }
 
 ExitCode run(const Arguments& arguments, Io& io)

@@ -20,9 +20,10 @@ Arguments parse(const Command& command, std::span<const std::string> words)
             throw UsageError(fmt::format("\"{}\" is no option of \"mervo {}\"", word, command.name));
         }
     }
-    if (arguments.words.size() > command.wordLimit)
+    if (arguments.words.size() > command.wordLimit) {
         throw UsageError(fmt::format(
             "\"{}\" is one word too many for \"mervo {}\"", arguments.words[command.wordLimit], command.name));
+    }
     return arguments;
 }
 

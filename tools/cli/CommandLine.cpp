@@ -34,9 +34,10 @@ const Command& find(const std::string& name)
     if (found != kCommands.end())
         return **found;
     if (const auto person = std::ranges::find(kForThePerson, name, [](const auto& entry) { return entry.first; });
-        person != kForThePerson.end())
+        person != kForThePerson.end()) {
         throw UsageError(
             fmt::format("\"{}\" is for a person, in the cockpit (mervo-cockpit); {}", name, person->second));
+    }
     std::vector<std::string_view> names;
     for (const Command* command : kCommands)
         names.push_back(command->name);

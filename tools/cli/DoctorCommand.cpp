@@ -53,9 +53,10 @@ std::string inWords(const std::vector<Doctor::Check>& checks)
 nlohmann::ordered_json asJson(const std::vector<Doctor::Check>& checks)
 {
     nlohmann::ordered_json records = nlohmann::ordered_json::array();
-    for (const Doctor::Check& check : checks)
+    for (const Doctor::Check& check : checks) {
         records.push_back({{"id", check.id}, {"label", check.label}, {"state", Doctor::rawValue(check.state)},
             {"detail", check.detail}, {"remedy", check.remedy}});
+    }
     return records;
 }
 

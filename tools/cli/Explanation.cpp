@@ -163,9 +163,10 @@ std::string headOfRules(const HarnessRunner::Explanation& explanation)
 nlohmann::ordered_json warnings(const HarnessRunner::Explanation& explanation)
 {
     auto sentences = nlohmann::ordered_json::array();
-    for (const std::string* sentence : {&explanation.rulesUnread, &explanation.countUnread})
+    for (const std::string* sentence : {&explanation.rulesUnread, &explanation.countUnread}) {
         if (!sentence->empty())
             sentences.push_back(*sentence);
+    }
     return sentences;
 }
 
@@ -189,9 +190,10 @@ std::string inWords(const Call& call, const HarnessRunner::Explanation& explanat
         text += fmt::format("Preview: {}\n", Text::visibleLine(*explanation.preview));
     text += notes(explanation);
     text += headOfRules(explanation);
-    for (const Entry& entry : explanation.trace.entries)
+    for (const Entry& entry : explanation.trace.entries) {
         text += fmt::format("  {}  {}\n      {}\n", Text::visibleLine(entry.rule->id), describe(*entry.rule),
             why(call, explanation, entry));
+    }
     return text;
 }
 

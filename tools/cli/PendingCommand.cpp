@@ -41,9 +41,10 @@ std::string shortened(const std::string& text)
 /// What cannot be read, on one line; empty when everything can.
 std::string unread(const PendingStore::Listing& found)
 {
-    if (found.failure)
+    if (found.failure) {
         return fmt::format(
             "The queue cannot be read ({}); \"mervo doctor\" says what to do.\n", found.failure.message());
+    }
     if (found.damaged.empty())
         return {};
     std::vector<std::string> files;
@@ -82,9 +83,10 @@ std::string page(const PendingAction& action)
         text += fmt::format("{}\n", Text::visibleLine(*action.preview));
     for (const auto& [key, value] : action.args) {
         text += fmt::format("  {}={}\n", Text::visibleLine(key), Text::visibleLine(value));
-        for (const Remark& remark : remarks)
+        for (const Remark& remark : remarks) {
             if (remark.argument == key)
                 text += fmt::format("      {}{}\n", remark.noEffect ? "no effect: " : "", remark.sentence);
+        }
     }
     return text;
 }
@@ -93,9 +95,10 @@ std::string page(const PendingAction& action)
 std::string object(const PendingAction& action)
 {
     auto object = nlohmann::ordered_json::parse(action.encode());
-    for (const Remark& remark : remarksOn(action))
+    for (const Remark& remark : remarksOn(action)) {
         object["remarks"].push_back(
             {{"argument", remark.argument}, {"sentence", remark.sentence}, {"noEffect", remark.noEffect}});
+    }
     return object.dump();
 }
 
@@ -118,13 +121,16 @@ std::string json(const PendingStore::Listing& found)
 /// The one action, or why there is none.
 PendingAction named(const PendingStore::Listing& found, const std::string& id)
 {
-    for (const PendingAction& action : found.actions)
+    for (const PendingAction& action : found.actions) {
         if (action.id == id)
             return action;
-    for (const auto& [name, reason] : found.damaged)
-        if (name == id + ".json")
+    }
+    for (const auto& [name, reason] : found.damaged) {
+        if (name == id + ".json") {
             throw ServiceError(fmt::format(
                 "the file of action \"{}\" cannot be read: {}; \"mervo doctor\" says what to do", id, reason));
+        }
+    }
     throw ServiceError(fmt::format("no action \"{}\" is waiting; \"mervo pending\" lists what is", id));
 }
 

@@ -52,14 +52,16 @@ void set(const std::string& email, Io& io)
 void test(const std::string& email, Io& io)
 {
     const auto account = MailArchiveService::imapAccountOfAddress(email);
-    if (!account)
+    if (!account) {
         throw ServiceError(fmt::format(
             "{} is no account of config.json (\"imapAccounts\") and no Gmail account; add it there first", email));
+    }
     auto password = Keychain::password(account->email);
-    if (!password)
+    if (!password) {
         throw ServiceError(
             Keychain::trouble(account->email)
                 .value_or(fmt::format("there is no app password of {0}; keep one with: mervo secret set {0}", email)));
+    }
     IMAPClient::verifyLogin(account->host, MailArchiveService::portOf(*account), account->email, *password);
     platform::keychain::wipe(*password);
     io.out(fmt::format("{} accepts the app password of {}\n", account->host, email));

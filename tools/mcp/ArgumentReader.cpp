@@ -21,9 +21,8 @@ constexpr double kExactlyWhole = 9007199254740992.0; // 2^53: every whole number
 std::string realText(const std::string& written)
 {
     const double value = std::strtod(written.c_str(), nullptr);
-    if (value == std::trunc(value) && std::abs(value) <= kExactlyWhole) {
+    if (value == std::trunc(value) && std::abs(value) <= kExactlyWhole)
         return std::to_string(static_cast<std::int64_t>(value));
-    }
     return written;
 }
 
@@ -38,16 +37,14 @@ std::variant<Args, Refusal> read(json::Value arguments)
 {
     Args args;
     for (auto& [name, value] : arguments.members) {
-        if (value.is(Kind::list) || value.is(Kind::object)) {
+        if (value.is(Kind::list) || value.is(Kind::object))
             return refusal(name, value.is(Kind::list) ? "is a list" : "is an object", "give it as one text");
-        }
         if (value.missing()) {
             args.erase(name);
             continue;
         }
-        if (name.find('\0') != std::string::npos || value.text.find('\0') != std::string::npos) {
+        if (name.find('\0') != std::string::npos || value.text.find('\0') != std::string::npos)
             return refusal(name, "contains a NUL character", "leave it out");
-        }
         args.insert_or_assign(std::move(name), value.is(Kind::real) ? realText(value.text) : std::move(value.text));
     }
     return args;

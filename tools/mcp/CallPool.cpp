@@ -12,9 +12,8 @@ namespace {
 std::size_t sizeOf(const ToolCall& call)
 {
     std::size_t bytes = call.id.size() + call.actor.size();
-    for (const auto& [name, value] : call.args) {
+    for (const auto& [name, value] : call.args)
         bytes += name.size() + value.size();
-    }
     return bytes;
 }
 
@@ -33,9 +32,8 @@ CallPool::~CallPool()
         waiting_.clear();
     }
     wake_.notify_all();
-    for (std::thread& worker : workers_) {
+    for (std::thread& worker : workers_)
         worker.join();
-    }
 }
 
 CallPool::Submission CallPool::submit(ToolCall call)
@@ -45,12 +43,10 @@ CallPool::Submission CallPool::submit(ToolCall call)
         std::scoped_lock guard(mutex_);
         const auto hasId = [&](const Entry& entry) { return !entry.cancelled && entry.call.id == call.id; };
         if (std::any_of(waiting_.begin(), waiting_.end(), hasId)
-            || std::any_of(running_.begin(), running_.end(), hasId)) {
+            || std::any_of(running_.begin(), running_.end(), hasId))
             return Submission::duplicate;
-        }
-        if (waiting_.size() >= kMostWaiting || waitingBytes_ + bytes > kMostWaitingBytes) {
+        if (waiting_.size() >= kMostWaiting || waitingBytes_ + bytes > kMostWaitingBytes)
             return Submission::full;
-        }
         waiting_.push_back({std::move(call), bytes, false});
         waitingBytes_ += bytes;
         if (!startWorkerIfNeeded()) {
@@ -66,9 +62,8 @@ CallPool::Submission CallPool::submit(ToolCall call)
 /// False when there is no thread at all and none can be started.
 bool CallPool::startWorkerIfNeeded()
 {
-    if (idleWorkers_ >= waiting_.size() || workers_.size() >= kMostRunning) {
+    if (idleWorkers_ >= waiting_.size() || workers_.size() >= kMostRunning)
         return true;
-    }
     try {
         workers_.emplace_back([this] { work(); });
     } catch (const std::system_error&) {
@@ -88,9 +83,8 @@ bool CallPool::cancel(std::string_view id)
         return true;
     }
     const auto runs = std::find_if(running_.begin(), running_.end(), hasId);
-    if (runs == running_.end()) {
+    if (runs == running_.end())
         return false;
-    }
     runs->cancelled = true;
     return true;
 }
@@ -115,9 +109,8 @@ void CallPool::work()
         ++idleWorkers_;
         wake_.wait(lock, [this] { return closing_ || !waiting_.empty(); });
         --idleWorkers_;
-        if (closing_) {
+        if (closing_)
             return;
-        }
         const auto entry = waiting_.begin();
         waitingBytes_ -= entry->bytes;
         running_.splice(running_.end(), waiting_, entry);
@@ -132,9 +125,8 @@ void CallPool::work()
             lock.lock();
         }
         running_.erase(entry);
-        if (running_.empty() && waiting_.empty()) {
+        if (running_.empty() && waiting_.empty())
             outlets_.becameIdle();
-        }
     }
 }
 

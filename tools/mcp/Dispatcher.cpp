@@ -22,9 +22,8 @@ std::string unknownTool(std::string_view name, Naming naming)
     const std::string shown(Reply::echo(name));
     std::string text = "Unknown tool: " + shown;
     std::string closest;
-    for (const std::string& id : Tools::closest(shown)) {
+    for (const std::string& id : Tools::closest(shown))
         closest += (closest.empty() ? "" : ", ") + ToolNames::published(id, naming);
-    }
     return closest.empty() ? text : text + " (closest: " + closest + ")";
 }
 
@@ -57,9 +56,8 @@ void Dispatcher::handle(const Notification& notification)
 {
     if (notification.method == "notifications/cancelled") {
         const RequestId id = idOf(notification.params["requestId"]);
-        if (!id.empty() && outlets_.cancel(id)) {
+        if (!id.empty() && outlets_.cancel(id))
             logLine("the client cancelled call " + id);
-        }
     }
 }
 

@@ -30,9 +30,8 @@ public:
 
     void leaf(Kind kind, std::string text)
     {
-        if (skipped_ == 0) {
+        if (skipped_ == 0)
             current() = {kind, std::move(text), {}};
-        }
     }
 
     void open(Kind kind)
@@ -61,9 +60,8 @@ public:
 
     void key(std::string name)
     {
-        if (skipped_ > 0) {
+        if (skipped_ > 0)
             return;
-        }
         auto& members = open_.back()->members;
         if (members.size() < kMostMembers) {
             members.push_back({std::move(name), {}});
@@ -95,9 +93,8 @@ public:
     bool read()
     {
         Step step = Step::value;
-        while (step == Step::value) {
+        while (step == Step::value)
             step = value();
-        }
         skipBlanks();
         return step == Step::complete && at_ == text_.size();
     }
@@ -125,9 +122,8 @@ private:
             return begin(text_[at_]);
         case '"': {
             std::string content;
-            if (!string(content)) {
+            if (!string(content))
                 return Step::broken;
-            }
             tree_.leaf(Kind::text, std::move(content));
             return next();
         }
@@ -148,9 +144,8 @@ private:
         tree_.open(bracket == '{' ? Kind::object : Kind::list);
         brackets_ += bracket == '{' ? '}' : ']';
         skipBlanks();
-        if (peek() == brackets_.back()) {
+        if (peek() == brackets_.back())
             return next();
-        }
         return bracket == '{' ? key() : Step::value;
     }
 
@@ -158,9 +153,8 @@ private:
     {
         std::string name;
         skipBlanks();
-        if (peek() != '"' || !string(name)) {
+        if (peek() != '"' || !string(name))
             return Step::broken;
-        }
         skipBlanks();
         tree_.key(std::move(name));
         return take(':') ? Step::value : Step::broken;
@@ -171,12 +165,10 @@ private:
     {
         while (!brackets_.empty()) {
             skipBlanks();
-            if (take(',')) {
+            if (take(','))
                 return brackets_.back() == '}' ? key() : Step::value;
-            }
-            if (!take(brackets_.back())) {
+            if (!take(brackets_.back()))
                 return Step::broken;
-            }
             tree_.close();
             brackets_.pop_back();
         }
@@ -185,9 +177,8 @@ private:
 
     Step word(std::string_view wanted, Kind kind)
     {
-        if (!text_.substr(at_).starts_with(wanted)) {
+        if (!text_.substr(at_).starts_with(wanted))
             return Step::broken;
-        }
         at_ += wanted.size();
         tree_.leaf(kind, kind == Kind::null ? std::string() : std::string(wanted));
         return next();
@@ -205,24 +196,20 @@ private:
     {
         const std::size_t first = at_;
         take('-');
-        if (!take('0') && !digits()) {
+        if (!take('0') && !digits())
             return false;
-        }
         Kind kind = Kind::integer;
         if (take('.')) {
             kind = Kind::real;
-            if (!digits()) {
+            if (!digits())
                 return false;
-            }
         }
         if (take('e') || take('E')) {
             kind = Kind::real;
-            if (!take('+')) {
+            if (!take('+'))
                 take('-');
-            }
-            if (!digits()) {
+            if (!digits())
                 return false;
-            }
         }
         tree_.leaf(kind, std::string(text_.substr(first, at_ - first)));
         return true;
@@ -235,17 +222,14 @@ private:
             const auto rest = text_.substr(at_);
             const auto special = std::find_if(rest.begin(), rest.end(), needsEscape);
             const auto plain = rest.substr(0, static_cast<std::size_t>(special - rest.begin()));
-            if (!platform::isValidUtf8(plain)) {
+            if (!platform::isValidUtf8(plain))
                 return false;
-            }
             content += plain;
             at_ += plain.size();
-            if (take('"')) {
+            if (take('"'))
                 return true;
-            }
-            if (!take('\\') || !escape(content)) {
+            if (!take('\\') || !escape(content))
                 return false;
-            }
         }
         return false;
     }
@@ -254,13 +238,11 @@ private:
     {
         constexpr std::string_view kShort = "\"\\/bfnrt";
         constexpr std::string_view kPlain = "\"\\/\b\f\n\r\t";
-        if (take('u')) {
+        if (take('u'))
             return codePoint(content);
-        }
         const std::size_t found = at_ < text_.size() ? kShort.find(text_[at_]) : std::string_view::npos;
-        if (found == std::string_view::npos) {
+        if (found == std::string_view::npos)
             return false;
-        }
         ++at_;
         content += kPlain[found];
         return true;
@@ -272,9 +254,8 @@ private:
         const auto four = text_.substr(at_, 4);
         unsigned number = 0;
         const auto read = std::from_chars(four.data(), four.data() + four.size(), number, 16);
-        if (four.size() < 4 || read.ptr != four.data() + 4) {
+        if (four.size() < 4 || read.ptr != four.data() + 4)
             return std::nullopt;
-        }
         at_ += 4;
         return number;
     }
@@ -283,9 +264,8 @@ private:
     bool codePoint(std::string& content)
     {
         const auto first = unit();
-        if (!first) {
+        if (!first)
             return false;
-        }
         char32_t code = *first;
         if (isHigh(code) && text_.substr(at_).starts_with("\\u")) {
             const std::size_t behindFirst = std::exchange(at_, at_ + 2);
@@ -318,9 +298,8 @@ private:
             byte(0xF0U | code >> 18U);
             byte(0x80U | (code >> 12U & 0x3FU));
         }
-        if (code >= 0x800) {
+        if (code >= 0x800)
             byte(0x80U | (code >> 6U & 0x3FU));
-        }
         byte(0x80U | (code & 0x3FU));
     }
 
@@ -365,9 +344,8 @@ Value Value::take(std::string_view name)
 Outcome parse(std::string_view text, Value& value)
 {
     Tree tree(value);
-    if (!Reader(text, tree).read()) {
+    if (!Reader(text, tree).read())
         return Outcome::malformed;
-    }
     return tree.crowded() ? Outcome::crowded : Outcome::read;
 }
 

@@ -35,9 +35,8 @@ void LineReader::finish()
 
 void LineReader::keep(std::string_view piece)
 {
-    if (skipping_) {
+    if (skipping_)
         return;
-    }
     if (begun_.size() + piece.size() > longest_) {
         skipping_ = true;
         begun_ = {};
@@ -54,9 +53,8 @@ void LineReader::endLine(std::string_view last)
         return;
     }
     keep(last);
-    if (!skipping_) {
+    if (!skipping_)
         deliver(begun_);
-    }
     skipping_ = false;
     if (begun_.capacity() > kKeptCapacity) {
         begun_ = {};
@@ -67,15 +65,12 @@ void LineReader::endLine(std::string_view last)
 
 void LineReader::deliver(std::string_view line) const
 {
-    if (line.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
+    if (line.substr(0, kByteOrderMark.size()) == kByteOrderMark)
         line.remove_prefix(kByteOrderMark.size());
-    }
-    if (!line.empty() && line.back() == '\r') {
+    if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
-    }
-    if (line.find_first_not_of(" \t\r") != std::string_view::npos) {
+    if (line.find_first_not_of(" \t\r") != std::string_view::npos)
         sink_.line(line);
-    }
 }
 
 } // namespace mervo::mcp

@@ -30,9 +30,8 @@ Options readOptions(int argc, const char* const* argv)
         options.exitStatus = app.exit(end, std::cout, std::cerr) == 0 ? 0 : kUsageError;
         return options;
     }
-    if (names != "auto") {
+    if (names != "auto")
         options.naming = names == "dots" ? Naming::dots : Naming::underscores;
-    }
     return options;
 }
 

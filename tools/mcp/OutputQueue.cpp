@@ -32,9 +32,8 @@ bool writeAll(int fd, const char* bytes, std::size_t length)
             bytes += written;
             length -= static_cast<std::size_t>(written);
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) { // the client made its end of a socket non-blocking
-            if (!waitForRoom(fd)) {
+            if (!waitForRoom(fd))
                 return false;
-            }
         } else if (errno != EINTR) {
             return false;
         }
@@ -57,17 +56,15 @@ OutputQueue::~OutputQueue()
         closing_ = true;
     }
     wake_.notify_one();
-    if (thread_.joinable()) {
+    if (thread_.joinable())
         thread_.join();
-    }
 }
 
 /// A pipe with room takes PIPE_BUF bytes without blocking, and takes them whole.
 bool OutputQueue::writeNow(const std::string& line) noexcept
 {
-    if (line.size() > PIPE_BUF || !waiting_.empty() || inWriting_ > 0 || !hasRoom(fd_)) {
+    if (line.size() > PIPE_BUF || !waiting_.empty() || inWriting_ > 0 || !hasRoom(fd_))
         return false;
-    }
     broken_ = !writeAll(fd_, line.data(), line.size());
     return true;
 }
@@ -75,15 +72,13 @@ bool OutputQueue::writeNow(const std::string& line) noexcept
 void OutputQueue::send(std::string line)
 {
     std::unique_lock lock(mutex_);
-    if (broken_) {
+    if (broken_)
         return;
-    }
     if (writeNow(line)) {
         const bool failed = broken_;
         lock.unlock();
-        if (failed) {
+        if (failed)
             changed_();
-        }
         return;
     }
     if (waiting_.empty()) {
@@ -126,9 +121,8 @@ void OutputQueue::work()
     std::unique_lock lock(mutex_);
     while (true) {
         wake_.wait(lock, [this] { return closing_ || !waiting_.empty(); });
-        if (closing_ || broken_) {
+        if (closing_ || broken_)
             return;
-        }
         const std::string bytes = std::exchange(waiting_, {});
         inWriting_ = bytes.size();
         lock.unlock();
@@ -136,9 +130,8 @@ void OutputQueue::work()
         lock.lock();
         inWriting_ = 0;
         broken_ = broken_ || !written;
-        if (broken_) {
+        if (broken_)
             waiting_ = {};
-        }
         if (waiting_.size() <= kCongestion) {
             lock.unlock();
             changed_();

@@ -37,9 +37,8 @@ std::string versionData(const json::Value& requested)
 {
     std::string data = R"({"supported":)";
     data += kSupportedList;
-    if (requested.is(json::Value::Kind::text) && requested.text.size() <= kLongestEcho) {
+    if (requested.is(json::Value::Kind::text) && requested.text.size() <= kLongestEcho)
         data += R"(,"requested":)" + json::quoted(requested.text);
-    }
     return data + "}";
 }
 
@@ -53,9 +52,8 @@ std::string resultOpening(Era era, std::string_view meta)
 {
     const bool stateless = era == Era::stateless;
     std::string opening = stateless ? R"("resultType":"complete",)" : "";
-    if (!stateless && meta.empty()) {
+    if (!stateless && meta.empty())
         return opening;
-    }
     opening += R"("_meta":{)";
     if (stateless) {
         opening += R"("io.modelcontextprotocol/serverInfo":)" + identity();

@@ -17,26 +17,23 @@ constexpr std::size_t kLongestEcho = 128;
 /// What a byte of valid UTF-8 takes inside a JSON string.
 std::size_t escapedLength(char byte)
 {
-    if (byte == '"' || byte == '\\' || byte == '\b' || byte == '\f' || byte == '\n' || byte == '\r' || byte == '\t') {
+    if (byte == '"' || byte == '\\' || byte == '\b' || byte == '\f' || byte == '\n' || byte == '\r' || byte == '\t')
         return 2;
-    }
     return static_cast<unsigned char>(byte) < 0x20 ? 6 : 1;
 }
 
 std::size_t characterStart(std::string_view text, std::size_t at)
 {
-    while (at > 0 && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) {
+    while (at > 0 && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80)
         --at;
-    }
     return at;
 }
 
 /// The text, or as much of it as takes `room` bytes inside a JSON string, with a note behind it.
 std::string bounded(std::string_view text, std::size_t room)
 {
-    if (text.size() * 6 <= room) {
+    if (text.size() * 6 <= room)
         return std::string(text);
-    }
     for (std::size_t at = 0; at < text.size(); ++at) {
         const std::size_t length = escapedLength(text[at]);
         if (length > room) {
@@ -51,13 +48,11 @@ std::string bounded(std::string_view text, std::size_t room)
 
 void appendList(std::string& meta, std::string_view key, const std::vector<std::string>& sentences)
 {
-    if (sentences.empty()) {
+    if (sentences.empty())
         return;
-    }
     meta.append(meta.empty() ? "" : ",").append(json::quoted(key)).append(":[");
-    for (const std::string& sentence : sentences) {
+    for (const std::string& sentence : sentences)
         meta.append(json::quoted(sentence)).append(",");
-    }
     meta.back() = ']';
 }
 
@@ -80,12 +75,10 @@ void appendText(std::string& content, std::string_view validText)
 std::string paragraph(const Notices& notices)
 {
     std::string text;
-    for (const std::string& remark : notices.remarks) {
+    for (const std::string& remark : notices.remarks)
         text.append("note: ").append(remark).append("\n");
-    }
-    for (const std::string& warning : notices.warnings) {
+    for (const std::string& warning : notices.warnings)
         text.append("warning: ").append(warning).append("\n");
-    }
     text.pop_back();
     return bounded(platform::withValidUtf8(text), kLongestLine / 4);
 }
@@ -103,23 +96,20 @@ std::string result(const RequestId& id, std::string_view result)
 std::string emptyResult(const RequestId& id, Era era)
 {
     std::string members = Protocol::resultOpening(era);
-    if (!members.empty()) {
+    if (!members.empty())
         members.pop_back(); // the comma
-    }
     return result(id, "{" + members + "}");
 }
 
 std::string error(const RequestId& id, int code, std::string_view text, std::string_view data)
 {
     std::string line = R"({"jsonrpc":"2.0",)";
-    if (!id.empty()) {
+    if (!id.empty())
         line.append(R"("id":)").append(id).append(",");
-    }
     line.append(R"("error":{"code":)").append(std::to_string(code));
     line.append(R"(,"message":)").append(json::quoted(text));
-    if (!data.empty()) {
+    if (!data.empty())
         line.append(R"(,"data":)").append(data);
-    }
     return line.append("}}\n");
 }
 

@@ -52,9 +52,8 @@ Server::Server(const Options& options, std::string_view instructions)
           .send = [this](std::string line) { output_.send(std::move(line)); },
           .becameIdle =
               [this] {
-                  if (ending_) {
+                  if (ending_)
                       wakeup_.notify();
-                  }
               }})
     , dispatcher_(options.naming, instructions,
           {.send = [this](std::string line) { output_.send(std::move(line)); },
@@ -75,17 +74,14 @@ int Server::run()
 {
     End end = serve();
     ending_ = true;
-    if (end == End::input) {
+    if (end == End::input)
         end = waitUntil([this] { return pool_.idle() && output_.empty(); });
-    }
-    if (end == End::none) {
+    if (end == End::none)
         return 0;
-    }
     pool_.dropWaiting();
     const auto done = [this] { return pool_.idle() && output_.empty(); };
-    if (waitUntil(done, kGrace)) {
+    if (waitUntil(done, kGrace))
         return 0;
-    }
     platform::Stop::request(kEnded);
     leftWork_ = !waitUntil(done, kEnding);
     logLine("ended before every call was finished and answered");
@@ -94,9 +90,8 @@ int Server::run()
 
 Server::End Server::interruption() const
 {
-    if (caughtSignal != 0) {
+    if (caughtSignal != 0)
         return End::signal;
-    }
     return output_.broken() ? End::output : End::none;
 }
 
@@ -106,9 +101,8 @@ Server::End Server::serve()
     while (true) {
         bool readable = false;
         const End end = waitForInput(readable);
-        if (end != End::none) {
+        if (end != End::none)
             return end;
-        }
         if (readable && !readInput()) {
             lines_.finish();
             return End::input;
@@ -122,15 +116,12 @@ Server::End Server::waitForInput(bool& readable)
     const short wanted = output_.congested() ? 0 : POLLIN;
     std::array<pollfd, 3> states{
         {{wanted != 0 ? STDIN_FILENO : -1, wanted, 0}, {wakeup_.fd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}}};
-    if (::poll(states.data(), states.size(), -1) < 0 && errno != EINTR) {
+    if (::poll(states.data(), states.size(), -1) < 0 && errno != EINTR)
         return End::input;
-    }
-    if (states[1].revents != 0) {
+    if (states[1].revents != 0)
         wakeup_.clear();
-    }
-    if (const End end = interruption(); end != End::none) {
+    if (const End end = interruption(); end != End::none)
         return end;
-    }
     readable = states[0].revents != 0;
     // What the client sent before it left is still taken in: its end of input then ends the session in order.
     return !readable && (states[2].revents & (POLLERR | POLLHUP)) != 0 ? End::output : End::none;
@@ -152,14 +143,12 @@ bool Server::readInput()
 Server::End Server::waitUntil(const std::function<bool()>& done)
 {
     while (!done()) {
-        if (const End end = interruption(); end != End::none) {
+        if (const End end = interruption(); end != End::none)
             return end;
-        }
         std::array<pollfd, 2> states{{{wakeup_.fd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}}};
         ::poll(states.data(), states.size(), -1);
-        if ((states[1].revents & (POLLERR | POLLHUP)) != 0) {
+        if ((states[1].revents & (POLLERR | POLLHUP)) != 0)
             return End::output;
-        }
         wakeup_.clear();
     }
     return End::none;
@@ -172,9 +161,8 @@ bool Server::waitUntil(const std::function<bool()>& done, std::chrono::milliseco
     while (!done()) {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) {
+        if (left.count() <= 0)
             return false;
-        }
         pollfd state{wakeup_.fd(), POLLIN, 0};
         ::poll(&state, 1, static_cast<int>(left.count()));
         wakeup_.clear();

@@ -20,9 +20,8 @@ struct Answer {
     std::string operator()(const HarnessRunner::Pending& pending) const
     {
         std::string text = "pending " + pending.id + ": waits for the owner's approval in the cockpit.";
-        if (pending.preview) {
+        if (pending.preview)
             text += " Preview: " + *pending.preview;
-        }
         return line(text, false);
     }
 
@@ -42,9 +41,8 @@ std::string answer(const ToolCall& call)
         Notices notices;
         const HarnessRunner::Result result = HarnessRunner::run(
             *call.tool, call.args, call.actor, ConfigDir::url(), HarnessRunner::Stores::shared(), &notices);
-        for (const std::string& warning : notices.warnings) {
+        for (const std::string& warning : notices.warnings)
             logLine(call.tool->id + ": " + warning);
-        }
         return std::visit(Answer{call, notices}, result);
     } catch (const std::exception& failure) {
         return Reply::toolResult(call.id, failure.what(), true, call.era);

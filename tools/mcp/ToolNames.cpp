@@ -49,14 +49,12 @@ std::string published(std::string_view id, Naming naming)
 
 const Tool* find(std::string_view name)
 {
-    if (const Tool* tool = Tools::find(name)) {
+    if (const Tool* tool = Tools::find(name))
         return tool;
-    }
     static const auto byUnderscoredName = [] {
         std::map<std::string, const Tool*, std::less<>> tools;
-        for (const Tool* tool : Tools::all()) {
+        for (const Tool* tool : Tools::all())
             tools.emplace(underscored(tool->id), tool);
-        }
         return tools;
     }();
     const auto found = byUnderscoredName.find(name);

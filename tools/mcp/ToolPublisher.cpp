@@ -56,9 +56,8 @@ std::string words(std::string_view name)
 {
     std::string text;
     for (const char letter : name) {
-        if (isUpper(letter)) {
+        if (isUpper(letter))
             text += ' ';
-        }
         text += letter == '_' ? ' ' : lower(letter);
     }
     return text;
@@ -66,9 +65,8 @@ std::string words(std::string_view name)
 
 std::string capitalised(std::string text)
 {
-    if (!text.empty()) {
+    if (!text.empty())
         text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
-    }
     return text;
 }
 
@@ -119,14 +117,12 @@ OrderedJson schema(const Tool& tool)
     OrderedJson required = OrderedJson::array();
     for (const Argument& argument : tool.arguments) {
         properties[std::string(argument.name)] = property(argument);
-        if (argument.required) {
+        if (argument.required)
             required.push_back(argument.name);
-        }
     }
     OrderedJson schema{{"type", "object"}, {"properties", std::move(properties)}};
-    if (!required.empty()) {
+    if (!required.empty())
         schema["required"] = std::move(required);
-    }
     schema["additionalProperties"] = false;
     return schema;
 }
@@ -161,13 +157,11 @@ const std::string& ToolPublisher::list(Naming naming, Era era)
     if (list.empty()) {
         list = "{";
         list += Protocol::resultOpening(era);
-        if (era == Era::stateless) {
+        if (era == Era::stateless)
             list += Protocol::kCacheHints;
-        }
         list += R"("tools":[)";
-        for (const Tool* tool : Tools::all()) {
+        for (const Tool* tool : Tools::all())
             list += describe(*tool, naming) + ',';
-        }
         list.back() = ']';
         list += '}';
     }

@@ -9,9 +9,8 @@ namespace mervo::mcp {
 
 Wakeup::Wakeup()
 {
-    if (::pipe2(ends_, O_CLOEXEC | O_NONBLOCK) != 0) {
+    if (::pipe2(ends_, O_CLOEXEC | O_NONBLOCK) != 0)
         throw std::system_error(errno, std::generic_category(), "pipe");
-    }
 }
 
 Wakeup::~Wakeup()

@@ -10,9 +10,8 @@ int main(int argc, char** argv)
 {
     using namespace mervo;
     const mcp::Options options = mcp::readOptions(argc, argv);
-    if (options.exitStatus) {
+    if (options.exitStatus)
         return *options.exitStatus;
-    }
     if (::isatty(STDIN_FILENO) == 1) {
         mcp::logLine(
             "serves Mervo's tools to an agent and is started by the agent's client, in whose settings its path is "
@@ -22,9 +21,8 @@ int main(int argc, char** argv)
     try {
         mcp::Server server(options, MervoGuides::kBuiltInLlm);
         const int status = server.run();
-        if (server.leftWork()) {
+        if (server.leftWork())
             ::_exit(status); // a thread still works for a client that no longer listens
-        }
         return status;
     } catch (const std::exception& failure) {
         mcp::logLine(failure.what());

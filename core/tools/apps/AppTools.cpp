@@ -15,9 +15,10 @@ Invocation buildQuit(const Args& args)
     static const std::vector<std::string> names{"Mail", "Contacts", "Calendar", "Notes", "Messages", "Reminders"};
     const std::string& wanted = Arguments::required(args, "name");
     const auto isWanted = [&](const std::string& name) { return Text::equalsIgnoringCase(name, wanted); };
-    if (std::none_of(names.begin(), names.end(), isWanted))
+    if (std::none_of(names.begin(), names.end(), isWanted)) {
         throw ToolError::badArg(
             "app.quit name must be one of: " + Text::join(names, ", ") + " - got \"" + wanted + "\"");
+    }
     return {};
 }
 

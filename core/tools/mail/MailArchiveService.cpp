@@ -103,12 +103,14 @@ std::optional<IMAPArchiveAccount> imapAccount(const std::string& mailAccountName
 
 std::optional<IMAPArchiveAccount> imapAccountOfAddress(const std::string& email)
 {
-    for (const auto& account : HarnessConfig::load().imapAccounts)
+    for (const auto& account : HarnessConfig::load().imapAccounts) {
         if (account.email == email)
             return account;
-    for (const auto& info : MailAccounts::gmail())
+    }
+    for (const auto& info : MailAccounts::gmail()) {
         if (Text::equalsIgnoringCase(info.email, email))
             return gmailAccount(info);
+    }
     const MailAccounts::Info byDomain{email, email, {}};
     return byDomain.isGmail() ? std::optional(gmailAccount(byDomain)) : std::nullopt;
 }

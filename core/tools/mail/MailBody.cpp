@@ -39,9 +39,10 @@ struct Replacement {
 template <std::size_t Count>
 void replaceAll(std::string& text, const std::array<Replacement, Count>& replacements)
 {
-    for (const auto& [pattern, by] : replacements)
+    for (const auto& [pattern, by] : replacements) {
         if (pattern.ok())
             re2::RE2::GlobalReplace(&text, pattern, re2::StringPiece(by.data(), by.size()));
+    }
 }
 
 void replaceAll(std::string& text, std::string_view part, std::string_view by)

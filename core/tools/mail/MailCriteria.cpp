@@ -49,9 +49,10 @@ bool liesAhead(const Args& args, std::string_view key)
 
 void requireFilter(const Args& args)
 {
-    for (const auto& criterion : kCriteria)
+    for (const auto& criterion : kCriteria) {
         if (Arguments::isPresent(args, criterion.name))
             return;
+    }
     throw ToolError::missingArg("at least one filter: " + std::string(kSentence));
 }
 

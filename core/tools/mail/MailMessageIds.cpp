@@ -16,9 +16,10 @@ Gathered gather(const std::string& account, const std::string& mailbox, const Ar
     Gathered gathered{result.ok, {}, result.error};
     if (!result.ok)
         return gathered;
-    for (const std::string& line : Text::split(result.output, '\n'))
+    for (const std::string& line : Text::split(result.output, '\n')) {
         if (const auto id = Text::trimmed(line); !id.empty())
             gathered.ids.emplace_back(id);
+    }
     return gathered;
 }
 

@@ -37,9 +37,10 @@ Invocation buildNotify(const Args& args)
     if (owner.empty())
         throw ToolError::missingArg("notify email (set it in Settings → Notifications)");
     const std::string body = Arguments::optional(args, "body");
-    if (Text::trimmed(body).empty())
+    if (Text::trimmed(body).empty()) {
         throw ToolError::badArg(
             "body is empty - refusing to send a blank notification (use body-file= for large content)");
+    }
     return {MailScripts::notify(),
         {Arguments::required(args, "subject"), owner, body, owner, Arguments::attachments(args)}};
 }

@@ -81,9 +81,10 @@ public:
         std::vector<Value> found;
         if (elementClass == account)
             found.push_back(Value::object(makeRef<MessagesObject>(messages_, account)));
-        if (elementClass == participant)
+        if (elementClass == participant) {
             for (const std::string& known : knownHandles())
                 found.push_back(participantOf(known));
+        }
         return Value::list(std::move(found));
     }
 

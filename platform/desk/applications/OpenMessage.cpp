@@ -60,11 +60,12 @@ void openMessage(std::string_view message, const std::string& subject)
     try {
         const auto outcome =
             platform::runDetached({.program = program, .arguments = {file.string()}, .input = {}}, kPatience);
-        if (outcome && outcome->status != 0)
+        if (outcome && outcome->status != 0) {
             throw MailError(
                 fmt::format("The message cannot be opened; is there a mail program for message/rfc822 on this "
                             "desktop? {}",
                     howItEnded("xdg-open", *outcome)));
+        }
     } catch (const platform::NotStarted& failure) {
         throw MailError(fmt::format("The message cannot be opened: xdg-open cannot be started ({}).", failure.what()));
     }

@@ -145,9 +145,10 @@ Value OutgoingObject::addRecipients(TermId which, const std::string& address, co
     for (const MailAddress& one : added) {
         const bool hasControl =
             std::any_of(address.begin(), address.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-        if (hasControl || !isPlainAddress(one.address))
+        if (hasControl || !isPlainAddress(one.address)) {
             throw ScriptError(applescript::ErrorNumber::handlerFailed,
                 fmt::format("“{}” is not an address that mail can be sent to.", address));
+        }
     }
     if (added.empty())
         throw ScriptError(applescript::ErrorNumber::handlerFailed, "A recipient needs an address.");

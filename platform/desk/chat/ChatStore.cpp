@@ -67,9 +67,10 @@ public:
         const auto statement = prepared(sql, values);
         std::vector<std::string> rows;
         int status = 0;
-        while ((status = sqlite3_step(statement.get())) == SQLITE_ROW)
+        while ((status = sqlite3_step(statement.get())) == SQLITE_ROW) {
             if (const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0)))
                 rows.emplace_back(text);
+        }
         if (status != SQLITE_DONE)
             fail();
         return rows;
@@ -108,11 +109,12 @@ private:
         int place = 0;
         for (const Cell& value : values) {
             ++place;
-            if (const auto* number = std::get_if<std::int64_t>(&value))
+            if (const auto* number = std::get_if<std::int64_t>(&value)) {
                 sqlite3_bind_int64(raw, place, *number);
-            else
+            } else {
                 sqlite3_bind_text(
                     raw, place, std::get<std::string>(value).c_str(), -1, SQLITE_TRANSIENT); // the text has no NUL
+            }
         }
         return statement;
     }

@@ -25,9 +25,10 @@ void check(const std::string& handle)
 void handOver(const std::vector<std::string>& words, const std::string& handle, const std::string& text)
 {
     const std::filesystem::path program = platform::findProgram(words.front());
-    if (program.empty())
+    if (program.empty()) {
         throw ChatError(fmt::format(
             "The message was not sent: the program “{}” is not there; see [messages] in desk.toml.", words.front()));
+    }
     platform::Command command{.program = program,
         .arguments = {words.begin() + 1, words.end()},
         .input = text,
@@ -50,9 +51,10 @@ void sendMessage(const std::vector<std::string>& command, const std::string& han
     check(handle);
     if (text.find('\0') != std::string::npos)
         throw ChatError("The message was not sent: its text holds a NUL character.");
-    if (command.empty())
+    if (command.empty()) {
         throw ChatError("The message was not sent: this desk has no command that sends messages; name one in desk.toml "
                         "([messages] send = [\"program\"]).");
+    }
     handOver(command, handle, text);
     try {
         ChatStore(chatFile()).addSent(handle, text, std::time(nullptr));

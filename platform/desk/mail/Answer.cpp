@@ -32,9 +32,10 @@ Fields fieldsOf(std::string_view message)
                 {{"from", &fields.from}, {"reply-to", &fields.replyTo}, {"to", &fields.to}, {"cc", &fields.cc},
                     {"message-id", &fields.messageId}, {"in-reply-to", &fields.inReplyTo},
                     {"references", &fields.references}}};
-            for (const auto& [known, into] : wanted)
+            for (const auto& [known, into] : wanted) {
                 if (lower == known)
                     take(*into, value);
+            }
         });
     return fields;
 }
@@ -67,9 +68,10 @@ void joinThread(OutgoingMail& mail, const Fields& fields)
     mail.inReplyTo = own.front();
     std::erase(mail.references, own.front());
     mail.references.push_back(own.front());
-    if (mail.references.size() > kLongestThread)
+    if (mail.references.size() > kLongestThread) {
         mail.references.erase(
             mail.references.begin() + 1, mail.references.end() - static_cast<std::ptrdiff_t>(kLongestThread - 1));
+    }
 }
 
 bool beginsWith(std::string_view subject, std::initializer_list<std::string_view> prefixes)
@@ -95,20 +97,24 @@ bool isOwn(const std::vector<MailAccountSettings>& accounts, const MailAddress& 
 /// The account's address that the message was sent to, else its first one.
 std::string senderFor(const Fields& fields, const MailAccountSettings& account)
 {
-    for (const std::string& field : {fields.to, fields.cc})
-        for (const MailAddress& address : parseAddressList(field))
-            for (const std::string& own : account.addresses)
+    for (const std::string& field : {fields.to, fields.cc}) {
+        for (const MailAddress& address : parseAddressList(field)) {
+            for (const std::string& own : account.addresses) {
                 if (platform::foldCase(own) == platform::foldCase(address.address))
                     return own;
+            }
+        }
+    }
     return account.addresses.front();
 }
 
 /// Appends what can be written to and is not in the lists yet.
 void addNew(std::vector<MailAddress>& to, const std::vector<MailAddress>& addresses, std::set<std::string>& known)
 {
-    for (const MailAddress& address : addresses)
+    for (const MailAddress& address : addresses) {
         if (isPlainAddress(address.address) && known.insert(platform::foldCase(address.address)).second)
             to.push_back(address);
+    }
 }
 
 std::vector<MailAddress> withoutOwn(
@@ -136,9 +142,10 @@ OutgoingMail replyTo(std::string_view message, const MailAccountSettings& accoun
     const bool isOurs = !from.empty() && isOwn(accounts, from.front());
     std::set<std::string> known;
     addNew(mail.to, isOurs ? readers : writers, known);
-    for (const auto& addresses : {writers, from})
+    for (const auto& addresses : {writers, from}) {
         if (mail.to.empty())
             addNew(mail.to, addresses, known);
+    }
     if (toAll) {
         addNew(mail.to, withoutOwn(readers, accounts), known);
         addNew(mail.cc, withoutOwn(others, accounts), known);

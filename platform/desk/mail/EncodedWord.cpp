@@ -189,9 +189,10 @@ bool isPlain(std::string_view raw)
 /// The line ends that are no control characters of ASCII, such as U+2028, become blanks as well.
 std::string withoutLineEnds(std::string text)
 {
-    for (const std::string_view end : {"\u0085", "\u2028", "\u2029"})
+    for (const std::string_view end : {"\u0085", "\u2028", "\u2029"}) {
         for (std::size_t at = text.find(end); at != std::string::npos; at = text.find(end, at))
             text.replace(at, end.size(), end.size(), ' ');
+    }
     return text;
 }
 

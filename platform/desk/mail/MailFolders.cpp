@@ -105,9 +105,10 @@ void collectMaildirs(const fs::path& folder, int depth, std::set<FolderIdentity>
         return;
     if (looksLikeMaildir(folder))
         found.push_back(folder);
-    for (const std::string& entry : entries(folder))
+    for (const std::string& entry : entries(folder)) {
         if (entry != "cur" && entry != "new" && entry != "tmp")
             collectMaildirs(folder / entry, depth + 1, seen, found);
+    }
 }
 
 /// "/" sorts before every other character, so that a parent's children follow it at once.

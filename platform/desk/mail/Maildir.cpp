@@ -88,10 +88,11 @@ void dropMessagesSeenTwice(std::vector<MaildirEntry>& entries, std::size_t inNew
         if (bases.contains(base))
             twice.emplace(base);
     }
-    if (!twice.empty())
+    if (!twice.empty()) {
         std::erase_if(entries, [&twice](const MaildirEntry& entry) {
             return entry.isNew && twice.contains(std::string(splitMaildirName(entry.fileName).base));
         });
+    }
 }
 
 void makeFolder(const fs::path& folder)

@@ -160,9 +160,10 @@ void MaildirKeywords::place(std::string_view keyword, const fs::path& maildir)
     std::size_t free = kMost;
     while (free > 0 && keywords_[free - 1].empty())
         --free;
-    if (free == kMost)
+    if (free == kMost) {
         throw MailError(fmt::format(
             "The mail folder {} has {} keywords already, and no room for {}.", maildir.string(), kMost, keyword));
+    }
     keywords_[free] = keyword;
 }
 

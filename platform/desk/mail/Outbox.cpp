@@ -129,10 +129,11 @@ void Outbox::deliverLocally(
     std::set<const MailAccountSettings*> reached;
     for (const MailAddress& address : recipients) {
         const MailAccountSettings* own = store_.accountWithAddress(address.address);
-        if (own == nullptr)
+        if (own == nullptr) {
             throw MailError(fmt::format("The message was not sent: the account “{}” has no \"sendmail\" command in "
                                         "desk.toml, so it reaches the desk’s own addresses and not {}.",
                 account.name, address.address));
+        }
         reached.insert(own);
     }
     MimeDraft delivered = draft;

@@ -13,11 +13,12 @@ void submit(const MailAccountSettings& account, const std::string& message)
 {
     const std::string& name = account.sendmail.front();
     const std::filesystem::path program = platform::findProgram(name);
-    if (program.empty())
+    if (program.empty()) {
         throw MailError(
             fmt::format("The message was not sent: the program \u201c{}\u201d of the account \u201c{}\u201d "
                         "is not there; see \"sendmail\" in desk.toml.",
                 name, account.name));
+    }
     platform::Command command{.program = program,
         .arguments = {account.sendmail.begin() + 1, account.sendmail.end()},
         .input = message,

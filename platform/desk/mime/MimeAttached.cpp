@@ -34,9 +34,10 @@ void collect(GMimeObject* object, Place place, std::vector<GMimeObject*>& found)
     if (GMIME_IS_MULTIPART(object)) {
         GMimeMultipart* multipart = GMIME_MULTIPART(object);
         const bool isPage = typeName(object) == "multipart/related";
-        for (int i = 0; i < g_mime_multipart_get_count(multipart); ++i)
+        for (int i = 0; i < g_mime_multipart_get_count(multipart); ++i) {
             collect(
                 g_mime_multipart_get_part(multipart, i), isPage && i > 0 ? Place::belongsToPage : Place::inside, found);
+        }
     } else if (GMIME_IS_PART(object) && (isMessage(object) || isAttached(GMIME_PART(object), place))) {
         found.push_back(object);
     }

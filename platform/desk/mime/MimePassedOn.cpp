@@ -44,9 +44,10 @@ Owned<GMimePart> emptyTwin(GMimeObject* object)
         g_mime_object_set_content_type_parameter(GMIME_OBJECT(twin.get()), "charset", charset);
     const char* name = isMessage(object) ? "message.eml" : g_mime_part_get_filename(GMIME_PART(object));
     constexpr std::size_t kLongestName = 255; // bytes, the longest that a file can have
-    if (name != nullptr)
+    if (name != nullptr) {
         g_mime_part_set_filename(
             twin.get(), platform::withValidUtf8(std::string_view(name).substr(0, kLongestName)).c_str());
+    }
     return twin;
 }
 

@@ -38,9 +38,10 @@ public:
         const toml::table& table, const std::set<std::string_view>& known, std::string_view where) const
     {
         for (const auto& [key, value] : table) {
-            if (!known.contains(key.str()))
+            if (!known.contains(key.str())) {
                 throw ConfigurationError(file_, static_cast<long>(key.source().begin.line),
                     fmt::format("\"{}\" is not a known key {}.", key.str(), where));
+            }
         }
     }
 
@@ -152,9 +153,10 @@ void readMail(const Reader& read, const toml::node& mail, std::vector<MailAccoun
         if (!item.is_table())
             read.fail(item, "\"account\" must be a list of tables; write [[mail.account]].");
         MailAccountSettings account = readMailAccount(read, *item.as_table());
-        if (!names.insert(platform::foldCase(account.name)).second)
+        if (!names.insert(platform::foldCase(account.name)).second) {
             read.fail(*item.as_table()->get("name"),
                 fmt::format("\"name\": there are two mail accounts named \"{}\".", account.name));
+        }
         accounts.push_back(std::move(account));
     }
 }

@@ -79,9 +79,10 @@ void AutostartLoginItem::setEnabled(bool enabled)
     } else {
         std::filesystem::remove(file_, failure);
     }
-    if (failure)
+    if (failure) {
         throw std::runtime_error(
             (enabled ? "Could not write " : "Could not remove ") + file_.string() + ": " + failure.message() + ".");
+    }
 }
 
 std::string AutostartLoginItem::entry() const

@@ -52,9 +52,10 @@ void DesktopAppearance::settingsRead(const QDBusPendingCallWatcher& call)
         return;
     const auto settings = qdbus_cast<Settings>(reply.arguments().constFirst());
     bool isNews = false;
-    for (auto group = settings.begin(); group != settings.end(); ++group)
+    for (auto group = settings.begin(); group != settings.end(); ++group) {
         for (auto setting = group->begin(); setting != group->end(); ++setting)
             isNews |= take(group.key(), setting.key(), setting.value());
+    }
     if (isNews)
         changed();
 }
