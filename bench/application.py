@@ -15,7 +15,7 @@ import tempfile
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-sys.path[:0] = [str(ROOT / "tests/cockpit-views"), str(ROOT / "tests/cockpit-shell")]
+sys.path.insert(0, str(ROOT / "tests/support"))
 
 import desktop  # noqa: E402
 from gi.repository import GLib  # noqa: E402

@@ -9,7 +9,7 @@ import sys
 from figures import Figure
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-sys.path.insert(0, str(ROOT / "tests/archive"))
+sys.path.insert(0, str(ROOT / "tests/support"))
 
 from dovecot import PASSWORD, USER, WITH_ALL, Authority, Dovecot  # noqa: E402
 from keyring import Keyring  # noqa: E402

@@ -14,7 +14,7 @@ from bulk import bulk
 from figures import MS, Figure, added
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-EVERYTHING = ROOT / "tests/mcp/node_modules/@modelcontextprotocol/server-everything/dist/index.js"
+EVERYTHING = ROOT / "tests/frontends/mcp/node_modules/@modelcontextprotocol/server-everything/dist/index.js"
 ACCOUNT = "Bench"
 
 

@@ -7,7 +7,7 @@
 # LIBRARIES  outside libraries
 #
 # The bundle of the build tree has the layout of the installed one:
-#   mervo_program(mervo AT Helpers SOURCES main.cpp MAY_USE tools/cli ON_PATH)
+#   mervo_program(mervo AT Helpers SOURCES main.cpp MAY_USE frontends/cli ON_PATH)
 # ON_PATH: installed, the program is also linked into the bin folder, and the link is in the manifest.
 
 set(MERVO_BUNDLE ${CMAKE_BINARY_DIR}/Contents)
@@ -71,4 +71,18 @@ function(mervo_test name)
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${MERVO_BUNDLE}/Tests)
     target_compile_definitions(${target} PRIVATE MERVO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST NO_PRETTY_VALUES PROPERTIES TIMEOUT 300)
+endfunction()
+
+# mervo_script_test(mail-bulk SCRIPT bulk_test.py ARGUMENTS word... TIMEOUT 300 ENVIRONMENT NAME=value): one test in
+# Python. The system's own interpreter runs it, since another one does not see the packages of Debian; the modules of
+# tests/support are found by their names.
+function(mervo_script_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "SCRIPT;TIMEOUT" "ARGUMENTS;ENVIRONMENT")
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 180) # seconds
+    endif()
+    add_test(NAME ${name} COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/${ARG_SCRIPT} ${ARG_ARGUMENTS})
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT ${ARG_TIMEOUT}
+        ENVIRONMENT "PYTHONPATH=${PROJECT_SOURCE_DIR}/tests/support;${ARG_ENVIRONMENT}")
 endfunction()

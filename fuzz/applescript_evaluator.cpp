@@ -2,7 +2,7 @@
 #include "platform/applescript/Evaluator.h"
 #include "platform/applescript/Limits.h"
 #include "platform/applescript/Parser.h"
-#include "tests/applescript/ToyPost.h"
+#include "tests/platform/applescript/ToyPost.h"
 
 #include <cstddef>
 #include <cstdint>

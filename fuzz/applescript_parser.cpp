@@ -1,5 +1,5 @@
 #include "platform/applescript/Parser.h"
-#include "tests/applescript/ToyPost.h"
+#include "tests/platform/applescript/ToyPost.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // Everything that a client can send, from the bytes of the stream to the answers; the calls stop before the gate.
 
-#include "tools/mcp/Dispatcher.h"
-#include "tools/mcp/LineReader.h"
-#include "tools/mcp/Reply.h"
+#include "frontends/mcp/Dispatcher.h"
+#include "frontends/mcp/LineReader.h"
+#include "frontends/mcp/Reply.h"
 
 #include <nlohmann/json.hpp>
 

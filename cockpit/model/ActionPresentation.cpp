@@ -1,6 +1,6 @@
 #include "cockpit/model/ActionPresentation.h"
 
-#include "core/catalogue/Tools.h"
+#include "core/catalogue/Catalogue.h"
 #include "core/foundation/Text.h"
 #include "core/policy/Remarks.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cockpit/model/Rows.h"
-#include "core/automations/Automation.h"
+#include "core/automations/model/Automation.h"
 
 #include <QAbstractListModel>
 #include <QString>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/automations/Automation.h"
+#include "core/automations/model/Automation.h"
 
 #include <string>
 

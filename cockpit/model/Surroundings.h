@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/automations/AutomationEngine.h"
+#include "core/automations/engine/AutomationEngine.h"
 #include "core/tools/mail/MailAccounts.h"
 #include "platform/desktop/LoginItem.h"
 #include "platform/desktop/Notifier.h"

@@ -4,7 +4,7 @@
 #include "cockpit/model/MailArchiveAccounts.h"
 #include "cockpit/shell/Popover.h"
 #include "cockpit/shell/StatusItem.h"
-#include "core/automations/AutomationEngine.h"
+#include "core/automations/engine/AutomationEngine.h"
 #include "platform/desktop/Desktop.h"
 
 #include <QObject>

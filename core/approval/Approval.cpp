@@ -1,6 +1,6 @@
 #include "core/approval/Approval.h"
 
-#include "core/catalogue/Tools.h"
+#include "core/catalogue/Catalogue.h"
 #include "core/foundation/StoreBoundary.h"
 #include "core/foundation/Text.h"
 #include "core/policy/HarnessRunner.h"

@@ -1,4 +1,4 @@
-#include "core/catalogue/Tools.h"
+#include "core/catalogue/Catalogue.h"
 
 #include "core/foundation/EditDistance.h"
 

@@ -1,4 +1,4 @@
-#include "core/catalogue/Tools.h"
+#include "core/catalogue/Catalogue.h"
 #include "core/doctor/Checks.h"
 #include "core/foundation/Text.h"
 #include "core/scripting/OSAScript.h"

@@ -1,5 +1,5 @@
 #include "platform/applescript/ScriptHost.h"
-#include "platform/desk/applications/MailApplication.h"
+#include "platform/desk/applications/mail/MailApplication.h"
 
 #include <malloc.h>
 

@@ -5,9 +5,8 @@ import os
 import pathlib
 import re
 
-TOP = ("bench", "cmake", "cockpit", "core", "debian", "demo", "docs", "fuzz", "platform", "resources", "scripts",
-       "tests", "tools")
-NOT_PATHS = {"tools/list", "tools/call"}  # methods of a protocol
+TOP = ("bench", "cmake", "cockpit", "core", "debian", "demo", "docs", "frontends", "fuzz", "platform", "resources",
+       "scripts", "tests")
 PATH = re.compile(r"(?<![\w/.$~}-])((?:%s)/[\w./*{},<>+-]*[\w*}>/])" % "|".join(TOP))
 LINK = re.compile(r"\]\((?!\w+:|#)([^)#\s]+)")
 
@@ -49,7 +48,7 @@ def check_paths(root):
     root, complaints = pathlib.Path(root), []
     for document in documents(root):
         text, where = document.read_text(encoding="utf-8"), document.relative_to(root).as_posix()
-        for named in sorted(set(PATH.findall(text)) - NOT_PATHS):
+        for named in sorted(set(PATH.findall(text))):
             for path in alternatives(named):
                 if not exists(root, path):
                     complaints.append(f"{where} names {path}, which does not exist")

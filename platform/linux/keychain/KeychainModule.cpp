@@ -1,4 +1,4 @@
-#include "platform/linux/KeychainModule.h"
+#include "platform/linux/keychain/KeychainModule.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,4 +1,4 @@
-#include "platform/linux/TlsModule.h"
+#include "platform/linux/tls/TlsModule.h"
 
 #include "platform/linux/tls/Socket.h"
 

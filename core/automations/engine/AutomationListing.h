@@ -1,0 +1,39 @@
+#pragma once
+
+#include "core/automations/model/Automation.h"
+#include "platform/files.h"
+
+#include <array>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mervo {
+
+/// The automations of the home directory listed again and again: as RondelEngine::list, but a file is read anew only
+/// when its stamp says that it may have changed. Any thread, one at a time.
+class AutomationListing {
+public:
+    /// Sorted by name; what cannot be read is left out. Never throws.
+    std::vector<Automation> list() noexcept;
+
+private:
+    using Stamps = std::array<std::optional<platform::FileStamp>, 3>; ///< loop.json, AGENT.md, state
+
+    struct Known {
+        Stamps stamps;
+        bool isSettled = false; ///< the stamps told so when the files were read
+        std::optional<Automation> automation;
+    };
+    static Stamps stampsOf(
+        const std::filesystem::path& folder, const std::filesystem::path& home, const std::string& name);
+    static void refresh(const std::filesystem::path& folder, const std::filesystem::path& home, Known& known);
+
+    std::mutex mutex_;
+    std::map<std::filesystem::path, Known> known_; ///< by folder
+};
+
+} // namespace mervo

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/automations/model/Automation.h"
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+/// Where one automation lives. Below the home directory:
+///
+///     automations/<name>/loop.json         what it is; a JSON object
+///     automations/<name>/AGENT.md          an agent's instructions
+///     .runtime/state/<name>.json           enabled, lastRun, lastExit
+///     .runtime/run/<name>.lock.d/pid       the process that runs it now
+///     .runtime/logs/<name>.log
+///
+/// Readers tolerate what they can: a damaged runtime file gives defaults and never hides an automation.
+namespace mervo::AutomationFolder {
+
+/// The automation of a loop.json; nothing when that cannot be read, is no JSON object or has no name. Never throws.
+std::optional<Automation> load(const std::filesystem::path& loopFile, const std::filesystem::path& home) noexcept;
+
+/// Whether a living process holds the automation's lock.
+bool isRunning(const std::filesystem::path& home, std::string_view name);
+
+/// A file of an automation below `.runtime`: `folder` is "state", "run" or "logs". Nothing for a name that is no base
+/// name of a file.
+std::optional<std::filesystem::path> runtimeFile(
+    const std::filesystem::path& home, std::string_view folder, std::string_view name, std::string_view ending);
+
+} // namespace mervo::AutomationFolder

@@ -1,0 +1,173 @@
+#include "core/automations/tools/AutomationTools.h"
+
+#include "core/automations/tools/AutomationArguments.h"
+#include "core/tools/Arguments.h"
+#include "core/tools/MissingBridge.h"
+
+#include <array>
+
+namespace mervo::AutomationTools {
+
+namespace {
+
+constexpr Argument kName{"name", true, "name of the automation, see auto.list"};
+constexpr Argument kNewName{"name", true, "name of the new automation"};
+
+/// A check as a tool's build.
+template <void (*Check)(const Args&)>
+Invocation checked(const Args& args)
+{
+    Check(args);
+    return {};
+}
+
+constexpr auto* checkName = checked<AutomationArguments::requireName>;
+constexpr auto* checkNew = checked<AutomationArguments::checkNew>;
+constexpr auto* checkChange = checked<AutomationArguments::checkChange>;
+
+std::vector<Argument> whole(const Argument& name)
+{
+    return {name, {"every", false, "schedule: every so many minutes", Formats::whole(1)},
+        {"everyMinutes", false, "another name of every", Formats::whole(1)},
+        {"at", false, "schedule: daily at HH:MM", Formats::time},
+        {"hours", false, "schedule: daily at these hours, 8,12,16", Formats::hours},
+        {"prompt", false, "work of an agent: its instructions"},
+        {"command", false, "work of a script: a shell command"}, {"tool", false, "work of a tool: its id"},
+        {"args", false, "the tool's arguments, k=v k=v"},
+        {"client", false, "the agent's client: claude, codex, agy or grok (claude)",
+            Formats::words("claude|codex|agy|grok")},
+        {"model", false, "the agent's model"},
+        {"effort", false, "low, medium, high, xhigh or max",
+            Formats::words("low|medium|high|xhigh|max", {"the agent's client may refuse it"})},
+        {"background", false, "true: the agent runs without a window", Formats::onUnlessFalse},
+        {"screen", false, "number of the screen for the agent's window",
+            Formats::whole(std::numeric_limits<double>::lowest(), {"it counts as not given", true})},
+        {"notifyOnFail", false, "true: a failed script or tool mails the owner", Formats::onUnlessFalse},
+        {"cwd", false, "working directory", Formats::paths},
+        {"disabled", false, "true: made, but paused", Formats::onUnlessFalse}};
+}
+
+} // namespace
+
+std::span<const Tool* const> all()
+{
+    static const std::array<const Tool*, 8> tools{
+        &list(), &log(), &add(), &edit(), &enable(), &disable(), &run(), &remove()};
+    return tools;
+}
+
+const Tool& list()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.list",
+            .summary = "List the scheduled automations (rondel engine): name, kind (agent|script|tool), enabled, "
+                       "schedule, last run + exit. Read-only. No args.",
+            .effect = Effect::read,
+            .arguments = {},
+            .build = Arguments::acceptAll(),
+        });
+    return tool;
+}
+
+const Tool& log()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.log",
+            .summary = "Tail an automation's log (name, [lines=80]). Read-only.",
+            .effect = Effect::read,
+            .arguments = {kName,
+                {"lines", false, "so many of the last lines (80)", Formats::nativeLimit(80, {"the answer is empty"})}},
+            .build = checkName,
+        });
+    return tool;
+}
+
+const Tool& add()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.add",
+            .summary =
+                "Create an automation. Args: name, schedule (one of: every=MINUTES | at=HH:MM | hours=8,12,16), "
+                "and ONE work kind - agent: prompt= [model=sonnet|opus, alias resolved to the latest by the CLI] "
+                "[effort=low|medium|high|xhigh|max] [background=true] [screen=N] · script: command= "
+                "[notifyOnFail=true] · tool: tool=<harness tool id> [args=\"k=v k=v\"] [notifyOnFail=true]. "
+                "Common: [cwd=DIR] [disabled=true]. Runs via launchd even when the cockpit is closed.",
+            .effect = Effect::create,
+            .arguments = whole(kNewName),
+            .build = checkNew,
+            .remarks = AutomationArguments::remarks,
+        });
+    return tool;
+}
+
+const Tool& edit()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.edit",
+            .summary = "Edit an automation (same args as auto.add; name and kind are fixed - rm + add to change them). "
+                       "Only pass what changes; schedule args replace the schedule.",
+            .effect = Effect::create,
+            .arguments = whole(kName),
+            .build = checkChange,
+            .remarks = AutomationArguments::remarks,
+        });
+    return tool;
+}
+
+const Tool& enable()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.enable",
+            .summary = "Enable an automation (name).",
+            .effect = Effect::create,
+            .arguments = {kName},
+            .build = checkName,
+        });
+    return tool;
+}
+
+const Tool& disable()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.disable",
+            .summary = "Disable an automation without deleting it (name).",
+            .effect = Effect::create,
+            .arguments = {kName},
+            .build = checkName,
+        });
+    return tool;
+}
+
+const Tool& run()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.run",
+            .summary = "Trigger an automation NOW, detached (name) - returns immediately; follow with auto.log.",
+            .effect = Effect::create,
+            .arguments = {kName},
+            .build = checkName,
+        });
+    return tool;
+}
+
+const Tool& remove()
+{
+    static const Tool tool = withoutBridge("Automations",
+        {
+            .id = "auto.rm",
+            .summary = "Delete an automation and its launchd agent (name). Irreversible -> approval.",
+            .effect = Effect::destructive,
+            .arguments = {kName},
+            .build = checkName,
+        });
+    return tool;
+}
+
+} // namespace mervo::AutomationTools

@@ -1,0 +1,172 @@
+#include "tests/cockpit/model/World.h"
+
+namespace mervo {
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+class Faults : public test::World {
+protected:
+    std::int64_t slowestTick(int ticks)
+    {
+        std::int64_t slowest = 0;
+        for (int i = 0; i < ticks; ++i) {
+            QElapsedTimer waited;
+            waited.start();
+            model->reload();
+            slowest = std::max(slowest, std::int64_t{waited.elapsed()});
+        }
+        return slowest;
+    }
+};
+
+TEST_F(Faults, ALockedDatabaseStopsNeitherTicksNorVerdicts)
+{
+    elsewhere({"ask", "Q1", "Move it?"});
+    elsewhere({"rule", "R1"});
+    queue(draft("A"));
+    queue(draft("B", "meanwhile"));
+    start();
+    test::Program locker(worker(), {"lock"});
+    ASSERT_EQ(locker.readLine(), "held");
+    EXPECT_LT(slowestTick(3), 1000) << "the bound is 50 ms";
+    EXPECT_EQ(model->questions()->rowCount(), 1) << "what was known stays";
+    EXPECT_THAT(model->rules(), SizeIs(1));
+    QElapsedTimer waited;
+    waited.start();
+    model->reject(key(), "no");
+    model->answer("Q1", "Oui");
+    model->setAutonomy("panic");
+    EXPECT_EQ(model->waitingCount(), 1);
+    elsewhere({"queue", "C", "new"});
+    EXPECT_LT(slowestTick(3), 1000);
+    EXPECT_LT(waited.elapsed(), 5000);
+    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    locker.finish();
+    ASSERT_TRUE(untilResult("🚫 rejected mail.draft"));
+    ASSERT_TRUE(until([&] { return rows().size() == 3; }));
+    EXPECT_THAT(rows(),
+        ElementsAre("cockpit|set_autonomy|executed|human_toggle|mode=panic",
+            "cockpit|ask_answer|executed|human|answer=Oui|id=Q1",
+            testing::StartsWith("cockpit|mail.draft|rejected|no|")));
+}
+
+TEST_F(Faults, ADatabaseThatIsTakenAwayAndPutBackIsFollowed)
+{
+    elsewhere({"rule", "R1"});
+    start();
+    ASSERT_THAT(model->rules(), SizeIs(1));
+    std::filesystem::remove(home / "mervo.sqlite");
+    model->reload();
+    EXPECT_THAT(model->rules(), SizeIs(0));
+    elsewhere({"rule", "R2"});
+    model->reload();
+    ASSERT_THAT(model->rules(), SizeIs(1));
+    EXPECT_EQ(model->rules()[0].id, "R2");
+    std::filesystem::remove(home / "mervo.sqlite");
+    model->setAutonomy("yolo");
+    ASSERT_TRUE(until([&] { return std::filesystem::exists(home / "mervo.sqlite"); }));
+    db = std::make_shared<MervoDB>(home.path());
+    ASSERT_TRUE(until([&] { return rows().size() == 1; })) << "a row never goes to a file that is gone";
+    test::writeFile(home / "mervo.sqlite", std::string(5000, 'x'));
+    EXPECT_LT(slowestTick(2), 1000);
+}
+
+TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
+{
+    queue(draft("A"));
+    test::writeFile(home / "pending/B.json", "{\"id\":\"B\",");
+    test::writeFile(home / "pending/C.json", draft("A", "not mine").encode());
+    test::writeFile(home / "pending/notes.txt", "{}");
+    test::writeFile(home / "config.json", "[");
+    test::writeFile(home / "automations/broken/loop.json", "{");
+    start();
+    EXPECT_EQ(model->approvals()->rowCount(), 1);
+    EXPECT_THAT(model->trouble().toStdString(), testing::HasSubstr("is no JSON object"));
+    EXPECT_TRUE(until([&] {
+        model->reload();
+        return model->unreadable() == "2 waiting files cannot be read; run mervo doctor";
+    })) << model->unreadable().toStdString();
+    test::writeFile(home / "pending/B.json", draft("B").encode());
+    model->reload();
+    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    std::filesystem::remove_all(home / "pending");
+    model->reload();
+    EXPECT_EQ(model->approvals()->rowCount(), 0);
+    EXPECT_EQ(workspace.badges.back(), "");
+    queue(draft("D"));
+    model->reload();
+    EXPECT_EQ(model->approvals()->rowCount(), 1);
+    std::filesystem::remove_all(home / "pending");
+    test::writeFile(home / "pending", "a file in the folder's place");
+    model->approve(key());
+    EXPECT_EQ(result(), "mail.draft - no longer waiting");
+}
+
+TEST_F(Faults, WhatAStoreCouldNotDoIsSaidAndGoesWhenItWorksAgain)
+{
+    elsewhere({"ask", "Q1", "?"});
+    queue(draft("A"));
+    queue(draft("B"));
+    start();
+    const std::string whole = test::readFile(home / "mervo.sqlite");
+    test::writeFile(home / "mervo.sqlite", std::string(5000, 'x'));
+    model->reload();
+    EXPECT_EQ(model->trouble(), "") << "at one tick it is no news";
+    steady += std::chrono::seconds(3);
+    model->reload();
+    EXPECT_THAT(
+        model->trouble().toStdString(), testing::StartsWith("❌ the audit trail and the rules could not be read"));
+    EXPECT_EQ(model->questions()->rowCount(), 1) << "what was known stays";
+    model->answer("Q1", "Oui");
+    ASSERT_TRUE(until([&] { return result().starts_with("❌ answering - "); })) << result();
+    model->approve(key());
+    ASSERT_TRUE(until([&] {
+        return result().starts_with("❌ mail.draft ran, but the audit row could not be written: ");
+    })) << result();
+    model->reject(key(), "");
+    ASSERT_TRUE(until([&] { return result().starts_with("❌ rejecting mail.draft - "); })) << result();
+    EXPECT_EQ(model->icon()->state().attention, StatusIconState::Attention::error);
+    test::writeFile(home / "mervo.sqlite", whole);
+    model->reload();
+    EXPECT_EQ(model->trouble(), "");
+}
+
+TEST_F(Faults, AFileChangedWithinOneTickOfTheClockIsSeen)
+{
+    QueueReader reader(PendingStore().dir());
+    for (int i = 0; i < 500; ++i) {
+        const char* subject = i % 2 == 0 ? "two" : "six"; // the same length and file, and mostly the same time
+        test::writeFile(home / "pending/A.json", draft("A", subject).encode());
+        ASSERT_TRUE(reader.refresh());
+        ASSERT_EQ(reader.actions().at(0).args.at("subject"), subject);
+        ASSERT_FALSE(reader.refresh());
+    }
+}
+
+TEST_F(Faults, ASettingThatCannotBeSavedIsNotShownAsSet)
+{
+    start();
+    std::filesystem::create_directory(home / "config.json");
+    model->setAutonomy("yolo");
+    EXPECT_EQ(model->autonomyMode(), "copilote");
+    EXPECT_THAT(result(), testing::StartsWith("❌ "));
+    model->settings()->setNotifyEmail("me@example.org");
+    EXPECT_EQ(model->settings()->notifyEmail(), "");
+}
+
+TEST_F(Faults, anActWhoseProcessWasKilledGetsItsRow)
+{
+    const std::string act = R"({"actor":"mcp:x","args":{"to":"a"},"tool":"mail.send","why":"yolo_auto"})";
+    const std::string row = "mcp:x|mail.send|error|mervo was ended while this ran; it may have acted (yolo_auto)|to=a";
+    test::writeFile(home / ".runtime/acts/one.json", act);
+    start();
+    ASSERT_TRUE(until([&] { return rows() == std::vector{row}; }));
+    test::writeFile(home / ".runtime/acts/two.json", act);
+    ASSERT_TRUE(until([&] { return rows() == std::vector{row, row}; })) << "it looks again and again";
+    EXPECT_TRUE(test::tree(home / ".runtime/acts").empty());
+}
+
+} // namespace
+} // namespace mervo

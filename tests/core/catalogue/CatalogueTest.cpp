@@ -1,0 +1,165 @@
+#include "core/catalogue/Catalogue.h"
+#include "tests/support/Files.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <set>
+#include <sstream>
+
+namespace mervo {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+TEST(Catalogue, HoldsTheToolsInTheOrderOfPublication)
+{
+    std::ostringstream list;
+    int position = 0;
+    for (const Tool* tool : Tools::all())
+        list << ++position << ' ' << tool->id << ' ' << rawValue(tool->effect) << '\n';
+    EXPECT_EQ(list.str(), test::readFile(MERVO_SOURCE_DIR "/tests/core/catalogue/catalogue.txt"));
+}
+
+TEST(Catalogue, FindsByTheExactIdAlone)
+{
+    for (const Tool* tool : Tools::all())
+        EXPECT_EQ(Tools::find(tool->id), tool);
+    for (const auto* id : {"", "Mail.search", "mail.Search", "mail.search ", "mail", "mail_search", "nothing"})
+        EXPECT_EQ(Tools::find(id), nullptr) << id;
+    EXPECT_NE(Tools::find("ask"), nullptr);
+    EXPECT_NE(Tools::find("how_it_works"), nullptr);
+}
+
+TEST(Catalogue, SuggestsWhatAMistypedIdMayHaveMeant)
+{
+    const struct {
+        const char* typed;
+        const char* first;
+    } cases[] = {{"mail.serach", "mail.search"}, {"MAIL_SEARCH", "mail.search"}, {"search", "mail.search"},
+        {"reminder.deletelist", "reminder.deleteList"}, {"howitworks", "how_it_works"},
+        {"imessages.read", "imessage.read"}, {"mail.message", "mail.messageId"}, {"mail.read", "mail.body"},
+        {"mail.show", "mail.body"}, {"mail.list", "mail.search"}, {"mail.create", "mail.draft"},
+        {"cal.list", "cal.find"}, {"calendar.create", "cal.add"}, {"events.delete", "cal.delete"},
+        {"contact.search", "contact.find"}, {"note.create", "note.add"}, {"reminder.get", "reminder.find"}};
+    for (const auto& [typed, first] : cases) {
+        const auto near = Tools::closest(typed);
+        ASSERT_FALSE(near.empty()) << typed;
+        EXPECT_EQ(near.front(), first) << typed;
+        EXPECT_LE(near.size(), 3U);
+    }
+    for (const auto* reading : {"mail.read", "mail.get", "mail.show", "mail.view", "mail.list", "imessage.list"}) {
+        for (const std::string& id : Tools::closest(reading))
+            EXPECT_EQ(Tools::find(id)->effect, Effect::read) << reading << ": " << id;
+    }
+    EXPECT_TRUE(Tools::closest("").empty());
+    EXPECT_TRUE(Tools::closest("zzzzqqqq").empty());
+    EXPECT_TRUE(Tools::closest(std::string(100000, 'm')).empty());
+}
+
+TEST(Catalogue, SaysTheAssembledSummariesAsTheAgentReadsThem)
+{
+    const std::string criteria =
+        "from / to / before=YYYY-MM-DD / after / olderThan=Ndays / minSize=MB / maxSize=MB / subject / "
+        "subjectContains / status=unread|read / hasAttachment";
+    EXPECT_EQ(Tools::find("mail.search")->summary,
+        "Search mail WITHOUT naming each box: account=all|<name> (default all), mailbox=all|<name> (default all), + ≥1 "
+        "of: "
+            + criteria
+            + ", [limit=50]. Read-only. One line per hit: account/mailbox || date || size || from || subject.");
+    EXPECT_EQ(Tools::find("mail.archive")->summary,
+        "Archive matching messages out of a mailbox (account, [mailbox=INBOX], ≥1 of: " + criteria
+            + "). Gmail removes \\Inbox over IMAP (transparent); other accounts move to \"Archive\". Approval.");
+    EXPECT_EQ(Tools::find("ask")->summary,
+        "Ask the OWNER a question and capture the answer (fire-and-forget). Args: text, [channel=mail|cockpit), "
+        "[automation=<loop name>] (defaults to the firing loop), [expiresHours=N]. The question is pushed via the "
+        "chosen channel; the owner's reply is harvested back and injected into this loop's NEXT run - do NOT block "
+        "waiting. effect=create (owner-only, low-stakes).");
+    for (const auto* id : {"mail.audit", "mail.messageId", "mail.delete", "mail.move", "mail.flag", "mail.junk"})
+        EXPECT_THAT(Tools::find(id)->summary, HasSubstr(" of: " + criteria)) << id;
+}
+
+TEST(Catalogue, KeepsItsRecordsComplete)
+{
+    for (const Tool* tool : Tools::all()) {
+        EXPECT_FALSE(tool->summary.empty()) << tool->id;
+        EXPECT_TRUE(tool->build) << tool->id;
+        std::set<std::string_view> names;
+        for (const auto& argument : tool->arguments) {
+            EXPECT_TRUE(names.insert(argument.name).second) << tool->id << " names " << argument.name << " twice";
+            EXPECT_FALSE(argument.help.empty()) << tool->id << " " << argument.name;
+            EXPECT_EQ(argument.help.find('\n'), std::string_view::npos);
+        }
+    }
+}
+
+// Every argument that is marked as required really is: a call with all others is refused. No other one is, as
+// long as the call has one of those that stand for each other.
+TEST(Catalogue, MarksAsRequiredWhatEveryCallMustHave)
+{
+    const std::map<std::string_view, std::string> shaped{
+        {"name", "Mail"}, {"at", "08:30"}, {"hours", "8"}, {"every", "5"}, {"client", "codex"}};
+    for (const Tool* tool : Tools::all()) {
+        if (tool->id == "mail.notify" || tool->id == "imessage.notify")
+            continue; // these ask the configuration first
+        Args whole;
+        for (const auto& argument : tool->arguments)
+            whole[std::string(argument.name)] = shaped.contains(argument.name) ? shaped.at(argument.name) : "7";
+        EXPECT_NO_THROW(tool->build(whole)) << tool->id;
+        for (const auto& argument : tool->arguments) {
+            Args args = whole;
+            args.erase(std::string(argument.name));
+            if (argument.required) {
+                EXPECT_THROW(tool->build(args), ToolError) << tool->id << " without " << argument.name;
+            } else
+                EXPECT_NO_THROW(tool->build(args)) << tool->id << " without " << argument.name;
+        }
+    }
+}
+
+TEST(Catalogue, SaysWhichToolsThisBuildCannotRun)
+{
+    std::map<std::string, std::vector<std::string>> missing;
+    std::vector<std::string> working;
+    for (const Tool* tool : Tools::all()) {
+        if (tool->missingBridge.empty())
+            working.push_back(tool->id);
+        else
+            missing[tool->missingBridge].push_back(tool->id);
+    }
+    EXPECT_THAT(working,
+        ElementsAre("mail.accounts", "mail.headers", "mail.audit", "mail.search", "mail.body", "mail.open",
+            "mail.messageId", "mail.draft", "mail.send", "mail.notify", "imessage.notify", "mail.reply",
+            "mail.replyAll", "mail.forward", "mail.delete", "mail.move", "mail.archive", "mail.flag", "mail.junk",
+            "imessage.send", "imessage.read", "how_it_works"));
+    EXPECT_THAT(missing["Calendar"], ElementsAre("cal.find", "cal.update", "cal.add", "cal.delete"));
+    EXPECT_EQ(missing["Reminders"].size(), 10U);
+    EXPECT_EQ(missing["Notes"].size(), 7U);
+    EXPECT_THAT(missing["Contacts"], ElementsAre("contact.find", "contact.add"));
+    EXPECT_THAT(missing["Finder"], ElementsAre("finder.reveal"));
+    EXPECT_THAT(missing["System Events"], ElementsAre("app.quit"));
+    EXPECT_EQ(missing["Automations"].size(), 8U);
+    EXPECT_EQ(missing["Feedback"].size(), 6U);
+    for (const auto& [bridge, ids] : missing) {
+        for (const auto& id : ids) {
+            try {
+                Tools::find(id)->nativeRun({});
+                FAIL() << id << " ran";
+            } catch (const std::exception& error) {
+                EXPECT_EQ(error.what(), id + " needs the " + bridge + " bridge, which this build does not have");
+            }
+        }
+    }
+}
+
+TEST(Catalogue, HasAnEmptyHarvestCycleKeptOutOfTheTrail)
+{
+    for (const Tool* tool : Tools::all())
+        EXPECT_EQ(tool->auditAutoRun != nullptr, tool->id == "ask.harvest") << tool->id;
+    const Tool& harvest = *Tools::find("ask.harvest");
+    EXPECT_FALSE(harvest.auditAutoRun("✅ 0 reply(ies) harvested"));
+    EXPECT_TRUE(harvest.auditAutoRun("✅ 10 reply(ies) harvested"));
+}
+
+} // namespace
+} // namespace mervo
