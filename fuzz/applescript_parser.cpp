@@ -1,4 +1,4 @@
-#include "platform/applescript/Parser.h"
+#include "platform/applescript/syntax/Parser.h"
 #include "tests/platform/applescript/ToyPost.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // Comparing texts: folding keeps well-formed text well-formed, is done after the first time, and takes time in
 // proportion to the text, which the fuzzer's own time limit watches over.
 
-#include "platform/applescript/TextRules.h"
+#include "platform/applescript/values/TextRules.h"
 #include "platform/unicode.h"
 
 #include <array>

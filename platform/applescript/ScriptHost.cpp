@@ -1,10 +1,10 @@
 #include "platform/applescript/ScriptHost.h"
 
-#include "platform/applescript/Display.h"
-#include "platform/applescript/Evaluator.h"
 #include "platform/applescript/HardStop.h"
-#include "platform/applescript/Limits.h"
-#include "platform/applescript/Parser.h"
+#include "platform/applescript/evaluator/Evaluator.h"
+#include "platform/applescript/syntax/Parser.h"
+#include "platform/applescript/values/Display.h"
+#include "platform/applescript/values/Limits.h"
 
 #include <algorithm>
 #include <cerrno>

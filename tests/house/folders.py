@@ -13,11 +13,13 @@ import re
 # The layers, from the lowest up. An include leads to a lower one, or to a neighbour as long as no circle comes of it.
 FLOORS = [
     {"platform"},
-    {"core/foundation", "platform/applescript", "platform/desk/settings", "platform/linux/desktop",
+    {"core/foundation", "platform/applescript/values", "platform/desk/settings", "platform/linux/desktop",
      "platform/linux/keychain", "platform/linux/tls"},
-    {"core/scripting", "core/imap", "core/secrets", "core/automations/model", "platform/desk/mail", "platform/desk/chat"},
-    {"core/policy", "core/automations/engine", "platform/desk/mime", "platform/desk/applications"},
-    {"core/tools", "platform/desk"},
+    {"core/scripting", "core/imap", "core/secrets", "core/automations/model", "platform/desk/mail", "platform/desk/chat",
+     "platform/applescript/syntax"},
+    {"core/policy", "core/automations/engine", "platform/desk/mime", "platform/desk/applications",
+     "platform/applescript/evaluator"},
+    {"core/tools", "platform/applescript", "platform/desk"},
     {"core/automations/tools", "core/feedback"},
     {"core/catalogue"},
     {"core/approval", "core/doctor"},

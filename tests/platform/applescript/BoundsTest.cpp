@@ -1,6 +1,6 @@
 #include "platform/applescript/HardStop.h"
-#include "platform/applescript/Limits.h"
-#include "platform/applescript/ScriptError.h"
+#include "platform/applescript/values/Limits.h"
+#include "platform/applescript/values/ScriptError.h"
 #include "tests/platform/applescript/ToyPost.h"
 #include "tests/support/Growth.h"
 

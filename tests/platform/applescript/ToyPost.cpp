@@ -1,11 +1,11 @@
 #include "tests/platform/applescript/ToyPost.h"
 
-#include "platform/applescript/Coercion.h"
-#include "platform/applescript/Display.h"
-#include "platform/applescript/Evaluator.h"
-#include "platform/applescript/Limits.h"
-#include "platform/applescript/List.h"
-#include "platform/applescript/Parser.h"
+#include "platform/applescript/evaluator/Evaluator.h"
+#include "platform/applescript/syntax/Parser.h"
+#include "platform/applescript/values/Coercion.h"
+#include "platform/applescript/values/Display.h"
+#include "platform/applescript/values/Limits.h"
+#include "platform/applescript/values/List.h"
 
 #include <algorithm>
 

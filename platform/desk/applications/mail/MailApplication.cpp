@@ -1,7 +1,7 @@
 #include "platform/desk/applications/mail/MailApplication.h"
 
-#include "platform/applescript/Coercion.h"
-#include "platform/applescript/List.h"
+#include "platform/applescript/values/Coercion.h"
+#include "platform/applescript/values/List.h"
 #include "platform/desk/applications/mail/MailDictionary.h"
 #include "platform/desk/applications/mail/MailObjects.h"
 #include "platform/desk/applications/mail/MessageObjects.h"

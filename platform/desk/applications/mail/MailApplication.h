@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/applescript/Application.h"
+#include "platform/applescript/values/Application.h"
 #include "platform/desk/mail/MailStore.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/applescript/Dictionary.h"
+#include "platform/applescript/values/Dictionary.h"
 
 namespace mervo::desk {
 

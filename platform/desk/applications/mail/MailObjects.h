@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/applescript/Object.h"
+#include "platform/applescript/values/Object.h"
 #include "platform/desk/applications/mail/MailApplication.h"
 #include "platform/desk/applications/mail/MailDictionary.h"
 

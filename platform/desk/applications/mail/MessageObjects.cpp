@@ -1,7 +1,7 @@
 #include "platform/desk/applications/mail/MessageObjects.h"
 
-#include "platform/applescript/Coercion.h"
-#include "platform/applescript/List.h"
+#include "platform/applescript/values/Coercion.h"
+#include "platform/applescript/values/List.h"
 #include "platform/desk/mail/MailAddress.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/unicode.h"

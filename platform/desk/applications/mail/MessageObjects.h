@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/applescript/RefCounted.h"
+#include "platform/applescript/values/RefCounted.h"
 #include "platform/desk/applications/mail/MailObjects.h"
 
 #include <memory>

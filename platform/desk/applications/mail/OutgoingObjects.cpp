@@ -1,6 +1,6 @@
 #include "platform/desk/applications/mail/OutgoingObjects.h"
 
-#include "platform/applescript/Coercion.h"
+#include "platform/applescript/values/Coercion.h"
 #include "platform/desk/mail/MailAddress.h"
 #include "platform/desk/mail/Outbox.h"
 

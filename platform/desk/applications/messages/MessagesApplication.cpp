@@ -1,6 +1,6 @@
 #include "platform/desk/applications/messages/MessagesApplication.h"
 
-#include "platform/applescript/Coercion.h"
+#include "platform/applescript/values/Coercion.h"
 #include "platform/desk/chat/ChatStore.h"
 #include "platform/desk/chat/MessageSender.h"
 #include "platform/desk/settings/Configuration.h"

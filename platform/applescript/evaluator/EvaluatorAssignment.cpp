@@ -1,0 +1,160 @@
+#include "platform/applescript/evaluator/Evaluator.h"
+#include "platform/applescript/values/Coercion.h"
+#include "platform/applescript/values/Display.h"
+#include "platform/applescript/values/Limits.h"
+
+namespace mervo::applescript {
+
+void Evaluator::failSet(const std::string& specifier, const Value& value)
+{
+    throw ScriptError(ErrorNumber::cannotSet, "Can’t set " + specifier + " to " + quoted(value) + ".", value);
+}
+
+void Evaluator::assign(const Expr& target, const Value& value)
+{
+    Limits::enter();
+    switch (target.kind) {
+    case ExprKind::variable:
+        slot(as<Variable>(target).use) = value;
+        return;
+    case ExprKind::list:
+        return assignList(as<ListExpr>(target), value);
+    case ExprKind::property:
+        return assignProperty(as<PropertyExpr>(target), value);
+    case ExprKind::element:
+        return assignElement(as<ElementExpr>(target), value);
+    case ExprKind::insertion:
+        return assignInsertion(as<InsertionExpr>(target), value);
+    default:
+        break;
+    }
+    const Found found = find(target);
+    failSet(quoted(found.value), value);
+}
+
+void Evaluator::assignList(const ListExpr& target, const Value& value)
+{
+    const Value list = dereferenced(value);
+    if (!list.is(Kind::list))
+        throw ScriptError::cannotCoerce(list, "list");
+    for (std::size_t i = 0; i < target.items.size(); ++i) {
+        if (i >= list.asList().size())
+            throw ScriptError::noSuchObject("item " + std::to_string(i + 1) + " of " + quoted(list), list);
+        assign(*target.items[i], list.asList()[i]);
+    }
+}
+
+void Evaluator::assignProperty(const PropertyExpr& target, const Value& value)
+{
+    Found owner = target.container ? find(*target.container) : Found{frame_->it, false, {}, nullptr};
+    if (target.property == LanguageProperty::contents && !owner.every && !owner.isMany
+        && owner.value.is(Kind::reference))
+        return owner.value.asReference().store(value);
+    if (!owner.every && !owner.isMany)
+        return setProperty(owner.value, target, value);
+    const Value all = fetched(std::move(owner));
+    for (std::size_t i = 0; i < all.asList().size(); ++i)
+        setProperty(all.asList()[i], target, value);
+}
+
+void Evaluator::setProperty(const Value& ownerValue, const PropertyExpr& target, const Value& value)
+{
+    Limits::enter();
+    const Value owner = dereferenced(ownerValue);
+    switch (owner.kind()) {
+    case Kind::object:
+        return setObjectProperty(owner.asObject(), target, value);
+    case Kind::application:
+        return setObjectProperty(*rootOf(owner), target, value);
+    case Kind::list: // of a reference to many: each in turn
+        for (std::size_t i = 0; i < owner.asList().size(); ++i) {
+            if (!owner.asList()[i].is(Kind::object))
+                failSet(describe(target, owner), value);
+        }
+        for (std::size_t i = 0; i < owner.asList().size(); ++i)
+            setObjectProperty(owner.asList()[i].asObject(), target, value);
+        return;
+    case Kind::record:
+        if (!owner.asRecord().find(target.name))
+            failSet(describe(target, owner), value);
+        owner.asRecord().set(target.name, value);
+        return;
+    case Kind::date:
+        if (!setDateProperty(owner.asDate(), target.property, dereferenced(value)))
+            failSet(describe(target, owner), value);
+        return;
+    case Kind::script:
+    case Kind::language:
+        if (target.property == LanguageProperty::textItemDelimiters)
+            return setDelimiters(dereferenced(value));
+        if (owner.is(Kind::script)) {
+            for (std::size_t i = 0; i < globals_.size(); ++i) {
+                if (script_.globalNames[i] == target.name) {
+                    globals_[i] = value;
+                    return;
+                }
+            }
+        }
+        break;
+    default:
+        break;
+    }
+    failSet(describe(target, owner), value);
+}
+
+void Evaluator::setObjectProperty(Object& object, const PropertyExpr& target, const Value& value)
+{
+    const Ref<Object> held(&object);
+    const PropertyTerm* term = propertyTerm(object, target);
+    const Value plain = dereferenced(value);
+    const auto refuse = [&](int number) {
+        ScriptError error(
+            number, "Can’t set " + describe(target, Value::object(held)) + " to " + quoted(plain) + ".", plain);
+        explain(error, object.application(), {});
+        throw error;
+    };
+    if (!term || !term->settable)
+        refuse(ErrorNumber::cannotSet);
+    ask(object.application(), [&] {
+        try {
+            object.set(term->id, plain);
+        } catch (const ScriptError& error) {
+            if (!error.message.empty())
+                throw;
+            if (error.number == ErrorNumber::cannotSet)
+                refuse(error.number);
+            ScriptError explained(error);
+            explain(explained, object.application(), describe(target, Value::object(held)));
+            throw explained;
+        }
+    });
+}
+
+void Evaluator::assignElement(const ElementExpr& target, const Value& value)
+{
+    const Value owner = fetched(container(target.container));
+    const Keys keys = keysOf(target);
+    const bool isItem = target.languageClass == LanguageClass::item && target.form != ElementExpr::Form::every
+        && target.form != ElementExpr::Form::range && target.form != ElementExpr::Form::id;
+    if (!owner.is(Kind::list) || !isItem)
+        failSet(describe(target, keys, owner), value);
+    const auto index = position(target, keys.first, owner.asList().size());
+    if (!index)
+        throw ScriptError::noSuchObject(describe(target, keys, owner), owner);
+    owner.asList().replace(*index, value);
+}
+
+/// `set end of L to x`
+void Evaluator::assignInsertion(const InsertionExpr& target, const Value& value)
+{
+    const Value list = dereferenced(fetched(find(*target.container)));
+    const bool isEnd = target.where == InsertionExpr::Where::end;
+    if (!list.is(Kind::list) || (!isEnd && target.where != InsertionExpr::Where::beginning))
+        failSet((isEnd ? "end of " : "beginning of ") + quoted(list), value);
+    if (isEnd)
+        list.asList().append(value);
+    else
+        list.asList().prepend(value);
+}
+
+} // namespace mervo::applescript

@@ -1,0 +1,272 @@
+#include "platform/applescript/syntax/ParserState.h"
+
+namespace mervo::applescript {
+
+namespace {
+
+constexpr int kOperandLevel = 7; // of `round` and `offset`: anything up to a comparison
+
+struct RoundingName {
+    const char* words;
+    const char* spelling;
+};
+constexpr RoundingName kRoundings[] = {{"up", "up"}, {"down", "down"}, {"toward zero", "toward zero"},
+    {"to nearest", "to nearest"}, {"as taught in school", "as taught in school"}};
+
+} // namespace
+
+/// Whether an argument can begin here.
+bool Parser::startsOperand() const
+{
+    const Token& token = peek();
+    switch (token.kind) {
+    case TokenKind::lineEnd:
+    case TokenKind::end:
+        return false;
+    case TokenKind::symbol:
+        return token.text == "(" || token.text == "{" || token.text == "-";
+    case TokenKind::word:
+        return !isReserved(token.text) || token.text == "it" || token.text == "me" || token.text == "my"
+            || token.text == "its" || token.text == "every" || token.text == "the" || token.text == "true"
+            || token.text == "false" || token.text == "not" || token.text == "return";
+    default:
+        return true;
+    }
+}
+
+/// The value of a label: an expression or a place to insert.
+ExprPtr Parser::parseArgument()
+{
+    if (startsInsertion())
+        return parseInsertion();
+    return parseExpression();
+}
+
+ExprPtr Parser::parseCommand(const Match& found)
+{
+    const Nesting nesting(*this);
+    if (found.application && found.application->commandTerm) {
+        const CommandTerm& command = *found.application->commandTerm;
+        const Place start = peek().place;
+        at_ += found.words;
+        ExprPtr node = parseDictionaryCommand(command);
+        node->place.start = start.start;
+        return finish(std::move(node));
+    }
+    const LanguageCommand command = found.language->command;
+    const Token& token = peek();
+    const bool belongsToApplications = command == LanguageCommand::make || command == LanguageCommand::remove
+        || command == LanguageCommand::move || command == LanguageCommand::duplicate
+        || command == LanguageCommand::close;
+    if (belongsToApplications && !dictionary()) {
+        if (isSymbol("(", found.words) || isOfOrIn())
+            return parseName();
+        failExpected("a command of the language or a “tell application” around it", token);
+    }
+    const Place start = token.place;
+    at_ += found.words;
+    ExprPtr node = parseLanguageCommand(command);
+    node->place.start = start.start;
+    return finish(std::move(node));
+}
+
+/// The longest label of the command that stands here; null when none does.
+const ParameterTerm* Parser::matchLabel(const CommandTerm& command, std::size_t& words) const
+{
+    const ParameterTerm* best = nullptr;
+    words = 0;
+    for (const ParameterTerm& parameter : command.parameters) {
+        std::string folded;
+        for (const char c : parameter.label)
+            folded += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        if (const std::size_t count = matchWords(rest(), folded); count > words) {
+            words = count;
+            best = &parameter;
+        }
+    }
+    return best;
+}
+
+/// ( "with" | "without" ) label { ( "," | "and" ) label }
+bool Parser::parseSwitches(CommandExpr& node, const CommandTerm& command)
+{
+    if (!isWord("with") && !isWord("without"))
+        return false;
+    const bool value = isWord("with");
+    ++at_;
+    do {
+        std::size_t words = 0;
+        const ParameterTerm* parameter = matchLabel(command, words);
+        if (!parameter)
+            fail("a parameter of “" + command.name + "”");
+        at_ += words;
+        node.arguments.emplace_back(parameter->id, makeLiteral(Value::boolean(value)));
+    } while (takeSymbol(",") || takeWord("and"));
+    return true;
+}
+
+void Parser::parseArguments(CommandExpr& node, const CommandTerm& command)
+{
+    for (;;) {
+        std::size_t words = 0;
+        if (const ParameterTerm* parameter = matchLabel(command, words)) {
+            at_ += words;
+            adopt(node, node.arguments.emplace_back(parameter->id, parseArgument()).second);
+        } else if (!parseSwitches(node, command)) {
+            return;
+        }
+    }
+}
+
+/// cmdname [ expr ] { paramlabel ( expr | insertion ) | ( "with" | "without" ) labels }
+ExprPtr Parser::parseDictionaryCommand(const CommandTerm& command)
+{
+    auto node = make<CommandExpr>();
+    node->dictionary = dictionary();
+    node->commandTerm = &command;
+    bool hasIn = false;
+    for (const ParameterTerm& parameter : command.parameters)
+        hasIn = hasIn || parameter.label == "in";
+    std::size_t words = 0;
+    if (command.direct != CommandTerm::Direct::none && !matchLabel(command, words) && startsOperand()) {
+        const WithFlags flags(*this, {hasIn || flags_.stopsAtIn, false});
+        node->direct = parseArgument();
+        adopt(*node, node->direct);
+    }
+    parseArguments(*node, command);
+    return node;
+}
+
+void Parser::parseLabelled(CommandExpr& node, std::string_view label, ExprPtr argument)
+{
+    adopt(node, node.labelled.emplace_back(Symbol(label), std::move(argument)).second);
+}
+
+ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
+{
+    auto node = make<CommandExpr>();
+    node->command = command;
+    node->dictionary = dictionary();
+    const auto setDirect = [&](ExprPtr direct) {
+        node->direct = std::move(direct);
+        adopt(*node, node->direct);
+    };
+    switch (command) {
+    case LanguageCommand::none:
+    case LanguageCommand::currentDate:
+        break;
+    case LanguageCommand::make:
+        parseMake(*node);
+        break;
+    case LanguageCommand::offset:
+        parseOffset(*node);
+        break;
+    case LanguageCommand::round:
+        parseRound(*node);
+        break;
+    case LanguageCommand::count:
+        if (takeWord("of") || takeWord("in"))
+            setDirect(parsePostfix());
+        else
+            setDirect(parseBinary(kOperandLevel));
+        break;
+    case LanguageCommand::exists:
+        setDirect(parsePostfix());
+        break;
+    case LanguageCommand::pathTo:
+        if (!takeWords("home folder"))
+            fail("“home folder”");
+        break;
+    case LanguageCommand::randomNumber:
+        if (takeWord("from")) {
+            parseLabelled(*node, "from", parseBinary(kOperandLevel));
+            expectWord("to");
+            parseLabelled(*node, "to", parseBinary(kOperandLevel));
+        } else if (startsOperand()) {
+            setDirect(parseBinary(kOperandLevel));
+        }
+        break;
+    case LanguageCommand::activate:
+    case LanguageCommand::launch:
+    case LanguageCommand::quit:
+    case LanguageCommand::reopen:
+    case LanguageCommand::run:
+        if (startsOperand() && !isWord("saving"))
+            setDirect(parsePostfix());
+        break;
+    case LanguageCommand::close:
+    case LanguageCommand::delay:
+    case LanguageCommand::doShellScript:
+    case LanguageCommand::duplicate:
+    case LanguageCommand::get:
+    case LanguageCommand::log:
+    case LanguageCommand::move:
+    case LanguageCommand::remove:
+        if (!startsOperand()) {
+            if (command != LanguageCommand::delay && command != LanguageCommand::log
+                && command != LanguageCommand::close)
+                fail("expression");
+            break;
+        }
+        setDirect(parseExpression());
+        break;
+    }
+    if ((command == LanguageCommand::move || command == LanguageCommand::duplicate) && takeWord("to"))
+        parseLabelled(*node, "to", parseArgument());
+    if ((command == LanguageCommand::close || command == LanguageCommand::quit) && takeWord("saving"))
+        parseLabelled(*node, "saving", parseExpression());
+    return node;
+}
+
+/// "make" [ "new" ] class { "at" PLACE | "with properties" expr | "with data" expr }
+void Parser::parseMake(CommandExpr& node)
+{
+    takeWord("new");
+    const Token& token = peek();
+    const Match found = expectClassTerm();
+    if (!found.application || !found.application->classTerm)
+        failExpected("a class of " + dictionary()->applicationName(), token);
+    node.newClass = found.application->classTerm;
+    at_ += found.words;
+    for (;;) {
+        if (takeWord("at"))
+            parseLabelled(node, "at", parseArgument());
+        else if (takeWords("with properties"))
+            parseLabelled(node, "with properties", parseExpression());
+        else if (takeWords("with data"))
+            parseLabelled(node, "with data", parseExpression());
+        else
+            return;
+    }
+}
+
+/// "offset" "of" expr "in" expr
+void Parser::parseOffset(CommandExpr& node)
+{
+    expectWord("of");
+    {
+        const WithFlags flags(*this, {true, false});
+        node.direct = parseBinary(kOperandLevel);
+        adopt(node, node.direct);
+    }
+    expectWord("in");
+    parseLabelled(node, "in", parseBinary(kOperandLevel));
+}
+
+/// "round" expr [ "rounding" ( "up" | "down" | "toward zero" | "to nearest" | "as taught in school" ) ]
+void Parser::parseRound(CommandExpr& node)
+{
+    node.direct = parseBinary(kOperandLevel);
+    adopt(node, node.direct);
+    if (!takeWord("rounding"))
+        return;
+    for (const RoundingName& rounding : kRoundings) {
+        if (takeWords(rounding.words)) {
+            parseLabelled(node, "rounding", makeLiteral(Value::constant(Symbol(rounding.spelling))));
+            return;
+        }
+    }
+    fail("“up”, “down”, “toward zero”, “to nearest” or “as taught in school”");
+}
+
+} // namespace mervo::applescript

@@ -1,0 +1,459 @@
+#include "platform/applescript/syntax/ParserState.h"
+
+#include <array>
+
+namespace mervo::applescript {
+
+namespace {
+
+constexpr auto kOrdinals = std::to_array<std::string_view>(
+    {"first", "second", "third", "fourth", "fifth", "sixth", "seventh", "eighth", "ninth", "tenth"});
+
+/// 1-10 for the words, -1 for last and back, 1 for front; 0 for any other word.
+int ordinalOf(std::string_view word)
+{
+    if (word == "last" || word == "back")
+        return -1;
+    if (word == "front")
+        return 1;
+    for (std::size_t i = 0; i < kOrdinals.size(); ++i) {
+        if (word == kOrdinals[i])
+            return static_cast<int>(i) + 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+/// propname | class ... | [ "every" ] class | ordinal class | "its" part, and what else begins with a word
+ExprPtr Parser::parsePart()
+{
+    const Nesting nesting(*this);
+    takeWord("the");
+    if (isWord("its")) {
+        ++at_;
+        ExprPtr part = parsePart();
+        if (part->kind == ExprKind::property && !as<PropertyExpr>(*part).container) {
+            auto& property = static_cast<PropertyExpr&>(*part);
+            property.container = makeTarget(TargetExpr::Which::it);
+            adopt(property, property.container);
+        }
+        return part;
+    }
+    if (isWord("every"))
+        return parseEvery();
+    // `first name` of a person is a property, not the first of something.
+    const Match found = match();
+    if (startsOrdinal() && found.words < 2)
+        return parseOrdinalWord();
+    if (isWord("number") && isWord("of", 1)) {
+        auto count = make<CommandExpr>();
+        at_ += 2;
+        count->command = LanguageCommand::count;
+        count->direct = parsePostfix();
+        adopt(*count, count->direct);
+        return finish(std::move(count));
+    }
+    if (found.words > 0)
+        return parseTerm(found);
+    if (isWord("app"))
+        return parseApplication();
+    if (!isName())
+        fail("expression");
+    return parseName();
+}
+
+/// Which of its meanings a term has here.
+ExprPtr Parser::parseTerm(const Match& found)
+{
+    const bool isContained = isWord("of", found.words) || (isWord("in", found.words) && !flags_.stopsAtIn);
+    // `message id 7`: the longest term is a property, but an index follows.
+    if (found.words > 1 && isWord("id", found.words - 1) && found.isProperty()) {
+        const Match shorter = match(found.words - 1);
+        at_ += found.words;
+        const bool hasIndex = startsIndex();
+        at_ -= found.words;
+        if (shorter.isClass() && hasIndex && !isContained)
+            return parseClassTerm(shorter);
+    }
+    if (found.isCommand() && !(found.isProperty() && isContained))
+        return parseCommand(found);
+    if (found.isConstant() && !(found.isProperty() && isContained)) {
+        const Meaning& meaning =
+            found.application && found.application->isConstant() ? *found.application : *found.language;
+        ExprPtr literal = makeLiteral(meaning.constant);
+        at_ += found.words;
+        return literal;
+    }
+    if (found.isClass() && found.isProperty()) {
+        at_ += found.words;
+        const bool isElement = startsIndex() || isWord("id") || isWord("named") || isWord("from");
+        at_ -= found.words;
+        return isElement ? parseClassTerm(found) : parsePropertyTerm(found);
+    }
+    return found.isClass() ? parseClassTerm(found) : parsePropertyTerm(found);
+}
+
+ExprPtr Parser::parsePropertyTerm(const Match& found)
+{
+    auto property = make<PropertyExpr>();
+    if (found.application && found.application->propertyId != kNoTerm) {
+        property->dictionary = dictionary();
+        property->propertyId = found.application->propertyId;
+        property->name = found.application->words;
+    }
+    if (found.language && found.language->property != LanguageProperty::none) {
+        property->property = found.language->property;
+        property->name = found.language->words;
+    }
+    at_ += found.words;
+    return attach(std::move(property));
+}
+
+std::unique_ptr<ElementExpr> Parser::startElement(const Match& found)
+{
+    auto element = make<ElementExpr>();
+    if (found.language && found.language->isClass()) {
+        element->className = found.language->className;
+        element->languageClass = found.language->languageClass;
+    }
+    if (found.application && found.application->isClass()) {
+        element->className = found.application->className;
+        element->dictionary = dictionary();
+        element->classTerm = found.application->classTerm;
+    }
+    at_ += found.words;
+    return element;
+}
+
+/// class index | class "named" expr | class "id" expr | class expr "thru" expr | class "from" expr "to" expr | plural,
+/// or the class itself as a value
+ExprPtr Parser::parseClassTerm(const Match& found)
+{
+    const Meaning& meaning = found.application && found.application->isClass() ? *found.application : *found.language;
+    if (found.language && found.language->isClass() && !(found.application && found.application->isClass())) {
+        const LanguageClass which = meaning.languageClass;
+        if (which == LanguageClass::application && !meaning.isPlural)
+            return parseApplication();
+        if (!meaning.isPlural
+            && (which == LanguageClass::file || which == LanguageClass::alias || which == LanguageClass::posixFile
+                || which == LanguageClass::date)) {
+            at_ += found.words;
+            const bool isLiteral = startsIndex();
+            at_ -= found.words;
+            if (isLiteral)
+                return parseFileLiteral(found.words);
+        }
+    }
+    auto element = startElement(found);
+    if (isWord("id") && !isWord("of", 1)) {
+        ++at_;
+        element->form = ElementExpr::Form::id;
+        element->key = isSymbol("{") ? parseBraces() : parseIndex();
+    } else if (takeWord("named")) {
+        element->form = ElementExpr::Form::index;
+        element->isNamed = true;
+        element->key = parseIndex();
+    } else if (takeWord("from")) {
+        element->form = ElementExpr::Form::range;
+        element->key = parseRangeBound();
+        expectWord("to");
+        element->lastKey = parseRangeBound();
+    } else if (startsIndex()) {
+        element->form = ElementExpr::Form::index;
+        element->key = parseIndex();
+        if (takeWord("thru") || takeWord("through")) {
+            element->form = ElementExpr::Form::range;
+            element->lastKey = parseRangeBound();
+        }
+    } else if (!meaning.isPlural) {
+        // The class as a value; `text of x` is a property in spirit.
+        if (meaning.languageClass == LanguageClass::text && isOfOrIn()) {
+            element->form = ElementExpr::Form::range;
+            element->key = makeLiteral(Value::integer(1));
+            element->lastKey = makeLiteral(Value::integer(-1));
+            return attach(std::move(element));
+        }
+        ExprPtr literal = makeLiteral(Value::classTerm(meaning.className));
+        literal->place = element->place;
+        return literal;
+    }
+    if (element->key)
+        adopt(*element, element->key);
+    if (element->lastKey)
+        adopt(*element, element->lastKey);
+    return attach(std::move(element));
+}
+
+Parser::Match Parser::expectClassTerm()
+{
+    takeWord("the");
+    Match found = match();
+    // `every message id` has a class in front of the property.
+    while (found.words > 1 && !found.isClass())
+        found = match(found.words - 1);
+    if (found.words == 0 || !found.isClass())
+        fail("class name");
+    return found;
+}
+
+/// "every" class
+ExprPtr Parser::parseEvery()
+{
+    const Token& start = peek();
+    ++at_;
+    auto element = startElement(expectClassTerm());
+    element->place.start = start.place.start;
+    // `every message 1 thru 5`
+    if (startsIndex()) {
+        element->key = parseIndex();
+        if (!takeWord("thru") && !takeWord("through"))
+            fail("“thru”");
+        element->form = ElementExpr::Form::range;
+        element->lastKey = parseRangeBound();
+        adopt(*element, element->key);
+        adopt(*element, element->lastKey);
+    }
+    return attach(std::move(element));
+}
+
+bool Parser::startsOrdinal() const
+{
+    if (peek().kind == TokenKind::ordinal)
+        return true;
+    if (peek().kind != TokenKind::word || isWord("of", 1))
+        return false;
+    return isWord("middle") || isWord("some") || ordinalOf(peek().text) != 0;
+}
+
+ExprPtr Parser::parseOrdinalWord()
+{
+    const Token& token = peek();
+    if (token.kind == TokenKind::ordinal) {
+        return parseOrdinal(Value::integer(static_cast<std::int64_t>(token.number < 1e9 ? token.number : 1e9)),
+            ElementExpr::Form::index);
+    }
+    if (token.text == "middle")
+        return parseOrdinal({}, ElementExpr::Form::middle);
+    if (token.text == "some")
+        return parseOrdinal({}, ElementExpr::Form::some);
+    return parseOrdinal(Value::integer(ordinalOf(token.text)), ElementExpr::Form::index);
+}
+
+ExprPtr Parser::parseOrdinal(Value position, ElementExpr::Form form)
+{
+    const Place start = peek().place;
+    ExprPtr key = makeLiteral(std::move(position));
+    ++at_;
+    auto element = startElement(expectClassTerm());
+    element->place.start = start.start;
+    element->form = form;
+    if (form == ElementExpr::Form::index) {
+        element->key = std::move(key);
+        adopt(*element, element->key);
+    }
+    return attach(std::move(element));
+}
+
+bool Parser::startsIndex() const
+{
+    const Token& token = peek();
+    switch (token.kind) {
+    case TokenKind::integer:
+    case TokenKind::real:
+    case TokenKind::text:
+    case TokenKind::barred:
+        return true;
+    case TokenKind::symbol:
+        return token.text == "(" || (token.text == "-" && peek(1).kind == TokenKind::integer);
+    case TokenKind::word:
+        if (token.text == "my")
+            return true;
+        return isName() && match().words == 0 && !isWord("app") && !isWord("exists") && !isWord("id")
+            && !isWord("named") && !startsOrdinal() && !isWord("at") && !isWord("less") && !isWord("greater")
+            && !isWord("comes") && !isWord("times");
+    default:
+        return false;
+    }
+}
+
+/// A position or a name: a number, a text, a variable, a call or something in parentheses.
+ExprPtr Parser::parseIndex()
+{
+    const Nesting nesting(*this);
+    if (isSymbol("-")) {
+        auto unary = make<Unary>();
+        ++at_;
+        unary->operand = parsePrimary();
+        adopt(*unary, unary->operand);
+        return finish(std::move(unary));
+    }
+    if (isWord("my"))
+        return parseMy();
+    if (!isName() || match().words > 0)
+        return parsePrimary();
+    if (isSymbol("(", 1)) {
+        const WithFlags flags(*this, {true, true});
+        auto call = make<CallExpr>();
+        call->name = takeName();
+        ++at_;
+        {
+            const WithFlags inside(*this, {});
+            if (!isSymbol(")")) {
+                do
+                    adopt(*call, call->arguments.emplace_back(parseExpression()));
+                while (takeSymbol(","));
+            }
+        }
+        expectSymbol(")");
+        return finish(std::move(call));
+    }
+    auto variable = make<Variable>();
+    use(variable->use, takeName());
+    return variable;
+}
+
+/// An index, `beginning`, `end`, or an element that marks a place: `word 2`.
+ExprPtr Parser::parseRangeBound()
+{
+    if (isWord("end") || isWord("beginning")) {
+        ExprPtr literal = makeLiteral(Value::integer(isWord("end") ? -1 : 1));
+        ++at_;
+        return literal;
+    }
+    const Match found = match();
+    if (found.words == 0 || !found.isClass())
+        return parseIndex();
+    auto element = startElement(found);
+    element->form = ElementExpr::Form::index;
+    if (!startsIndex())
+        fail("number");
+    element->key = parseIndex();
+    adopt(*element, element->key);
+    return finish(std::move(element));
+}
+
+/// part [ ( "of" | "in" ) postfix ] [ ( "whose" | "where" ) expr ]
+ExprPtr Parser::attach(ExprPtr part)
+{
+    const Nesting nesting(*this);
+    if (isOfOrIn()) {
+        ++at_;
+        const WithFlags flags(*this, {flags_.stopsAtIn, true});
+        ExprPtr container = parsePostfix();
+        ExprPtr& place = part->kind == ExprKind::property ? static_cast<PropertyExpr&>(*part).container
+                                                          : static_cast<ElementExpr&>(*part).container;
+        place = std::move(container);
+        adopt(*part, place);
+    }
+    part = finish(std::move(part));
+    if (!flags_.stopsAtWhose && (isWord("whose") || isWord("where")))
+        return parseWhose(std::move(part));
+    return part;
+}
+
+/// The filter belongs to the first element that the reference goes through: `name of every x of c whose ...` filters x.
+ExprPtr Parser::parseWhose(ExprPtr part)
+{
+    const Token& start = peek();
+    ++at_;
+    ExprPtr* place = &part;
+    while ((*place)->kind == ExprKind::property) {
+        ExprPtr& container = static_cast<PropertyExpr&>(**place).container;
+        if (!container || container->isParenthesised)
+            break;
+        place = &container;
+    }
+    if ((*place)->kind != ExprKind::element || as<ElementExpr>(**place).form == ElementExpr::Form::id)
+        failExpected("a reference to elements before it", start);
+    auto filter = std::make_unique<FilterExpr>();
+    filter->place = (*place)->place;
+    ExprPtr element = std::move(*place);
+    filter->condition = parseExpression();
+    adopt(*filter, element);
+    adopt(*filter, filter->condition);
+    filter->element.reset(static_cast<ElementExpr*>(element.release()));
+    *place = finish(std::move(filter));
+    if (part->depth <= (*place)->depth && place != &part)
+        part->depth = static_cast<std::uint16_t>((*place)->depth + 1);
+    return part;
+}
+
+/// "date" postfix | "POSIX file" postfix | "alias" postfix | "file" postfix
+ExprPtr Parser::parseFileLiteral(std::size_t words)
+{
+    if (isWord("date")) {
+        auto date = make<DateExpr>();
+        at_ += words;
+        date->text = parsePostfix();
+        adopt(*date, date->text);
+        return finish(std::move(date));
+    }
+    auto file = make<FileExpr>();
+    at_ += words;
+    file->path = parsePostfix();
+    adopt(*file, file->path);
+    return finish(std::move(file));
+}
+
+/// "application" [ "id" ] postfix; the class as a value where no name follows
+ExprPtr Parser::parseApplication()
+{
+    auto application = make<ApplicationExpr>();
+    ++at_;
+    application->isById = isWord("id") && peek(1).kind != TokenKind::lineEnd && takeWord("id");
+    if (!startsIndex()) {
+        if (application->isById)
+            fail("string");
+        ExprPtr literal = makeLiteral(Value::classTerm(Symbol("application")));
+        literal->place = application->place;
+        return literal;
+    }
+    application->name = parseIndex();
+    adopt(*application, application->name);
+    return finish(std::move(application));
+}
+
+/// "a reference to" reference
+ExprPtr Parser::parseReferenceTo()
+{
+    auto reference = make<ReferenceTo>();
+    at_ += 3;
+    const Token& start = peek();
+    reference->what = parsePostfix();
+    const ExprKind kind = reference->what->kind;
+    if (kind != ExprKind::element && kind != ExprKind::property && kind != ExprKind::filter
+        && kind != ExprKind::variable && kind != ExprKind::application)
+        failExpected("a reference", start);
+    adopt(*reference, reference->what);
+    return finish(std::move(reference));
+}
+
+bool Parser::startsInsertion() const
+{
+    if (isWord("beginning") || isWord("end") || isWord("before") || isWord("after"))
+        return true;
+    return (isWord("front") || isWord("back")) && isWord("of", 1);
+}
+
+/// ( "beginning" | "end" | "front" | "back" ) [ "of" postfix ] | ( "before" | "after" ) reference
+std::unique_ptr<InsertionExpr> Parser::parseInsertion()
+{
+    using Where = InsertionExpr::Where;
+    auto insertion = make<InsertionExpr>();
+    const std::string& word = peek().text;
+    insertion->where = word == "before"   ? Where::before
+        : word == "after"                 ? Where::after
+        : word == "end" || word == "back" ? Where::end
+                                          : Where::beginning;
+    ++at_;
+    if (insertion->where == Where::before || insertion->where == Where::after || takeWord("of")) {
+        insertion->container = parsePostfix();
+        adopt(*insertion, insertion->container);
+    } else {
+        insertion->container = makeTarget(TargetExpr::Which::it);
+    }
+    return finish(std::move(insertion));
+}
+
+} // namespace mervo::applescript

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/applescript/syntax/SyntaxTree.h"
+
+namespace mervo::applescript {
+
+/// Decides for every name of the script where its value is kept and numbers the places, so that running looks nothing
+/// up by name. Properties are global everywhere. A name in a handler is local unless the handler, or the top level
+/// before it, declares it global. The statements at the top level, where they are the run handler, keep their names
+/// in the script.
+void resolveNames(Script& script);
+
+} // namespace mervo::applescript

@@ -1,0 +1,131 @@
+#pragma once
+
+#include "platform/applescript/values/Dictionary.h"
+#include "platform/applescript/values/Object.h"
+#include "platform/applescript/values/ScriptError.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace mervo::applescript {
+
+/// Where something new or moved goes.
+struct Insertion {
+    enum class Where { into, beginning, end, before, after };
+
+    Where where = Where::into;
+    Ref<Object> anchor; // the container; for before and after the object beside which it goes
+    TermId elementClass = kNoTerm; // `end of to recipients`: the elements meant, where they were named
+};
+
+/// `make new CLASS at PLACE with properties {...}`. Without a place, `place` is into the target of the `tell`.
+struct MakeRequest {
+    const ClassTerm* newClass = nullptr;
+    Insertion place;
+    bool hasPlace = false;
+    std::vector<std::pair<TermId, Value>> properties; // names that the class has, in the order written
+    Value data; // `with data`
+
+    /// Null when the property was not given.
+    const Value* property(TermId id) const noexcept;
+};
+
+enum class Saving { unspecified, yes, no, ask };
+
+/// A command of the application's own dictionary.
+///
+/// Object references among the arguments have been looked up: one object is Value::object, `every x` is a list of
+/// objects. A boolean given as `with LABEL` is true.
+struct CommandCall {
+    TermId command = kNoTerm;
+    Value direct; // none when it was left out
+    Ref<Object> target; // the object of the innermost `tell`
+    std::vector<std::pair<TermId, Value>> arguments;
+
+    /// Null when the argument was not given.
+    const Value* argument(TermId parameter) const noexcept;
+    /// A boolean argument, or the default where it was not given. -1700 when it is no boolean.
+    bool flag(TermId parameter, bool otherwise) const;
+};
+
+/// An application as scripts see it: a dictionary, a tree of objects, and what its commands do.
+///
+/// Made on first use by the registry; making one must touch nothing (no file, no database): `application "X" is
+/// running` makes it, too. The interpreter calls `launch` once before the first object or command is used.
+/// Everything may throw ScriptError.
+class Application {
+public:
+    Application() = default;
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+    virtual ~Application() = default;
+
+    virtual const Dictionary& dictionary() const = 0;
+    /// The `application` object; its class is CommonTerm::applicationClass. `name`, `version`, `running` and
+    /// `frontmost` are answered below and need not stand in the dictionary.
+    virtual Ref<Object> root() = 0;
+
+    virtual std::string version() const { return "1.0"; }
+    virtual bool isRunning() const = 0;
+    virtual bool isFrontmost() const { return false; }
+    /// Starts the application where it does not run: -600 when it cannot, -1743 when the user has refused access.
+    virtual void launch() = 0;
+    virtual void activate() { launch(); }
+    virtual void quit(Saving saving) = 0;
+
+    // The commands of all applications. The defaults throw -1708. `every x` as argument comes object by object.
+    virtual Value make(const MakeRequest& request);
+    virtual void remove(Object& object);
+    virtual Value move(Object& object, const Insertion& place);
+    virtual Value duplicate(Object& object, const std::optional<Insertion>& place);
+    virtual void close(Object& object, Saving saving);
+    /// The commands of the dictionary.
+    virtual Value perform(const CommandCall& call);
+
+    /// The end of the time that `with timeout` gives to the present command, if any. A command that waits or that
+    /// works for long should look at it and throw ScriptError(ErrorNumber::timedOut).
+    std::optional<std::chrono::steady_clock::time_point> deadline() const noexcept { return deadline_; }
+    void setDeadline(std::optional<std::chrono::steady_clock::time_point> end) noexcept { deadline_ = end; }
+
+private:
+    std::optional<std::chrono::steady_clock::time_point> deadline_;
+};
+
+/// The applications that scripts can address. An application that a script does not name costs nothing: neither its
+/// dictionary nor the application itself is made.
+class ApplicationRegistry {
+public:
+    using Factory = std::function<std::unique_ptr<Application>()>;
+    using DictionarySource = std::function<const Dictionary&()>;
+
+    /// `names`: the name that scripts show first, then other names; names and bundle id ignore case. The dictionary
+    /// must live as long as the registry (a function-local static is the usual way).
+    void add(std::vector<std::string> names, std::string bundleId, DictionarySource dictionary, Factory factory);
+
+    struct Entry {
+        std::vector<std::string> names;
+        std::string bundleId;
+        DictionarySource dictionary;
+        Factory factory;
+        std::unique_ptr<Application> instance;
+        bool isLaunched = false;
+    };
+    /// Null when no such application is registered.
+    Entry* findByName(std::string_view name);
+    Entry* findByBundleId(std::string_view bundleId);
+    /// The entry of an application that has been made.
+    Entry* findByApplication(const Application& application);
+    /// Made on first use; not launched.
+    static Application& instance(Entry& entry);
+
+private:
+    std::vector<std::unique_ptr<Entry>> entries_;
+};
+
+} // namespace mervo::applescript

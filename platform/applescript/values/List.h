@@ -1,0 +1,109 @@
+#pragma once
+
+#include "platform/applescript/values/Value.h"
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace mervo::applescript {
+
+/// What lists and records share: they can hold themselves, and then counting alone never frees them.
+class Container : public Cell {
+public:
+    Container() noexcept;
+    ~Container() override;
+
+    /// Empties every list and record that is left on this thread: for the end of an interpreter, when nobody asks
+    /// for a value any more. Frees the lists that hold themselves.
+    static void releaseAll() noexcept;
+
+protected:
+    virtual void clear() noexcept = 0;
+
+private:
+    void leaveChain() noexcept;
+
+    bool isChained_ = true;
+    Container* previous_ = nullptr;
+    Container* next_ = nullptr;
+};
+
+/// Where the items of a list come from that nobody has looked at. For columns of many thousand values of which a
+/// script looks at few, or at each but once. Asking twice for an item must be the same as sharing it: numbers,
+/// booleans, texts and handles of objects may be made anew, but a date, which scripts change in place, is kept once it
+/// was made.
+class ItemSource {
+public:
+    ItemSource() = default;
+    ItemSource(const ItemSource&) = delete;
+    ItemSource& operator=(const ItemSource&) = delete;
+    virtual ~ItemSource() = default;
+
+    virtual std::size_t size() const noexcept = 0;
+    virtual Value item(std::size_t index) const = 0;
+};
+
+/// A list, shared by all its names. Reading an item and appending take constant time.
+class List final : public Container {
+public:
+    List() = default;
+    explicit List(std::vector<Value> items);
+    /// The items are made one by one when they are asked for, and all at once when the list changes or is gone through.
+    explicit List(std::unique_ptr<const ItemSource> source);
+    ~List() override;
+
+    std::size_t size() const noexcept { return source_ ? source_->size() : items_.size(); }
+    const std::vector<Value>& items() const
+    {
+        if (source_)
+            settle();
+        return items_;
+    }
+    Value operator[](std::size_t index) const { return source_ ? source_->item(index) : items_[index]; }
+    void replace(std::size_t index, Value value)
+    {
+        items();
+        items_[index] = std::move(value);
+    }
+    void reserve(std::size_t count);
+    void append(Value value);
+    void prepend(Value value);
+
+private:
+    void clear() noexcept override;
+    void settle() const;
+    void charge() const;
+
+    mutable std::unique_ptr<const ItemSource> source_; // until the list is settled
+    mutable std::vector<Value> items_;
+    mutable std::size_t charged_ = 0;
+};
+
+/// A record: labels and values in the order written. Small, so a label is found by going through them.
+class Record final : public Container {
+public:
+    struct Field {
+        Symbol label;
+        Value value;
+    };
+
+    std::size_t size() const noexcept { return fields_.size(); }
+    const std::vector<Field>& fields() const noexcept { return fields_; }
+    /// Null when there is no such label.
+    const Value* find(Symbol label) const noexcept;
+    /// Replaces the value of the label, or adds it at the end.
+    void set(Symbol label, Value value);
+    /// Adds a field only where the label is new.
+    void addMissing(Symbol label, const Value& value);
+    ~Record() override;
+
+private:
+    void clear() noexcept override;
+    void add(Symbol label, Value value);
+
+    std::vector<Field> fields_;
+    std::size_t charged_ = 0;
+};
+
+} // namespace mervo::applescript
