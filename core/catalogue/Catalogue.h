@@ -10,7 +10,7 @@
 /// The one list of everything an agent can do, in the order of publication.
 namespace mervo::Tools {
 
-/// All 61 tools. Built once, on first use, and never changed.
+/// Every tool. Built once, on first use, and never changed.
 std::span<const Tool* const> all();
 
 /// The tool with exactly this id, or null.

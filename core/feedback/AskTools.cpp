@@ -26,7 +26,7 @@ std::string channelIds()
 
 std::span<const Tool* const> all()
 {
-    static const std::array<const Tool*, 6> tools{&ask(), &answer(), &answers(), &harvest(), &tell(), &remove()};
+    static const std::array tools{&ask(), &answer(), &answers(), &harvest(), &tell(), &remove()};
     return tools;
 }
 

@@ -7,7 +7,7 @@
 /// The operator channel's face toward agents. None of the tools waits for the owner.
 namespace mervo::AskTools {
 
-/// The six tools, in the order of the catalogue.
+/// The tools of this family.
 std::span<const Tool* const> all();
 
 const Tool& ask();

@@ -51,8 +51,7 @@ std::vector<Argument> whole(const Argument& name)
 
 std::span<const Tool* const> all()
 {
-    static const std::array<const Tool*, 8> tools{
-        &list(), &log(), &add(), &edit(), &enable(), &disable(), &run(), &remove()};
+    static const std::array tools{&list(), &log(), &add(), &edit(), &enable(), &disable(), &run(), &remove()};
     return tools;
 }
 

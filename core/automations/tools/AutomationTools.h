@@ -7,7 +7,7 @@
 /// The automation engine's face toward agents.
 namespace mervo::AutomationTools {
 
-/// The eight tools, in the order of the catalogue.
+/// The tools of this family.
 std::span<const Tool* const> all();
 
 const Tool& list();

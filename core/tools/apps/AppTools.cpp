@@ -5,6 +5,7 @@
 #include "core/tools/MissingBridge.h"
 
 #include <algorithm>
+#include <array>
 
 namespace mervo::Tools {
 
@@ -56,3 +57,13 @@ const Tool& appQuit()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::AppTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::finderReveal(), &Tools::appQuit()};
+    return tools;
+}
+
+} // namespace mervo::AppTools

@@ -3,6 +3,7 @@
 #include "core/tools/Arguments.h"
 #include "core/tools/MissingBridge.h"
 
+#include <array>
 #include <limits>
 
 namespace mervo::Tools {
@@ -101,3 +102,13 @@ const Tool& calDelete()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::CalendarTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::calFind(), &Tools::calUpdate(), &Tools::calAdd(), &Tools::calDelete()};
+    return tools;
+}
+
+} // namespace mervo::CalendarTools

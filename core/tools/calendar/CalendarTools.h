@@ -2,6 +2,8 @@
 
 #include "core/policy/Tool.h"
 
+#include <span>
+
 namespace mervo::Tools {
 
 const Tool& calFind();
@@ -10,3 +12,10 @@ const Tool& calAdd();
 const Tool& calDelete();
 
 } // namespace mervo::Tools
+
+namespace mervo::CalendarTools {
+
+/// The tools of this family.
+std::span<const Tool* const> all();
+
+} // namespace mervo::CalendarTools

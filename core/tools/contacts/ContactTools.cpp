@@ -3,6 +3,8 @@
 #include "core/tools/Arguments.h"
 #include "core/tools/MissingBridge.h"
 
+#include <array>
+
 namespace mervo::Tools {
 
 namespace {
@@ -66,3 +68,13 @@ const Tool& contactAdd()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::ContactTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::contactFind(), &Tools::contactAdd()};
+    return tools;
+}
+
+} // namespace mervo::ContactTools

@@ -3,6 +3,8 @@
 #include "core/tools/Arguments.h"
 #include "core/tools/guides/MervoGuides.h"
 
+#include <array>
+
 namespace mervo::Tools {
 
 const Tool& howItWorks()
@@ -21,3 +23,13 @@ const Tool& howItWorks()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::GuideTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::howItWorks()};
+    return tools;
+}
+
+} // namespace mervo::GuideTools

@@ -201,3 +201,14 @@ const Tool& mailJunk()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::MailBulkTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{
+        &Tools::mailDelete(), &Tools::mailMove(), &Tools::mailArchive(), &Tools::mailFlag(), &Tools::mailJunk()};
+    return tools;
+}
+
+} // namespace mervo::MailBulkTools

@@ -6,6 +6,8 @@
 #include "core/tools/mail/MailScripts.h"
 #include "core/tools/mail/MailSelector.h"
 
+#include <array>
+
 namespace mervo::Tools {
 
 namespace {
@@ -168,3 +170,14 @@ const Tool& mailForward()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::MailComposeTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::mailDraft(), &Tools::mailSend(), &Tools::mailNotify(), &Tools::mailReply(),
+        &Tools::mailReplyAll(), &Tools::mailForward()};
+    return tools;
+}
+
+} // namespace mervo::MailComposeTools

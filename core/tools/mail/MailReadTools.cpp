@@ -6,6 +6,8 @@
 #include "core/tools/mail/MailScripts.h"
 #include "core/tools/mail/MailSelector.h"
 
+#include <array>
+
 namespace mervo::Tools {
 
 using namespace std::string_literals;
@@ -176,3 +178,14 @@ const Tool& mailMessageId()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::MailReadTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::mailAccounts(), &Tools::mailHeaders(), &Tools::mailAudit(),
+        &Tools::mailSearch(), &Tools::mailBody(), &Tools::mailOpen(), &Tools::mailMessageId()};
+    return tools;
+}
+
+} // namespace mervo::MailReadTools

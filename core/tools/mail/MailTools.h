@@ -2,7 +2,9 @@
 
 #include "core/policy/Tool.h"
 
-/// The mail family, in the order of the catalogue: reading, composing, bulk.
+#include <span>
+
+/// The mail family: reading, composing, bulk.
 namespace mervo::Tools {
 
 const Tool& mailAccounts();
@@ -27,3 +29,15 @@ const Tool& mailFlag();
 const Tool& mailJunk();
 
 } // namespace mervo::Tools
+
+namespace mervo::MailReadTools {
+std::span<const Tool* const> all();
+}
+
+namespace mervo::MailComposeTools {
+std::span<const Tool* const> all();
+}
+
+namespace mervo::MailBulkTools {
+std::span<const Tool* const> all();
+}

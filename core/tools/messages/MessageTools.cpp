@@ -6,6 +6,7 @@
 #include "core/tools/messages/MessagesDB.h"
 
 #include <algorithm>
+#include <array>
 
 namespace mervo::Tools {
 
@@ -133,3 +134,13 @@ const Tool& imessageRead()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::MessageTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::imessageNotify(), &Tools::imessageSend(), &Tools::imessageRead()};
+    return tools;
+}
+
+} // namespace mervo::MessageTools

@@ -3,6 +3,8 @@
 #include "core/tools/Arguments.h"
 #include "core/tools/MissingBridge.h"
 
+#include <array>
+
 namespace mervo::Tools {
 
 namespace {
@@ -129,3 +131,14 @@ const Tool& noteDelete()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::NoteTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::noteList(), &Tools::noteFind(), &Tools::noteRead(), &Tools::noteAdd(),
+        &Tools::noteOpen(), &Tools::noteUpdate(), &Tools::noteDelete()};
+    return tools;
+}
+
+} // namespace mervo::NoteTools

@@ -2,6 +2,8 @@
 
 #include "core/policy/Tool.h"
 
+#include <span>
+
 namespace mervo::Tools {
 
 const Tool& noteList();
@@ -13,3 +15,10 @@ const Tool& noteUpdate();
 const Tool& noteDelete();
 
 } // namespace mervo::Tools
+
+namespace mervo::NoteTools {
+
+/// The tools of this family.
+std::span<const Tool* const> all();
+
+} // namespace mervo::NoteTools

@@ -3,6 +3,8 @@
 #include "core/tools/Arguments.h"
 #include "core/tools/MissingBridge.h"
 
+#include <array>
+
 namespace mervo::Tools {
 
 const Tool& reminderLists()
@@ -162,3 +164,15 @@ const Tool& reminderClearCompleted()
 }
 
 } // namespace mervo::Tools
+
+namespace mervo::ReminderTools {
+
+std::span<const Tool* const> all()
+{
+    static const std::array tools{&Tools::reminderLists(), &Tools::reminderFind(), &Tools::reminderAdd(),
+        &Tools::reminderAddList(), &Tools::reminderRenameList(), &Tools::reminderUpdate(), &Tools::reminderComplete(),
+        &Tools::reminderDelete(), &Tools::reminderDeleteList(), &Tools::reminderClearCompleted()};
+    return tools;
+}
+
+} // namespace mervo::ReminderTools

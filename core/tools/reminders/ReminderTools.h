@@ -2,6 +2,8 @@
 
 #include "core/policy/Tool.h"
 
+#include <span>
+
 namespace mervo::Tools {
 
 const Tool& reminderLists();
@@ -16,3 +18,10 @@ const Tool& reminderDeleteList();
 const Tool& reminderClearCompleted();
 
 } // namespace mervo::Tools
+
+namespace mervo::ReminderTools {
+
+/// The tools of this family.
+std::span<const Tool* const> all();
+
+} // namespace mervo::ReminderTools

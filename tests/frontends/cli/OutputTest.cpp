@@ -99,9 +99,11 @@ TEST_F(OutputTest, theCatalogueIsPublishedInOneOrder)
 
 TEST_F(OutputTest, theListForPeopleIsWrappedAndGroupedByFamily)
 {
-    const auto check = [this](const std::string& text, std::size_t width) {
-        std::set<std::string> families;
-        std::string ids;
+    std::set<std::string> published;
+    for (const auto& tool : nlohmann::json::parse(mervo({"tools", "--json"}).out))
+        published.insert(tool["id"]);
+    const auto check = [&](const std::string& text, std::size_t width) {
+        std::set<std::string> families, ids;
         std::istringstream lines(text);
         for (std::string line, family; std::getline(lines, line);) {
             if (line.ends_with('\r'))
@@ -110,13 +112,12 @@ TEST_F(OutputTest, theListForPeopleIsWrappedAndGroupedByFamily)
             if (line.empty() || line.starts_with("    "))
                 continue;
             const std::string id = line.substr(0, line.find(' '));
-            ids += id + "\n";
+            EXPECT_TRUE(ids.insert(id).second) << id;
             if (const std::string now = id.substr(0, id.find('.')); now != family) {
                 EXPECT_TRUE(families.insert(family = now).second) << id << " stands apart from its family";
             }
         }
-        EXPECT_EQ(std::ranges::count(ids, '\n'), 61);
-        EXPECT_THAT(ids, StartsWith("mail.accounts\nmail.headers\n"));
+        EXPECT_EQ(ids, published);
     };
     check(mervo({"tools"}).out, 80);
     check(onTerminal({"tools"}, {}, 64).out, 64);

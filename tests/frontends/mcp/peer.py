@@ -12,6 +12,9 @@ import threading
 import unittest
 
 PROGRAM = sys.argv.pop(1) if __name__ != "__main__" and len(sys.argv) > 1 else ""
+with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../core/catalogue/catalogue.txt"),
+          encoding="utf-8") as catalogue:
+    TOOLS = [line.split()[0] for line in catalogue]  # every id, in the order of publication
 PATIENCE = 60  # seconds until a test gives up; nothing waits that long when all is well
 
 
