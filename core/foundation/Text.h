@@ -21,9 +21,12 @@ std::string cut(std::string_view text, std::size_t limit);
 /// The first `limit` characters, with nothing behind.
 std::string_view firstCharacters(std::string_view text, std::size_t limit);
 
-/// Text from outside made safe to show: every control character but a line feed and a tab, and every zero-width or
-/// direction-changing character, is written as its code point in angle brackets ("<U+202E>"); bytes that are no
-/// UTF-8 likewise ("<0xFF>").
+/// What no output for people contains as it stands: controls, and characters that take no room of their own or change
+/// the direction or order in which the text around them is shown. The one list of them, for every form of output.
+bool isHidden(char32_t point) noexcept;
+
+/// Text from outside made safe to show: every hidden character but a line feed and a tab is written as its code point
+/// in angle brackets ("<U+202E>"); bytes that are not UTF-8 likewise ("<0xFF>").
 std::string visible(std::string_view text);
 /// The same for a text that must stay on one line: line feeds and tabs are made visible too.
 std::string visibleLine(std::string_view text);

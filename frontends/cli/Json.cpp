@@ -1,6 +1,9 @@
 #include "frontends/cli/Json.h"
 
-#include <array>
+#include "core/foundation/Text.h"
+#include "platform/unicode.h"
+
+#include <cstdint>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -8,46 +11,13 @@ namespace mervo::cli {
 
 namespace {
 
-struct Range {
-    unsigned first;
-    unsigned last;
-};
-
-// Below U+0080 JSON itself escapes everything but DEL.
-constexpr std::array kEscaped{
-    Range{0x7F, 0x9F}, // DEL and the C1 controls
-    Range{0xAD, 0xAD}, // soft hyphen
-    Range{0x61C, 0x61C}, // Arabic letter mark
-    Range{0x180E, 0x180E}, // Mongolian vowel separator
-    Range{0x200B, 0x200F}, // zero width, left-to-right and right-to-left marks
-    Range{0x2028, 0x202E}, // line and paragraph separators, embeddings and overrides
-    Range{0x2060, 0x206F}, // joiner, isolates, deprecated format characters
-    Range{0xFEFF, 0xFEFF}, // zero width no-break space
-    Range{0xFFF9, 0xFFFB}, // interlinear annotations
-};
-
-struct CodePoint {
-    unsigned value = 0;
-    std::size_t length = 1;
-};
-
-/// The code point at the start of well-formed UTF-8; those of four bytes are given as 0.
-CodePoint decode(std::string_view text)
+std::string escaped(char32_t point)
 {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned>(static_cast<unsigned char>(text[i])); };
-    if (byte(0) < 0x80)
-        return {byte(0), 1};
-    if (byte(0) < 0xE0 && text.size() >= 2)
-        return {(byte(0) & 0x1FU) << 6U | (byte(1) & 0x3FU), 2};
-    if (byte(0) < 0xF0 && text.size() >= 3)
-        return {(byte(0) & 0xFU) << 12U | (byte(1) & 0x3FU) << 6U | (byte(2) & 0x3FU), 3};
-    return {0, std::min<std::size_t>(4, text.size())};
-}
-
-bool isEscaped(unsigned codePoint)
-{
-    return std::ranges::any_of(
-        kEscaped, [&](const Range& range) { return codePoint >= range.first && codePoint <= range.last; });
+    const auto value = static_cast<std::uint32_t>(point);
+    if (value < 0x10000)
+        return fmt::format("\\u{:04x}", value);
+    const std::uint32_t offset = value - 0x10000;
+    return fmt::format("\\u{:04x}\\u{:04x}", 0xD800 + (offset >> 10U), 0xDC00 + (offset & 0x3FFU));
 }
 
 } // namespace
@@ -57,12 +27,12 @@ std::string withEscapes(std::string_view compactJson)
     std::string result;
     result.reserve(compactJson.size());
     while (!compactJson.empty()) {
-        const CodePoint next = decode(compactJson);
-        if (isEscaped(next.value))
-            result += fmt::format("\\u{:04x}", next.value);
+        const platform::CodePoint point = platform::firstCodePoint(compactJson);
+        if (point.valid && Text::isHidden(point.value))
+            result += escaped(point.value);
         else
-            result += compactJson.substr(0, next.length);
-        compactJson.remove_prefix(next.length);
+            result += compactJson.substr(0, point.length);
+        compactJson.remove_prefix(point.length);
     }
     return result;
 }

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
+#include <utf8proc.h>
 
 namespace mervo {
 namespace {
@@ -47,15 +48,25 @@ TEST(Text, cutsAtCharacters)
     EXPECT_EQ(Text::cut("x", 0), "...");
 }
 
+TEST(Text, whatIsHiddenFollowsUnicodesProperties)
+{
+    for (char32_t point = 0; point <= 0x10FFFF; ++point) {
+        const auto* property = utf8proc_get_property(static_cast<utf8proc_int32_t>(point));
+        const auto category = static_cast<utf8proc_category_t>(property->category);
+        const bool hidden = category == UTF8PROC_CATEGORY_CC || category == UTF8PROC_CATEGORY_ZL
+            || category == UTF8PROC_CATEGORY_ZP || property->ignorable || (point >= 0xFFF9 && point <= 0xFFFB);
+        if (category != UTF8PROC_CATEGORY_CN) {
+            ASSERT_EQ(Text::isHidden(point), hidden) << std::hex << static_cast<unsigned>(point);
+        }
+    }
+}
+
 TEST(Text, makesHiddenCharactersVisible)
 {
     const std::pair<std::string, const char*> cases[]{{"plain é 👍 日本", "plain é 👍 日本"},
         {std::string("a\0b", 3), "a<U+0000>b"}, {"\x1B[2J", "<U+001B>[2J"}, {"a\rb", "a<U+000D>b"},
-        {"\x7F", "<U+007F>"}, {"\u0085\u009B", "<U+0085><U+009B>"}, {"\u00AD\u061C\u180E", "<U+00AD><U+061C><U+180E>"},
-        {"\u200B\u200F\u2010", "<U+200B><U+200F>\u2010"}, {"\u2028\u202E\u202F", "<U+2028><U+202E>\u202F"},
-        {"invoice\u202Egpj.exe", "invoice<U+202E>gpj.exe"},
-        {"\u2060\u2064\u2066\u2069", "<U+2060><U+2064><U+2066><U+2069>"}, {"\uFEFFx", "<U+FEFF>x"},
-        {"\U000E0041\U000E007F", "<U+E0041><U+E007F>"}, {"a\xFFz\xC3", "a<0xFF>z<0xC3>"}};
+        {"\u2028\u202E\u202F", "<U+2028><U+202E>\u202F"}, {"invoice\u202Egpj.exe", "invoice<U+202E>gpj.exe"},
+        {"\U000E0041\U000E0FFF", "<U+E0041><U+E0FFF>"}, {"a\xFFz\xC3", "a<0xFF>z<0xC3>"}};
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(Text::visible(text), expected);
         EXPECT_EQ(Text::visibleLine(text), expected);

@@ -1,6 +1,9 @@
+#include "core/foundation/Text.h"
 #include "tests/frontends/cli/Cli.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <set>
 
 namespace mervo::test {
 
@@ -56,6 +59,34 @@ TEST_F(PendingTest, showsOneActionWholeWithNothingHidden)
     EXPECT_EQ(nlohmann::json::parse(mervo({"pending", "0000000A", "--json"}).out)[0]["args"]["body"], body);
     EXPECT_EQ(nlohmann::json::parse(mervo({"pending", "--json"}).out)[0]["remarks"], nlohmann::json::parse(R"([
         {"argument": "k\ney", "sentence": "mail.send ignores k<U+000A>ey", "noEffect": true}])"));
+}
+
+TEST_F(PendingTest, textAndJsonAgreeOnWhatIsHidden)
+{
+    std::string escapes;
+    for (const auto& [first, last] : {std::pair{0x20U, 0xD7FFU}, {0xE000U, 0x1FFFFU}, {0xE0000U, 0xE1000U}}) {
+        for (unsigned point = first; point <= last; ++point) {
+            escapes += point < 0x10000
+                ? fmt::format(",\\u{:04x}", point)
+                : fmt::format(",\\u{:04x}\\u{:04x}", 0xD7C0 + (point >> 10U), 0xDC00 + (point & 0x3FFU));
+        }
+    }
+    const std::string body = nlohmann::json::parse("\"" + escapes + ",\"").get<std::string>();
+    queue("0000000A", "2026-03-01T00:00:00Z", {{"body", body}});
+    const auto parts = [](const std::string& text) {
+        const auto list = Text::split(text, ',');
+        return std::set<std::string>(list.begin(), list.end());
+    };
+    const std::string json = mervo({"pending", "0000000A", "--json"}).out;
+    const auto shown = parts(mervo({"pending", "0000000A"}).out), written = parts(json);
+    EXPECT_TRUE(nlohmann::json::parse(json)[0]["args"]["body"] == body);
+    for (const std::string& letter : parts(body)) {
+        if (letter != "\"" && letter != "\\") {
+            EXPECT_EQ(shown.contains(letter), written.contains(letter)) << nlohmann::json(letter).dump(-1, ' ', true);
+        }
+    }
+    for (const char* hidden : {"<U+00AD>", "<U+3164>", "<U+FE0F>", "<U+E0041>"})
+        EXPECT_TRUE(shown.contains(hidden)) << hidden;
 }
 
 TEST_F(PendingTest, aCutIsAnnouncedWithTheLength)
