@@ -1,9 +1,11 @@
 #include "core/catalogue/Catalogue.h"
 
-#include "core/foundation/EditDistance.h"
+#include "core/foundation/Nearest.h"
+#include "platform/ascii.h"
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -11,17 +13,11 @@ namespace mervo::Tools {
 
 namespace {
 
-constexpr std::size_t kLongestId = 64; // no id is nearly as long, and the work is quadratic
-
 /// Letter case and the choice between "." and "_" do not make two ids different.
-std::string plain(std::string_view id)
+std::string folded(std::string_view id)
 {
-    std::string text(id);
-    for (char& letter : text) {
-        letter = letter == '_'               ? '.'
-            : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A'))
-                                             : letter;
-    }
+    std::string text = platform::ascii::lowered(id);
+    std::ranges::replace(text, '_', '.');
     return text;
 }
 
@@ -55,60 +51,56 @@ std::pair<std::string, std::string> parts(const std::string& id)
     return {family, id.substr(dot + 1)};
 }
 
-using Near = std::vector<std::pair<std::size_t, std::string>>; ///< with the distance
-
 /// The tools of the family whose verbs mean what the wanted one means.
-Near meaningTheSame(const std::string& wanted)
+std::vector<std::string_view> meaningTheSame(std::string_view id)
 {
-    Near near;
-    const auto [family, verb] = parts(wanted);
+    std::vector<std::string_view> ids;
+    const auto [family, verb] = parts(folded(id));
     for (const auto meaning : kMeanings) {
-        if (family.empty() || !near.empty() || std::ranges::count(meaning, verb) == 0)
+        if (family.empty() || !ids.empty() || std::ranges::count(meaning, verb) == 0)
             continue;
         for (const Tool* tool : all()) {
-            const auto [toolFamily, toolVerb] = parts(plain(tool->id));
+            const auto [toolFamily, toolVerb] = parts(folded(tool->id));
             if (family == toolFamily && std::ranges::count(meaning, toolVerb) > 0)
-                near.emplace_back(editDistance(verb, toolVerb), tool->id);
+                ids.push_back(tool->id);
         }
     }
-    return near;
+    return ids;
 }
 
-/// How far apart two ids may be and still be near.
-std::size_t reach(const std::string& wanted)
+std::optional<std::size_t> distanceOfVerbs(const std::string& wanted, const std::string& id)
 {
-    return std::max<std::size_t>(1, wanted.size() / 3);
+    return editDistance(parts(wanted).second, parts(id).second);
 }
 
-/// How far a mistyped id is from a tool's. The beginning of an id, or a verb without its family, is as near as one
-/// letter; a right verb in a wrong family is just near enough.
-std::size_t farness(const std::string& wanted, const std::string& id)
+/// The beginning of an id, or a verb without its family, is as near as one letter; a right verb in a wrong family is
+/// just near enough.
+std::optional<std::size_t> distanceOfIds(const std::string& wanted, const std::string& id)
 {
     const auto verb = id.substr(id.find('.') + 1);
     if (verb == wanted || (wanted.size() > 2 && id.starts_with(wanted)))
         return 1;
-    const std::size_t apart = editDistance(wanted, id);
-    return verb == wanted.substr(wanted.find('.') + 1) ? std::min(apart, reach(wanted)) : apart;
+    std::size_t distance = editDistance(wanted, id);
+    if (verb == wanted.substr(wanted.find('.') + 1))
+        distance = std::min(distance, reach(wanted));
+    return distance <= reach(wanted) ? std::optional(distance) : std::nullopt;
 }
 
 } // namespace
 
 std::vector<std::string> closest(std::string_view id, std::size_t count)
 {
-    if (id.empty() || id.size() > kLongestId)
-        return {};
-    const std::string wanted = plain(id);
-    Near near = meaningTheSame(wanted);
-    for (const Tool* tool : near.empty() ? all() : std::span<const Tool* const>()) {
-        const std::size_t far = farness(wanted, plain(tool->id));
-        if (far <= reach(wanted))
-            near.emplace_back(far, tool->id);
+    Likeness likeness;
+    likeness.folded = folded;
+    std::vector<std::string_view> candidates = meaningTheSame(id);
+    if (candidates.empty()) {
+        for (const Tool* tool : all())
+            candidates.push_back(tool->id);
+        likeness.distance = distanceOfIds;
+    } else {
+        likeness.distance = distanceOfVerbs;
     }
-    std::stable_sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    std::vector<std::string> ids;
-    for (std::size_t i = 0; i < std::min(count, near.size()); ++i)
-        ids.push_back(near[i].second);
-    return ids;
+    return nearest(id, candidates, count, likeness);
 }
 
 } // namespace mervo::Tools
