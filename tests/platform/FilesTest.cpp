@@ -1,13 +1,10 @@
 #include "platform/files.h"
 
 #include "tests/support/Files.h"
+#include "tests/support/SmallFiles.h"
 
-#include <csignal>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace mervo::platform {
 namespace {
@@ -18,27 +15,6 @@ unsigned mode(const fs::path& path)
 {
     return static_cast<unsigned>(fs::status(path).permissions());
 }
-
-/// For its lifetime no file of this process can grow beyond so many bytes: what a full disk does to a writer.
-class SmallFiles {
-public:
-    explicit SmallFiles(rlim_t bytes)
-    {
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        previous_ = ::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{bytes, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~SmallFiles()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &before_);
-        ::signal(SIGXFSZ, previous_);
-    }
-
-private:
-    rlimit before_{};
-    void (*previous_)(int) = nullptr;
-};
 
 TEST(Files, replacesInOneStepForTheOwnerAlone)
 {
@@ -75,7 +51,7 @@ TEST(Files, aFullDiskLeavesTheOldFileOrNone)
     std::error_code replaced;
     std::error_code written;
     {
-        const SmallFiles limit(100000);
+        const test::SmallFiles limit(100000);
         replaced = replaceFile(dir / "config.json", much);
         written = writeInPlace(dir / "action.json", much);
     }
@@ -83,30 +59,6 @@ TEST(Files, aFullDiskLeavesTheOldFileOrNone)
     EXPECT_EQ(written.value(), EFBIG);
     EXPECT_EQ(test::readFile(dir / "config.json"), "old");
     EXPECT_EQ(test::tree(dir.path()), std::set<std::string>{"config.json"});
-}
-
-TEST(Files, aKilledWriterLeavesAWholeFile)
-{
-    const test::TempDir dir;
-    const fs::path file = dir / "config.json";
-    const std::string texts[]{std::string(300000, 'a'), std::string(300000, 'b')};
-    ASSERT_FALSE(replaceFile(file, texts[0]));
-    for (int round = 0; round < 10; ++round) {
-        const pid_t writer = ::fork();
-        if (writer == 0) {
-            for (int i = 0;; ++i)
-                replaceFile(file, texts[i % 2], Keep::whileRunning);
-        }
-        for (int look = 0; look < 20; ++look) {
-            const auto seen = readFile(file);
-            ASSERT_TRUE(seen && (*seen == texts[0] || *seen == texts[1])) << "a reader met a part";
-            ::usleep(200);
-        }
-        ::kill(writer, SIGKILL);
-        ::waitpid(writer, nullptr, 0);
-        const auto left = readFile(file);
-        ASSERT_TRUE(left && (*left == texts[0] || *left == texts[1]));
-    }
 }
 
 TEST(Files, onlyRegularFilesAreRead)

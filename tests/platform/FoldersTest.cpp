@@ -1,6 +1,4 @@
 #include "platform/folders.h"
-#include "platform/process.h"
-#include "platform/programs.h"
 #include "platform/unified_log.h"
 #include "tests/support/Files.h"
 
@@ -35,16 +33,6 @@ TEST(Folders, homeAndDataFollowTheEnvironment)
     EXPECT_EQ(applicationSupport(), "/data");
     ::setenv("HOME", "", 1);
     EXPECT_TRUE(userHome().is_absolute());
-}
-
-TEST(Programs, areFoundFromTheRunningExecutable)
-{
-    const auto contents = std::filesystem::canonical("/proc/self/exe").parent_path().parent_path();
-    ASSERT_EQ(contents.filename(), "Contents");
-    EXPECT_EQ(bundle(), contents);
-    EXPECT_EQ(osascript(), contents / "Helpers/platform/osascript");
-    EXPECT_EQ(helper("mervo-mcp"), contents / "Helpers/mervo-mcp");
-    EXPECT_EQ(resource("llm-guide.md"), contents / "Resources/MervoCore_MervoCore.bundle/llm-guide.md");
 }
 
 TEST(UnifiedLog, neverWritesToTheTerminalAndTakesAnything)

@@ -10,38 +10,11 @@
 namespace mervo::platform {
 namespace {
 
-TEST(Unicode, foldsCaseBeyondAscii)
-{
-    const std::pair<const char*, const char*> equal[]{{"Plain ASCII 123", "plain ascii 123"}, {"ÉCOLE", "école"},
-        {"STRASSE", "straße"}, {"ΣΊΣΥΦΟΣ", "σίσυφος"}, {"ПРИВЕТ", "привет"}, {"E\u0301cole", "École"},
-        {"\u212Bngstrom", "ångstrom"}, {"ﬁle", "FILE"}, {"\u212A", "k"}, {"ǅ", "ǆ"}};
-    for (const auto& [a, b] : equal)
-        EXPECT_EQ(foldCase(a), foldCase(b)) << a << " and " << b;
-    const std::pair<const char*, const char*> different[]{
-        {"e", "é"}, {"ı", "i"}, {"α", "a"}, {"ss", "s"}, {"o", "ø"}, {"か", "が"}};
-    for (const auto& [a, b] : different)
-        EXPECT_NE(foldCase(a), foldCase(b)) << a << " and " << b;
-}
-
 std::string utf8(char32_t value)
 {
     utf8proc_uint8_t bytes[4];
     const auto length = utf8proc_encode_char(static_cast<utf8proc_int32_t>(value), bytes);
     return {reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length)};
-}
-
-TEST(Unicode, foldingTwiceIsFoldingOnce)
-{
-    for (char32_t value = 0x80; value < 0x30000; ++value) {
-        if (value >= 0xD800 && value <= 0xDFFF)
-            continue;
-        const std::string text = utf8(value);
-        const CodePoint point = firstCodePoint(text);
-        ASSERT_TRUE(point.valid && point.value == value && point.length == text.size())
-            << std::hex << static_cast<unsigned>(value);
-        const std::string once = foldCase(text);
-        ASSERT_EQ(foldCase(once), once) << std::hex << static_cast<unsigned>(value);
-    }
 }
 
 struct IllFormed {
@@ -113,8 +86,13 @@ void expectReference(const std::string& text)
 TEST(Unicode, normalFormsAreTheLibrarysOwn)
 {
     for (char32_t value = 0; value < 0x110000; ++value) {
-        if (value < 0xD800 || value > 0xDFFF)
-            expectReference(utf8(value));
+        if (value >= 0xD800 && value <= 0xDFFF)
+            continue;
+        const std::string text = utf8(value);
+        const CodePoint point = firstCodePoint(text);
+        ASSERT_TRUE(point.valid && point.value == value && point.length == text.size()) << text;
+        expectReference(text);
+        ASSERT_EQ(foldCase(foldCase(text)), foldCase(text)) << text;
     }
     std::mt19937 random(5);
     const std::pair<char32_t, char32_t> ranges[]{{0x20, 0x80}, {0x80, 0x300}, {0x300, 0x370}, {0x370, 0x530},

@@ -14,9 +14,9 @@ namespace mervo::test {
 /// A folder of its own, gone with everything in it at the end of the scope.
 class TempDir {
 public:
-    TempDir()
+    explicit TempDir(const std::filesystem::path& above = std::filesystem::temp_directory_path())
     {
-        std::string name = (std::filesystem::temp_directory_path() / "mervo-test-XXXXXX").string();
+        std::string name = (above / "mervo-test-XXXXXX").string();
         if (::mkdtemp(name.data()) == nullptr)
             throw std::runtime_error("no temporary folder: " + name);
         path_ = name;
@@ -37,6 +37,12 @@ private:
     std::filesystem::path path_;
 };
 
+/// For folders in memory, where writing takes no time and so more happens at once; where there is no such place, any.
+inline std::filesystem::path memory()
+{
+    return std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path();
+}
+
 /// Writes a whole file, with the folders above it.
 inline void writeFile(const std::filesystem::path& file, std::string_view bytes)
 {
@@ -45,6 +51,13 @@ inline void writeFile(const std::filesystem::path& file, std::string_view bytes)
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (!stream.flush())
         throw std::runtime_error("cannot write " + file.string());
+}
+
+/// Writes a script that can be run.
+inline void writeProgram(const std::filesystem::path& file, std::string_view text)
+{
+    writeFile(file, text);
+    std::filesystem::permissions(file, std::filesystem::perms::owner_all);
 }
 
 /// The bytes of a file; throws when it cannot be read.

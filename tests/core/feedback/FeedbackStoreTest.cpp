@@ -135,27 +135,19 @@ TEST_F(Feedback, ListsAndCleans)
     EXPECT_THAT(ids(db.recent(std::nullopt, 10, kNow)), ElementsAre("ddd"));
 }
 
-TEST_F(Feedback, WorksWithoutADatabase)
-{
-    FeedbackStore store(nullptr);
-    store.add(item("d", Kind::directive));
-    store.markInjected({"d"});
-    store.remove("d");
-    EXPECT_FALSE(store.answer("d", "a"));
-    EXPECT_EQ(store.gc(30), 0);
-    EXPECT_THAT(store.openQuestions("mail"), IsEmpty());
-    EXPECT_THAT(store.pendingInjection("triage"), IsEmpty());
-    EXPECT_THAT(store.recent(std::nullopt, 5), IsEmpty());
-}
-
-TEST_F(Feedback, SurvivesADatabaseThatFails)
+TEST_F(Feedback, WorksWithoutADatabaseAndWithOneThatFails)
 {
     mervo->database().execute("DROP TABLE feedback");
-    FeedbackStore store(mervo);
-    store.add(item("d", Kind::directive));
-    EXPECT_FALSE(store.answer("d", "a"));
-    EXPECT_EQ(store.gc(30), 0);
-    EXPECT_THAT(store.recent(std::nullopt, 5), IsEmpty());
+    for (FeedbackStore store : {FeedbackStore(nullptr), FeedbackStore(mervo)}) {
+        store.add(item("d", Kind::directive));
+        store.markInjected({"d"});
+        store.remove("d");
+        EXPECT_FALSE(store.answer("d", "a"));
+        EXPECT_EQ(store.gc(30), 0);
+        EXPECT_THAT(store.openQuestions("mail"), IsEmpty());
+        EXPECT_THAT(store.pendingInjection("triage"), IsEmpty());
+        EXPECT_THAT(store.recent(std::nullopt, 5), IsEmpty());
+    }
 }
 
 TEST_F(Feedback, AnswersAQuestionOnceHoweverManyTry)

@@ -1,6 +1,5 @@
 #include "core/policy/AutonomyRequest.h"
 
-#include "core/foundation/ServiceError.h"
 #include "tests/support/Files.h"
 
 #include <barrier>
@@ -11,75 +10,9 @@
 namespace mervo {
 namespace {
 
-using Change = HarnessConfig::AutonomyChange;
-
-class Request : public testing::Test {
-protected:
-    Request() { ::setenv("MERVO_HOME", (dir / "home").c_str(), 1); }
-    test::TempDir dir;
-    std::filesystem::path file = dir / "home/config.json";
-    AuditLog audit{MervoDB::inMemory()};
-};
-
-TEST_F(Request, onlyLoweringChangesAnything)
+TEST(AutonomyRequest, loweringAtOnceWithAnotherNeverEndsAboveTheLower)
 {
-    for (const AutonomyMode current : kAllAutonomyModes) {
-        for (const AutonomyMode wanted : kAllAutonomyModes) {
-            HarnessConfig config;
-            config.autonomyMode = current;
-            config.notifyEmail = "me@x.org";
-            config.imapAccounts = {{"G", "a@b", "h", 993}};
-            const std::string before = config.encode() + "\n";
-            test::writeFile(file, before);
-            const auto rows = audit.count();
-            const Change change = AutonomyRequest::make(wanted, "mcp:x", audit);
-            EXPECT_EQ(change, wanted > current ? Change::refusedHumanOnly : Change::applied);
-            if (wanted >= current) {
-                EXPECT_EQ(test::readFile(file), before) << "not even written again";
-                EXPECT_EQ(audit.count(), rows);
-                continue;
-            }
-            config.autonomyMode = wanted;
-            EXPECT_EQ(HarnessConfig::load(), config);
-            const AuditEntry row = audit.recent(1).at(0);
-            EXPECT_EQ(row,
-                (AuditEntry{row.timestamp, "mcp:x", "set_autonomy", {}, {{"mode", std::string(rawValue(wanted))}},
-                    "executed", "agent_lowered"}));
-        }
-    }
-}
-
-TEST_F(Request, theDefaultIsALevelToo)
-{
-    EXPECT_EQ(AutonomyRequest::make(AutonomyMode::copilote, "cli", audit), Change::applied);
-    EXPECT_EQ(AutonomyRequest::make(AutonomyMode::yolo, "cli", audit), Change::refusedHumanOnly);
-    EXPECT_TRUE(test::tree(dir.path()).empty());
-    test::writeFile(file, R"({"yoloMode":true})");
-    EXPECT_EQ(AutonomyRequest::make(AutonomyMode::yolo, "cli", audit), Change::applied);
-    EXPECT_EQ(AutonomyRequest::make(AutonomyMode::panic, "cli", audit), Change::applied);
-    EXPECT_EQ(HarnessConfig::load().autonomyMode, AutonomyMode::panic);
-}
-
-TEST_F(Request, whatCannotBeWrittenIsToldAndNotRecorded)
-{
-    test::writeFile(dir / "home", "in the way");
-    try {
-        (void)AutonomyRequest::make(AutonomyMode::panic, "cli", audit);
-        ADD_FAILURE();
-    } catch (const ServiceError& error) {
-        EXPECT_EQ(error.what(),
-            "the autonomy level stays at \"copilote\": the home \"" + (dir / "home").string()
-                + "\" cannot be created: File exists");
-    }
-    EXPECT_EQ(audit.count(), 0);
-}
-
-TEST_F(Request, loweringAtOnceWithAnotherNeverEndsAboveTheLower)
-{
-    if (std::filesystem::is_directory("/dev/shm")) // where writing takes no time, more happens at once
-        ::setenv("TMPDIR", "/dev/shm", 1);
-    const test::TempDir memory;
-    ::unsetenv("TMPDIR");
+    const test::TempDir memory(test::memory());
     ::setenv("MERVO_HOME", memory.path().c_str(), 1);
     int above = 0;
     for (int round = 0; round < 400; ++round) {
@@ -102,15 +35,6 @@ TEST_F(Request, loweringAtOnceWithAnotherNeverEndsAboveTheLower)
         above += HarnessConfig::load().autonomyMode == AutonomyMode::panic ? 0 : 1;
     }
     EXPECT_EQ(above, 0);
-}
-
-TEST_F(Request, whatWasKeptOfADamagedFileIsTold)
-{
-    test::writeFile(file, R"({"autonomyMode":"yolo",})");
-    Notices notices;
-    EXPECT_EQ(AutonomyRequest::make(AutonomyMode::panic, "cli", audit, &notices), Change::applied);
-    ASSERT_EQ(notices.warnings.size(), 1U);
-    EXPECT_NE(notices.warnings[0].find("config.json.damaged"), std::string::npos);
 }
 
 } // namespace

@@ -87,7 +87,8 @@ public:
 
     PolicyRule rule(int number)
     {
-        static const char* const patterns[]{"*", "*", "mail.*", "cal.*", ".*", "mail.send", "mail*", "MAIL.*", ""};
+        static const char* const patterns[]{
+            "*", "*", "mail.*", "cal.*", ".*", "mail.send", "mail*", "MAIL.*", "*.send", ""};
         static const PolicyRule::Decision decisions[]{
             PolicyRule::Decision::allow, PolicyRule::Decision::ask, PolicyRule::Decision::deny};
         PolicyRule made;
@@ -110,7 +111,8 @@ public:
         const unsigned count = engine_() % 9;
         for (unsigned i = 0; i < count; ++i)
             made.rules.push_back(rule(static_cast<int>(i)));
-        made.tool = one(std::array{"mail.send", "mail.search", "cal.add", "ask", "mail"});
+        made.tool = one(std::array{
+            "mail.send", "mail.search", "mail.", "mail", "mailx.send", "gmail.send", "cal.add", ".hidden", ""});
         made.effect = one(kAllEffects);
         made.mode = chance(60) ? AutonomyMode::copilote : one(kAllAutonomyModes);
         for (const char* key : {"to", "subject", "account"}) {
@@ -118,7 +120,8 @@ public:
                 made.args[key] = one(std::array{"Anna@Acme.example", "x", "work", "Home", ""});
         }
         made.today = engine_() % 3;
-        made.cap = engine_() % 3;
+        made.cap = engine_() % 4;
+        made.cap -= 1; // one below zero too
         return made;
     }
 

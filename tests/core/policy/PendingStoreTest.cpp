@@ -3,10 +3,8 @@
 #include "core/foundation/ServiceError.h"
 #include "tests/support/Files.h"
 
-#include <atomic>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <thread>
 
 namespace mervo {
 namespace {
@@ -109,14 +107,6 @@ TEST(PendingStore, listsOldestFirstAndSkipsTheDamaged)
     EXPECT_EQ(store.load("00000002"), action("00000002", "2026-03-01T00:00:00Z")) << "the newer file counts";
 }
 
-TEST(PendingStore, readingCreatesNothing)
-{
-    const test::TempDir dir;
-    const auto listing = PendingStore::listing(dir / "home");
-    EXPECT_TRUE(listing.actions.empty() && listing.damaged.empty() && !listing.failure);
-    EXPECT_TRUE(test::tree(dir.path()).empty());
-}
-
 TEST(PendingStore, anIdNeverLeavesTheFolder)
 {
     const test::TempDir dir;
@@ -130,37 +120,6 @@ TEST(PendingStore, anIdNeverLeavesTheFolder)
     EXPECT_THROW(store.save(action("../config", "t")), ServiceError);
     EXPECT_THROW(store.save(action(std::string("a\0b", 3), "t")), ServiceError);
     EXPECT_EQ(test::tree(dir.path()), (std::set<std::string>{"config.json", "pending"}));
-}
-
-TEST(PendingStore, ofSeveralWhoRemoveOneSucceeds)
-{
-    const test::TempDir dir;
-    const PendingStore store(dir.path());
-    for (int round = 0; round < 50; ++round) {
-        store.save(action("AB12CD34", "t"));
-        std::atomic<int> removed{0};
-        std::vector<std::thread> threads;
-        for (int thread = 0; thread < 4; ++thread)
-            threads.emplace_back([&] { removed += store.remove("AB12CD34") ? 1 : 0; });
-        for (std::thread& thread : threads)
-            thread.join();
-        ASSERT_EQ(removed, 1);
-    }
-}
-
-TEST(PendingStore, whatCannotBeWrittenIsTold)
-{
-    const test::TempDir dir;
-    test::writeFile(dir / "pending", "in the way");
-    const PendingStore store(dir.path());
-    try {
-        store.save(action("AB12CD34", "t"));
-        ADD_FAILURE();
-    } catch (const ServiceError& error) {
-        EXPECT_EQ(
-            error.what(), "\"" + (dir / "pending/AB12CD34.json").string() + "\" could not be written: Not a directory");
-    }
-    EXPECT_TRUE(store.list().empty());
 }
 
 } // namespace

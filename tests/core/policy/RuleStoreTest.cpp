@@ -90,18 +90,15 @@ TEST(RuleStore, whatCannotBeEncodedIsStoredEmpty)
 
 TEST(RuleStore, failuresAreDropped)
 {
-    RuleStore none(nullptr);
-    none.add(rule("A", "t"));
-    none.remove("A");
-    none.setEnabled("A", false);
-    EXPECT_TRUE(none.all().empty());
-    EXPECT_EQ(none.rule("A"), std::nullopt);
-
     const auto db = MervoDB::inMemory();
     db->database().execute("DROP TABLE policy_rules");
-    RuleStore broken(db);
-    broken.add(rule("A", "t"));
-    EXPECT_TRUE(broken.all().empty());
+    for (RuleStore store : {RuleStore(nullptr), RuleStore(db)}) {
+        store.add(rule("A", "t"));
+        store.remove("A");
+        store.setEnabled("A", false);
+        EXPECT_TRUE(store.all().empty());
+        EXPECT_EQ(store.rule("A"), std::nullopt);
+    }
 }
 
 } // namespace

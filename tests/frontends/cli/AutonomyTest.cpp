@@ -22,9 +22,25 @@ TEST_F(AutonomyTest, canBeLoweredAndNeverRaised)
             EXPECT_EQ(mervo({"autonomy"}).out, std::string(rawValue(expected)) + "\n");
             EXPECT_THAT(run.err, to > from ? HasSubstr("only a person can raise autonomy") : HasSubstr(""));
             EXPECT_EQ(readFile(home() / "config.json") == bytes, to >= from);
-            EXPECT_EQ(audit().size(), to < from ? 1U : 0U);
+            const auto rows = audit();
+            ASSERT_EQ(rows.size(), to < from ? 1U : 0U);
+            if (to < from) {
+                EXPECT_EQ(rows[0],
+                    (AuditEntry{rows[0].timestamp, "cli", "set_autonomy", {}, {{"mode", std::string(rawValue(to))}},
+                        "executed", "agent_lowered"}));
+            }
         }
     }
+}
+
+TEST_F(AutonomyTest, theDefaultAndTheOlderKeyAreLevelsToo)
+{
+    EXPECT_EQ(mervo({"autonomy", "copilote"}).status, 0);
+    EXPECT_EQ(mervo({"autonomy", "yolo"}).status, 1);
+    EXPECT_FALSE(std::filesystem::exists(home()));
+    writeFile(home() / "config.json", R"({"yoloMode":true})");
+    EXPECT_EQ(mervo({"autonomy", "yolo"}).status, 0);
+    EXPECT_EQ(mervo({"autonomy", "panic"}).out, "panic\n");
 }
 
 TEST_F(AutonomyTest, otherWordsAreWrongUsage)
@@ -53,7 +69,9 @@ TEST_F(AutonomyTest, aLevelThatCouldNotBeWrittenIsNotReportedAsSet)
     const Ended run = mervo({"autonomy", "panic"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "");
-    EXPECT_THAT(run.err, HasSubstr("stays at \"copilote\": the home"));
+    EXPECT_EQ(run.err,
+        "error: the autonomy level stays at \"copilote\": the home \"" + home().string()
+            + "\" cannot be created: File exists\n");
 }
 
 } // namespace mervo::test
