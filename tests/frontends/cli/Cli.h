@@ -32,9 +32,7 @@ protected:
     static std::filesystem::path program() { return contents() / "Helpers" / "mervo"; }
     static void writeProgram(const std::string& name, std::string_view text)
     {
-        const auto path = contents() / "Helpers" / "platform" / name;
-        writeFile(path, text);
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        test::writeProgram(contents() / "Helpers" / "platform" / name, text);
     }
 
     std::filesystem::path home() const { return folder_ / "home"; }

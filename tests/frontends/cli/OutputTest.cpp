@@ -28,13 +28,6 @@ TEST_F(OutputTest, aToolsTextIsRawInAPipeAndVisibleOnATerminal)
     EXPECT_EQ(shown.out, std::string(kVisible) + "\r\n");
 }
 
-TEST_F(OutputTest, jsonIsExactAndSafeOnAScreen)
-{
-    const std::string out = mervo({"run", "mail.accounts", "--json"}, {{"SCRIPT_ANSWER", kHostile}}).out;
-    EXPECT_EQ(nlohmann::json::parse(out)["output"], kHostile);
-    EXPECT_EQ(out, "{\"outcome\":\"executed\",\"output\":\"a\\u001b[2J\\u202eb\\u009bc\\u200bd\"}\n");
-}
-
 TEST_F(OutputTest, anErrorOfAScriptIsVisibleEverywhere)
 {
     const Environment failing{{"SCRIPT_ERROR", std::string("x: execution error: ") + kHostile}};
@@ -84,15 +77,9 @@ TEST_F(OutputTest, theCatalogueIsPublishedInOneOrder)
     EXPECT_EQ(mervo({"tools", "--ids"}).out, ids);
     EXPECT_EQ(records.size(), 61U);
 
-    const auto one = nlohmann::ordered_json::parse(mervo({"tools", "mail.send", "--json"}).out);
-    ASSERT_EQ(one.size(), 1U);
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : one[0].items())
-        keys.push_back(key);
-    EXPECT_THAT(keys, testing::ElementsAre("id", "effect", "summary", "arguments"));
-    EXPECT_EQ(one[0]["effect"], "destructive");
-    EXPECT_EQ(one[0]["arguments"][0]["name"], "to");
-    EXPECT_EQ(one[0]["arguments"][0]["required"], true);
+    const std::string one = mervo({"tools", "mail.send", "--json"}).out;
+    EXPECT_THAT(one, StartsWith(R"([{"id":"mail.send","effect":"destructive","summary":)"));
+    EXPECT_THAT(one, HasSubstr(R"("arguments":[{"name":"to","required":true,)"));
     EXPECT_THAT(mervo({"tools", "mail.send", "--arguments"}).out, StartsWith("to\nsubject\nbody\n"));
     EXPECT_THAT(mervo({"tools", "mail.sned"}).err, HasSubstr("did you mean mail.send"));
 }

@@ -34,6 +34,9 @@ TEST_F(PendingTest, listsOldestFirstAndLeavesDamageAlone)
         "1 file cannot be read: BROKEN00.json (it holds no whole action); \"mervo doctor\" says what to do.\n");
     EXPECT_EQ(tree(home()), before);
     EXPECT_THAT(mervo({"pending", "BROKEN00"}).err, HasSubstr("the file of action \"BROKEN00\" cannot be read"));
+    const Ended outside = mervo({"pending", "../config"});
+    EXPECT_EQ(outside.status, 1);
+    EXPECT_THAT(outside.err, HasSubstr("no action \"../config\" is waiting"));
 
     auto stored = nlohmann::json::parse(mervo({"pending", "--json"}).out);
     ASSERT_EQ(stored.size(), 3U);
@@ -87,24 +90,6 @@ TEST_F(PendingTest, textAndJsonAgreeOnWhatIsHidden)
     }
     for (const char* hidden : {"<U+00AD>", "<U+3164>", "<U+FE0F>", "<U+E0041>"})
         EXPECT_TRUE(shown.contains(hidden)) << hidden;
-}
-
-TEST_F(PendingTest, aCutIsAnnouncedWithTheLength)
-{
-    PendingStore(home()).save({"0000000A", "ask", {{"text", std::string(500, 'x')}}, "", "2026-03-01T00:00:00Z", {}});
-    EXPECT_THAT(mervo({"pending"}).out, HasSubstr("x... (509 bytes)\n"));
-}
-
-TEST_F(PendingTest, anIdIsNoPath)
-{
-    queue("0000000A", "2026-03-01T00:00:00Z", {});
-    writeFile(home() / "secret.json", readFile(home() / "pending" / "0000000A.json"));
-    for (const std::string id : {"../secret", "0000000B", "", "0000000A.json"}) {
-        const Ended run = mervo({"pending", id});
-        EXPECT_EQ(run.status, 1) << id;
-        EXPECT_EQ(run.out, "");
-        EXPECT_THAT(run.err, HasSubstr("no action \"" + id + "\" is waiting"));
-    }
 }
 
 TEST_F(PendingTest, readersCreateNothing)

@@ -74,15 +74,10 @@ TEST_F(RunTest, whatTheGateDecidesDecidesTheExitStatus)
         {"a read runs in panic", "panic", 100, {}, {"run", "mail.accounts"}, 0, "answer\n", ""},
         {"a deny rule stops a read", "yolo", 100, {rule("DENY0001", deny, "mail.*")}, {"run", "mail.accounts"}, 1, "",
             denied.c_str()},
-        {"a deny rule stops yolo", "yolo", 100, {rule("DENY0001", deny, "*")}, send(), 1, "", denied.c_str()},
-        {"panic holds", "panic", 100, {rule("ALLOW001", allow, "*")}, send(), 0, "pending ", ""},
         {"copilote holds what destroys", "copilote", 100, {}, send(), 0, "pending ", ""},
         {"an allow rule lets through, and the tool then fails", "copilote", 100, {rule("ALLOW001", allow, "auto.rm")},
             {"run", "auto.rm", "name=x"}, 1, "",
             "error: auto.rm needs the Automations bridge, which this build does not have\n"},
-        {"the cap holds", "copilote", 0, {rule("ALLOW001", allow, "mail.send")}, send(), 0, "pending ", ""},
-        {"an ask rule holds what creates", "copilote", 100, {rule("ASK00001", ask, "mail.draft")},
-            {"run", "mail.draft", "to=a", "subject=b", "body=c"}, 0, "pending ", ""},
         {"the tool refuses in every mode", "panic", 100, {}, {"run", "mail.send", "to=a"}, 1, "",
             "error: missing required argument: subject\n"},
     };
@@ -196,8 +191,9 @@ TEST_F(RunTest, aBodyThatIsNoTextIsAnErrorBeforeTheGate)
 
 TEST_F(RunTest, everyOutcomeHasItsObject)
 {
-    EXPECT_EQ(mervo({"run", "mail.accounts", "--json"}, {{"SCRIPT_ANSWER", "a\"\n\u00e9"}}).out,
-        "{\"outcome\":\"executed\",\"output\":\"a\\\"\\n\u00e9\"}\n");
+    const Environment hostile{{"SCRIPT_ANSWER", "a\"\n\u00e9\x1b[2J\u202eb\u009bc\u200bd"}};
+    EXPECT_EQ(mervo({"run", "mail.accounts", "--json"}, hostile).out,
+        "{\"outcome\":\"executed\",\"output\":\"a\\\"\\n\u00e9\\u001b[2J\\u202eb\\u009bc\\u200bd\"}\n");
     EXPECT_THAT(mervo(send({"--json"})).out, MatchesRegex("\\{\"outcome\":\"pending\",\"id\":\"[0-9A-F]{8}\"\\}\n"));
 
     const Ended refused = mervo({"run", "mail.send", "--json"});

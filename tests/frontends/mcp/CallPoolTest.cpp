@@ -69,40 +69,6 @@ constexpr int kRunning = static_cast<int>(CallPool::kMostRunning);
 
 } // namespace
 
-TEST(CallPool, runsBesideEachOtherUpToTheBoundAndKeepsTheRest)
-{
-    Gate gate;
-    CallPool pool(gate.outlets());
-    for (int i = 0; i < kRunning + 10; ++i)
-        ASSERT_EQ(pool.submit(callNamed(std::to_string(i))), Submission::accepted);
-    gate.waitForInside(kRunning);
-    EXPECT_EQ(gate.inside, kRunning);
-    EXPECT_FALSE(pool.idle());
-    gate.finish();
-    EXPECT_TRUE(pool.idle());
-    EXPECT_EQ(gate.answered.size(), static_cast<std::size_t>(kRunning) + 10);
-}
-
-TEST(CallPool, cancelsWhatWaitsBeforeItRunsAndSilencesWhatRuns)
-{
-    Gate gate;
-    CallPool pool(gate.outlets());
-    for (int i = 0; i < kRunning; ++i)
-        ASSERT_EQ(pool.submit(callNamed(std::to_string(i))), Submission::accepted);
-    gate.waitForInside(kRunning);
-    ASSERT_EQ(pool.submit(callNamed("\"waits\"")), Submission::accepted);
-    EXPECT_TRUE(pool.cancel("\"waits\""));
-    EXPECT_FALSE(pool.cancel("\"waits\""));
-    EXPECT_TRUE(pool.cancel("0"));
-    EXPECT_FALSE(pool.cancel("0"));
-    EXPECT_FALSE(pool.cancel("unknown"));
-    gate.finish();
-    EXPECT_EQ(gate.ran.count("\"waits\""), 0U);
-    EXPECT_EQ(gate.ran.count("0"), 1U);
-    EXPECT_EQ(gate.answered.count("0"), 0U);
-    EXPECT_EQ(gate.answered.size(), static_cast<std::size_t>(kRunning) - 1);
-}
-
 TEST(CallPool, refusesAnIdThatIsUnderWayButNotOneThatWasCancelledOrIsDone)
 {
     Gate gate;

