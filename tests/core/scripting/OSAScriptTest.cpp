@@ -88,24 +88,6 @@ TEST_F(OSAScriptRun, nobodySeesTheTexts)
     EXPECT_EQ(shown.find("the script"), std::string::npos);
 }
 
-TEST_F(OSAScriptRun, severalAtOnceKeepApart)
-{
-    std::vector<std::thread> threads;
-    std::atomic<int> wrong{0};
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&wrong, thread] {
-            for (int round = 0; round < 5; ++round) {
-                const std::string text = std::to_string(thread * 100 + round);
-                if (OSAScript::run("on run argv\nreturn item 1 of argv\nend run", {text}).output != text)
-                    ++wrong;
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, 0);
-}
-
 TEST_F(OSAScriptRun, whatNoScriptCanReceiveIsRefused)
 {
     const auto nul = OSAScript::run("return 1", {"a", std::string("b\0c", 3)});
@@ -114,30 +96,22 @@ TEST_F(OSAScriptRun, whatNoScriptCanReceiveIsRefused)
     EXPECT_EQ(nul.error, "an argument holds a NUL character, which a script cannot receive");
 }
 
-TEST(OSAScript, aMissingHostIsTold)
+TEST(OSAScript, aHostThatIsMissingOrSaysNothingIsSpokenFor)
 {
     const test::TempDir bundle;
-    std::filesystem::create_directories(bundle / "Contents/Tests");
-    std::filesystem::copy_file(test::bundle() / "Tests/lone-script", bundle / "Contents/Tests/lone-script");
-    const auto run = test::runProgram(bundle / "Contents/Tests/lone-script", {});
-    EXPECT_EQ(run.out, "0 -1 failed to launch osascript: No such file or directory");
-}
-
-TEST(OSAScript, aHostThatSaysNothingIsSpokenFor)
-{
-    const test::TempDir bundle;
-    std::filesystem::create_directories(bundle / "Contents/Tests");
-    std::filesystem::copy_file(test::bundle() / "Tests/lone-script", bundle / "Contents/Tests/lone-script");
-    const std::filesystem::path host = bundle / "Contents/Helpers/platform/osascript";
+    const auto program = bundle / "Contents/Tests/lone-script";
+    const auto host = bundle / "Contents/Helpers/platform/osascript";
+    std::filesystem::create_directories(program.parent_path());
+    std::filesystem::copy_file(test::bundle() / "Tests/lone-script", program);
+    EXPECT_EQ(test::runProgram(program, {}).out, "0 -1 failed to launch osascript: No such file or directory");
     const std::pair<const char*, const char*> cases[]{
         {"kill -9 $$", "0 -1 the script host was ended by signal 9 (Killed) while it ran; it may have acted"},
         {"echo 'execution error: x' >&2; kill -9 $$", "0 -1 execution error: x"},
         {"exit 3", "0 3 the script host ended with status 3 and said nothing"},
     };
     for (const auto& [script, told] : cases) {
-        test::writeFile(host, std::string("#!/bin/sh\n") + script);
-        std::filesystem::permissions(host, std::filesystem::perms::owner_all);
-        EXPECT_EQ(test::runProgram(bundle / "Contents/Tests/lone-script", {}).out, told);
+        test::writeProgram(host, std::string("#!/bin/sh\n") + script);
+        EXPECT_EQ(test::runProgram(program, {}).out, told);
     }
 }
 
