@@ -7,20 +7,20 @@
 
 namespace mervo::Doctor {
 
-Check acts()
+Finding acts()
 {
-    Check check;
-    check.state = State::works;
-    check.detail = RunningActs::any(ConfigDir::url()) ? "some run, or wait for their row" : "none";
+    Finding finding;
+    finding.state = State::works;
+    finding.detail = RunningActs::any(ConfigDir::url()) ? "some run, or wait for their row" : "none";
     std::vector<std::string> names;
     for (const auto& file : RunningActs::damaged(ConfigDir::url()))
         names.push_back(Text::visibleLine(file.string()));
     if (!names.empty()) {
-        check.state = State::broken;
-        check.detail = fmt::format("damaged, so that an act has no row in the trail: {}", Text::join(names, ", "));
-        check.remedy = "Look at the named files and delete them.";
+        finding.state = State::broken;
+        finding.detail = fmt::format("damaged, so that an act has no row in the trail: {}", Text::join(names, ", "));
+        finding.remedy = "Look at the named files and delete them.";
     }
-    return check;
+    return finding;
 }
 
 } // namespace mervo::Doctor

@@ -29,30 +29,30 @@ std::vector<std::string> archivedAddresses()
 
 } // namespace
 
-Check archive()
+Finding archive()
 {
     const std::vector<std::string> addresses = archivedAddresses();
-    Check check;
-    check.state = State::works;
-    check.detail = addresses.empty() ? "no account needs it; messages are archived in their own folders" : "";
+    Finding finding;
+    finding.state = State::works;
+    finding.detail = addresses.empty() ? "no account needs it; messages are archived in their own folders" : "";
     std::vector<std::string> found, missing;
     try {
         for (const std::string& address : addresses)
             (Keychain::isKept(address) ? found : missing).push_back(Text::visibleLine(address));
     } catch (const Keychain::KeychainError& error) {
-        check.state = State::limited;
-        check.detail = fmt::format("the app passwords cannot be read: {}", error.what());
-        return check;
+        finding.state = State::limited;
+        finding.detail = fmt::format("the app passwords cannot be read: {}", error.what());
+        return finding;
     }
     if (!found.empty())
-        check.detail = fmt::format("there is an app password for {}", Text::join(found, ", "));
+        finding.detail = fmt::format("there is an app password for {}", Text::join(found, ", "));
     if (!missing.empty()) {
-        check.state = State::limited;
-        check.detail += fmt::format("{}no app password for {}: its messages cannot be archived",
+        finding.state = State::limited;
+        finding.detail += fmt::format("{}no app password for {}: its messages cannot be archived",
             found.empty() ? "" : "\n", Text::join(missing, ", "));
-        check.remedy = "To keep one: mervo secret set " + Text::join(missing, "\nTo keep one: mervo secret set ");
+        finding.remedy = "To keep one: mervo secret set " + Text::join(missing, "\nTo keep one: mervo secret set ");
     }
-    return check;
+    return finding;
 }
 
 } // namespace mervo::Doctor

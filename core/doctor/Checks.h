@@ -2,18 +2,19 @@
 
 #include "core/doctor/Doctor.h"
 
-/// The single checks behind `examine`. They may throw; the reason then becomes their finding.
+/// The single checks behind `examine`, which names them: id and label are left empty. One that throws is a finding with
+/// the reason.
 namespace mervo::Doctor {
 
-Check home();
-Check settings();
-Check database();
-Check queue();
-Check acts();
-Check scriptHost();
-Check guides();
-Check tools();
-Check archive();
-Check agents();
+Finding home();
+Finding settings();
+Finding database();
+Finding queue();
+Finding acts();
+Finding scriptHost();
+Finding guides();
+Finding tools();
+Finding archive();
+Finding agents();
 
 } // namespace mervo::Doctor

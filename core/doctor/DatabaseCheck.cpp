@@ -20,12 +20,12 @@ constexpr std::uintmax_t kTooLittle = 1 << 20; ///< bytes of free disk: a call c
 constexpr std::uintmax_t kLittle = 64 << 20;
 constexpr const char* kWithout = "Until then rules do not apply and nothing is audited.";
 
-Check broken(std::string detail, std::string remedy)
+Finding broken(std::string detail, std::string remedy)
 {
     return {{}, {}, State::broken, std::move(detail), fmt::format("{} {}", remedy, kWithout)};
 }
 
-Check damaged(const fs::path& file)
+Finding damaged(const fs::path& file)
 {
     return broken(fmt::format("{} is damaged", file.string()),
         fmt::format(
@@ -35,7 +35,7 @@ Check damaged(const fs::path& file)
 }
 
 /// What the system says of the file, before it is opened. Nothing when it is in order.
-std::optional<Check> ofTheFile(const fs::path& file)
+std::optional<Finding> ofTheFile(const fs::path& file)
 {
     if (!fs::is_regular_file(file))
         return broken(fmt::format("{} is no file", file.string()), "Move it away.");
@@ -95,7 +95,7 @@ bool isIntact(Database& database)
 }
 
 /// With the lock of a writer held, as a call would hold it for its row; the caller rolls back.
-Check ofTheContent(const fs::path& file, Database& database)
+Finding ofTheContent(const fs::path& file, Database& database)
 {
     if (!isIntact(database))
         return damaged(file);
@@ -104,58 +104,58 @@ Check ofTheContent(const fs::path& file, Database& database)
             fmt::format("{} holds tables that are not this program's and cannot be brought up to date", file.string()),
             "Move it away, or restore it from a backup.");
     }
-    Check check;
-    check.state = State::works;
+    Finding finding;
+    finding.state = State::works;
     if (isWhole(database))
-        check.detail = fmt::format("{} opens, is whole and takes rows", file.string());
+        finding.detail = fmt::format("{} opens, is whole and takes rows", file.string());
     else
-        check.detail = fmt::format("{} is brought up to date at the next call", file.string());
-    return check;
+        finding.detail = fmt::format("{} is brought up to date at the next call", file.string());
+    return finding;
 }
 
-Check ofDatabase(const fs::path& file)
+Finding ofDatabase(const fs::path& file)
 {
     Database database(file, Database::Access::readWrite, kWait);
     return database.read([&](Database& open) {
         open.execute("BEGIN IMMEDIATE");
-        Check check = ofTheContent(file, open);
+        Finding finding = ofTheContent(file, open);
         open.execute("ROLLBACK");
-        return check;
+        return finding;
     });
 }
 
 /// What is found of a sound database besides.
-Check withSpaceAndMode(Check check, const fs::path& file)
+Finding withSpaceAndMode(Finding finding, const fs::path& file)
 {
     const std::uintmax_t space = fs::space(file).available;
     if (space < kTooLittle)
         return broken(fmt::format("the disk of {} is full", file.string()), "Free some space.");
     const auto others = fs::status(file).permissions() & (fs::perms::group_all | fs::perms::others_all);
     if (space >= kLittle && others == fs::perms::none)
-        return check;
-    check.state = State::limited;
+        return finding;
+    finding.state = State::limited;
     if (space < kLittle) {
-        check.detail += fmt::format("; its disk has {} MiB left", space >> 20);
-        check.remedy = "Free some space: on a full disk nothing is audited.";
+        finding.detail += fmt::format("; its disk has {} MiB left", space >> 20);
+        finding.remedy = "Free some space: on a full disk nothing is audited.";
     } else {
-        check.detail += "; other users may open it until the next call closes it";
-        check.remedy = fmt::format("To close it now: chmod 600 \"{}\"", file.string());
+        finding.detail += "; other users may open it until the next call closes it";
+        finding.remedy = fmt::format("To close it now: chmod 600 \"{}\"", file.string());
     }
-    return check;
+    return finding;
 }
 
 } // namespace
 
-Check database()
+Finding database()
 {
     const fs::path file = ConfigDir::databaseURL();
     if (!fs::exists(file))
         return {{}, {}, State::works, "none yet, it is created at the first call", {}};
-    if (auto check = ofTheFile(file))
-        return *std::move(check);
+    if (auto finding = ofTheFile(file))
+        return *std::move(finding);
     try {
-        Check check = ofDatabase(file);
-        return check.state == State::works ? withSpaceAndMode(std::move(check), file) : check;
+        Finding finding = ofDatabase(file);
+        return finding.state == State::works ? withSpaceAndMode(std::move(finding), file) : finding;
     } catch (const DatabaseError& error) {
         if (error.isDamage())
             return damaged(file);

@@ -2,7 +2,6 @@
 
 #include "core/doctor/Checks.h"
 #include "core/foundation/StoreFailures.h"
-#include "platform/health.h"
 
 #include <array>
 #include <exception>
@@ -15,7 +14,7 @@ namespace {
 struct Named {
     const char* id;
     const char* label;
-    Check (*look)();
+    Finding (*look)();
 };
 
 constexpr std::array kChecks{
@@ -31,24 +30,19 @@ constexpr std::array kChecks{
     Named{"agents", "Connecting an agent", agents},
 };
 
-Check look(const Named& named)
+Finding look(const Named& named)
 {
-    Check check;
+    Finding finding;
     try {
-        check = named.look();
+        finding = named.look();
     } catch (const std::exception& error) {
-        check.state = State::broken;
-        check.detail = "could not be looked at: " + StoreFailures::inWords(error);
-        check.remedy = "Look at the rights of the home directory and of what lies in it.";
+        finding.state = State::broken;
+        finding.detail = "could not be looked at: " + StoreFailures::inWords(error);
+        finding.remedy = "Look at the rights of the home directory and of what lies in it.";
     }
-    check.id = named.id;
-    check.label = named.label;
-    return check;
-}
-
-Check fromPlatform(const platform::Finding& finding)
-{
-    return {finding.id, finding.label, finding.ok ? State::works : State::broken, finding.detail, finding.remedy};
+    finding.id = named.id;
+    finding.label = named.label;
+    return finding;
 }
 
 } // namespace
@@ -66,14 +60,14 @@ std::string_view rawValue(State state)
     return {};
 }
 
-std::vector<Check> examine()
+std::vector<Finding> examine()
 {
-    std::vector<Check> checks;
+    std::vector<Finding> findings;
     for (const Named& named : kChecks)
-        checks.push_back(look(named));
-    for (const platform::Finding& finding : platform::health())
-        checks.push_back(fromPlatform(finding));
-    return checks;
+        findings.push_back(look(named));
+    for (Finding& finding : platform::health())
+        findings.push_back(std::move(finding));
+    return findings;
 }
 
 } // namespace mervo::Doctor

@@ -20,21 +20,21 @@ using nlohmann::json;
 
 constexpr std::string_view kLegacyKey = "yoloMode"; ///< read where autonomyMode is missing, and never written
 
-Check notThereYet(const fs::path& path)
+Finding notThereYet(const fs::path& path)
 {
     fs::path above = path.parent_path();
     while (!fs::exists(above) && above.has_relative_path())
         above = above.parent_path();
-    Check check;
+    Finding finding;
     if (fs::is_directory(above) && platform::canWrite(above)) {
-        check.state = State::works;
-        check.detail = path.string() + " is created at the first call";
+        finding.state = State::works;
+        finding.detail = path.string() + " is created at the first call";
     } else {
-        check.detail = fmt::format("{} is not there and cannot be created in {}", path.string(), above.string());
-        check.remedy =
+        finding.detail = fmt::format("{} is not there and cannot be created in {}", path.string(), above.string());
+        finding.remedy =
             fmt::format("Give yourself the right to write in {}, or set MERVO_HOME to another folder.", above.string());
     }
-    return check;
+    return finding;
 }
 
 /// Every key that is read, with a value of the right kind.
@@ -48,27 +48,27 @@ json everyKey()
 }
 
 /// Says of each key what is wrong with it.
-Check ofKeys(const json& object, std::string_view text)
+Finding ofKeys(const json& object, std::string_view text)
 {
     const json known = everyKey();
     const json defaults = json::parse(HarnessConfig().encode());
-    Check check;
-    check.state = State::works;
+    Finding finding;
+    finding.state = State::works;
     std::vector<std::string> complaints;
     for (const auto& [key, value] : object.items()) {
         if (!known.contains(key)) {
             complaints.push_back(fmt::format("{} is not known and has no effect", Text::visibleLine(key)));
-            if (check.state == State::works)
-                check.state = State::limited;
+            if (finding.state == State::works)
+                finding.state = State::limited;
         } else if (!HarnessConfig::takes(key, *JsonText::value(text, key))) {
             const std::string fallback = defaults.contains(key) ? defaults[key].dump() : "nothing";
             complaints.push_back(fmt::format("{} has a value that cannot be used; it counts as {}", key, fallback));
-            check.state = State::broken;
-            check.remedy = "Mend the named settings in config.json, or delete their lines.";
+            finding.state = State::broken;
+            finding.remedy = "Mend the named settings in config.json, or delete their lines.";
         }
     }
-    check.detail = complaints.empty() ? "config.json is in order" : Text::join(complaints, "\n");
-    return check;
+    finding.detail = complaints.empty() ? "config.json is in order" : Text::join(complaints, "\n");
+    return finding;
 }
 
 /// The files beside config.json in which an update kept what it could not take over.
@@ -130,65 +130,66 @@ std::string notOurs(const fs::path& home)
 
 } // namespace
 
-Check home()
+Finding home()
 {
     const fs::path path = ConfigDir::url();
     if (!fs::exists(path))
         return notThereYet(path);
-    Check check;
-    check.detail = path.string();
+    Finding finding;
+    finding.detail = path.string();
     if (!fs::is_directory(path)) {
-        check.detail += " is not a folder";
-        check.remedy = "Move it away; a folder of that name is created at the first call.";
-        return check;
+        finding.detail += " is not a folder";
+        finding.remedy = "Move it away; a folder of that name is created at the first call.";
+        return finding;
     }
     if (holdsSources(path)) {
-        check.detail += " holds Mervo's own sources: whoever deletes them deletes the rules, the queue and the trail";
-        check.remedy = "Quit the cockpit, then move the sources away:\n" + partingCommands(path);
-        return check;
+        finding.detail += " holds Mervo's own sources: whoever deletes them deletes the rules, the queue and the trail";
+        finding.remedy = "Quit the cockpit, then move the sources away:\n" + partingCommands(path);
+        return finding;
     }
     if (const std::string foreign = notOurs(path); !foreign.empty()) {
-        check.detail = foreign + " belongs to another user";
-        check.remedy = fmt::format("Make the whole home yours: sudo chown -R \"$USER\" \"{}\"", path.string());
-        return check;
+        finding.detail = foreign + " belongs to another user";
+        finding.remedy = fmt::format("Make the whole home yours: sudo chown -R \"$USER\" \"{}\"", path.string());
+        return finding;
     }
     if (!platform::canWrite(path)) {
-        check.detail += " cannot be written";
-        check.remedy = fmt::format("Make it yours and writable: chmod 700 \"{}\"", path.string());
-        return check;
+        finding.detail += " cannot be written";
+        finding.remedy = fmt::format("Make it yours and writable: chmod 700 \"{}\"", path.string());
+        return finding;
     }
     const auto others = fs::status(path).permissions() & (fs::perms::group_all | fs::perms::others_all);
-    check.state = others == fs::perms::none ? State::works : State::limited;
-    if (check.state == State::limited) {
-        check.detail += " is open to other users until the next call closes it";
-        check.remedy = fmt::format("To close it now: chmod 700 \"{}\"", path.string());
+    finding.state = others == fs::perms::none ? State::works : State::limited;
+    if (finding.state == State::limited) {
+        finding.detail += " is open to other users until the next call closes it";
+        finding.remedy = fmt::format("To close it now: chmod 700 \"{}\"", path.string());
     }
-    return check;
+    return finding;
 }
 
-Check settings()
+Finding settings()
 {
     const fs::path file = ConfigDir::url() / "config.json";
-    Check check;
+    Finding finding;
     if (!fs::exists(file)) {
-        check.state = State::works;
-        check.detail = "no config.json yet, every setting has its default";
-        return check;
+        finding.state = State::works;
+        finding.detail = "no config.json yet, every setting has its default";
+        return finding;
     }
-    check.detail = HarnessConfig::complaint();
-    check.remedy = "Mend the file, or move it away.";
-    if (!check.detail.empty())
-        return check;
+    finding.detail = HarnessConfig::complaint();
+    finding.remedy = "Mend the file, or move it away.";
+    if (!finding.detail.empty())
+        return finding;
     const auto text = platform::readFile(file);
-    check = text ? ofKeys(json::parse(*text, nullptr, false), *text) : check;
+    if (text)
+        finding = ofKeys(json::parse(*text, nullptr, false), *text);
     if (const auto kept = keptBeside(file); !kept.empty()) {
-        check.state = std::max(check.state, State::limited);
-        check.detail +=
+        finding.state = std::max(finding.state, State::limited);
+        finding.detail +=
             fmt::format("\nwhat could not be taken over of an earlier one is in {}", Text::join(kept, ", "));
-        check.remedy +=
-            (check.remedy.empty() ? "" : " ") + std::string("Take over what is missed, then delete the file.");
+        finding.remedy +=
+            (finding.remedy.empty() ? "" : " ") + std::string("Take over what is missed, then delete the file.");
     }
-    return check;
+    return finding;
 }
 
 } // namespace mervo::Doctor

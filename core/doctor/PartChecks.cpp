@@ -20,23 +20,23 @@ constexpr const char* kInstallAgain = "Install the program again; a part of it i
 
 } // namespace
 
-Check scriptHost()
+Finding scriptHost()
 {
     const std::string word = "ready";
     const OSAScript::Result result = OSAScript::run(kScript, {word});
-    Check check;
+    Finding finding;
     if (result.ok && result.output == word) {
-        check.state = State::works;
-        check.detail = platform::osascript().string() + " runs scripts";
+        finding.state = State::works;
+        finding.detail = platform::osascript().string() + " runs scripts";
     } else {
-        check.detail = fmt::format("{} does not run a script: {}", platform::osascript().string(),
+        finding.detail = fmt::format("{} does not run a script: {}", platform::osascript().string(),
             result.error.empty() ? "its answer was \"" + result.output + "\"" : result.error);
-        check.remedy = kInstallAgain;
+        finding.remedy = kInstallAgain;
     }
-    return check;
+    return finding;
 }
 
-Check guides()
+Finding guides()
 {
     std::vector<std::string> missing;
     for (const std::string_view name : kGuides) {
@@ -44,15 +44,16 @@ Check guides()
         if (!text || text->empty())
             missing.push_back(platform::resource(name).string());
     }
-    Check check;
-    check.state = missing.empty() ? State::works : State::limited;
-    check.detail = missing.empty() ? "both are there"
-                                   : fmt::format("not there, so a short text stands in: {}", Text::join(missing, ", "));
-    check.remedy = missing.empty() ? "" : kInstallAgain;
-    return check;
+    Finding finding;
+    finding.state = missing.empty() ? State::works : State::limited;
+    finding.detail = missing.empty()
+        ? "both are there"
+        : fmt::format("not there, so a short text stands in: {}", Text::join(missing, ", "));
+    finding.remedy = missing.empty() ? "" : kInstallAgain;
+    return finding;
 }
 
-Check tools()
+Finding tools()
 {
     std::map<std::string, std::vector<std::string>> missing; // application to ids
     std::size_t working = 0;
@@ -62,26 +63,27 @@ Check tools()
         else
             missing[tool->missingBridge].push_back(tool->id);
     }
-    Check check;
-    check.state = missing.empty() ? State::works : State::limited;
-    check.detail = fmt::format("{} of {} can reach their applications", working, Tools::all().size());
+    Finding finding;
+    finding.state = missing.empty() ? State::works : State::limited;
+    finding.detail = fmt::format("{} of {} can reach their applications", working, Tools::all().size());
     for (const auto& [application, ids] : missing)
-        check.detail += fmt::format("\nnot in this build, {}: {}", application, Text::join(ids, ", "));
-    return check;
+        finding.detail += fmt::format("\nnot in this build, {}: {}", application, Text::join(ids, ", "));
+    return finding;
 }
 
-Check agents()
+Finding agents()
 {
     const std::filesystem::path server = platform::helper("mervo-mcp");
-    Check check;
+    Finding finding;
     if (std::filesystem::is_regular_file(server)) {
-        check.state = State::works;
-        check.detail = fmt::format("name this command as a stdio server in your agent's settings: {}", server.string());
+        finding.state = State::works;
+        finding.detail =
+            fmt::format("name this command as a stdio server in your agent's settings: {}", server.string());
     } else {
-        check.detail = fmt::format("{} is not there", server.string());
-        check.remedy = kInstallAgain;
+        finding.detail = fmt::format("{} is not there", server.string());
+        finding.remedy = kInstallAgain;
     }
-    return check;
+    return finding;
 }
 
 } // namespace mervo::Doctor

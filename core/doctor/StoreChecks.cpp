@@ -7,27 +7,28 @@
 
 namespace mervo::Doctor {
 
-Check queue()
+Finding queue()
 {
     const PendingStore::Listing found = PendingStore::listing(ConfigDir::url());
     const std::string folder = (ConfigDir::url() / "pending").string();
-    Check check;
+    Finding finding;
     if (found.failure) {
-        check.detail = fmt::format("{} cannot be read ({})", folder, found.failure.message());
-        check.remedy = fmt::format("Make it a folder of yours: chmod 700 \"{}\"", folder);
-        return check;
+        finding.detail = fmt::format("{} cannot be read ({})", folder, found.failure.message());
+        finding.remedy = fmt::format("Make it a folder of yours: chmod 700 \"{}\"", folder);
+        return finding;
     }
-    check.state = State::works;
-    check.detail = found.actions.size() == 1 ? "1 action waits" : fmt::format("{} actions wait", found.actions.size());
+    finding.state = State::works;
+    finding.detail =
+        found.actions.size() == 1 ? "1 action waits" : fmt::format("{} actions wait", found.actions.size());
     if (found.damaged.empty())
-        return check;
+        return finding;
     std::vector<std::string> files;
     for (const PendingStore::Damaged& file : found.damaged)
         files.push_back(Text::visibleLine(fmt::format("{} ({})", file.name, file.reason)));
-    check.state = State::broken;
-    check.detail += fmt::format("; damaged and not shown anywhere: {}", Text::join(files, ", "));
-    check.remedy = fmt::format("Look at the named files in {} and delete them.", folder);
-    return check;
+    finding.state = State::broken;
+    finding.detail += fmt::format("; damaged and not shown anywhere: {}", Text::join(files, ", "));
+    finding.remedy = fmt::format("Look at the named files in {} and delete them.", folder);
+    return finding;
 }
 
 } // namespace mervo::Doctor

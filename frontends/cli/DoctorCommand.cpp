@@ -39,32 +39,32 @@ std::string indented(const std::string& text)
     return Text::join(Text::split(Text::visible(text), '\n'), "\n           ");
 }
 
-std::string inWords(const std::vector<Doctor::Check>& checks)
+std::string inWords(const std::vector<Doctor::Finding>& findings)
 {
     std::string text;
-    for (const Doctor::Check& check : checks) {
-        text += fmt::format("{:<7}  {}: {}\n", mark(check.state), check.label, indented(check.detail));
-        if (!check.remedy.empty())
-            text += fmt::format("         > {}\n", indented(check.remedy));
+    for (const Doctor::Finding& finding : findings) {
+        text += fmt::format("{:<7}  {}: {}\n", mark(finding.state), finding.label, indented(finding.detail));
+        if (!finding.remedy.empty())
+            text += fmt::format("         > {}\n", indented(finding.remedy));
     }
     return text;
 }
 
-nlohmann::ordered_json asJson(const std::vector<Doctor::Check>& checks)
+nlohmann::ordered_json asJson(const std::vector<Doctor::Finding>& findings)
 {
     nlohmann::ordered_json records = nlohmann::ordered_json::array();
-    for (const Doctor::Check& check : checks) {
-        records.push_back({{"id", check.id}, {"label", check.label}, {"state", Doctor::rawValue(check.state)},
-            {"detail", check.detail}, {"remedy", check.remedy}});
+    for (const Doctor::Finding& finding : findings) {
+        records.push_back({{"id", finding.id}, {"label", finding.label}, {"state", Doctor::rawValue(finding.state)},
+            {"detail", finding.detail}, {"remedy", finding.remedy}});
     }
     return records;
 }
 
 ExitCode run(const Arguments& arguments, Io& io)
 {
-    const std::vector<Doctor::Check> checks = Doctor::examine();
-    io.out(arguments.has(kJson) ? jsonLine(asJson(checks)) : inWords(checks));
-    const bool broken = std::ranges::any_of(checks, [](const auto& c) { return c.state == Doctor::State::broken; });
+    const std::vector<Doctor::Finding> findings = Doctor::examine();
+    io.out(arguments.has(kJson) ? jsonLine(asJson(findings)) : inWords(findings));
+    const bool broken = std::ranges::any_of(findings, [](const auto& c) { return c.state == Doctor::State::broken; });
     return broken ? ExitCode::failed : ExitCode::done;
 }
 
