@@ -2,8 +2,8 @@
 /// there. Prints samples as bench-pairs does: "load" is a new process's first look at all mailboxes, "check" a second
 /// look, which has only to find that nothing changed.
 #include "bench/Measure.h"
+#include "platform/desk/applications/Desk.h"
 #include "platform/desk/mail/MailStore.h"
-#include "platform/desk/settings/Configuration.h"
 #include "platform/desk/settings/Places.h"
 
 #include <cstdio>
@@ -29,7 +29,7 @@ nlohmann::json measure(int rounds)
     std::vector<std::int64_t> load, check;
     std::size_t messages = 0;
     for (int round = -1; round < rounds; ++round) {
-        desk::MailStore store(desk::loadConfiguration(), desk::cacheFolder());
+        desk::MailStore store(desk::mailAccounts(desk::Configuration::load(desk::deskSections())), desk::cacheFolder());
         const std::int64_t first = timed([&] { messages = lookAtAll(store); });
         const std::int64_t second = timed([&] {
             if (lookAtAll(store) != messages)

@@ -7,8 +7,8 @@
 int main()
 {
     auto findings = nlohmann::ordered_json::array();
-    for (const mervo::desk::Finding& finding : mervo::desk::examineDesk()) {
-        findings.push_back({{"id", finding.id}, {"label", finding.label}, {"ok", finding.ok},
+    for (const mervo::platform::Finding& finding : mervo::desk::examineDesk()) {
+        findings.push_back({{"id", finding.id}, {"label", finding.label}, {"ok", finding.works()},
             {"detail", finding.detail}, {"remedy", finding.remedy}});
     }
     const std::string text = findings.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);

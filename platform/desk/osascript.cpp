@@ -1,5 +1,5 @@
 #include "platform/applescript/ScriptHost.h"
-#include "platform/desk/applications/mail/MailApplication.h"
+#include "platform/desk/applications/Desk.h"
 
 #include <malloc.h>
 

@@ -11,14 +11,15 @@ import pathlib
 import re
 
 # The layers, from the lowest up. An include leads to a lower one, or to a neighbour as long as no circle comes of it.
+# "/*" stands for the libraries below a folder that have no entry of their own.
 FLOORS = [
     {"platform"},
-    {"core/foundation", "platform/applescript/values", "platform/desk/settings", "platform/linux/desktop",
-     "platform/linux/keychain", "platform/linux/tls"},
-    {"core/scripting", "core/imap", "core/secrets", "core/automations/model", "platform/desk/mail", "platform/desk/chat",
+    {"core/foundation", "platform/applescript/values", "platform/desk/settings", "platform/desk/health",
+     "platform/linux/desktop", "platform/linux/keychain", "platform/linux/tls"},
+    {"core/scripting", "core/imap", "core/secrets", "core/automations/model", "platform/desk/*",
      "platform/applescript/syntax"},
     {"core/policy", "core/automations/engine", "platform/desk/mime", "platform/desk/applications",
-     "platform/applescript/evaluator"},
+     "platform/desk/applications/*", "platform/applescript/evaluator"},
     {"core/tools", "platform/applescript", "platform/desk"},
     {"core/automations/tools", "core/feedback"},
     {"core/catalogue"},
@@ -93,7 +94,8 @@ def owner(path, folders):
 
 
 def floor(name):
-    return next((number for number, names in enumerate(FLOORS) if name in names), None)
+    parent = name.rpartition("/")[0] + "/*"
+    return next((number for entry in (name, parent) for number, names in enumerate(FLOORS) if entry in names), None)
 
 
 def reach(name, folders):

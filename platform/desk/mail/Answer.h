@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/desk/mail/MailSettings.h"
 #include "platform/desk/mail/OutgoingMail.h"
-#include "platform/desk/settings/Configuration.h"
 
 #include <string_view>
 

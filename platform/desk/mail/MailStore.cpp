@@ -17,9 +17,14 @@ namespace mervo::desk {
 
 namespace fs = std::filesystem;
 
-MailStore::MailStore(Configuration configuration, const fs::path& cache)
-    : configuration_(std::move(configuration))
-    , index_(cache / "mail-index.sqlite")
+fs::path MailStore::indexFile(const fs::path& cache)
+{
+    return cache / "mail-index.sqlite";
+}
+
+MailStore::MailStore(std::vector<MailAccountSettings> accounts, const fs::path& cache)
+    : accounts_(std::move(accounts))
+    , index_(indexFile(cache))
 {
     createLocalAccount();
 }

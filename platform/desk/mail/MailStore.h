@@ -3,10 +3,10 @@
 #include "platform/desk/mail/HeaderIndex.h"
 #include "platform/desk/mail/MailFolders.h"
 #include "platform/desk/mail/MailLook.h"
+#include "platform/desk/mail/MailSettings.h"
 #include "platform/desk/mail/MessageFlags.h"
 #include "platform/desk/mail/MimeEngine.h"
 #include "platform/desk/mail/SpecialMailbox.h"
-#include "platform/desk/settings/Configuration.h"
 
 #include <map>
 #include <memory>
@@ -21,13 +21,16 @@ namespace mervo::desk {
 /// programs work on the same folders; every function tells what is there now. One object belongs to one thread.
 class MailStore {
 public:
-    MailStore(Configuration configuration, const std::filesystem::path& cache);
+    MailStore(std::vector<MailAccountSettings> accounts, const std::filesystem::path& cache);
     /// Writes what was learned about attachments into the index.
     ~MailStore();
     MailStore(const MailStore&) = delete;
     MailStore& operator=(const MailStore&) = delete;
 
-    const std::vector<MailAccountSettings>& accounts() const noexcept { return configuration_.mailAccounts; }
+    /// The header index in a cache folder.
+    static std::filesystem::path indexFile(const std::filesystem::path& cache);
+
+    const std::vector<MailAccountSettings>& accounts() const noexcept { return accounts_; }
     /// Throws MailError when the account's root is not there.
     std::vector<MailFolder> mailboxes(const MailAccountSettings& account) const;
     /// The account that has this address, ignoring case; null when none has.
@@ -67,7 +70,7 @@ private:
     void moveTo(const MailboxSnapshot& mailbox, const MessageRecord& message, const std::filesystem::path& destination);
     const std::filesystem::path& trash(const MailAccountSettings& account);
 
-    Configuration configuration_;
+    const std::vector<MailAccountSettings> accounts_;
     HeaderIndex index_;
     std::unordered_map<std::string, MailLook> looks_; // by Maildir
     std::unordered_map<std::string, std::filesystem::path> trashes_; // by account; there once they were asked for

@@ -134,12 +134,12 @@ void syncFolder(const fs::path& folder)
 
 } // namespace
 
-std::uint8_t MaildirFlags::bits() const noexcept
+std::uint8_t MessageFlags::bits() const noexcept
 {
     return static_cast<std::uint8_t>(draft | flagged << 1 | passed << 2 | replied << 3 | seen << 4 | trashed << 5);
 }
 
-MaildirFlags MaildirFlags::fromBits(std::uint8_t bits) noexcept
+MessageFlags MessageFlags::fromBits(std::uint8_t bits) noexcept
 {
     return {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0, (bits & 16) != 0, (bits & 32) != 0};
 }
@@ -152,7 +152,7 @@ MaildirName splitMaildirName(std::string_view fileName) noexcept
     return {fileName.substr(0, mark), fileName.substr(mark + 3)};
 }
 
-MaildirFlags maildirFlags(std::string_view info) noexcept
+MessageFlags maildirFlags(std::string_view info) noexcept
 {
     const auto has = [info](char letter) { return info.find(letter) != std::string_view::npos; };
     return {has('D'), has('F'), has('P'), has('R'), has('S'), has('T')};

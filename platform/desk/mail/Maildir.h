@@ -15,12 +15,12 @@
 namespace mervo::desk {
 
 /// The letters after ":2,". Letters that are unknown here (a to z are keywords of other programs) are kept on rename.
-struct MaildirFlags {
+struct MessageFlags {
     bool draft = false, flagged = false, passed = false, replied = false, seen = false, trashed = false;
-    auto operator<=>(const MaildirFlags&) const = default;
+    auto operator<=>(const MessageFlags&) const = default;
 
     std::uint8_t bits() const noexcept;
-    static MaildirFlags fromBits(std::uint8_t bits) noexcept;
+    static MessageFlags fromBits(std::uint8_t bits) noexcept;
 };
 
 struct MaildirName {
@@ -29,7 +29,7 @@ struct MaildirName {
 };
 
 MaildirName splitMaildirName(std::string_view fileName) noexcept;
-MaildirFlags maildirFlags(std::string_view info) noexcept;
+MessageFlags maildirFlags(std::string_view info) noexcept;
 
 /// The state of cur and new by which an unchanged folder is known without listing it.
 struct MaildirStamp {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/desk/settings/Configuration.h"
+#include "platform/desk/mail/MailSettings.h"
 
 #include <string>
 

@@ -1,61 +1,45 @@
 #pragma once
 
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <string_view>
-#include <vector>
+#include "platform/desk/settings/Table.h"
 
-/// The owner's configuration of the desk, desk.toml:
-///
-///     [[mail.account]]
-///     name = "Work"                            # what account= means; no "/"
-///     email = ["me@work.example"]              # the first one is the sender
-///     path = "~/Mail/work"
-///     layout = "maildir++"                     # or "nested"; maildir++ when left out
-///     server = "imap.work.example"             # optional
-///     sendmail = ["msmtp", "-a", "work", "-t"] # optional: without it only the desk's own addresses can be reached
-///     drafts = "Drafts"                        # optional, likewise sent, trash, junk
-///
-///     [messages]
-///     send = ["my-bridge", "--send"]           # gets the handle as last argument and the text on standard input
-///
-/// With no file, or a file without accounts, there is one account "Local" in the desk's own data folder. A file with
-/// a mistake in it is an error and never means another account in silence.
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+/// desk.toml, the owner's configuration of the desk. Each kind of data has a section in it, described beside the code
+/// that reads it (MailSettings.h, ChatSettings.h). A mistake anywhere in the file is an error for every reader, so that
+/// a mistyped section never means the defaults in silence.
 namespace mervo::desk {
 
-/// what() names the file, the line, the key and what is wrong with it.
-class ConfigurationError final : public std::runtime_error {
+/// A section: a key at the top of the file with a table below it.
+struct Section {
+    std::string_view name; ///< "mail"
+    std::string_view form; ///< how to write it, for the complaint about another kind of value: "[messages]"
+    void (*check)(const Table& table); ///< reads all of it; throws ConfigurationError
+};
+
+/// All sections that the file may have, checked in this order.
+using Sections = std::span<const Section>;
+
+class Configuration {
 public:
-    ConfigurationError(const std::filesystem::path& file, long line, std::string_view sentence);
+    /// `file` is for the complaints. Throws ConfigurationError.
+    static Configuration parse(std::string_view text, const std::filesystem::path& file, Sections sections);
+    /// The file at its place; one that is not there is as good as an empty one. Throws ConfigurationError.
+    static Configuration load(Sections sections);
+
+    /// Where it was read from; empty when there is no file.
+    const std::filesystem::path& file() const noexcept { return file_; }
+    /// Nothing when the file does not have the section.
+    std::optional<Table> section(const Section& section) const;
+
+private:
+    struct Document;
+
+    std::filesystem::path file_;
+    std::shared_ptr<const Document> document_;
 };
-
-enum class MailLayout {
-    maildirPlusPlus, ///< the root is the inbox; a sub-folder is ".Name.Child" beside cur, new and tmp
-    nested, ///< every mailbox is a Maildir, its sub-folders are directories in it
-};
-
-struct MailAccountSettings {
-    std::string name;
-    std::vector<std::string> addresses; ///< at least one; the first is the sender
-    std::filesystem::path root; ///< absolute
-    MailLayout layout = MailLayout::maildirPlusPlus;
-    std::string server;
-    std::vector<std::string> sendmail; ///< program and arguments; empty: none
-    std::string drafts, sent, trash, junk; ///< mailbox names; empty: found by the usual names
-    bool local = false; ///< the account that stands in when none is configured; its folder alone is made when needed
-};
-
-struct Configuration {
-    std::filesystem::path file; ///< empty when there is none
-    std::vector<std::string> messagesSend; ///< program and arguments; empty: messages cannot be sent
-    std::vector<MailAccountSettings> mailAccounts; ///< in the order of the file, never empty
-};
-
-/// Reads the configuration at its place. Throws ConfigurationError.
-Configuration loadConfiguration();
-
-/// The same from a text; `file` is for the error's words.
-Configuration parseConfiguration(std::string_view text, const std::filesystem::path& file);
 
 } // namespace mervo::desk

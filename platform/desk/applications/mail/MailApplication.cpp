@@ -7,7 +7,6 @@
 #include "platform/desk/applications/mail/MessageObjects.h"
 #include "platform/desk/applications/mail/OpenMessage.h"
 #include "platform/desk/applications/mail/OutgoingObjects.h"
-#include "platform/desk/applications/messages/MessagesApplication.h"
 #include "platform/desk/mail/Answer.h"
 #include "platform/desk/settings/Places.h"
 
@@ -69,6 +68,11 @@ void refuse(const char* sentence)
     throw ScriptError(applescript::ErrorNumber::handlerFailed, sentence);
 }
 
+MailApplication::MailApplication(Sections sections)
+    : sections_(sections)
+{
+}
+
 MailApplication::~MailApplication() = default;
 
 const applescript::Dictionary& MailApplication::dictionary() const
@@ -97,7 +101,7 @@ MailStore& MailApplication::store()
 {
     if (!store_) {
         try {
-            store_ = std::make_unique<MailStore>(loadConfiguration(), cacheFolder());
+            store_ = std::make_unique<MailStore>(mailAccounts(Configuration::load(sections_)), cacheFolder());
         } catch (const ConfigurationError& error) {
             throw ScriptError(applescript::ErrorNumber::handlerFailed, error.what());
         }
@@ -190,11 +194,10 @@ Value MailApplication::add(Ref<OutgoingObject> message)
     return Value::object(std::move(message));
 }
 
-void registerDesk(applescript::ApplicationRegistry& registry)
+void registerMail(applescript::ApplicationRegistry& registry, Sections sections)
 {
-    registry.add({"Mail"}, "com.apple.mail", mailDictionary, [] { return std::make_unique<MailApplication>(); });
-    registry.add({"Messages"}, "com.apple.MobileSMS", messagesDictionary,
-        [] { return std::make_unique<MessagesApplication>(); });
+    registry.add(
+        {"Mail"}, "com.apple.mail", mailDictionary, [sections] { return std::make_unique<MailApplication>(sections); });
 }
 
 } // namespace mervo::desk

@@ -14,7 +14,8 @@ class OutgoingObject;
 /// program.
 class MailApplication final : public applescript::Application {
 public:
-    MailApplication() = default;
+    /// `sections` must outlive it.
+    explicit MailApplication(Sections sections);
     ~MailApplication() override;
 
     const applescript::Dictionary& dictionary() const override;
@@ -35,6 +36,7 @@ private:
     applescript::Value answer(const applescript::CommandCall& call);
     applescript::Value add(applescript::Ref<OutgoingObject> message);
 
+    Sections sections_;
     std::unique_ptr<MailStore> store_; // once made it stays: objects of the script refer to it
     bool isRunning_ = false;
     std::vector<applescript::Ref<OutgoingObject>> outgoing_;
@@ -43,7 +45,7 @@ private:
 /// What the desk answers to a request that it knows and does not do: -10000 with a sentence.
 [[noreturn]] void refuse(const char* sentence);
 
-/// Makes the desk's applications known to the script host.
-void registerDesk(applescript::ApplicationRegistry& registry);
+/// Makes it known to the script host. `sections` must outlive the registry.
+void registerMail(applescript::ApplicationRegistry& registry, Sections sections);
 
 } // namespace mervo::desk

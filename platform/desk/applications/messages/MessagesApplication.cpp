@@ -1,9 +1,9 @@
 #include "platform/desk/applications/messages/MessagesApplication.h"
 
 #include "platform/applescript/values/Coercion.h"
+#include "platform/desk/chat/ChatSettings.h"
 #include "platform/desk/chat/ChatStore.h"
 #include "platform/desk/chat/MessageSender.h"
-#include "platform/desk/settings/Configuration.h"
 
 namespace mervo::desk {
 namespace {
@@ -165,13 +165,20 @@ Value MessagesApplication::perform(const applescript::CommandCall& call)
     if (someone == nullptr || someone->classId() != participant)
         throw ScriptError(applescript::ErrorNumber::handlerFailed, "A message goes to a participant.");
     try {
-        sendMessage(loadConfiguration().messagesSend, someone->handleText(), applescript::toString(call.direct));
+        sendMessage(
+            messageCommand(Configuration::load(sections_)), someone->handleText(), applescript::toString(call.direct));
     } catch (const ChatError& error) {
         throw ScriptError(applescript::ErrorNumber::handlerFailed, error.what());
     } catch (const ConfigurationError& error) {
         throw ScriptError(applescript::ErrorNumber::handlerFailed, error.what());
     }
     return Value();
+}
+
+void registerMessages(applescript::ApplicationRegistry& registry, Sections sections)
+{
+    registry.add({"Messages"}, "com.apple.MobileSMS", messagesDictionary,
+        [sections] { return std::make_unique<MessagesApplication>(sections); });
 }
 
 } // namespace mervo::desk

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "platform/applescript/values/Application.h"
-
-#include <string>
-#include <vector>
+#include "platform/desk/settings/Configuration.h"
 
 namespace mervo::desk {
 
@@ -11,6 +9,12 @@ namespace mervo::desk {
 /// Sending goes through the command of desk.toml.
 class MessagesApplication final : public applescript::Application {
 public:
+    /// `sections` must outlive it.
+    explicit MessagesApplication(Sections sections)
+        : sections_(sections)
+    {
+    }
+
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
     bool isRunning() const override { return isRunning_; }
@@ -19,10 +23,14 @@ public:
     applescript::Value perform(const applescript::CommandCall& call) override;
 
 private:
+    Sections sections_;
     bool isRunning_ = false;
 };
 
 /// The words that Messages adds to a script; the same object at every call.
 const applescript::Dictionary& messagesDictionary();
+
+/// Makes it known to the script host. `sections` must outlive the registry.
+void registerMessages(applescript::ApplicationRegistry& registry, Sections sections);
 
 } // namespace mervo::desk

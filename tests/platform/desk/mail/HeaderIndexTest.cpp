@@ -225,10 +225,7 @@ TEST_F(HeaderIndexTest, givesEveryFileItsSizeDateAndName)
 TEST_F(HeaderIndexTest, readsAMessageThatWasJustRenamed)
 {
     put("new/a", 1, "A");
-    Configuration configuration;
-    configuration.mailAccounts.push_back(
-        {"A", {"me@x"}, maildir_, MailLayout::maildirPlusPlus, {}, {}, {}, {}, {}, {}, false});
-    MailStore store(configuration, dir_ / "cache");
+    MailStore store({{.name = "A", .addresses = {"me@x"}, .root = maildir_}}, dir_ / "cache");
     const auto mailbox = store.messages(store.accounts()[0], maildir_);
     fs::rename(maildir_ / "new/a", maildir_ / "cur/a:2,S");
     EXPECT_THAT(store.bytes(*mailbox, mailbox->messages()[0]), HasSubstr("body"));

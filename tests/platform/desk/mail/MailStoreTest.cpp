@@ -27,15 +27,13 @@ protected:
 
     const MailAccountSettings& account() const { return store_.accounts().front(); }
 
-    static Configuration oneAccount(const fs::path& root)
+    static std::vector<MailAccountSettings> oneAccount(const fs::path& root)
     {
-        Configuration configuration;
         MailAccountSettings account;
         account.name = "Work";
         account.addresses = {"me@desk.example"};
         account.root = root;
-        configuration.mailAccounts = {account};
-        return configuration;
+        return {account};
     }
 
     test::TempDir folder_;

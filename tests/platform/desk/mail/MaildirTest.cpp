@@ -33,7 +33,7 @@ TEST(MaildirName, partsBaseFromFlags)
     for (const Case& c : cases) {
         const MaildirName split = splitMaildirName(c.name);
         EXPECT_EQ(split.base, c.base) << c.name;
-        const MaildirFlags flags = maildirFlags(split.info);
+        const MessageFlags flags = maildirFlags(split.info);
         std::string letters;
         letters += flags.draft ? "D" : "";
         letters += flags.flagged ? "F" : "";
@@ -42,7 +42,7 @@ TEST(MaildirName, partsBaseFromFlags)
         letters += flags.seen ? "S" : "";
         letters += flags.trashed ? "T" : "";
         EXPECT_EQ(letters, c.flags) << c.name;
-        EXPECT_EQ(MaildirFlags::fromBits(flags.bits()), flags) << c.name;
+        EXPECT_EQ(MessageFlags::fromBits(flags.bits()), flags) << c.name;
     }
 }
 

@@ -1,11 +1,21 @@
 #include "platform/desk/settings/Configuration.h"
 
+#include "platform/desk/chat/ChatSettings.h"
+#include "platform/desk/mail/MailSettings.h"
+
 #include <gmock/gmock.h>
 
 namespace mervo::desk {
 namespace {
 
 using testing::HasSubstr;
+
+constexpr Section kSections[] = {kMailSection, kChatSection};
+
+Configuration parse(const std::string& text)
+{
+    return Configuration::parse(text, "/c/desk.toml", kSections);
+}
 
 std::string account(const std::string& name, const std::string& more)
 {
@@ -15,7 +25,7 @@ std::string account(const std::string& name, const std::string& more)
 std::string complaint(const std::string& text)
 {
     try {
-        parseConfiguration(text, "/c/desk.toml");
+        parse(text);
     } catch (const ConfigurationError& error) {
         return error.what();
     }
@@ -24,12 +34,11 @@ std::string complaint(const std::string& text)
 
 TEST(Configuration, readsAnAccountWhole)
 {
-    const Configuration read = parseConfiguration(
+    const auto accounts = mailAccounts(parse(
         "[[mail.account]]\nname='Work'\nemail=['me@w.example','also@w.example']\npath='~/Mail'\nlayout='nested'\n"
-        "server='imap.w.example'\nsendmail=['msmtp','-t']\ndrafts='Entwürfe/Neu'\nsent='S'\ntrash='T'\njunk='J'\n",
-        "/c");
-    ASSERT_EQ(read.mailAccounts.size(), 1U);
-    const MailAccountSettings& work = read.mailAccounts[0];
+        "server='imap.w.example'\nsendmail=['msmtp','-t']\ndrafts='Entwürfe/Neu'\nsent='S'\ntrash='T'\njunk='J'\n"));
+    ASSERT_EQ(accounts.size(), 1U);
+    const MailAccountSettings& work = accounts[0];
     EXPECT_EQ(work.addresses, (std::vector<std::string>{"me@w.example", "also@w.example"}));
     EXPECT_TRUE(work.root.is_absolute() && work.root.filename() == "Mail") << work.root;
     EXPECT_EQ(work.layout, MailLayout::nested);
@@ -41,10 +50,10 @@ TEST(Configuration, readsAnAccountWhole)
 TEST(Configuration, hasALocalAccountWhenNoneIsWrittenDown)
 {
     for (const char* text : {"", "[mail]\n", "# nothing\n"}) {
-        const Configuration read = parseConfiguration(text, "/c");
-        ASSERT_EQ(read.mailAccounts.size(), 1U) << text;
-        EXPECT_EQ(read.mailAccounts[0].name, "Local");
-        EXPECT_TRUE(read.mailAccounts[0].local);
+        const auto accounts = mailAccounts(parse(text));
+        ASSERT_EQ(accounts.size(), 1U) << text;
+        EXPECT_EQ(accounts[0].name, "Local");
+        EXPECT_TRUE(accounts[0].local);
     }
 }
 
@@ -75,7 +84,11 @@ TEST(Configuration, namesLineAndKeyOfEveryMistake)
         {"[[mail.account]]\nname = \"A\"\nemail = [\"a@b\"]\n", "line 1:", "\"path\""},
         {"[[mail.account]]\nname = \"A\"\nemail = [\"a@b\"]\npath = \"Mail\"\n", "line 4:", "\"path\""},
         {"[mail.account]\nname = \"A\"\n", "line 1:", "\"account\""},
-        {"mail = 7\n", "line 1:", "\"mail\""},
+        {"mail = 7\n", "line 1:", "\"mail\" must be a table; write accounts as [[mail.account]]."},
+        {"messages = 7\n", "line 1:", "\"messages\" must be a table; write [messages]."},
+        {"[messages]\nsent = []\n", "line 2:", "\"sent\" is not a known key of \"messages\"."},
+        {"[messages]\nsend = [1]\n" + account("A", "server = 5\n"), "line 7:", "\"server\""}, // mail comes first
+        {account("A", "server = 5\n") + "[zebra]\n", "line 6:", "\"zebra\""}, // and unknown sections before it
         {"[[mail.account]]\nname = \"A\nemail", "line 2", "desk.toml"},
         {"x = {\n", "line 1", "desk.toml"},
     };

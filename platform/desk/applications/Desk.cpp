@@ -1,0 +1,46 @@
+#include "platform/desk/applications/Desk.h"
+
+#include "platform/desk/applications/mail/MailApplication.h"
+#include "platform/desk/applications/messages/MessagesApplication.h"
+#include "platform/desk/chat/ChatHealth.h"
+#include "platform/desk/chat/ChatSettings.h"
+#include "platform/desk/mail/MailHealth.h"
+#include "platform/desk/mail/MailSettings.h"
+
+#include <vector>
+
+namespace mervo::desk {
+namespace {
+
+constexpr DeskPart kParts[] = {
+    {registerMail, &kMailSection, &kMailHealth},
+    {registerMessages, &kChatSection, &kChatHealth},
+};
+
+} // namespace
+
+std::span<const DeskPart> deskParts()
+{
+    return kParts;
+}
+
+Sections deskSections()
+{
+    static const std::vector<Section> sections = [] {
+        std::vector<Section> found;
+        for (const DeskPart& part : kParts) {
+            if (part.section != nullptr)
+                found.push_back(*part.section);
+        }
+        return found;
+    }();
+    return sections;
+}
+
+void registerDesk(applescript::ApplicationRegistry& registry)
+{
+    for (const DeskPart& part : kParts)
+        part.add(registry, deskSections());
+}
+
+} // namespace mervo::desk
