@@ -4,7 +4,7 @@
 #include "platform/desk/mail/MailFolders.h"
 #include "platform/desk/mail/MailLook.h"
 #include "platform/desk/mail/MailSettings.h"
-#include "platform/desk/mail/MessageFlags.h"
+#include "platform/desk/mail/MaildirFlags.h"
 #include "platform/desk/mail/MimeEngine.h"
 #include "platform/desk/mail/SpecialMailbox.h"
 

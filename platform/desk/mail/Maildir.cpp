@@ -134,28 +134,12 @@ void syncFolder(const fs::path& folder)
 
 } // namespace
 
-std::uint8_t MessageFlags::bits() const noexcept
-{
-    return static_cast<std::uint8_t>(draft | flagged << 1 | passed << 2 | replied << 3 | seen << 4 | trashed << 5);
-}
-
-MessageFlags MessageFlags::fromBits(std::uint8_t bits) noexcept
-{
-    return {(bits & 1) != 0, (bits & 2) != 0, (bits & 4) != 0, (bits & 8) != 0, (bits & 16) != 0, (bits & 32) != 0};
-}
-
 MaildirName splitMaildirName(std::string_view fileName) noexcept
 {
     const std::size_t mark = fileName.rfind(":2,");
     if (mark == std::string_view::npos)
         return {fileName, {}};
     return {fileName.substr(0, mark), fileName.substr(mark + 3)};
-}
-
-MessageFlags maildirFlags(std::string_view info) noexcept
-{
-    const auto has = [info](char letter) { return info.find(letter) != std::string_view::npos; };
-    return {has('D'), has('F'), has('P'), has('R'), has('S'), has('T')};
 }
 
 MaildirStamp maildirStamp(const fs::path& maildir, bool mayBeMissing)

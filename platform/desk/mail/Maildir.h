@@ -14,22 +14,12 @@
 /// changes and is unique in its folder, flags are changed by renaming. Other programs change the folder at any time.
 namespace mervo::desk {
 
-/// The letters after ":2,". Letters that are unknown here (a to z are keywords of other programs) are kept on rename.
-struct MessageFlags {
-    bool draft = false, flagged = false, passed = false, replied = false, seen = false, trashed = false;
-    auto operator<=>(const MessageFlags&) const = default;
-
-    std::uint8_t bits() const noexcept;
-    static MessageFlags fromBits(std::uint8_t bits) noexcept;
-};
-
 struct MaildirName {
     std::string_view base;
     std::string_view info; ///< what stands after ":2,"
 };
 
 MaildirName splitMaildirName(std::string_view fileName) noexcept;
-MessageFlags maildirFlags(std::string_view info) noexcept;
 
 /// The state of cur and new by which an unchanged folder is known without listing it.
 struct MaildirStamp {

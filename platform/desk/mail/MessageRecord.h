@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/desk/mail/Maildir.h"
+#include "platform/desk/mail/MaildirFlags.h"
 
 #include <cstdint>
 #include <stdexcept>
@@ -24,7 +25,7 @@ struct MessageHeader {
     std::int64_t sent = 0; ///< the Date field in seconds since 1970; the received time where there is none
     std::uint64_t size = 0; ///< bytes
     std::int32_t attachments = kAttachmentsUnknown;
-    std::uint8_t flags = 0; ///< MessageFlags::bits
+    std::uint8_t flags = 0; ///< MaildirFlags::bits
     bool isNew = false; ///< lies in new
     std::string_view fileName;
     std::string_view subject, sender, messageId;
@@ -40,7 +41,7 @@ public:
     std::int64_t sent() const noexcept { return fixed().sent; }
     std::uint64_t size() const noexcept { return fixed().size; }
     std::int32_t attachments() const noexcept { return fixed().attachments; }
-    MessageFlags flags() const noexcept { return MessageFlags::fromBits(fixed().flags); }
+    MaildirFlags flags() const noexcept { return MaildirFlags::fromBits(fixed().flags); }
     bool isNew() const noexcept { return fixed().isNew != 0; }
     std::string_view fileName() const noexcept { return text(0); }
     std::string_view base() const noexcept { return splitMaildirName(fileName()).base; }

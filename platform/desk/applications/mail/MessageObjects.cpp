@@ -261,7 +261,7 @@ Value MessageObject::flag(TermId property)
 {
     const MaildirEntry file = inScriptTerms([&] { return store().entry(*list_->snapshot, *header_); });
     const std::string_view info = splitMaildirName(file.fileName).info;
-    const MessageFlags flags = maildirFlags(info);
+    const MaildirFlags flags = maildirFlags(info);
     switch (property) {
     case MailTerm::readStatus:
         return Value::boolean(flags.seen);

@@ -1,6 +1,8 @@
 #include "platform/desk/mail/Maildir.h"
+
 #include "platform/desk/mail/MailFolders.h"
 #include "platform/desk/mail/MailboxName.h"
+#include "platform/desk/mail/MaildirFlags.h"
 #include "platform/desk/mail/SpecialMailbox.h"
 #include "tests/support/Files.h"
 
@@ -33,7 +35,7 @@ TEST(MaildirName, partsBaseFromFlags)
     for (const Case& c : cases) {
         const MaildirName split = splitMaildirName(c.name);
         EXPECT_EQ(split.base, c.base) << c.name;
-        const MessageFlags flags = maildirFlags(split.info);
+        const MaildirFlags flags = maildirFlags(split.info);
         std::string letters;
         letters += flags.draft ? "D" : "";
         letters += flags.flagged ? "F" : "";
@@ -42,7 +44,7 @@ TEST(MaildirName, partsBaseFromFlags)
         letters += flags.seen ? "S" : "";
         letters += flags.trashed ? "T" : "";
         EXPECT_EQ(letters, c.flags) << c.name;
-        EXPECT_EQ(MessageFlags::fromBits(flags.bits()), flags) << c.name;
+        EXPECT_EQ(MaildirFlags::fromBits(flags.bits()), flags) << c.name;
     }
 }
 

@@ -2,14 +2,28 @@
 
 #include "platform/desk/mail/MaildirKeywords.h"
 
+#include <compare>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 
-/// A message's flags, colour and junk mark as they stand in the name of its file: capital letters are Maildir's own
-/// flags, small ones keywords (see MaildirKeywords). The colour is three bits of keywords, the junk mark is one of two.
+/// A message's flags, colour and junk mark as they stand in its file's name after ":2,", the info: capital letters are
+/// Maildir's own flags, small ones keywords (see MaildirKeywords). The colour is three bits of keywords, the junk mark
+/// is one of two. Letters that are unknown here are kept.
 namespace mervo::desk {
+
+/// Maildir's own flags.
+struct MaildirFlags {
+    bool draft = false, flagged = false, passed = false, replied = false, seen = false, trashed = false;
+    auto operator<=>(const MaildirFlags&) const = default;
+
+    std::uint8_t bits() const noexcept; ///< one byte, for the index
+    static MaildirFlags fromBits(std::uint8_t bits) noexcept;
+};
+
+MaildirFlags maildirFlags(std::string_view info) noexcept;
 
 /// What to change; what is left out stays as it is.
 struct FlagChange {

@@ -1,4 +1,4 @@
-#include "platform/desk/mail/MessageFlags.h"
+#include "platform/desk/mail/MaildirFlags.h"
 
 #include <algorithm>
 #include <array>
@@ -71,6 +71,32 @@ std::vector<std::string_view> neededKeywords(const FlagChange& change)
 }
 
 } // namespace
+
+std::uint8_t MaildirFlags::bits() const noexcept
+{
+    return static_cast<std::uint8_t>(draft | flagged << 1 | passed << 2 | replied << 3 | seen << 4 | trashed << 5);
+}
+
+MaildirFlags MaildirFlags::fromBits(std::uint8_t bits) noexcept
+{
+    return {.draft = (bits & 1) != 0,
+        .flagged = (bits & 2) != 0,
+        .passed = (bits & 4) != 0,
+        .replied = (bits & 8) != 0,
+        .seen = (bits & 16) != 0,
+        .trashed = (bits & 32) != 0};
+}
+
+MaildirFlags maildirFlags(std::string_view info) noexcept
+{
+    const auto has = [info](char letter) { return info.find(letter) != std::string_view::npos; };
+    return {.draft = has('D'),
+        .flagged = has('F'),
+        .passed = has('P'),
+        .replied = has('R'),
+        .seen = has('S'),
+        .trashed = has('T')};
+}
 
 int messageColour(std::string_view info, const MaildirKeywords& keywords) noexcept
 {
