@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const MimeContent content = readMime(bytes);
     require(mervo::platform::isValidUtf8(content.text));
     const MailAccountSettings own{.name = "A", .addresses = {"me@desk.example"}};
-    for (const OutgoingMail& answer : {replyTo(bytes, own, {own}, true), forwardOf(bytes, own)}) {
+    for (const OutgoingMail& answer : {replyTo(bytes, own, {own}, ReplyTo::all), forwardOf(bytes, own)}) {
         for (const std::string& id : answer.references)
             require(id.find_first_of("\r\n <>") == std::string::npos);
         requireOneLine(answer.subject);

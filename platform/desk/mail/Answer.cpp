@@ -41,7 +41,7 @@ Fields fieldsOf(std::string_view message)
 }
 
 /// What stands in angle brackets, without them; what could break a header line is no id.
-std::vector<std::string> identifiers(std::string_view field)
+std::vector<std::string> messageIds(std::string_view field)
 {
     std::vector<std::string> found;
     while (true) {
@@ -59,8 +59,8 @@ std::vector<std::string> identifiers(std::string_view field)
 
 void joinThread(OutgoingMail& mail, const Fields& fields)
 {
-    const std::vector<std::string> own = identifiers(fields.messageId), before = identifiers(fields.inReplyTo);
-    mail.references = identifiers(fields.references);
+    const std::vector<std::string> own = messageIds(fields.messageId), before = messageIds(fields.inReplyTo);
+    mail.references = messageIds(fields.references);
     if (mail.references.empty() && before.size() == 1)
         mail.references = before;
     if (own.empty())
@@ -127,7 +127,7 @@ std::vector<MailAddress> withoutOwn(
 } // namespace
 
 OutgoingMail replyTo(std::string_view message, const MailAccountSettings& account,
-    const std::vector<MailAccountSettings>& accounts, bool toAll)
+    const std::vector<MailAccountSettings>& accounts, ReplyTo whom)
 {
     const Fields fields = fieldsOf(message);
     const std::string subject = readMessageHead(message).subject;
@@ -146,7 +146,7 @@ OutgoingMail replyTo(std::string_view message, const MailAccountSettings& accoun
         if (mail.to.empty())
             addNew(mail.to, addresses, known);
     }
-    if (toAll) {
+    if (whom == ReplyTo::all) {
         addNew(mail.to, withoutOwn(readers, accounts), known);
         addNew(mail.cc, withoutOwn(others, accounts), known);
     }

@@ -9,10 +9,12 @@
 /// is the writer's. `message` is the whole message, `account` the one that it lies in, `accounts` all of the owner's.
 namespace mervo::desk {
 
-/// To the Reply-To address, else the sender; with `toAll` also to everyone else who got it. The owner's own addresses
-/// are left out, unless the message was the owner's: then it goes to those who got it.
+enum class ReplyTo { sender, all };
+
+/// To the Reply-To address, else the sender; to `all` also to everyone else who got it. The owner's own addresses are
+/// left out, unless the message was the owner's: then it goes to those who got it.
 OutgoingMail replyTo(std::string_view message, const MailAccountSettings& account,
-    const std::vector<MailAccountSettings>& accounts, bool toAll);
+    const std::vector<MailAccountSettings>& accounts, ReplyTo whom);
 
 /// To nobody yet. The attachments go along.
 OutgoingMail forwardOf(std::string_view message, const MailAccountSettings& account);

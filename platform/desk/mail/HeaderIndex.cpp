@@ -39,9 +39,9 @@ HeaderIndex::HeaderIndex(fs::path file)
 {
 }
 
-std::shared_ptr<const MailboxSnapshot> HeaderIndex::snapshot(const fs::path& maildir, bool mayBeMissing)
+std::shared_ptr<const MailboxSnapshot> HeaderIndex::snapshot(const fs::path& maildir, WhenMissing whenMissing)
 {
-    const MaildirStamp stamp = maildirStamp(maildir, mayBeMissing);
+    const MaildirStamp stamp = maildirStamp(maildir, whenMissing);
     while (true) {
         try {
             return trySnapshot(maildir, stamp);
@@ -94,8 +94,9 @@ HeaderIndex::Known HeaderIndex::update(const fs::path& maildir)
     bool isSteady = false;
     for (int tries = 0; tries < kMostListings && !isSteady; ++tries) {
         folder.scanned = now();
-        folder.stamp = maildirStamp(maildir, true);
-        isSteady = merge.apply(maildir, listMaildir(maildir), change) && folder.stamp == maildirStamp(maildir, true);
+        folder.stamp = maildirStamp(maildir, WhenMissing::isEmpty);
+        isSteady = merge.apply(maildir, listMaildir(maildir), change)
+            && folder.stamp == maildirStamp(maildir, WhenMissing::isEmpty);
     }
     // While the folder is fresh it is listed at every call anyhow: writing that down would change nothing.
     const bool isWorthWriting =

@@ -26,7 +26,8 @@ public:
 
     /// The messages now. Throws MailError when the Maildir cannot be read; one that is missing is an error unless
     /// `mayBeMissing`, then it is empty. The same object as before while nothing changed.
-    std::shared_ptr<const MailboxSnapshot> snapshot(const std::filesystem::path& maildir, bool mayBeMissing);
+    std::shared_ptr<const MailboxSnapshot> snapshot(
+        const std::filesystem::path& maildir, WhenMissing whenMissing = WhenMissing::fails);
 
     /// Keeps what a parse of whole messages told. Failures are of no matter.
     void rememberAttachments(

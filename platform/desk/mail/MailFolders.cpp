@@ -2,6 +2,7 @@
 
 #include "platform/desk/mail/MailError.h"
 #include "platform/desk/mail/MailboxName.h"
+#include "platform/desk/mail/Maildir.h"
 #include "platform/desk/settings/Places.h"
 
 #include <algorithm>
@@ -184,6 +185,12 @@ fs::path mailFolderPath(const MailAccountSettings& account, const std::string& n
         rest.remove_prefix(slash + 1);
     }
     return account.root / (account.layout == MailLayout::maildirPlusPlus ? "." + onDisk : onDisk);
+}
+
+void createMailFolder(const MailAccountSettings& account, const fs::path& maildir)
+{
+    const bool isPlain = account.layout == MailLayout::nested || maildir == account.root;
+    createMaildir(maildir, isPlain ? MaildirKind::plain : MaildirKind::plusPlusFolder);
 }
 
 } // namespace mervo::desk

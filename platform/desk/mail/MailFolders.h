@@ -19,8 +19,8 @@ struct MailFolder {
 /// reason. Never throws.
 std::vector<MailFolder> listMailFolders(const MailAccountSettings& account);
 
-/// Throws MailError when its root is not there, or is no folder: a
-/// mistyped path must not pass for an empty account. The local account's root is made when it is needed.
+/// Throws MailError when the account's root is not there, or is no folder: a mistyped path must not pass for an empty
+/// account. The local account's root is made when it is needed.
 void requireMailRoot(const MailAccountSettings& account);
 
 /// Every Maildir at a folder and below it, hidden or not, which is what the layouts are chosen from. Never throws.
@@ -28,5 +28,8 @@ std::vector<std::filesystem::path> maildirsBelow(const std::filesystem::path& ro
 
 /// Where a mailbox of this name lies, or would lie when it is made.
 std::filesystem::path mailFolderPath(const MailAccountSettings& account, const std::string& name);
+
+/// Makes a mailbox as the account's layout has it, where it is missing. Throws MailError.
+void createMailFolder(const MailAccountSettings& account, const std::filesystem::path& maildir);
 
 } // namespace mervo::desk

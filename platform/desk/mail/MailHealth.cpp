@@ -29,13 +29,13 @@ struct MailCount {
     std::vector<std::string> damaged; // message files
 };
 
-void countMailbox(const MailFolder& folder, bool mayBeMissing, MailCount& count)
+void countMailbox(const MailFolder& folder, WhenMissing whenMissing, MailCount& count)
 {
     try {
-        maildirStamp(folder.path, mayBeMissing);
+        maildirStamp(folder.path, whenMissing);
         for (const MaildirEntry& entry : listMaildir(folder.path)) {
             ++count.messages;
-            const fs::path file = messagePath(folder.path, entry.fileName, entry.isNew);
+            const fs::path file = messagePath(folder.path, entry);
             struct stat status { };
             if (stat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0
                 || access(file.c_str(), R_OK) != 0)
@@ -80,7 +80,7 @@ Unseen unseenBy(MailAccountSettings account, const std::vector<MailFolder>& fold
         unseen.maildirs.push_back(maildir);
         unseen.byOther += isIn(others, maildir) ? 1 : 0;
         MailCount count;
-        countMailbox({"", maildir}, true, count);
+        countMailbox({"", maildir}, WhenMissing::isEmpty, count);
         unseen.messages += count.messages;
     }
     return unseen;
@@ -130,13 +130,14 @@ void examineAccount(const MailAccountSettings& account, std::vector<Finding>& fi
         return;
     }
     const std::vector<MailFolder> folders = listMailFolders(account);
+    const auto isRoot = [&](const MailFolder& folder) { return folder.path == account.root; };
     MailCount count;
     for (const MailFolder& folder : folders)
-        countMailbox(folder, account.local || folder.path == account.root, count);
+        countMailbox(folder, isRoot(folder) || account.local ? WhenMissing::isEmpty : WhenMissing::fails, count);
     const Unseen unseen = unseenBy(account, folders);
-    const auto seen = std::count_if( // the root is the inbox under both layouts
-        folders.begin(), folders.end(), [&](const MailFolder& folder) { return folder.path != account.root; });
-    std::string remedy = layoutRemedy(account, static_cast<std::size_t>(seen), unseen);
+    // The root is the inbox under both layouts.
+    const auto seen = folders.size() - static_cast<std::size_t>(std::count_if(folders.begin(), folders.end(), isRoot));
+    std::string remedy = layoutRemedy(account, seen, unseen);
     if (!count.unreadable.empty())
         remedy = "Make the folders named here readable for this user.";
     findings.push_back(makeFinding(id, label,

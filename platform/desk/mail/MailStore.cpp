@@ -44,10 +44,10 @@ void MailStore::createLocalAccount() const
         if (!account.local || fs::exists(account.root / "cur", error))
             continue;
         try {
-            createMaildir(account.root, false);
+            createMaildir(account.root);
             for (const SpecialMailbox which :
                 {SpecialMailbox::drafts, SpecialMailbox::sent, SpecialMailbox::trash, SpecialMailbox::junk})
-                createMaildir(mailFolderPath(account, specialMailbox(account, which)), true);
+                createMailFolder(account, mailFolderPath(account, specialMailbox(account, which)));
         } catch (const MailError&) {
             return;
         }
@@ -86,7 +86,7 @@ std::shared_ptr<const MailboxSnapshot> MailStore::messages(
     // An account whose root is there but was never used as a Maildir has an empty inbox.
     std::error_code error;
     const bool mayBeMissing = account.local || (maildir == account.root && fs::is_directory(maildir, error));
-    auto snapshot = index_.snapshot(maildir, mayBeMissing);
+    auto snapshot = index_.snapshot(maildir, mayBeMissing ? WhenMissing::isEmpty : WhenMissing::fails);
     last.take(snapshot);
     return snapshot;
 }
@@ -106,7 +106,7 @@ std::string MailStore::bytes(const MailboxSnapshot& mailbox, const MessageRecord
     std::string found;
     look(mailbox.maildir()).withFile(mailbox, message, [&](const MaildirEntry& file) {
         try {
-            found = readMessageFile(messagePath(mailbox.maildir(), file.fileName, file.isNew));
+            found = readMessageFile(messagePath(mailbox.maildir(), file));
             return true;
         } catch (const MessageGone&) {
             return false;
@@ -186,7 +186,7 @@ const fs::path& MailStore::trash(const MailAccountSettings& account)
     if (known.empty()) {
         requireMailRoot(account);
         fs::path found = mailFolderPath(account, specialMailbox(account, SpecialMailbox::trash));
-        createMaildir(found, account.layout == MailLayout::maildirPlusPlus && found != account.root);
+        createMailFolder(account, found);
         known = std::move(found);
     }
     return known;

@@ -52,8 +52,10 @@ bool isThere(const fs::path& path)
     return lstat(path.c_str(), &status) == 0;
 }
 
-void listFolder(const fs::path& folder, bool isNew, std::vector<MaildirEntry>& entries)
+/// Adds the message files of one part of a Maildir, "new" or "cur".
+void listPart(const fs::path& maildir, std::string_view part, std::vector<MaildirEntry>& entries)
 {
+    const fs::path folder = maildir / part;
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(folder.c_str()), closedir);
     if (!stream) {
         if (errno == ENOENT || (errno == ENOTDIR && !isThere(folder)))
@@ -70,7 +72,7 @@ void listFolder(const fs::path& folder, bool isNew, std::vector<MaildirEntry>& e
         }
         const bool maybeFile = entry->d_type == DT_REG || entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN;
         if (entry->d_name[0] != '.' && maybeFile)
-            entries.push_back({entry->d_name, isNew});
+            entries.push_back({.fileName = entry->d_name, .isNew = part == "new"});
     }
 }
 
@@ -142,12 +144,12 @@ MaildirName splitMaildirName(std::string_view fileName) noexcept
     return {fileName.substr(0, mark), fileName.substr(mark + 3)};
 }
 
-MaildirStamp maildirStamp(const fs::path& maildir, bool mayBeMissing)
+MaildirStamp maildirStamp(const fs::path& maildir, WhenMissing whenMissing)
 {
     MaildirStamp stamp;
     const bool hasNew = examine(maildir / "new", stamp.newChanged, stamp.newInode);
     const bool hasCur = examine(maildir / "cur", stamp.curChanged, stamp.curInode);
-    if (!hasNew && !hasCur && !mayBeMissing)
+    if (!hasNew && !hasCur && whenMissing == WhenMissing::fails)
         failReading(maildir, ENOENT);
     return stamp;
 }
@@ -155,23 +157,23 @@ MaildirStamp maildirStamp(const fs::path& maildir, bool mayBeMissing)
 std::vector<MaildirEntry> listMaildir(const fs::path& maildir)
 {
     std::vector<MaildirEntry> entries;
-    listFolder(maildir / "new", true, entries);
+    listPart(maildir, "new", entries);
     const std::size_t inNew = entries.size();
-    listFolder(maildir / "cur", false, entries);
+    listPart(maildir, "cur", entries);
     dropMessagesSeenTwice(entries, inNew);
     return entries;
 }
 
-fs::path messagePath(const fs::path& maildir, std::string_view fileName, bool isNew)
+fs::path messagePath(const fs::path& maildir, const MaildirEntry& entry)
 {
-    return maildir / (isNew ? "new" : "cur") / fileName;
+    return maildir / (entry.isNew ? "new" : "cur") / entry.fileName;
 }
 
 fs::path findMessage(const fs::path& maildir, std::string_view base)
 {
     for (const MaildirEntry& entry : listMaildir(maildir)) {
         if (splitMaildirName(entry.fileName).base == base)
-            return messagePath(maildir, entry.fileName, entry.isNew);
+            return messagePath(maildir, entry);
     }
     return {};
 }
@@ -186,12 +188,12 @@ std::string newMaildirBase()
     return fmt::format("{}.M{:06}P{}Q{}R{:08x}.{}", now.tv_sec, now.tv_nsec / 1000, getpid(), ++count, random, host);
 }
 
-void createMaildir(const fs::path& maildir, bool plusPlusChild)
+void createMaildir(const fs::path& maildir, MaildirKind kind)
 {
     makeFolder(maildir);
     for (const char* part : {"tmp", "new", "cur"})
         makeFolder(maildir / part);
-    if (!plusPlusChild)
+    if (kind == MaildirKind::plain)
         return;
     const fs::path marker = maildir / "maildirfolder";
     const int descriptor = open(marker.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);

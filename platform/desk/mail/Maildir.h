@@ -28,8 +28,11 @@ struct MaildirStamp {
     auto operator<=>(const MaildirStamp&) const = default;
 };
 
-/// Throws MailError when cur or new cannot be examined, or when neither is there and `mayBeMissing` is false.
-MaildirStamp maildirStamp(const std::filesystem::path& maildir, bool mayBeMissing);
+/// What a Maildir that is not there is taken for.
+enum class WhenMissing { fails, isEmpty };
+
+/// Throws MailError when cur or new cannot be examined.
+MaildirStamp maildirStamp(const std::filesystem::path& maildir, WhenMissing whenMissing);
 
 struct MaildirEntry {
     std::string fileName; ///< with flags
@@ -40,7 +43,7 @@ struct MaildirEntry {
 /// given once. Hidden files and folders are left out. Throws MailError when a folder cannot be read.
 std::vector<MaildirEntry> listMaildir(const std::filesystem::path& maildir);
 
-std::filesystem::path messagePath(const std::filesystem::path& maildir, std::string_view fileName, bool isNew);
+std::filesystem::path messagePath(const std::filesystem::path& maildir, const MaildirEntry& entry);
 
 /// The file of the message with this base, wherever it went within its Maildir; empty when it is gone.
 std::filesystem::path findMessage(const std::filesystem::path& maildir, std::string_view base);
@@ -49,9 +52,11 @@ std::filesystem::path findMessage(const std::filesystem::path& maildir, std::str
 /// rules.
 std::string newMaildirBase();
 
-/// Makes the folder with its cur, new and tmp where they are missing; `plusPlusChild` adds the marker file of a
-/// sub-folder. Throws MailError.
-void createMaildir(const std::filesystem::path& maildir, bool plusPlusChild);
+/// A sub-folder of a Maildir++ has a marker file beside cur.
+enum class MaildirKind { plain, plusPlusFolder };
+
+/// Makes the folder with its cur, new and tmp where they are missing. Throws MailError.
+void createMaildir(const std::filesystem::path& maildir, MaildirKind kind = MaildirKind::plain);
 
 /// A message on its way into a Maildir: written to tmp by `write` (which gets the descriptor and may throw) and synced
 /// to disk. It goes away again unless it is committed. Throws MailError.

@@ -19,18 +19,19 @@ public:
     {
     }
 
-    void set(char letter, bool on)
+    void remove(char letter) { std::erase(letters_, letter); }
+    void add(char letter)
     {
-        if (letter == 0)
-            return;
-        std::erase(letters_, letter);
-        if (on)
+        if (letter != 0)
             letters_ += letter;
     }
     void set(char letter, std::optional<bool> on)
     {
-        if (on)
-            set(letter, *on);
+        if (!on)
+            return;
+        remove(letter);
+        if (*on)
+            add(letter);
     }
     std::string info()
     {
@@ -147,18 +148,18 @@ std::string translatedInfo(
     Letters letters(info);
     for (const char letter : old) {
         if (isKeyword(letter))
-            letters.set(letter, false);
+            letters.remove(letter);
     }
     for (const char letter : old) {
         const std::string_view keyword = from.keyword(letter);
         if (keyword.empty() || (to.letter(keyword) == 0 && !to.keyword('z').empty()))
             continue;
         to.add(destination, std::array{keyword});
-        letters.set(to.letter(keyword), true);
+        letters.add(to.letter(keyword));
     }
     for (const char letter : old) { // no keywords of Dovecot's: they stay where they would not mean one
         if (isKeyword(letter) && from.keyword(letter).empty() && to.keyword(letter).empty())
-            letters.set(letter, true);
+            letters.add(letter);
     }
     return letters.info();
 }

@@ -79,7 +79,7 @@ std::optional<MaildirEntry> copyAcross(const fs::path& source, const fs::path& d
             return std::nullopt;
         fail("taken out of", source.parent_path(), error);
     }
-    return MaildirEntry{copy.filename().native(), false};
+    return MaildirEntry{.fileName = copy.filename().native()};
 }
 
 /// Whether a rename that found something missing missed the message itself. The folder is asked, since the message may
@@ -95,7 +95,7 @@ bool mend(const fs::path& maildir)
     std::error_code error;
     if (!fs::is_directory(maildir, error))
         return false;
-    createMaildir(maildir, false);
+    createMaildir(maildir);
     return true;
 }
 
@@ -103,9 +103,9 @@ bool mend(const fs::path& maildir)
 
 std::optional<MaildirEntry> renameMessage(const fs::path& maildir, const MaildirEntry& message, std::string_view info)
 {
-    MaildirEntry changed{fmt::format("{}:2,{}", splitMaildirName(message.fileName).base, info), false};
-    const fs::path source = messagePath(maildir, message.fileName, message.isNew);
-    const int error = renameTo(source, messagePath(maildir, changed.fileName, false));
+    MaildirEntry changed{.fileName = fmt::format("{}:2,{}", splitMaildirName(message.fileName).base, info)};
+    const fs::path source = messagePath(maildir, message);
+    const int error = renameTo(source, messagePath(maildir, changed));
     if (error == 0)
         return changed;
     if (error == ENOENT && isMessageMissing(maildir))
@@ -116,11 +116,11 @@ std::optional<MaildirEntry> renameMessage(const fs::path& maildir, const Maildir
 std::optional<MaildirEntry> moveMessage(
     const fs::path& maildir, const MaildirEntry& message, const fs::path& destination, std::string_view info)
 {
-    const fs::path source = messagePath(maildir, message.fileName, message.isNew);
+    const fs::path source = messagePath(maildir, message);
     int error = 0;
     for (int tries = 0; tries < kMostBases; ++tries) {
-        MaildirEntry moved{fmt::format("{}:2,{}", newMaildirBase(), info), false};
-        error = renameTo(source, messagePath(destination, moved.fileName, false));
+        MaildirEntry moved{.fileName = fmt::format("{}:2,{}", newMaildirBase(), info)};
+        error = renameTo(source, messagePath(destination, moved));
         if (error == 0)
             return moved;
         if (error == EXDEV)
@@ -136,7 +136,7 @@ std::optional<MaildirEntry> moveMessage(
 
 bool removeMessage(const fs::path& maildir, const MaildirEntry& message)
 {
-    if (unlink(messagePath(maildir, message.fileName, message.isNew).c_str()) == 0)
+    if (unlink(messagePath(maildir, message).c_str()) == 0)
         return true;
     if (errno == ENOENT)
         return false;

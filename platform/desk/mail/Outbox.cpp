@@ -88,7 +88,7 @@ fs::path Outbox::specialMaildir(const MailAccountSettings& account, SpecialMailb
 {
     requireMailRoot(account);
     fs::path maildir = mailFolderPath(account, specialMailbox(account, which));
-    createMaildir(maildir, account.layout == MailLayout::maildirPlusPlus && maildir != account.root);
+    createMailFolder(account, maildir);
     return maildir;
 }
 

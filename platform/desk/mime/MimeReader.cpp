@@ -104,8 +104,10 @@ Part readAlternative(GMimeMultipart* multipart)
     return best;
 }
 
-Part readSequence(GMimeMultipart* multipart, bool isPage)
+/// The parts one after the other; of a page (multipart/related) the first is the text.
+Part readSequence(GMimeMultipart* multipart)
 {
+    const bool isPage = typeName(GMIME_OBJECT(multipart)) == "multipart/related";
     Part all;
     for (int i = 0; i < g_mime_multipart_get_count(multipart); ++i) {
         Part child =
@@ -126,10 +128,8 @@ Part readObject(GMimeObject* object, Place place)
     if (object == nullptr)
         return {};
     if (GMIME_IS_MULTIPART(object)) {
-        const std::string type = typeName(object);
         GMimeMultipart* multipart = GMIME_MULTIPART(object);
-        return type == "multipart/alternative" ? readAlternative(multipart)
-                                               : readSequence(multipart, type == "multipart/related");
+        return typeName(object) == "multipart/alternative" ? readAlternative(multipart) : readSequence(multipart);
     }
     return GMIME_IS_PART(object) ? readLeaf(GMIME_PART(object), place) : Part{};
 }

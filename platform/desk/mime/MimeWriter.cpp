@@ -125,7 +125,7 @@ void addAddresses(GMimeMessage* message, GMimeAddressType type, const std::vecto
 }
 
 /// A header of Message-IDs, folded where it has to be.
-void setIdentifiers(GMimeMessage* message, const char* name, const std::vector<std::string>& ids)
+void setMessageIds(GMimeMessage* message, const char* name, const std::vector<std::string>& ids)
 {
     std::string value;
     for (const std::string& id : ids)
@@ -153,9 +153,9 @@ Owned<GMimeMessage> compose(const MimeDraft& draft, const std::string& text)
     g_mime_message_set_subject(message.get(), draft.subject.c_str(), "utf-8");
     g_mime_object_set_header(GMIME_OBJECT(message.get()), "Date", draft.date.c_str(), nullptr);
     g_mime_message_set_message_id(message.get(), draft.messageId.c_str());
-    setIdentifiers(message.get(), "In-Reply-To",
+    setMessageIds(message.get(), "In-Reply-To",
         draft.inReplyTo.empty() ? std::vector<std::string>() : std::vector{draft.inReplyTo});
-    setIdentifiers(message.get(), "References", draft.references);
+    setMessageIds(message.get(), "References", draft.references);
     const Owned<GMimePart> body = textPart(text);
     const Owned<GMimeMessage> original = draft.forwarded.empty() ? nullptr : parsedMessage(draft.forwarded);
     if (draft.attachments.empty() && (!original || attachedObjects(original.get()).empty())) {

@@ -181,11 +181,11 @@ Value MailApplication::answer(const applescript::CommandCall& call)
         refuse("Only a message can be answered or forwarded.");
     const std::string bytes = message->bytes();
     const bool isForward = call.command == MailTerm::forward;
-    OutgoingMail begun = isForward
-        ? forwardOf(bytes, message->account())
-        : replyTo(bytes, message->account(), store().accounts(), call.flag(MailTerm::replyToAll, false));
+    const ReplyTo whom = call.flag(MailTerm::replyToAll, false) ? ReplyTo::all : ReplyTo::sender;
+    OutgoingMail begun =
+        isForward ? forwardOf(bytes, message->account()) : replyTo(bytes, message->account(), store().accounts(), whom);
     return add(makeRef<OutgoingObject>(*this, static_cast<std::int64_t>(outgoing_.size()) + 1, std::move(begun),
-        MailOrigin{Ref<MessageObject>(message), isForward}));
+        MailOrigin{.message = Ref<MessageObject>(message), .isForward = isForward}));
 }
 
 Value MailApplication::add(Ref<OutgoingObject> message)

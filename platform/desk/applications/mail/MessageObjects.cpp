@@ -322,10 +322,8 @@ void MessageObject::set(TermId property, const Value& value)
     inScriptTerms([&] { store().change(*list_->snapshot, *header_, *change); });
 }
 
-void MessageObject::wasAnswered(bool byForward) noexcept
+void MessageObject::mark(const FlagChange& change) noexcept
 {
-    FlagChange change;
-    (byForward ? change.passed : change.replied) = true;
     try {
         store().change(*list_->snapshot, *header_, change);
     } catch (const std::exception& error) {

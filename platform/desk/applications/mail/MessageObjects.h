@@ -47,8 +47,8 @@ public:
     /// The whole message. Throws -1728 when it is gone.
     std::string bytes();
     const MailAccountSettings& account() const noexcept { return list_->mailbox->account(); }
-    /// Marks it as answered or passed on. A message that cannot be marked stays as it is: what was sent was sent.
-    void wasAnswered(bool byForward) noexcept;
+    /// Marks it as answered or passed on. One that cannot be marked stays as it is: what was sent was sent.
+    void mark(const FlagChange& change) noexcept;
     void moveTo(const MailboxObject& destination);
     /// Into the trash, or out of it for good.
     void remove();

@@ -186,7 +186,7 @@ void OutgoingObject::send()
     if (const std::filesystem::path before = std::exchange(saved_, {}); !before.empty())
         unlink(before.c_str());
     if (origin_.message)
-        origin_.message->wasAnswered(origin_.isForward);
+        origin_.message->mark(origin_.isForward ? FlagChange{.passed = true} : FlagChange{.replied = true});
 }
 
 OutgoingPart::OutgoingPart(Ref<OutgoingObject> message, TermId partClass, std::size_t index)

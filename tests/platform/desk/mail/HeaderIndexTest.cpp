@@ -21,7 +21,7 @@ constexpr std::int64_t kNewest = 1'700'000'000;
 
 class HeaderIndexTest : public testing::Test {
 protected:
-    HeaderIndexTest() { createMaildir(maildir_, false); }
+    HeaderIndexTest() { createMaildir(maildir_); }
 
     /// A message that gets older with its number.
     void put(const std::string& name, int number, const std::string& subject)
@@ -52,7 +52,7 @@ protected:
     std::vector<std::string> seenByAnotherProcess() const
     {
         HeaderIndex index(file_);
-        return shown(*index.snapshot(maildir_, false));
+        return shown(*index.snapshot(maildir_));
     }
 
     test::TempDir dir_;
@@ -67,19 +67,19 @@ TEST_F(HeaderIndexTest, showsWhatOtherProgramsDidMeanwhile)
     put("new/b", 2, "B");
     settle();
     HeaderIndex index(file_);
-    const auto first = index.snapshot(maildir_, false);
+    const auto first = index.snapshot(maildir_);
     EXPECT_THAT(shown(*first), ElementsAre("A seen", "B"));
-    EXPECT_EQ(index.snapshot(maildir_, false), first) << "nothing changed";
+    EXPECT_EQ(index.snapshot(maildir_), first) << "nothing changed";
 
     put("new/c", 0, "C");
     fs::rename(maildir_ / "new/b", maildir_ / "cur/b:2,RS");
-    const auto second = index.snapshot(maildir_, false);
+    const auto second = index.snapshot(maildir_);
     EXPECT_THAT(shown(*second), ElementsAre("C", "A seen", "B seen"));
     EXPECT_THAT(seenByAnotherProcess(), ElementsAre("C", "A seen", "B seen"));
     EXPECT_EQ(second->withBase("b")->id(), first->withBase("b")->id()) << "an id stays with its message";
 
     fs::remove(maildir_ / "cur/a:2,S");
-    EXPECT_THAT(shown(*index.snapshot(maildir_, false)), ElementsAre("C", "B seen"));
+    EXPECT_THAT(shown(*index.snapshot(maildir_)), ElementsAre("C", "B seen"));
     EXPECT_THAT(shown(*first), ElementsAre("A seen", "B")) << "a snapshot never changes";
     EXPECT_THAT(seenByAnotherProcess(), ElementsAre("C", "B seen"));
 }
@@ -88,13 +88,13 @@ TEST_F(HeaderIndexTest, doesNotTrustATimeThatALaterChangeCouldShare)
 {
     put("cur/a:2,", 1, "A");
     HeaderIndex index(file_);
-    ASSERT_THAT(shown(*index.snapshot(maildir_, false)), ElementsAre("A"));
+    ASSERT_THAT(shown(*index.snapshot(maildir_)), ElementsAre("A"));
     struct stat before { };
     ASSERT_EQ(stat((maildir_ / "cur").c_str(), &before), 0);
     put("cur/b:2,", 2, "B");
     const timespec times[2] = {before.st_atim, before.st_mtim}; // a coarse clock
     ASSERT_EQ(utimensat(AT_FDCWD, (maildir_ / "cur").c_str(), times, 0), 0);
-    EXPECT_THAT(shown(*index.snapshot(maildir_, false)), ElementsAre("A", "B"));
+    EXPECT_THAT(shown(*index.snapshot(maildir_)), ElementsAre("A", "B"));
     EXPECT_THAT(seenByAnotherProcess(), ElementsAre("A", "B"));
 }
 
@@ -138,10 +138,10 @@ TEST_F(HeaderIndexTest, isNotNeeded)
     put("cur/a:2,S", 1, "A");
     test::writeFile(dir_ / "cache", "a file where the cache folder should be");
     HeaderIndex index(file_);
-    const auto first = index.snapshot(maildir_, false);
+    const auto first = index.snapshot(maildir_);
     EXPECT_THAT(shown(*first), ElementsAre("A seen"));
     put("new/b", 2, "B");
-    const auto second = index.snapshot(maildir_, false);
+    const auto second = index.snapshot(maildir_);
     EXPECT_THAT(shown(*second), ElementsAre("A seen", "B"));
     EXPECT_EQ(first->messages()[0].id(), second->messages()[0].id());
 }
@@ -162,7 +162,7 @@ TEST_F(HeaderIndexTest, isSafeWithSeveralProcessesAtOnce)
                 if (round == 10 && child == 0)
                     test::writeFile(file_, "damaged under the feet of the others, who may have it open just now");
                 HeaderIndex index(file_);
-                const auto now = index.snapshot(maildir_, false);
+                const auto now = index.snapshot(maildir_);
                 good = now->withBase(name.substr(4)) != nullptr
                     && now->messages().size() >= 300U + static_cast<std::size_t>(round);
             }
@@ -176,7 +176,7 @@ TEST_F(HeaderIndexTest, isSafeWithSeveralProcessesAtOnce)
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     }
     HeaderIndex index(file_);
-    const auto now = index.snapshot(maildir_, false);
+    const auto now = index.snapshot(maildir_);
     std::set<std::uint32_t> ids;
     for (const MessageRecord& header : now->messages())
         ids.insert(header.id());
@@ -189,7 +189,7 @@ TEST_F(HeaderIndexTest, saysWhichFolderCannotBeReadAndWhy)
     HeaderIndex index(file_);
     const auto complaint = [&](const fs::path& maildir) -> std::string {
         try {
-            index.snapshot(maildir, false);
+            index.snapshot(maildir);
         } catch (const MailError& error) {
             return error.what();
         }
@@ -198,8 +198,8 @@ TEST_F(HeaderIndexTest, saysWhichFolderCannotBeReadAndWhy)
     EXPECT_THAT(complaint(dir_ / "nowhere"), HasSubstr("nowhere cannot be read: No such file"));
     test::writeFile(dir_ / "odd/cur", "a file");
     EXPECT_THAT(complaint(dir_ / "odd"), HasSubstr("odd/cur cannot be read: Not a directory"));
-    EXPECT_THAT(shown(*index.snapshot(dir_ / "nowhere", true)), IsEmpty());
-    ASSERT_THAT(shown(*index.snapshot(maildir_, false)), IsEmpty());
+    EXPECT_THAT(shown(*index.snapshot(dir_ / "nowhere", WhenMissing::isEmpty)), IsEmpty());
+    ASSERT_THAT(shown(*index.snapshot(maildir_)), IsEmpty());
     fs::remove_all(maildir_);
     EXPECT_THAT(complaint(maildir_), HasSubstr("cannot be read"));
 }
@@ -214,7 +214,7 @@ TEST_F(HeaderIndexTest, givesEveryFileItsSizeDateAndName)
     ASSERT_EQ(mkfifo((maildir_ / "cur/pipe").c_str(), 0600), 0);
     fs::create_symlink("nowhere", maildir_ / "cur/dangling");
     HeaderIndex index(file_);
-    const auto now = index.snapshot(maildir_, false);
+    const auto now = index.snapshot(maildir_);
     EXPECT_EQ(now->messages().size(), 5U);
     EXPECT_EQ(now->withBase("huge")->size(), 3'000'006U);
     EXPECT_EQ(now->withBase("long")->subject(), "far down");

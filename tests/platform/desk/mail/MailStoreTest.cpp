@@ -15,7 +15,7 @@ class MailStoreTest : public testing::Test {
 protected:
     void deliver(int count)
     {
-        createMaildir(account().root, false);
+        createMaildir(account().root);
         for (int i = 0; i < count; ++i)
             test::writeFile(account().root / "cur" / (std::to_string(i) + ".x:2,"), "Subject: x\n\n");
     }

@@ -87,7 +87,7 @@ TEST(MailFolders, standInboxFirstAndParentsBeforeChildren)
     MailAccountSettings account;
     account.root = dir / "plus";
     for (const char* folder : {"", ".Work", ".Work.A", ".Work-old", ".Entw&APw-rfe", ".Lists.Only.Child"})
-        createMaildir(account.root / folder, false);
+        createMaildir(account.root / folder);
     fs::create_directories(account.root / ".git" / "objects"); // no mailbox
     test::writeFile(account.root / ".Broken" / "cur", "a file where a folder should be");
     test::writeFile(account.root / ".notes", "a file");
@@ -99,7 +99,7 @@ TEST(MailFolders, standInboxFirstAndParentsBeforeChildren)
     account.root = dir / "nested";
     account.layout = MailLayout::nested;
     for (const char* folder : {"INBOX", "Work/A", "Work/A/B", "Archive"})
-        createMaildir(account.root / folder, false);
+        createMaildir(account.root / folder);
     fs::create_directory_symlink(account.root, account.root / "Archive" / "loop");
     EXPECT_THAT(names(account), ElementsAre("INBOX", "Archive", "Work/A", "Work/A/B"));
 
@@ -111,7 +111,7 @@ TEST(MailFolders, standInboxFirstAndParentsBeforeChildren)
 TEST(Maildir, deliversWholeOrNotAtAll)
 {
     const test::TempDir dir;
-    createMaildir(dir / "m", true);
+    createMaildir(dir / "m", MaildirKind::plusPlusFolder);
     const fs::path delivered =
         deliverToMaildir(dir / "m", "DS", [](int descriptor) { ASSERT_EQ(write(descriptor, "x", 1), 1); });
     EXPECT_THAT(delivered.filename().string(), HasSubstr(":2,DS"));
@@ -130,7 +130,7 @@ TEST(Maildir, deliversWholeOrNotAtAll)
 TEST(Maildir, listsFilesWithAnyNameAndSeesAMovingMessageOnce)
 {
     const test::TempDir dir;
-    createMaildir(dir / "m", false);
+    createMaildir(dir / "m");
     for (const char* name : {"cur/1:2,S", "new/1", "new/2", "cur/\xFF\xFE odd:2,", "cur/.hidden"})
         test::writeFile(dir / "m" / name, "x");
     fs::create_directory(dir / "m" / "cur" / "folder");
