@@ -1,12 +1,14 @@
 #pragma once
 
+#include "platform/applescript/evaluator/Applications.h"
+#include "platform/applescript/evaluator/Elements.h"
+#include "platform/applescript/evaluator/Found.h"
+#include "platform/applescript/evaluator/Frame.h"
+#include "platform/applescript/evaluator/SpecifierWriter.h"
+#include "platform/applescript/evaluator/TextSettings.h"
 #include "platform/applescript/syntax/SyntaxTree.h"
-#include "platform/applescript/values/Application.h"
-#include "platform/applescript/values/Limits.h"
 #include "platform/applescript/values/List.h"
 #include "platform/applescript/values/Reference.h"
-#include "platform/applescript/values/Text.h"
-#include "platform/applescript/values/TextRules.h"
 
 #include <functional>
 #include <optional>
@@ -21,6 +23,9 @@ namespace mervo::applescript {
 /// it is one question to the application. Time is bounded by whoever calls; memory and depth by Limits, of which the
 /// caller sets up a Scope. Throws ScriptError, placed in the source. The script and the registry must outlive it, and
 /// values that it gave must not be used after it.
+///
+/// What needs no more than values stands in files of its own: Operators, Elements, Properties, SpecifierWriter. Here
+/// is what needs the variables, the target of the `tell`, or what is being filtered.
 class Evaluator {
 public:
     using Log = std::function<void(const std::string&)>;
@@ -28,60 +33,20 @@ public:
     Evaluator(const Script& script, ApplicationRegistry& registry, Log log);
     Evaluator(const Evaluator&) = delete;
     Evaluator& operator=(const Evaluator&) = delete;
-    ~Evaluator();
 
     /// Runs the run handler. The result, fetched; none where there is none.
     Value run(const std::vector<std::string>& arguments);
 
 private:
     enum class Flow { normal, exitRepeat, returned };
-    enum class Access { get, set };
+    class PartReference;
 
-    /// The candidates of a filter, with the properties that its condition has asked for so far.
-    struct Filter {
-        Ref<Object> parent;
-        const ClassTerm* elementClass = nullptr;
-        Value candidates;
-        std::size_t index = 0;
-        std::vector<std::pair<TermId, Value>> columns;
-        std::vector<std::pair<const Expr*, Value>> outside; // what has been computed once for all candidates
-    };
+    // Evaluator.cpp: calls of handlers.
+    Value call(const CallExpr& expr);
+    Value invoke(const Handler& handler, std::vector<Value> arguments);
+    void bindPattern(const Expr& pattern, const Value& value);
 
-    struct Frame {
-        std::vector<Value> locals;
-        Value it;
-        Value result;
-        Value returned;
-        Filter* filter = nullptr; // set while `it` is a candidate
-    };
-
-    /// What a reference leads to: one value, a list that stands for many objects, or the elements of one class of
-    /// one object, all or a range of them, not fetched.
-    struct Found {
-        struct Range {
-            std::size_t first = 0;
-            std::size_t count = 0;
-        };
-
-        Value value;
-        bool isMany = false;
-        Ref<Object> parent;
-        const ClassTerm* every = nullptr;
-        std::optional<Range> range = {};
-    };
-
-    struct Keys {
-        Value first;
-        Value last;
-    };
-
-    enum class Unit { character, word, paragraph, textItem };
-
-    friend class PartReference;
-    friend class VariableReference;
-    friend class ElementReference;
-
-    // Evaluator.cpp: statements and handlers.
+    // EvaluatorStatements.cpp
     Flow execute(const Block& block);
     Flow execute(const Statement& statement);
     Flow executeUnplaced(const Statement& statement);
@@ -96,75 +61,58 @@ private:
     Flow executeTimeout(const TimeoutStatement& statement);
     [[noreturn]] void raise(const ErrorStatement& statement);
     void bindError(const TryStatement& statement, const ScriptError& error);
-    Value call(const CallExpr& expr);
-    Value invoke(const Handler& handler, std::vector<Value> arguments);
-    void bindPattern(const Expr& pattern, const Value& value);
 
-    // EvaluatorExpressions.cpp: values and operators.
+    // EvaluatorExpressions.cpp
     Value evaluate(const Expr& expr);
     Value operand(const Expr& expr) { return dereferenced(evaluate(expr)); }
     bool condition(const Expr& expr);
     Value& slot(const VariableUse& use) { return use.isGlobal ? globals_[use.slot] : frame_->locals[use.slot]; }
+    Value* globalNamed(Symbol name);
     const Value& variable(const VariableUse& use, Place place);
+    Value evaluateTarget(const TargetExpr& expr);
+    Value evaluateApplication(const ApplicationExpr& expr);
+    Value evaluateDate(const DateExpr& expr);
     Value evaluateList(const ListExpr& expr);
     Value evaluateRecord(const RecordExpr& expr);
     Value evaluateUnary(const Unary& expr);
     Value evaluateBinary(const Binary& expr);
     Value evaluateConcat(const Concat& expr);
-    Value concatenated(const Value& left, const Value& right, bool mayAppend);
-    Value arithmetic(BinaryOp op, const Value& left, const Value& right);
-    Value dateArithmetic(BinaryOp op, const Value& left, const Value& right);
-    bool compare(BinaryOp op, const Value& left, const Value& right);
-    bool holds(const Value& whole, const Value& part);
-    bool holdsAtEdge(const Value& whole, const Value& part, bool atStart);
-    const std::string& joiner();
     Value fastItem(const ElementExpr& expr);
     Value referenceTo(const ReferenceTo& expr);
 
-    // EvaluatorReferences.cpp: properties and elements.
+    // EvaluatorReferences.cpp: what a reference leads to, and properties.
     Found find(const Expr& expr);
-    Found container(const ExprPtr& expr);
+    Found ownerOf(const ExprPtr& written);
+    Found container(const ExprPtr& written);
     Value fetched(Found found);
     std::size_t countOf(const Found& found);
     Found findProperty(const PropertyExpr& expr);
+    Found propertyOfEvery(Found owner, const PropertyExpr& expr);
     Found propertyOfMany(const Value& list, const PropertyExpr& expr);
     Value propertyOf(const Value& owner, const PropertyExpr& expr);
     Value objectProperty(Object& object, const PropertyExpr& expr);
     Value allProperties(Object& object);
-    const PropertyTerm* propertyTerm(const Object& object, const PropertyExpr& expr) const;
-    Found findElement(const ElementExpr& expr);
+    Value applicationProperty(const Value& owner, const PropertyExpr& expr);
+    Value referenceToPart(const Expr& part);
+
+    // EvaluatorElements.cpp
     Keys keysOf(const ElementExpr& expr);
+    Found findElement(const ElementExpr& expr);
+    Value elementById(const ElementExpr& expr);
     Found elementOf(const Value& owner, const ElementExpr& expr, const Keys& keys);
     Found elementOfMany(const Value& list, const ElementExpr& expr, const Keys& keys);
     Found objectElement(const Ref<Object>& owner, const ElementExpr& expr, const Keys& keys);
-    Value singleElement(const Ref<Object>& owner, const ClassTerm& term, const ElementExpr& expr, const Keys& keys);
-    const ClassTerm* elementClass(const Object& owner, const ElementExpr& expr) const;
+    Value textElement(const Value& owner, const ElementExpr& expr, const Keys& keys);
+    Value textRange(const Value& owner, const ElementExpr& expr, const Keys& keys);
+    TextRange pieceOf(const Value& owner, const ElementExpr& bound);
     [[noreturn]] void failElement(int number, const ElementExpr& expr, const Keys& keys, const Value& owner);
 
     // EvaluatorFilters.cpp
     Found findFilter(const FilterExpr& expr);
     Found filtered(const Ref<Object>& owner, const FilterExpr& expr);
+    Ref<List> matchesOf(const Ref<Object>& owner, const ClassTerm& elements, const Expr& holds, std::size_t most);
     Value column(const PropertyExpr& expr);
     Value onceForAll(const Expr& expr);
-
-    // EvaluatorProperties.cpp: of the language's own values.
-    Value languageProperty(const Value& owner, const PropertyExpr& expr);
-    Value textProperty(const Value& owner, const PropertyExpr& expr);
-    Value listProperty(const Value& owner, const PropertyExpr& expr);
-    Value dateProperty(const Value& owner, const PropertyExpr& expr);
-    Value applicationProperty(const Value& owner, const PropertyExpr& expr);
-    [[noreturn]] void failProperty(const Value& owner, const PropertyExpr& expr);
-    bool setDateProperty(Date& date, LanguageProperty property, const Value& value);
-    void setDelimiters(const Value& value);
-
-    // EvaluatorElements.cpp: of texts and lists.
-    Value textElement(const Value& owner, const ElementExpr& expr, const Keys& keys);
-    Value textRange(const Value& owner, const ElementExpr& expr, const Keys& keys);
-    TextRange boundOf(const Value& owner, const ElementExpr& expr, const Expr& key, const Value& value, bool isFirst);
-    Value listElement(const Value& owner, const ElementExpr& expr, const Keys& keys);
-    Value elementById(const ElementExpr& expr, const Keys& keys);
-    const std::vector<TextRange>& pieces(const Value& owner, Unit unit);
-    std::optional<std::size_t> position(const ElementExpr& expr, const Value& key, std::size_t count) const;
 
     // EvaluatorAssignment.cpp
     void assign(const Expr& target, const Value& value);
@@ -174,97 +122,43 @@ private:
     void setObjectProperty(Object& object, const PropertyExpr& target, const Value& value);
     void assignElement(const ElementExpr& target, const Value& value);
     void assignInsertion(const InsertionExpr& target, const Value& value);
-    [[noreturn]] void failSet(const std::string& specifier, const Value& value);
 
-    // EvaluatorCommands.cpp
+    // EvaluatorCommands.cpp: of the language.
     Value command(const CommandExpr& expr);
     Value count(const CommandExpr& expr);
     bool exists(const CommandExpr& expr);
+    bool isThere(const Found& found);
     Value offset(const CommandExpr& expr);
     Value round(const CommandExpr& expr);
     Value randomNumber(const CommandExpr& expr);
-    void delay(double seconds);
+    Value argument(const Expr& expr);
+    static const Expr* labelled(const CommandExpr& expr, const char* label);
+
+    // EvaluatorApplications.cpp: commands to applications and their objects.
+    Ref<Object> targetObject();
+    Saving saving(const CommandExpr& expr);
     Value applicationCommand(const CommandExpr& expr);
+    Insertion insertion(const Expr& expr);
+    Insertion placeOf(const Expr& anchor);
     Value make(const CommandExpr& expr);
     Value forEachObject(const CommandExpr& expr);
+    Value forOneObject(LanguageCommand command, const Value& value, const std::optional<Insertion>& place, Saving how);
     Value dictionaryCommand(const CommandExpr& expr);
-    Insertion insertion(const Expr& expr);
-    Value argument(const Expr& expr);
-    const Expr* labelled(const CommandExpr& expr, const char* label) const;
-    Saving saving(const CommandExpr& expr);
 
-    // EvaluatorApplications.cpp: every question to an application goes through `ask`.
-    template <typename Question>
-    auto ask(Application& application, Question&& question);
-    template <typename Question, typename Specifier>
-    auto ask(Application& application, Question&& question, Specifier&& specifier);
-    void beginQuestion(Application& application);
-    void endQuestion(Application& application);
-    void explain(ScriptError& error, Application& application, const std::string& specifier) const;
-    ApplicationRegistry::Entry& entryOf(const Value& application);
-    Application& launched(ApplicationRegistry::Entry& entry);
-    Ref<Object> rootOf(const Value& application);
-    Ref<Object> targetObject();
-
-    // EvaluatorSpecifiers.cpp: how references are written in messages.
-    std::string describe(const PropertyExpr& expr, const Value& owner);
-    std::string describe(const ElementExpr& expr, const Keys& keys, const Value& owner);
-    std::string describePart(const ElementExpr& expr, const Keys& keys);
-    std::string describeOwner(const ExprPtr& expr, const Value& owner);
-    std::string describeCondition(const Expr& expr);
-    std::string describeChain(const Expr& expr);
-
+    /// Lists that hold themselves are freed once everything else is gone.
+    struct Leftovers {
+        Leftovers() = default;
+        Leftovers(const Leftovers&) = delete;
+        Leftovers& operator=(const Leftovers&) = delete;
+        ~Leftovers();
+    } leftovers_;
     const Script& script_;
-    ApplicationRegistry& registry_;
     Log log_;
+    Applications applications_;
+    SpecifierWriter writer_;
+    TextSettings texts_;
     std::vector<Value> globals_;
     Frame* frame_ = nullptr;
-    TextRules rules_;
-    Value delimiters_;
-    std::vector<Ref<Text>> delimiterTexts_;
-    std::string joiner_;
-    std::optional<double> timeout_;
-    std::optional<std::chrono::steady_clock::time_point> deadline_;
-    // The last text that was taken apart: loops over `word i of s` ask for the same one again.
-    struct {
-        Ref<Text> text;
-        Unit unit = Unit::word;
-        TextRules rules;
-        std::vector<TextRange> ranges;
-    } pieces_;
 };
-
-/// The question, with what goes wrong explained in the application's name.
-template <typename Question, typename Specifier>
-auto Evaluator::ask(Application& application, Question&& question, Specifier&& specifier)
-{
-    Limits::glance();
-    try {
-        beginQuestion(application);
-        if constexpr (std::is_void_v<decltype(question())>) {
-            question();
-            endQuestion(application);
-        } else {
-            auto answer = question();
-            endQuestion(application);
-            return answer;
-        }
-    } catch (ScriptError& error) {
-        explain(error, application, error.message.empty() ? specifier() : std::string());
-        throw;
-    } catch (const std::bad_alloc&) {
-        throw ScriptError::outOfMemory();
-    } catch (const std::exception&) {
-        ScriptError error(ErrorNumber::handlerFailed);
-        explain(error, application, {});
-        throw error;
-    }
-}
-
-template <typename Question>
-auto Evaluator::ask(Application& application, Question&& question)
-{
-    return ask(application, std::forward<Question>(question), [] { return std::string(); });
-}
 
 } // namespace mervo::applescript

@@ -1,84 +1,43 @@
+#include "platform/applescript/evaluator/DictionaryTerms.h"
 #include "platform/applescript/evaluator/Evaluator.h"
-#include "platform/applescript/values/Coercion.h"
 #include "platform/applescript/values/Display.h"
 #include "platform/applescript/values/Limits.h"
-#include "platform/applescript/values/StandardErrors.h"
+#include "platform/applescript/values/List.h"
+#include "platform/applescript/values/Reference.h"
 
 namespace mervo::applescript {
 
-/// Gives a question to an application the time that `with timeout` allows.
-void Evaluator::beginQuestion(Application& application)
+namespace {
+
+Insertion::Where whereOf(InsertionExpr::Where where)
 {
-    using namespace std::chrono;
-    deadline_.reset();
-    if (timeout_ && *timeout_ < 1e9) {
-        deadline_ =
-            steady_clock::now() + duration_cast<steady_clock::duration>(duration<double>(std::max(*timeout_, 0.0)));
+    switch (where) {
+    case InsertionExpr::Where::beginning:
+        return Insertion::Where::beginning;
+    case InsertionExpr::Where::end:
+        return Insertion::Where::end;
+    case InsertionExpr::Where::before:
+        return Insertion::Where::before;
+    case InsertionExpr::Where::after:
+        return Insertion::Where::after;
     }
-    application.setDeadline(deadline_);
+    return Insertion::Where::into;
 }
 
-void Evaluator::endQuestion(Application&)
+/// The properties that something new is given, in the order written.
+std::vector<std::pair<TermId, Value>> propertiesOf(const CommandExpr& expr, const Record& written)
 {
-    if (deadline_ && std::chrono::steady_clock::now() > *deadline_)
-        throw ScriptError(ErrorNumber::timedOut);
-}
-
-/// Gives an error its standard words where it has none, and the application's name in front.
-void Evaluator::explain(ScriptError& error, Application& application, const std::string& specifier) const
-{
-    if (error.isFromApplication)
-        return;
-    const std::string& name = application.dictionary().applicationName();
-    if (error.message.empty()) {
-        switch (error.number) {
-        case ErrorNumber::noSuchObject:
-            error.message = "Can’t get " + specifier + ".";
-            break;
-        case ErrorNumber::invalidIndex:
-            error.message = "Can’t get " + specifier + ". Invalid index.";
-            break;
-        case ErrorNumber::accessNotAllowed:
-            error.message = "Can’t get " + specifier + ". Access not allowed.";
-            break;
-        case ErrorNumber::cannotSet:
-            error.message = "Can’t set " + specifier + ".";
-            break;
-        case ErrorNumber::notAuthorized:
-            error.message = "Not authorized to send Apple events to " + name + ".";
-            break;
-        default:
-            error.message = standardMessage(error.number);
-        }
+    std::vector<std::pair<TermId, Value>> properties;
+    for (const Record::Field& field : written.fields()) {
+        const PropertyTerm* term = expr.dictionary->findProperty(*expr.newClass, field.label);
+        if (!term)
+            throw ScriptError::cannotSet(field.label.spelling() + " of a new " + expr.newClass->name, field.value);
+        properties.emplace_back(term->id, dereferenced(field.value));
     }
-    error.isFromApplication = true;
-    if (error.number != ErrorNumber::notAuthorized && error.number != ErrorNumber::stackOverflow
-        && error.number != ErrorNumber::outOfMemory)
-        error.message = name + " got an error: " + error.message;
+    return properties;
 }
 
-ApplicationRegistry::Entry& Evaluator::entryOf(const Value& application)
-{
-    if (ApplicationRegistry::Entry* entry = registry_.findByName(application.view()))
-        return *entry;
-    throw ScriptError::noSuchObject("application " + quoted(Value::text(application.view())), application);
-}
-
-/// Any command sent to an application first starts it.
-Application& Evaluator::launched(ApplicationRegistry::Entry& entry)
-{
-    Application& application = ApplicationRegistry::instance(entry);
-    if (!entry.isLaunched) {
-        ask(application, [&] { application.launch(); });
-        entry.isLaunched = true;
-    }
-    return application;
-}
-
-Ref<Object> Evaluator::rootOf(const Value& application)
-{
-    return launched(entryOf(application)).root();
-}
+} // namespace
 
 /// The object of the innermost `tell`; null outside of one.
 Ref<Object> Evaluator::targetObject()
@@ -86,7 +45,7 @@ Ref<Object> Evaluator::targetObject()
     if (frame_->it.is(Kind::object))
         return Ref<Object>(&frame_->it.asObject());
     if (frame_->it.is(Kind::application))
-        return rootOf(frame_->it);
+        return applications_.rootOf(frame_->it);
     return {};
 }
 
@@ -116,70 +75,54 @@ Value Evaluator::applicationCommand(const CommandExpr& expr)
         target = Value::application(target.asObject().application().dictionary().applicationName());
     if (!target.is(Kind::application))
         throw ScriptError(ErrorNumber::notUnderstood, "Only an application understands this command.", target);
-    ApplicationRegistry::Entry& entry = entryOf(target);
+    auto& entry = applications_.entryOf(target);
     Application& application = ApplicationRegistry::instance(entry);
     const Saving how = saving(expr);
     if (expr.command == LanguageCommand::quit) {
-        ask(application, [&] {
+        applications_.ask(application, [&] {
             if (application.isRunning())
                 application.quit(how);
         });
         entry.isLaunched = false;
         return {};
     }
-    launched(entry);
+    applications_.launched(entry);
     if (expr.command == LanguageCommand::activate || expr.command == LanguageCommand::reopen)
-        ask(application, [&] { application.activate(); });
+        applications_.ask(application, [&] { application.activate(); });
     return {};
 }
 
 /// Where something goes: `end of messages of mb`, `after last paragraph`, or a container alone.
 Insertion Evaluator::insertion(const Expr& expr)
 {
-    Insertion place;
-    const Expr* anchor = &expr;
-    if (expr.kind == ExprKind::insertion) {
-        const auto& written = as<InsertionExpr>(expr);
-        anchor = written.container.get();
-        switch (written.where) {
-        case InsertionExpr::Where::beginning:
-            place.where = Insertion::Where::beginning;
-            break;
-        case InsertionExpr::Where::end:
-            place.where = Insertion::Where::end;
-            break;
-        case InsertionExpr::Where::before:
-            place.where = Insertion::Where::before;
-            break;
-        case InsertionExpr::Where::after:
-            place.where = Insertion::Where::after;
-            break;
-        }
-        // After the last of something that has nothing yet is its end: `after last paragraph` of an empty content.
-        if (written.where == InsertionExpr::Where::after && anchor->kind == ExprKind::element) {
-            const auto& element = as<ElementExpr>(*anchor);
-            const Value owner = fetched(container(element.container));
-            if (owner.is(Kind::object) && !elementClass(owner.asObject(), element)) {
-                place.where = Insertion::Where::end;
-                place.anchor = Ref<Object>(&owner.asObject());
-                return place;
-            }
-        }
+    if (expr.kind != ExprKind::insertion)
+        return placeOf(expr);
+    const auto& written = as<InsertionExpr>(expr);
+    const Expr& anchor = *written.container;
+    // After the last of something that has nothing yet is its end: `after last paragraph` of an empty content.
+    if (written.where == InsertionExpr::Where::after && anchor.kind == ExprKind::element) {
+        const auto& element = as<ElementExpr>(anchor);
+        const Value owner = fetched(container(element.container));
+        if (owner.is(Kind::object) && !elementTerm(owner.asObject(), element))
+            return {.where = Insertion::Where::end, .anchor = Ref<Object>(&owner.asObject())};
     }
-    Found found = find(*anchor);
-    if (found.every) {
-        place.anchor = found.parent;
-        place.elementClass = found.every->id;
-        return place;
-    }
+    Insertion place = placeOf(anchor);
+    place.where = whereOf(written.where);
+    return place;
+}
+
+/// Into what a reference leads to.
+Insertion Evaluator::placeOf(const Expr& anchor)
+{
+    Found found = find(anchor);
+    if (found.every)
+        return {.anchor = found.parent, .elementClass = found.every->id};
     const Value owner = dereferenced(std::move(found.value));
     if (owner.is(Kind::application))
-        place.anchor = rootOf(owner);
-    else if (owner.is(Kind::object))
-        place.anchor = Ref<Object>(&owner.asObject());
-    else
-        throw ScriptError::cannotCoerce(owner, "reference");
-    return place;
+        return {.anchor = applications_.rootOf(owner)};
+    if (owner.is(Kind::object))
+        return {.anchor = Ref<Object>(&owner.asObject())};
+    throw ScriptError::cannotCoerce(owner, "reference");
 }
 
 Value Evaluator::make(const CommandExpr& expr)
@@ -193,8 +136,7 @@ Value Evaluator::make(const CommandExpr& expr)
         request.place.anchor = targetObject();
     }
     if (!request.place.anchor || &request.place.anchor->application().dictionary() != expr.dictionary) {
-        ApplicationRegistry::Entry* entry = registry_.findByName(expr.dictionary->applicationName());
-        request.place.anchor = launched(*entry).root();
+        request.place.anchor = applications_.launchedOf(*expr.dictionary).root();
     }
     Application& application = request.place.anchor->application();
     if (const Expr* data = labelled(expr, "with data"))
@@ -203,14 +145,9 @@ Value Evaluator::make(const CommandExpr& expr)
         const Value record = argument(*properties);
         if (!record.is(Kind::record))
             throw ScriptError::cannotCoerce(record, "record");
-        for (const Record::Field& field : record.asRecord().fields()) {
-            const PropertyTerm* term = expr.dictionary->findProperty(*request.newClass, field.label);
-            if (!term)
-                failSet(field.label.spelling() + " of a new " + request.newClass->name, field.value);
-            request.properties.emplace_back(term->id, dereferenced(field.value));
-        }
+        request.properties = propertiesOf(expr, record.asRecord());
     }
-    return ask(application, [&] { return application.make(request); });
+    return applications_.ask(application, [&] { return application.make(request); });
 }
 
 /// delete, move, duplicate, close: each object of the reference in turn.
@@ -221,43 +158,42 @@ Value Evaluator::forEachObject(const CommandExpr& expr)
     if (const Expr* to = labelled(expr, "to"))
         place = insertion(*to);
     const Saving how = saving(expr);
-    const auto one = [&](const Value& value) {
-        const Value each = dereferenced(value);
-        if (!each.is(Kind::object)) {
-            ScriptError error(ErrorNumber::notUnderstood, quoted(each) + " doesn’t understand this message.", each);
-            throw error;
-        }
-        Object& object = each.asObject();
-        Application& application = object.application();
-        return ask(
-            application,
-            [&]() -> Value {
-                switch (expr.command) {
-                case LanguageCommand::remove:
-                    application.remove(object);
-                    return {};
-                case LanguageCommand::close:
-                    application.close(object, how);
-                    return {};
-                case LanguageCommand::duplicate:
-                    return application.duplicate(object, place);
-                default:
-                    if (!place)
-                        throw ScriptError(ErrorNumber::wrongParameters, "A move needs the place to move to.");
-                    return application.move(object, *place);
-                }
-            },
-            [&] { return specifierOf(object); });
-    };
     if (!what.is(Kind::list))
-        return one(what);
+        return forOneObject(expr.command, what, place, how);
     auto results = makeRef<List>();
     for (std::size_t i = 0; i < what.asList().size(); ++i) {
         Limits::step();
-        if (Value result = one(what.asList()[i]); !result.is(Kind::none))
+        if (Value result = forOneObject(expr.command, what.asList()[i], place, how); !result.is(Kind::none))
             results->append(std::move(result));
     }
     return results->size() > 0 ? Value::list(results) : Value();
+}
+
+Value Evaluator::forOneObject(
+    LanguageCommand command, const Value& value, const std::optional<Insertion>& place, Saving how)
+{
+    const Value each = dereferenced(value);
+    if (!each.is(Kind::object))
+        throw ScriptError(ErrorNumber::notUnderstood, quoted(each) + " doesn’t understand this message.", each);
+    Object& object = each.asObject();
+    Application& application = object.application();
+    const auto perform = [&]() -> Value {
+        switch (command) {
+        case LanguageCommand::remove:
+            application.remove(object);
+            return {};
+        case LanguageCommand::close:
+            application.close(object, how);
+            return {};
+        case LanguageCommand::duplicate:
+            return application.duplicate(object, place);
+        default:
+            if (!place)
+                throw ScriptError(ErrorNumber::wrongParameters, "A move needs the place to move to.");
+            return application.move(object, *place);
+        }
+    };
+    return applications_.ask(application, perform, [&] { return specifierOf(object); });
 }
 
 Value Evaluator::dictionaryCommand(const CommandExpr& expr)
@@ -274,15 +210,10 @@ Value Evaluator::dictionaryCommand(const CommandExpr& expr)
         call.direct = Value::object(call.target);
     for (const auto& [parameter, written] : expr.arguments)
         call.arguments.emplace_back(parameter, valueOf(*written));
-    Application* application = nullptr;
-    if (call.target && &call.target->application().dictionary() == expr.dictionary)
-        application = &call.target->application();
-    else if (ApplicationRegistry::Entry* entry = registry_.findByName(expr.dictionary->applicationName()))
-        application = &launched(*entry);
-    if (!application)
-        throw ScriptError::noSuchObject("application \"" + expr.dictionary->applicationName() + "\"");
-    return ask(
-        *application, [&] { return application->perform(call); }, [&] { return quoted(call.direct); });
+    const bool isForTarget = call.target && &call.target->application().dictionary() == expr.dictionary;
+    Application& application = isForTarget ? call.target->application() : applications_.launchedOf(*expr.dictionary);
+    return applications_.ask(
+        application, [&] { return application.perform(call); }, [&] { return quoted(call.direct); });
 }
 
 } // namespace mervo::applescript

@@ -1,14 +1,12 @@
+#include "platform/applescript/evaluator/DictionaryTerms.h"
 #include "platform/applescript/evaluator/Evaluator.h"
-#include "platform/applescript/values/Coercion.h"
+#include "platform/applescript/evaluator/Properties.h"
 #include "platform/applescript/values/Display.h"
 #include "platform/applescript/values/Limits.h"
+#include "platform/applescript/values/List.h"
+#include "platform/applescript/values/Reference.h"
 
 namespace mervo::applescript {
-
-void Evaluator::failSet(const std::string& specifier, const Value& value)
-{
-    throw ScriptError(ErrorNumber::cannotSet, "Can’t set " + specifier + " to " + quoted(value) + ".", value);
-}
 
 void Evaluator::assign(const Expr& target, const Value& value)
 {
@@ -28,8 +26,7 @@ void Evaluator::assign(const Expr& target, const Value& value)
     default:
         break;
     }
-    const Found found = find(target);
-    failSet(quoted(found.value), value);
+    throw ScriptError::cannotSet(quoted(find(target).value), value);
 }
 
 void Evaluator::assignList(const ListExpr& target, const Value& value)
@@ -46,11 +43,10 @@ void Evaluator::assignList(const ListExpr& target, const Value& value)
 
 void Evaluator::assignProperty(const PropertyExpr& target, const Value& value)
 {
-    Found owner = target.container ? find(*target.container) : Found{frame_->it, false, {}, nullptr};
-    if (target.property == LanguageProperty::contents && !owner.every && !owner.isMany
-        && owner.value.is(Kind::reference))
+    Found owner = ownerOf(target.container);
+    if (target.property == LanguageProperty::contents && owner.isSingle() && owner.value.is(Kind::reference))
         return owner.value.asReference().store(value);
-    if (!owner.every && !owner.isMany)
+    if (owner.isSingle())
         return setProperty(owner.value, target, value);
     const Value all = fetched(std::move(owner));
     for (std::size_t i = 0; i < all.asList().size(); ++i)
@@ -65,41 +61,37 @@ void Evaluator::setProperty(const Value& ownerValue, const PropertyExpr& target,
     case Kind::object:
         return setObjectProperty(owner.asObject(), target, value);
     case Kind::application:
-        return setObjectProperty(*rootOf(owner), target, value);
+        return setObjectProperty(*applications_.rootOf(owner), target, value);
     case Kind::list: // of a reference to many: each in turn
         for (std::size_t i = 0; i < owner.asList().size(); ++i) {
             if (!owner.asList()[i].is(Kind::object))
-                failSet(describe(target, owner), value);
+                throw ScriptError::cannotSet(writer_.whole(target, owner), value);
         }
         for (std::size_t i = 0; i < owner.asList().size(); ++i)
             setObjectProperty(owner.asList()[i].asObject(), target, value);
         return;
     case Kind::record:
         if (!owner.asRecord().find(target.name))
-            failSet(describe(target, owner), value);
+            throw ScriptError::cannotSet(writer_.whole(target, owner), value);
         owner.asRecord().set(target.name, value);
         return;
     case Kind::date:
         if (!setDateProperty(owner.asDate(), target.property, dereferenced(value)))
-            failSet(describe(target, owner), value);
+            throw ScriptError::cannotSet(writer_.whole(target, owner), value);
         return;
     case Kind::script:
     case Kind::language:
         if (target.property == LanguageProperty::textItemDelimiters)
-            return setDelimiters(dereferenced(value));
-        if (owner.is(Kind::script)) {
-            for (std::size_t i = 0; i < globals_.size(); ++i) {
-                if (script_.globalNames[i] == target.name) {
-                    globals_[i] = value;
-                    return;
-                }
-            }
+            return texts_.setDelimiters(dereferenced(value));
+        if (Value* variable = owner.is(Kind::script) ? globalNamed(target.name) : nullptr) {
+            *variable = value;
+            return;
         }
         break;
     default:
         break;
     }
-    failSet(describe(target, owner), value);
+    throw ScriptError::cannotSet(writer_.whole(target, owner), value);
 }
 
 void Evaluator::setObjectProperty(Object& object, const PropertyExpr& target, const Value& value)
@@ -107,25 +99,18 @@ void Evaluator::setObjectProperty(Object& object, const PropertyExpr& target, co
     const Ref<Object> held(&object);
     const PropertyTerm* term = propertyTerm(object, target);
     const Value plain = dereferenced(value);
-    const auto refuse = [&](int number) {
-        ScriptError error(
-            number, "Can’t set " + describe(target, Value::object(held)) + " to " + quoted(plain) + ".", plain);
-        explain(error, object.application(), {});
-        throw error;
-    };
+    const auto specifier = [&] { return writer_.whole(target, Value::object(held)); };
     if (!term || !term->settable)
-        refuse(ErrorNumber::cannotSet);
-    ask(object.application(), [&] {
+        failIn(object.application(), ScriptError::cannotSet(specifier(), plain));
+    applications_.ask(object.application(), [&] {
         try {
             object.set(term->id, plain);
         } catch (const ScriptError& error) {
             if (!error.message.empty())
                 throw;
             if (error.number == ErrorNumber::cannotSet)
-                refuse(error.number);
-            ScriptError explained(error);
-            explain(explained, object.application(), describe(target, Value::object(held)));
-            throw explained;
+                failIn(object.application(), ScriptError::cannotSet(specifier(), plain));
+            failIn(object.application(), error, specifier());
         }
     });
 }
@@ -137,10 +122,10 @@ void Evaluator::assignElement(const ElementExpr& target, const Value& value)
     const bool isItem = target.languageClass == LanguageClass::item && target.form != ElementExpr::Form::every
         && target.form != ElementExpr::Form::range && target.form != ElementExpr::Form::id;
     if (!owner.is(Kind::list) || !isItem)
-        failSet(describe(target, keys, owner), value);
-    const auto index = position(target, keys.first, owner.asList().size());
+        throw ScriptError::cannotSet(writer_.whole(target, keys, owner), value);
+    const auto index = positionOf(target.form, keys.first, owner.asList().size());
     if (!index)
-        throw ScriptError::noSuchObject(describe(target, keys, owner), owner);
+        throw ScriptError::noSuchObject(writer_.whole(target, keys, owner), owner);
     owner.asList().replace(*index, value);
 }
 
@@ -150,7 +135,7 @@ void Evaluator::assignInsertion(const InsertionExpr& target, const Value& value)
     const Value list = dereferenced(fetched(find(*target.container)));
     const bool isEnd = target.where == InsertionExpr::Where::end;
     if (!list.is(Kind::list) || (!isEnd && target.where != InsertionExpr::Where::beginning))
-        failSet((isEnd ? "end of " : "beginning of ") + quoted(list), value);
+        throw ScriptError::cannotSet((isEnd ? "end of " : "beginning of ") + quoted(list), value);
     if (isEnd)
         list.asList().append(value);
     else

@@ -2,26 +2,61 @@
 #include "platform/applescript/values/Coercion.h"
 #include "platform/applescript/values/Display.h"
 #include "platform/applescript/values/Limits.h"
+#include "platform/applescript/values/List.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <random>
+#include <span>
 #include <unistd.h>
 
 namespace mervo::applescript {
 
 namespace {
 
-double roundedAsTaught(double value)
+double rounded(double value, std::string_view how)
 {
-    return std::round(value); // halves away from zero
+    if (how == "up")
+        return std::ceil(value);
+    if (how == "down")
+        return std::floor(value);
+    if (how == "toward zero")
+        return std::trunc(value);
+    if (how == "as taught in school")
+        return std::round(value); // halves away from zero
+    return std::nearbyint(value); // halves to even
+}
+
+/// Whole bounds give a whole number.
+Value randomBetween(const Value& low, const Value& high)
+{
+    static thread_local std::mt19937_64 source{std::random_device{}()};
+    const bool isSwapped = high.asNumber() < low.asNumber();
+    const Value& first = isSwapped ? high : low;
+    const Value& last = isSwapped ? low : high;
+    if (low.is(Kind::integer) && high.is(Kind::integer))
+        return Value::integer(std::uniform_int_distribution<std::int64_t>(first.asInteger(), last.asInteger())(source));
+    const double part = std::uniform_real_distribution<double>(0, 1)(source);
+    return Value::real(first.asNumber() + part * (last.asNumber() - first.asNumber()));
+}
+
+void delay(double seconds)
+{
+    if (!(seconds > 0))
+        return;
+    Limits::step();
+    const double whole = std::floor(std::min(seconds, 1e9));
+    timespec left{static_cast<time_t>(whole), static_cast<long>(std::min((seconds - whole) * 1e9, 999999999.0))};
+    while (nanosleep(&left, &left) != 0 && errno == EINTR) { }
 }
 
 } // namespace
 
-const Expr* Evaluator::labelled(const CommandExpr& expr, const char* label) const
+/// Null when there is no argument of that label.
+const Expr* Evaluator::labelled(const CommandExpr& expr, const char* label)
 {
     const Symbol name(label);
     for (const auto& [known, argument] : expr.labelled) {
@@ -69,8 +104,7 @@ Value Evaluator::command(const CommandExpr& expr)
         return Value::file(std::string(home ? home : "") + "/");
     }
     case LanguageCommand::doShellScript:
-        throw ScriptError(
-            ErrorNumber::notUnderstood, "«script» doesn’t understand the “do shell script” message.", Value::script());
+        throw ScriptError::notUnderstood(Value::script(), "do shell script");
     case LanguageCommand::make:
         return make(expr);
     case LanguageCommand::close:
@@ -102,33 +136,14 @@ Value Evaluator::count(const CommandExpr& expr)
     case Kind::record:
         return Value::integer(static_cast<std::int64_t>(value.asRecord().size()));
     default:
-        throw ScriptError(
-            ErrorNumber::notUnderstood, quoted(value) + " doesn’t understand the “count” message.", value);
+        throw ScriptError::notUnderstood(value, "count");
     }
 }
 
 bool Evaluator::exists(const CommandExpr& expr)
 {
     try {
-        const Found found = find(*expr.direct);
-        if (found.every)
-            return countOf(found) > 0;
-        const Value value = dereferenced(found.value);
-        switch (value.kind()) {
-        case Kind::none:
-        case Kind::missing:
-            return false;
-        case Kind::list:
-            return !found.isMany || value.asList().size() > 0;
-        case Kind::file:
-            return ::access(std::string(value.view()).c_str(), F_OK) == 0;
-        case Kind::application:
-            return registry_.findByName(value.view()) != nullptr;
-        case Kind::object:
-            return ask(value.asObject().application(), [&] { return value.asObject().exists(); });
-        default:
-            return true;
-        }
+        return isThere(find(*expr.direct));
     } catch (const ScriptError& error) {
         if (error.number == ErrorNumber::noSuchObject || error.number == ErrorNumber::invalidIndex
             || error.number == ErrorNumber::fileNotFound)
@@ -137,58 +152,53 @@ bool Evaluator::exists(const CommandExpr& expr)
     }
 }
 
+bool Evaluator::isThere(const Found& found)
+{
+    if (found.every)
+        return countOf(found) > 0;
+    const Value value = dereferenced(found.value);
+    switch (value.kind()) {
+    case Kind::none:
+    case Kind::missing:
+        return false;
+    case Kind::list:
+        return !found.isMany || value.asList().size() > 0;
+    case Kind::file:
+        return ::access(std::string(value.view()).c_str(), F_OK) == 0;
+    case Kind::application:
+        return applications_.withName(value.view()) != nullptr;
+    case Kind::object:
+        return applications_.ask(value.asObject().application(), [&] { return value.asObject().exists(); });
+    default:
+        return true;
+    }
+}
+
 Value Evaluator::offset(const CommandExpr& expr)
 {
-    const Ref<Text> part = toText(operand(*expr.direct), joiner());
-    const Ref<Text> text = toText(operand(*labelled(expr, "in")), joiner());
-    const std::vector<TextRange> found = findAll(*text, std::span(&part, 1), rules_, 1);
+    const Ref<Text> part = toText(operand(*expr.direct), texts_.joiner());
+    const Ref<Text> text = toText(operand(*labelled(expr, "in")), texts_.joiner());
+    const std::vector<TextRange> found = findAll(*text, std::span(&part, 1), texts_.rules, 1);
     return Value::integer(found.empty() ? 0 : static_cast<std::int64_t>(text->characterAt(found.front().start)) + 1);
 }
 
 Value Evaluator::round(const CommandExpr& expr)
 {
     const double value = toReal(operand(*expr.direct));
-    double result = std::nearbyint(value);
-    if (const Expr* rounding = labelled(expr, "rounding")) {
-        const std::string& how = as<Literal>(*rounding).value.asSymbol().spelling();
-        if (how == "up")
-            result = std::ceil(value);
-        else if (how == "down")
-            result = std::floor(value);
-        else if (how == "toward zero")
-            result = std::trunc(value);
-        else if (how == "as taught in school")
-            result = roundedAsTaught(value);
-    }
+    const Expr* rounding = labelled(expr, "rounding");
+    const double result =
+        rounded(value, rounding ? as<Literal>(*rounding).value.asSymbol().spelling() : std::string_view());
     return std::fabs(result) < 1e15 ? Value::integer(static_cast<std::int64_t>(result)) : Value::real(result);
 }
 
-/// Without bounds a real from 0 to 1; whole bounds give a whole number.
+/// Without bounds a real from 0 to 1.
 Value Evaluator::randomNumber(const CommandExpr& expr)
 {
-    static thread_local std::mt19937_64 source{std::random_device{}()};
-    const Expr* from = labelled(expr, "from");
-    const Value low = from ? toNumber(operand(*from)) : Value::integer(0);
-    const Value high = from ? toNumber(operand(*labelled(expr, "to")))
-        : expr.direct       ? toNumber(operand(*expr.direct))
-                            : Value::real(1);
-    const bool isSwapped = high.asNumber() < low.asNumber();
-    const Value& first = isSwapped ? high : low;
-    const Value& last = isSwapped ? low : high;
-    if (low.is(Kind::integer) && high.is(Kind::integer))
-        return Value::integer(std::uniform_int_distribution<std::int64_t>(first.asInteger(), last.asInteger())(source));
-    const double part = std::uniform_real_distribution<double>(0, 1)(source);
-    return Value::real(first.asNumber() + part * (last.asNumber() - first.asNumber()));
-}
-
-void Evaluator::delay(double seconds)
-{
-    if (!(seconds > 0))
-        return;
-    Limits::step();
-    const double whole = std::floor(std::min(seconds, 1e9));
-    timespec left{static_cast<time_t>(whole), static_cast<long>(std::min((seconds - whole) * 1e9, 999999999.0))};
-    while (nanosleep(&left, &left) != 0 && errno == EINTR) { }
+    if (const Expr* from = labelled(expr, "from")) {
+        const Value low = toNumber(operand(*from));
+        return randomBetween(low, toNumber(operand(*labelled(expr, "to"))));
+    }
+    return randomBetween(Value::integer(0), expr.direct ? toNumber(operand(*expr.direct)) : Value::real(1));
 }
 
 } // namespace mervo::applescript

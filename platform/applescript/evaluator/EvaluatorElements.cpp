@@ -1,319 +1,153 @@
+#include "platform/applescript/evaluator/DictionaryTerms.h"
 #include "platform/applescript/evaluator/Evaluator.h"
 #include "platform/applescript/values/Coercion.h"
-#include "platform/applescript/values/Display.h"
 #include "platform/applescript/values/Limits.h"
-#include "platform/unicode.h"
+#include "platform/applescript/values/List.h"
 
-#include <algorithm>
 #include <random>
-#include <utf8proc.h>
 
 namespace mervo::applescript {
 
 namespace {
 
-bool isWordPart(std::int32_t point)
+/// One element by name, id or position, counted from 1 or backwards from -1; none where there is no such element.
+Value singleElement(const Ref<Object>& owner, const ClassTerm& term, const ElementExpr& expr, const Keys& keys)
 {
-    if (point < 0x80)
-        return std::isalnum(static_cast<int>(point)) || point == '_';
-    switch (utf8proc_category(point)) {
-    case UTF8PROC_CATEGORY_LU:
-    case UTF8PROC_CATEGORY_LL:
-    case UTF8PROC_CATEGORY_LT:
-    case UTF8PROC_CATEGORY_LM:
-    case UTF8PROC_CATEGORY_LO:
-    case UTF8PROC_CATEGORY_MN:
-    case UTF8PROC_CATEGORY_MC:
-    case UTF8PROC_CATEGORY_ND:
-    case UTF8PROC_CATEGORY_NL:
-        return true;
-    default:
-        return false;
-    }
-}
-
-/// Letters and digits; an apostrophe or full stop between letters, a comma or full stop between digits.
-std::vector<TextRange> wordsOf(std::string_view text)
-{
-    std::vector<TextRange> words;
-    bool isInside = false;
-    for (std::size_t at = 0; at < text.size();) {
-        const platform::CodePoint point = platform::firstCodePoint(text.substr(at));
-        const std::size_t next = at + std::max<std::size_t>(point.length, 1);
-        bool belongs = point.valid && isWordPart(static_cast<std::int32_t>(point.value));
-        if (!belongs && isInside && next < text.size()) {
-            const auto after = static_cast<std::int32_t>(platform::firstCodePoint(text.substr(next)).value);
-            const bool joinsLetters = point.value == '\'' || point.value == 0x2019 || point.value == '.';
-            const bool joinsDigits =
-                (point.value == ',' || point.value == '.') && std::isdigit(static_cast<unsigned char>(text[at - 1]));
-            belongs = (joinsDigits && after >= '0' && after <= '9')
-                || (joinsLetters && isWordPart(after) && !std::isdigit(static_cast<unsigned char>(text[at - 1])));
-        }
-        if (belongs && !isInside)
-            words.push_back({at, next});
-        else if (belongs)
-            words.back().end = next;
-        isInside = belongs;
-        at = next;
-    }
-    return words;
-}
-
-/// Lines, split at LF, CR or CR LF; a text that ends with a line end has an empty last one.
-std::vector<TextRange> paragraphsOf(std::string_view text)
-{
-    std::vector<TextRange> paragraphs;
-    std::size_t start = 0;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '\n' && text[at] != '\r')
-            continue;
-        paragraphs.push_back({start, at});
-        if (text[at] == '\r' && at + 1 < text.size() && text[at + 1] == '\n')
-            ++at;
-        start = at + 1;
-    }
-    if (!text.empty())
-        paragraphs.push_back({start, text.size()});
-    return paragraphs;
-}
-
-std::vector<TextRange> charactersOf(const Text& text)
-{
-    std::vector<TextRange> characters;
-    std::string_view rest = text.view();
-    while (!rest.empty()) {
-        const std::size_t start = text.view().size() - rest.size();
-        rest.remove_prefix(platform::firstCharacterLength(rest));
-        characters.push_back({start, text.view().size() - rest.size()});
-    }
-    return characters;
-}
-
-std::vector<TextRange> between(std::size_t length, const std::vector<TextRange>& delimiters)
-{
-    std::vector<TextRange> items;
-    std::size_t start = 0;
-    for (const TextRange& delimiter : delimiters) {
-        items.push_back({start, delimiter.start});
-        start = delimiter.end;
-    }
-    items.push_back({start, length});
-    return items;
-}
-
-bool isOfClass(const Value& value, LanguageClass which)
-{
-    switch (which) {
-    case LanguageClass::item:
-    case LanguageClass::anything:
-        return true;
-    case LanguageClass::text:
-        return value.is(Kind::text);
-    case LanguageClass::integer:
-        return value.is(Kind::integer);
-    case LanguageClass::real:
-        return value.is(Kind::real);
-    case LanguageClass::number:
-        return value.isNumber();
-    case LanguageClass::boolean:
-        return value.is(Kind::boolean);
-    case LanguageClass::list:
-        return value.is(Kind::list);
-    case LanguageClass::record:
-        return value.is(Kind::record);
-    case LanguageClass::date:
-        return value.is(Kind::date);
-    case LanguageClass::classTerm:
-        return value.is(Kind::classTerm);
-    case LanguageClass::constant:
-        return value.is(Kind::constant);
-    case LanguageClass::file:
-    case LanguageClass::alias:
-    case LanguageClass::posixFile:
-        return value.is(Kind::file);
-    case LanguageClass::reference:
-        return value.is(Kind::reference) || value.is(Kind::object);
-    case LanguageClass::script:
-        return value.is(Kind::script);
-    case LanguageClass::application:
-        return value.is(Kind::application);
-    default:
-        return false;
-    }
-}
-
-bool isClassOfLists(LanguageClass which)
-{
-    return which != LanguageClass::none && which != LanguageClass::character && which != LanguageClass::word
-        && which != LanguageClass::paragraph && which != LanguageClass::textItem;
-}
-
-void appendUtf8(std::string& text, std::int64_t point)
-{
-    utf8proc_uint8_t bytes[4];
-    if (point < 0 || point > 0x10FFFF || (point >= 0xD800 && point < 0xE000))
-        throw ScriptError::cannotCoerce(Value::integer(point), "text");
-    const auto length = utf8proc_encode_char(static_cast<utf8proc_int32_t>(point), bytes);
-    text.append(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
-}
-
-Value sliceOf(const Value& text, TextRange range)
-{
-    return Value::text(text.view().substr(range.start, range.end - range.start));
+    using Form = ElementExpr::Form;
+    if (expr.form == Form::id)
+        return owner->withId(term.id, keys.first);
+    if (expr.form == Form::index && (expr.isNamed || keys.first.is(Kind::text)))
+        return owner->named(term.id, toText(keys.first)->view());
+    const auto count = static_cast<std::int64_t>(
+        expr.form == Form::index && keys.first.is(Kind::integer) && keys.first.asInteger() > 0 ? 0
+                                                                                               : owner->count(term.id));
+    std::int64_t index = 0;
+    if (expr.form == Form::middle)
+        index = (count + 1) / 2;
+    else if (expr.form == Form::some)
+        index = count > 0 ? 1 + static_cast<std::int64_t>(std::random_device()() % static_cast<unsigned>(count)) : 0;
+    else
+        index = toInteger(keys.first);
+    if (index < 0)
+        index += count + 1;
+    return index < 1 ? Value() : owner->at(term.id, static_cast<std::size_t>(index - 1));
 }
 
 } // namespace
 
-/// The place of an index counted from 1, or from -1 backwards; none when it is outside.
-std::optional<std::size_t> Evaluator::position(const ElementExpr& expr, const Value& key, std::size_t count) const
+Keys Evaluator::keysOf(const ElementExpr& expr)
 {
-    using Form = ElementExpr::Form;
-    if (expr.form == Form::middle)
-        return count == 0 ? std::nullopt : std::optional((count - 1) / 2);
-    if (expr.form == Form::some)
-        return count == 0 ? std::nullopt : std::optional<std::size_t>(std::random_device()() % count);
-    if (key.is(Kind::none))
-        return {};
-    std::int64_t index = key.is(Kind::integer) ? key.asInteger() : toInteger(key);
-    if (index < 0)
-        index += static_cast<std::int64_t>(count) + 1;
-    if (index < 1 || static_cast<std::size_t>(index) > count)
-        return {};
-    return static_cast<std::size_t>(index - 1);
+    // A bound such as `word 2` is no value of its own: it is looked up in the text that is cut.
+    const auto key = [&](const ExprPtr& part) {
+        const bool isBound = part && part->kind == ExprKind::element && !as<ElementExpr>(*part).container;
+        return !part || isBound ? Value() : operand(*part);
+    };
+    return {key(expr.key), key(expr.lastKey)};
+}
+
+Found Evaluator::findElement(const ElementExpr& expr)
+{
+    const bool isInApplication = frame_->it.is(Kind::object) || frame_->it.is(Kind::application);
+    if (!expr.container && expr.form == ElementExpr::Form::id && !isInApplication)
+        return Found::one(elementById(expr));
+    Found owner = container(expr.container);
+    const Keys keys = keysOf(expr);
+    if (owner.every)
+        owner = Found::many(fetched(std::move(owner)));
+    if (owner.isMany)
+        return elementOfMany(owner.value, expr, keys);
+    return elementOf(owner.value, expr, keys);
 }
 
 /// `character id 10`, `text id {72, 105}`
-Value Evaluator::elementById(const ElementExpr& expr, const Keys& keys)
+Value Evaluator::elementById(const ElementExpr& expr)
 {
+    const Keys keys = keysOf(expr);
     if (expr.languageClass != LanguageClass::text && expr.languageClass != LanguageClass::character)
-        throw ScriptError::noSuchObject(describePart(expr, keys));
-    std::string text;
-    if (keys.first.is(Kind::list)) {
-        for (const Value& point : keys.first.asList().items())
-            appendUtf8(text, toInteger(point));
-    } else {
-        appendUtf8(text, toInteger(keys.first));
-    }
-    return Value::text(text);
+        throw ScriptError::noSuchObject(writer_.part(expr, keys));
+    return textOfCodePoints(keys.first);
 }
 
-/// The parts of a text; those of the last text asked for are kept.
-const std::vector<TextRange>& Evaluator::pieces(const Value& owner, Unit unit)
+Found Evaluator::elementOfMany(const Value& list, const ElementExpr& expr, const Keys& keys)
 {
-    Text& text = owner.asText();
-    if (pieces_.text.get() == &text && pieces_.unit == unit && pieces_.rules == rules_)
-        return pieces_.ranges;
-    pieces_.text = {};
-    switch (unit) {
-    case Unit::word:
-        pieces_.ranges = wordsOf(text.view());
-        break;
-    case Unit::paragraph:
-        pieces_.ranges = paragraphsOf(text.view());
-        break;
-    case Unit::character:
-        pieces_.ranges = charactersOf(text);
-        break;
-    case Unit::textItem: {
-        const bool isBare = std::all_of(delimiterTexts_.begin(), delimiterTexts_.end(),
-            [](const Ref<Text>& delimiter) { return delimiter->view().empty(); });
-        if (text.view().empty()) {
-            pieces_.ranges.clear();
-        } else if (isBare) {
-            pieces_.ranges = charactersOf(text);
-        } else {
-            pieces_.ranges = between(
-                text.view().size(), findAll(text, delimiterTexts_, rules_, std::numeric_limits<std::size_t>::max()));
-        }
+    Limits::enter();
+    auto values = makeRef<List>();
+    for (const Value& owner : list.asList().items()) {
+        values->append(
+            owner.is(Kind::list) ? elementOfMany(owner, expr, keys).value : fetched(elementOf(owner, expr, keys)));
+    }
+    return Found::many(Value::list(values));
+}
+
+Found Evaluator::elementOf(const Value& value, const ElementExpr& expr, const Keys& keys)
+{
+    const Value owner = dereferenced(value);
+    switch (owner.kind()) {
+    case Kind::object: {
+        const Ref<Object> object(&owner.asObject());
+        if (elementTerm(*object, expr))
+            return objectElement(object, expr, keys);
+        // A rich text has the elements of a text, whether or not its dictionary names them.
+        if (const Value text = object->coerced(Kind::text); text.is(Kind::text))
+            return Found::one(textElement(text, expr, keys));
         break;
     }
+    case Kind::application:
+        return objectElement(applications_.rootOf(owner), expr, keys);
+    case Kind::text:
+        return Found::one(textElement(owner, expr, keys));
+    case Kind::list:
+        if (auto element = elementOfList(owner, expr, keys))
+            return Found::one(*std::move(element));
+        break;
+    default:
+        break;
     }
-    Limits::passed(text.view().size());
-    pieces_.text = Ref<Text>(&text);
-    pieces_.unit = unit;
-    pieces_.rules = rules_;
-    return pieces_.ranges;
+    failElement(ErrorNumber::noSuchObject, expr, keys, owner);
+}
+
+void Evaluator::failElement(int number, const ElementExpr& expr, const Keys& keys, const Value& owner)
+{
+    const std::string specifier = writer_.whole(expr, keys, owner);
+    if (owner.is(Kind::object))
+        failIn(owner.asObject().application(), ScriptError(number, {}, owner), specifier);
+    throw number == ErrorNumber::invalidIndex ? ScriptError::invalidIndex(specifier, owner)
+                                              : ScriptError::noSuchObject(specifier, owner);
+}
+
+Found Evaluator::objectElement(const Ref<Object>& owner, const ElementExpr& expr, const Keys& keys)
+{
+    using Form = ElementExpr::Form;
+    const Value ownerValue = Value::object(owner);
+    const ClassTerm* term = elementTerm(*owner, expr);
+    if (!term)
+        failElement(ErrorNumber::noSuchObject, expr, keys, ownerValue);
+    if (expr.form == Form::every)
+        return Found::elements(owner, *term);
+    const auto specifier = [&] { return writer_.whole(expr, keys, ownerValue); };
+    if (expr.form != Form::range) {
+        Value element = applications_.ask(
+            owner->application(), [&] { return singleElement(owner, *term, expr, keys); }, specifier);
+        const bool isByName = expr.form == Form::id || expr.isNamed || keys.first.is(Kind::text);
+        if (element.is(Kind::none))
+            failElement(isByName ? ErrorNumber::noSuchObject : ErrorNumber::invalidIndex, expr, keys, ownerValue);
+        return Found::one(std::move(element));
+    }
+    const std::size_t count = applications_.ask(
+        owner->application(), [&] { return owner->count(term->id); }, specifier);
+    const auto range = rangeOf(keys, count);
+    if (!range)
+        failElement(ErrorNumber::invalidIndex, expr, keys, ownerValue);
+    return Found::elements(owner, *term, range);
 }
 
 Value Evaluator::textElement(const Value& owner, const ElementExpr& expr, const Keys& keys)
 {
-    using Form = ElementExpr::Form;
-    Unit unit = Unit::character;
-    switch (expr.languageClass) {
-    case LanguageClass::text:
-        if (expr.form == Form::range)
-            return textRange(owner, expr, keys);
-        failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-    case LanguageClass::character:
-    case LanguageClass::item:
-        break;
-    case LanguageClass::word:
-        unit = Unit::word;
-        break;
-    case LanguageClass::paragraph:
-        unit = Unit::paragraph;
-        break;
-    case LanguageClass::textItem:
-        unit = Unit::textItem;
-        break;
-    default:
-        failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-    }
-    const Text& text = owner.asText();
-    if (expr.form == Form::id || expr.isNamed || keys.first.is(Kind::text))
-        failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-    if (unit == Unit::character && expr.form != Form::every && expr.form != Form::range) {
-        const auto index = position(expr, keys.first, text.characterCount());
-        if (!index)
-            failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-        return sliceOf(owner, {text.byteOffset(*index), text.byteOffset(*index + 1)});
-    }
-    const std::vector<TextRange>& ranges = pieces(owner, unit);
-    if (expr.form != Form::every && expr.form != Form::range) {
-        const auto index = position(expr, keys.first, ranges.size());
-        if (!index)
-            failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-        return sliceOf(owner, ranges[*index]);
-    }
-    std::size_t first = 0;
-    std::size_t end = ranges.size();
-    if (expr.form == Form::range) {
-        const auto from = position(expr, keys.first, ranges.size());
-        const auto to = position(expr, keys.last, ranges.size());
-        if (!from || !to)
-            failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-        first = std::min(*from, *to);
-        end = std::max(*from, *to) + 1;
-    }
-    auto list = makeRef<List>();
-    list->reserve(end - first);
-    for (std::size_t i = first; i < end; ++i)
-        list->append(sliceOf(owner, ranges[i]));
-    return Value::list(list);
-}
-
-/// The bytes that a bound marks: a character by its number, or an element such as `word 2`.
-TextRange Evaluator::boundOf(
-    const Value& owner, const ElementExpr& expr, const Expr& key, const Value& value, bool isFirst)
-{
-    const Text& text = owner.asText();
-    if (key.kind != ExprKind::element) {
-        const auto index = position(expr, value, text.characterCount());
-        if (!index)
-            failElement(ErrorNumber::noSuchObject, expr, isFirst ? Keys{value, {}} : Keys{{}, value}, owner);
-        return {text.byteOffset(*index), text.byteOffset(*index + 1)};
-    }
-    const auto& mark = as<ElementExpr>(key);
-    const Value at = operand(*mark.key);
-    const Unit unit = mark.languageClass == LanguageClass::word ? Unit::word
-        : mark.languageClass == LanguageClass::paragraph        ? Unit::paragraph
-        : mark.languageClass == LanguageClass::textItem         ? Unit::textItem
-                                                                : Unit::character;
-    const std::vector<TextRange>& ranges = pieces(owner, unit);
-    const auto index = position(mark, at, ranges.size());
-    if (!index)
-        failElement(ErrorNumber::noSuchObject, mark, {at, {}}, owner);
-    return ranges[*index];
+    if (expr.languageClass == LanguageClass::text && expr.form == ElementExpr::Form::range)
+        return textRange(owner, expr, keys);
+    if (auto element = elementOfText(owner, expr, keys, texts_))
+        return *std::move(element);
+    failElement(ErrorNumber::noSuchObject, expr, keys, owner);
 }
 
 /// `text 2 thru 4 of s`, `text from word 1 to word 2 of s`
@@ -321,53 +155,31 @@ Value Evaluator::textRange(const Value& owner, const ElementExpr& expr, const Ke
 {
     if (owner.view().empty() && expr.key->kind == ExprKind::literal && expr.place.start == expr.key->place.start)
         return owner; // `text of ""`
-    const auto isOutside = [&](const ExprPtr& key, const Value& value) {
-        return key->kind != ExprKind::element && !position(expr, value, owner.asText().characterCount());
-    };
-    if (isOutside(expr.key, keys.first) || isOutside(expr.lastKey, keys.last))
-        failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-    const TextRange first = boundOf(owner, expr, *expr.key, keys.first, true);
-    const TextRange last = boundOf(owner, expr, *expr.lastKey, keys.last, false);
-    return sliceOf(owner, {std::min(first.start, last.start), std::max(first.end, last.end)});
-}
-
-Value Evaluator::listElement(const Value& owner, const ElementExpr& expr, const Keys& keys)
-{
-    using Form = ElementExpr::Form;
-    if (!isClassOfLists(expr.languageClass) || expr.form == Form::id || expr.isNamed || keys.first.is(Kind::text))
-        failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-    const bool takesAll = expr.languageClass == LanguageClass::item;
-    Value source = owner;
-    if (!takesAll) {
-        auto some = makeRef<List>();
-        for (const Value& item : owner.asList().items()) {
-            if (isOfClass(item, expr.languageClass))
-                some->append(item);
-        }
-        source = Value::list(some);
-    }
-    const List& list = source.asList();
-    if (expr.form != Form::every && expr.form != Form::range) {
-        const auto index = position(expr, keys.first, list.size());
+    const Text& text = owner.asText();
+    // Both numbers are checked before an element such as `word 2` is looked up.
+    const auto characterAt = [&](const ExprPtr& key, const Value& value) -> std::optional<TextRange> {
+        if (key->kind == ExprKind::element)
+            return {};
+        const auto index = positionOf(expr.form, value, text.characterCount());
         if (!index)
             failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-        return list[*index];
-    }
-    std::size_t first = 0;
-    std::size_t end = list.size();
-    if (expr.form == Form::range) {
-        const auto from = position(expr, keys.first, list.size());
-        const auto to = position(expr, keys.last, list.size());
-        if (!from || !to)
-            failElement(ErrorNumber::noSuchObject, expr, keys, owner);
-        first = std::min(*from, *to);
-        end = std::max(*from, *to) + 1;
-    }
-    auto range = makeRef<List>();
-    range->reserve(end - first);
-    for (std::size_t i = first; i < end; ++i)
-        range->append(list[i]);
-    return Value::list(range);
+        return TextRange{text.byteOffset(*index), text.byteOffset(*index + 1)};
+    };
+    const std::optional<TextRange> first = characterAt(expr.key, keys.first);
+    const std::optional<TextRange> last = characterAt(expr.lastKey, keys.last);
+    const TextRange from = first ? *first : pieceOf(owner, as<ElementExpr>(*expr.key));
+    return cutOf(owner, from, last ? *last : pieceOf(owner, as<ElementExpr>(*expr.lastKey)));
+}
+
+/// The piece of a text that bounds a range: `word 2`.
+TextRange Evaluator::pieceOf(const Value& owner, const ElementExpr& bound)
+{
+    const Value key = operand(*bound.key);
+    const auto& pieces = texts_.pieces(owner, unitOf(bound.languageClass).value_or(TextUnit::character));
+    const auto index = positionOf(bound.form, key, pieces.size());
+    if (!index)
+        failElement(ErrorNumber::noSuchObject, bound, {key, {}}, owner);
+    return pieces[*index];
 }
 
 } // namespace mervo::applescript

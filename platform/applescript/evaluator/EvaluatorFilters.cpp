@@ -1,70 +1,18 @@
+#include "platform/applescript/evaluator/DictionaryTerms.h"
 #include "platform/applescript/evaluator/Evaluator.h"
+#include "platform/applescript/evaluator/FilterCondition.h"
+#include "platform/applescript/values/Coercion.h"
 #include "platform/applescript/values/Limits.h"
-
-#include <algorithm>
-#include <random>
+#include "platform/applescript/values/List.h"
 
 namespace mervo::applescript {
 
 namespace {
 
-bool dependsOnCandidate(const Expr& expr);
-
-bool dependsOnCandidate(const ExprPtr& expr)
-{
-    return expr && dependsOnCandidate(*expr);
-}
-
-template <typename Expressions>
-bool anyDependsOnCandidate(const Expressions& expressions)
-{
-    return std::any_of(
-        expressions.begin(), expressions.end(), [](const ExprPtr& expr) { return dependsOnCandidate(expr); });
-}
-
-/// Whether a part of a condition can differ between candidates: it has `it` in it, or something that belongs to `it`
-/// for want of a container. What is not known to be independent counts as dependent.
-bool dependsOnCandidate(const Expr& expr)
-{
-    switch (expr.kind) {
-    case ExprKind::literal:
-    case ExprKind::variable:
-        return false;
-    case ExprKind::list:
-        return anyDependsOnCandidate(as<ListExpr>(expr).items);
-    case ExprKind::unary:
-        return dependsOnCandidate(as<Unary>(expr).operand);
-    case ExprKind::binary:
-        return dependsOnCandidate(as<Binary>(expr).left) || dependsOnCandidate(as<Binary>(expr).right);
-    case ExprKind::concat:
-        return anyDependsOnCandidate(as<Concat>(expr).parts);
-    case ExprKind::cast:
-        return dependsOnCandidate(as<Cast>(expr).operand);
-    case ExprKind::property:
-        return !as<PropertyExpr>(expr).container || dependsOnCandidate(as<PropertyExpr>(expr).container);
-    case ExprKind::element: {
-        const auto& element = as<ElementExpr>(expr);
-        return !element.container || dependsOnCandidate(element.container) || dependsOnCandidate(element.key)
-            || dependsOnCandidate(element.lastKey);
-    }
-    case ExprKind::target:
-        return as<TargetExpr>(expr).which == TargetExpr::Which::it;
-    case ExprKind::call: {
-        const auto& call = as<CallExpr>(expr);
-        return !call.isMine || anyDependsOnCandidate(call.arguments);
-    }
-    case ExprKind::command:
-        return as<CommandExpr>(expr).command != LanguageCommand::currentDate;
-    default:
-        return true;
-    }
-}
-
 /// Puts the candidates of a filter before its condition, one after the other, and the frame back as it was.
-template <typename FrameType, typename FilterType>
 class Candidates {
 public:
-    Candidates(FrameType& frame, FilterType& filter)
+    Candidates(Frame& frame, Filter& filter)
         : frame_(frame)
         , it_(frame.it)
         , filter_(std::exchange(frame.filter, &filter))
@@ -79,9 +27,9 @@ public:
     }
 
 private:
-    FrameType& frame_;
+    Frame& frame_;
     Value it_;
-    FilterType* filter_;
+    Filter* filter_;
 };
 
 } // namespace
@@ -91,18 +39,16 @@ private:
 Value Evaluator::column(const PropertyExpr& expr)
 {
     Filter& filter = *frame_->filter;
-    const Dictionary& dictionary = filter.parent->application().dictionary();
-    const PropertyTerm* term = expr.dictionary == &dictionary
-        ? dictionary.findProperty(*filter.elementClass, expr.propertyId)
-        : dictionary.findProperty(*filter.elementClass, expr.name);
+    Application& application = filter.parent->application();
+    const PropertyTerm* term = propertyTerm(application.dictionary(), *filter.elementClass, expr);
     if (!term)
         return {};
     for (const auto& [id, values] : filter.columns) {
         if (id == term->id)
             return filter.index < values.asList().size() ? values.asList()[filter.index] : Value();
     }
-    Value values = ask(
-        filter.parent->application(), [&] { return filter.parent->propertyOfEvery(filter.elementClass->id, term->id); },
+    Value values = applications_.ask(
+        application, [&] { return filter.parent->propertyOfEvery(filter.elementClass->id, term->id); },
         [&] { return expr.name.spelling() + " of every " + filter.elementClass->name; });
     // Elements came or went since: then each candidate is asked by itself.
     if (values.asList().size() != filter.candidates.asList().size())
@@ -125,80 +71,74 @@ Value Evaluator::onceForAll(const Expr& expr)
     return value;
 }
 
-Evaluator::Found Evaluator::findFilter(const FilterExpr& expr)
+Found Evaluator::findFilter(const FilterExpr& expr)
 {
-    Found owner = container(expr.element->container);
+    const ElementExpr& element = *expr.element;
+    Found owner = container(element.container);
     if (owner.every)
-        owner = {fetched(std::move(owner)), true, {}, nullptr};
+        owner = Found::many(fetched(std::move(owner)));
     if (owner.isMany) {
         auto values = makeRef<List>();
         for (const Value& each : owner.value.asList().items()) {
             if (!each.is(Kind::object))
-                failElement(ErrorNumber::noSuchObject, *expr.element, {}, each);
+                failElement(ErrorNumber::noSuchObject, element, {}, each);
             values->append(filtered(Ref<Object>(&each.asObject()), expr).value);
         }
-        return {Value::list(values), true, {}, nullptr};
+        return Found::many(Value::list(values));
     }
     if (owner.value.is(Kind::application))
-        return filtered(rootOf(owner.value), expr);
+        return filtered(applications_.rootOf(owner.value), expr);
     if (!owner.value.is(Kind::object))
-        failElement(ErrorNumber::noSuchObject, *expr.element, keysOf(*expr.element), owner.value);
+        failElement(ErrorNumber::noSuchObject, element, keysOf(element), owner.value);
     return filtered(Ref<Object>(&owner.value.asObject()), expr);
 }
 
-Evaluator::Found Evaluator::filtered(const Ref<Object>& owner, const FilterExpr& expr)
+Found Evaluator::filtered(const Ref<Object>& owner, const FilterExpr& expr)
 {
     using Form = ElementExpr::Form;
     const ElementExpr& element = *expr.element;
     const Keys keys = keysOf(element);
-    const ClassTerm* term = elementClass(*owner, element);
+    const ClassTerm* term = elementTerm(*owner, element);
     if (!term)
         failElement(ErrorNumber::noSuchObject, element, keys, Value::object(owner));
-    const bool isSingle = element.form != Form::every && element.form != Form::range;
+    // Of the first, second... only as many are looked for.
     const std::int64_t wanted = element.form == Form::index ? toInteger(keys.first) : 0;
-    auto matches = makeRef<List>();
-    {
-        Filter filter;
-        filter.parent = owner;
-        filter.elementClass = term;
-        filter.candidates = fetched({{}, false, owner, term});
-        const Candidates restored(*frame_, filter);
-        for (; filter.index < filter.candidates.asList().size(); ++filter.index) {
-            Limits::step();
-            frame_->it = filter.candidates.asList()[filter.index];
-            if (condition(*expr.condition))
-                matches->append(filter.candidates.asList()[filter.index]);
-            if (wanted > 0 && matches->size() == static_cast<std::size_t>(wanted))
-                return {matches->items().back(), false, {}, nullptr};
-        }
-    }
-    if (!isSingle && element.form == Form::every)
-        return {Value::list(matches), true, {}, nullptr};
-    const std::size_t count = matches->size();
-    if (isSingle && count > 0 && wanted <= 0) {
-        const std::size_t index = element.form == Form::middle ? (count - 1) / 2
-            : element.form == Form::some
-            ? std::random_device()() % count
-            : count - static_cast<std::size_t>(std::min<std::int64_t>(-wanted, static_cast<std::int64_t>(count) + 1));
-        if (index < count)
-            return {(*matches)[index], false, {}, nullptr};
-    }
+    const Ref<List> matches =
+        matchesOf(owner, *term, *expr.condition, wanted > 0 ? static_cast<std::size_t>(wanted) : SIZE_MAX);
+    if (element.form == Form::every)
+        return Found::many(Value::list(matches));
     if (element.form == Form::range) {
-        const auto first = position(element, keys.first, count);
-        const auto last = position(element, keys.last, count);
-        if (first && last) {
-            auto range = makeRef<List>();
-            for (std::size_t i = std::min(*first, *last); i <= std::max(*first, *last); ++i)
-                range->append((*matches)[i]);
-            return {Value::list(range), true, {}, nullptr};
+        if (const auto range = rangeOf(keys, matches->size())) {
+            auto items = makeRef<List>();
+            for (std::size_t i = range->first; i < range->first + range->count; ++i)
+                items->append((*matches)[i]);
+            return Found::many(Value::list(items));
         }
+    } else if (const auto index = positionOf(element.form, keys.first, matches->size())) {
+        return Found::one((*matches)[*index]);
     }
-    ScriptError error(ErrorNumber::invalidIndex, {}, Value::object(owner));
-    std::string specifier = describePart(element, keys);
-    if (const std::string place = describeOwner(element.container, Value::object(owner)); !place.empty())
-        specifier += " of " + place;
-    explain(error, owner->application(), specifier + " whose " + describeCondition(*expr.condition));
-    throw error;
+    const Value ownerValue = Value::object(owner);
+    failIn(owner->application(), ScriptError(ErrorNumber::invalidIndex, {}, ownerValue),
+        writer_.whole(expr, keys, ownerValue));
+}
+
+/// The elements that the condition holds for, at most so many.
+Ref<List> Evaluator::matchesOf(const Ref<Object>& owner, const ClassTerm& elements, const Expr& holds, std::size_t most)
+{
+    auto matches = makeRef<List>();
+    Filter filter;
+    filter.parent = owner;
+    filter.elementClass = &elements;
+    filter.candidates = fetched(Found::elements(owner, elements));
+    const Candidates restored(*frame_, filter);
+    const List& candidates = filter.candidates.asList();
+    for (; filter.index < candidates.size() && matches->size() < most; ++filter.index) {
+        Limits::step();
+        frame_->it = candidates[filter.index];
+        if (condition(holds))
+            matches->append(candidates[filter.index]);
+    }
+    return matches;
 }
 
 } // namespace mervo::applescript

@@ -1,6 +1,11 @@
 #pragma once
 
-#include "platform/applescript/evaluator/Evaluator.h"
+#include "platform/applescript/evaluator/Applications.h"
+#include "platform/applescript/syntax/SyntaxTree.h"
+#include "platform/applescript/values/Reference.h"
+
+#include <cstddef>
+#include <vector>
 
 namespace mervo::applescript {
 
@@ -25,8 +30,8 @@ private:
 /// `window 2`, looked up anew at each use: the variable of a loop over elements that were not fetched.
 class ElementReference final : public Reference {
 public:
-    ElementReference(Evaluator& evaluator, Ref<Object> parent, const ClassTerm& elementClass, std::size_t index)
-        : evaluator_(evaluator)
+    ElementReference(Applications& applications, Ref<Object> parent, const ClassTerm& elementClass, std::size_t index)
+        : applications_(applications)
         , parent_(std::move(parent))
         , class_(elementClass)
         , index_(index)
@@ -37,50 +42,30 @@ public:
     std::string specifier() const override;
 
 private:
-    Evaluator& evaluator_;
+    Applications& applications_;
     Ref<Object> parent_;
     const ClassTerm& class_;
     std::size_t index_;
 };
 
-/// `a reference to` a property or an element: the owner and the keys are known, the rest is looked up.
-class PartReference final : public Reference {
-public:
-    PartReference(Evaluator& evaluator, const Expr& part, Value owner, Value firstKey, Value lastKey)
-        : evaluator_(evaluator)
-        , part_(part)
-        , owner_(std::move(owner))
-        , firstKey_(std::move(firstKey))
-        , lastKey_(std::move(lastKey))
-    {
-    }
-    Value fetch() const override;
-    void store(Value value) const override;
-    std::string specifier() const override;
-
-private:
-    Evaluator& evaluator_;
-    const Expr& part_;
-    Value owner_;
-    Value firstKey_;
-    Value lastKey_;
-};
-
-/// `a reference to x`, x being a name of the script.
+/// `a reference to x`, x being a name of the script: one of its global variables, which must outlive the reference.
 class VariableReference final : public Reference {
 public:
-    VariableReference(Evaluator& evaluator, const VariableUse& use)
-        : evaluator_(evaluator)
-        , use_(use)
+    VariableReference(Value& variable, Symbol name)
+        : variable_(variable)
+        , name_(name)
     {
     }
     Value fetch() const override;
-    void store(Value value) const override;
-    std::string specifier() const override;
+    void store(Value value) const override { variable_ = std::move(value); }
+    std::string specifier() const override { return name_.spelling(); }
 
 private:
-    Evaluator& evaluator_;
-    const VariableUse& use_;
+    Value& variable_;
+    Symbol name_;
 };
+
+/// The value of a variable; -2753 at this place where it has none.
+const Value& defined(const Value& variable, Symbol name, Place place);
 
 } // namespace mervo::applescript

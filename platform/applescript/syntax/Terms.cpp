@@ -55,10 +55,6 @@ constexpr CommandName kCommands[] = {{"activate", LanguageCommand::activate}, {"
     {"random number", LanguageCommand::randomNumber}, {"reopen", LanguageCommand::reopen},
     {"round", LanguageCommand::round}, {"run", LanguageCommand::run}};
 
-constexpr const char* kWordsOfTheLanguage[] = {"January", "February", "March", "April", "May", "June", "July", "August",
-    "September", "October", "November", "December", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday",
-    "Sunday", "yes", "no", "ask"};
-
 std::vector<std::string> wordsOf(std::string_view text)
 {
     std::vector<std::string> words;
@@ -121,8 +117,13 @@ void TermTable::addLanguage()
     addClass("strings", "text", true, LanguageClass::text);
     for (const CommandName& entry : kCommands)
         add(entry.name).command = entry.command;
-    for (const char* word : kWordsOfTheLanguage)
-        add(word).constant = Value::constant(Symbol(word));
+    const auto addConstants = [&](const auto& words) {
+        for (const char* word : words)
+            add(word).constant = Value::constant(Symbol(word));
+    };
+    addConstants(kMonthNames);
+    addConstants(kWeekdayNames);
+    addConstants(std::initializer_list<const char*>{"yes", "no", "ask"});
     add("pi").constant = Value::real(3.14159265358979323846);
     add("space").constant = Value::text(" ");
     add("tab").constant = Value::text("\t");

@@ -93,10 +93,8 @@ const Value* onlyItem(const Value& value)
 
 int monthNumber(Symbol word)
 {
-    static const char* const names[] = {"January", "February", "March", "April", "May", "June", "July", "August",
-        "September", "October", "November", "December"};
     int number = 0;
-    for (const char* name : names) {
+    for (const char* name : kMonthNames) {
         ++number;
         if (word == Symbol(name))
             return number;

@@ -55,10 +55,6 @@ const DayOffset& dayOffset(std::int64_t day)
     return slot;
 }
 
-const char* const kWeekdays[] = {"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
-const char* const kMonths[] = {"January", "February", "March", "April", "May", "June", "July", "August", "September",
-    "October", "November", "December"};
-
 template <typename... Arguments>
 std::string formatted(const char* format, Arguments... arguments)
 {
@@ -107,7 +103,7 @@ DateParts::DateParts(Date date)
 std::string dateString(Date date)
 {
     const DateParts parts(date);
-    return formatted("%s, %s %d, %lld", kWeekdays[parts.weekday - 1], kMonths[parts.month - 1], parts.day,
+    return formatted("%s, %s %d, %lld", kWeekdayNames[parts.weekday - 1], kMonthNames[parts.month - 1], parts.day,
         static_cast<long long>(parts.year));
 }
 

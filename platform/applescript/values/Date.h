@@ -1,9 +1,15 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 
 namespace mervo::applescript {
+
+inline constexpr std::array<const char*, 12> kMonthNames{"January", "February", "March", "April", "May", "June", "July",
+    "August", "September", "October", "November", "December"};
+inline constexpr std::array<const char*, 7> kWeekdayNames{
+    "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
 
 /// A local wall-clock time in whole seconds, without a zone: `seconds` counts the seconds that a clock on the wall
 /// would show since 1970-01-01 00:00:00, so adding a day keeps the time of day whatever the zone does.

@@ -11,6 +11,14 @@ ScriptError::ScriptError(int errorNumber, std::string text, Value about)
 {
 }
 
+ScriptError ScriptError::at(Place place, int number, std::string message)
+{
+    ScriptError error(number, std::move(message));
+    error.isPlaced = true;
+    error.place = place;
+    return error;
+}
+
 ScriptError ScriptError::cannotCoerce(const Value& value, std::string_view className)
 {
     ScriptError error(
@@ -27,6 +35,17 @@ ScriptError ScriptError::noSuchObject(const std::string& specifier, Value offend
 ScriptError ScriptError::invalidIndex(const std::string& specifier, Value offender)
 {
     return ScriptError(ErrorNumber::invalidIndex, "Can’t get " + specifier + ". Invalid index.", std::move(offender));
+}
+
+ScriptError ScriptError::cannotSet(const std::string& specifier, const Value& value)
+{
+    return ScriptError(ErrorNumber::cannotSet, "Can’t set " + specifier + " to " + quoted(value) + ".", value);
+}
+
+ScriptError ScriptError::notUnderstood(const Value& receiver, const std::string& message)
+{
+    return ScriptError(
+        ErrorNumber::notUnderstood, quoted(receiver) + " doesn’t understand the “" + message + "” message.", receiver);
 }
 
 ScriptError ScriptError::stackOverflow()

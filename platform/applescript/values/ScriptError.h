@@ -60,12 +60,18 @@ public:
     Place place;
     bool isFromApplication = false; // the message names the application already
 
+    /// One whose place is known already.
+    static ScriptError at(Place place, int number, std::string message);
     /// "Can’t make V into type C."
     static ScriptError cannotCoerce(const Value& value, std::string_view className);
     /// "Can’t get REFERENCE."
     static ScriptError noSuchObject(const std::string& specifier, Value offender = {});
     /// "Can’t get REFERENCE. Invalid index."
     static ScriptError invalidIndex(const std::string& specifier, Value offender = {});
+    /// "Can’t set REFERENCE to V."
+    static ScriptError cannotSet(const std::string& specifier, const Value& value);
+    /// "V doesn’t understand the “MESSAGE” message."
+    static ScriptError notUnderstood(const Value& receiver, const std::string& message);
     static ScriptError stackOverflow();
     static ScriptError outOfMemory();
 };

@@ -1,5 +1,7 @@
-#include "platform/applescript/evaluator/Evaluator.h"
+#include "platform/applescript/evaluator/SpecifierWriter.h"
+
 #include "platform/applescript/values/Display.h"
+#include "platform/applescript/values/Object.h"
 
 namespace mervo::applescript {
 
@@ -60,10 +62,21 @@ bool isApplication(const Value& value)
         || (value.is(Kind::object) && value.asObject().designation().form == Designation::Form::application);
 }
 
+std::string ofPlace(const std::string& part, const std::string& place)
+{
+    return place.empty() ? part : part + " of " + place;
+}
+
 } // namespace
 
-/// The part alone: `item 5`, `text 1 thru 9`, `mailbox "X"`.
-std::string Evaluator::describePart(const ElementExpr& expr, const Keys& keys)
+SpecifierWriter::SpecifierWriter(const std::string& source, ValueOf valueOf, KeysOf keysOf)
+    : source_(source)
+    , valueOf_(std::move(valueOf))
+    , keysOf_(std::move(keysOf))
+{
+}
+
+std::string SpecifierWriter::part(const ElementExpr& expr, const Keys& keys) const
 {
     using Form = ElementExpr::Form;
     const std::string& name = expr.className.spelling();
@@ -71,7 +84,7 @@ std::string Evaluator::describePart(const ElementExpr& expr, const Keys& keys)
         if (!written || written->kind != ExprKind::element)
             return quoted(value);
         const auto& mark = as<ElementExpr>(*written);
-        return mark.className.spelling() + " " + describeChain(*mark.key);
+        return mark.className.spelling() + " " + chain(*mark.key);
     };
     switch (expr.form) {
     case Form::every:
@@ -92,24 +105,23 @@ std::string Evaluator::describePart(const ElementExpr& expr, const Keys& keys)
 }
 
 /// A reference as it was written, its keys as values: `mailbox "X" of account "A"`. Empty for what is no reference.
-std::string Evaluator::describeChain(const Expr& expr)
+std::string SpecifierWriter::chain(const Expr& expr) const
 {
-    const auto withOwner = [&](std::string part, const ExprPtr& owner) {
-        const std::string place = owner ? describeChain(*owner) : std::string();
-        return place.empty() ? part : part + " of " + place;
+    const auto withOwner = [&](const std::string& name, const ExprPtr& owner) {
+        return ofPlace(name, owner ? chain(*owner) : std::string());
     };
     switch (expr.kind) {
     case ExprKind::literal:
         return quoted(as<Literal>(expr).value);
     case ExprKind::variable: {
-        const Value& value = slot(as<Variable>(expr).use);
+        const Value value = valueOf_(as<Variable>(expr).use);
         return value.is(Kind::none) ? as<Variable>(expr).use.name.spelling() : quoted(value);
     }
     case ExprKind::property:
         return withOwner(as<PropertyExpr>(expr).name.spelling(), as<PropertyExpr>(expr).container);
     case ExprKind::element: {
         const auto& element = as<ElementExpr>(expr);
-        return withOwner(describePart(element, keysOf(element)), element.container);
+        return withOwner(part(element, keysOf_(element)), element.container);
     }
     case ExprKind::target:
         return as<TargetExpr>(expr).which == TargetExpr::Which::it ? std::string("it") : std::string("me");
@@ -120,7 +132,7 @@ std::string Evaluator::describeChain(const Expr& expr)
 
 /// What a part belongs to, as written where it is a reference to an application's objects; else its value. Empty for
 /// the application itself.
-std::string Evaluator::describeOwner(const ExprPtr& expr, const Value& owner)
+std::string SpecifierWriter::ownerOf(const ExprPtr& expr, const Value& owner) const
 {
     if (isApplication(owner) || owner.is(Kind::script))
         return {};
@@ -132,51 +144,53 @@ std::string Evaluator::describeOwner(const ExprPtr& expr, const Value& owner)
         const bool isPlain = element.key
             && (element.key->kind == ExprKind::literal || element.key->kind == ExprKind::variable) && !element.lastKey;
         if (isPlain) {
-            const std::string part = describePart(element, keysOf(element));
+            const std::string name = part(element, keysOf_(element));
             const Ref<Object> parent = owner.asObject().designation().container;
-            const std::string rest = parent ? describeOwner(element.container, Value::object(parent)) : std::string();
-            return rest.empty() ? part : part + " of " + rest;
+            return ofPlace(name, parent ? ownerOf(element.container, Value::object(parent)) : std::string());
         }
     }
     return specifierOf(owner.asObject());
 }
 
-std::string Evaluator::describe(const PropertyExpr& expr, const Value& owner)
+std::string SpecifierWriter::whole(const PropertyExpr& expr, const Value& owner) const
 {
-    const std::string place = describeOwner(expr.container, owner);
-    return place.empty() ? expr.name.spelling() : expr.name.spelling() + " of " + place;
+    return ofPlace(expr.name.spelling(), ownerOf(expr.container, owner));
 }
 
-std::string Evaluator::describe(const ElementExpr& expr, const Keys& keys, const Value& owner)
+std::string SpecifierWriter::whole(const ElementExpr& expr, const Keys& keys, const Value& owner) const
 {
-    const std::string part = describePart(expr, keys);
-    const std::string place = describeOwner(expr.container, owner);
-    return place.empty() ? part : part + " of " + place;
+    const std::string name = part(expr, keys);
+    return ofPlace(name, ownerOf(expr.container, owner));
+}
+
+std::string SpecifierWriter::whole(const FilterExpr& expr, const Keys& keys, const Value& owner) const
+{
+    const std::string elements = whole(*expr.element, keys, owner);
+    return elements + " whose " + condition(*expr.condition);
 }
 
 /// The test of a filter with symbols: `name = "Nope"`.
-std::string Evaluator::describeCondition(const Expr& expr)
+std::string SpecifierWriter::condition(const Expr& expr) const
 {
     switch (expr.kind) {
     case ExprKind::binary: {
         const auto& binary = as<Binary>(expr);
-        return describeCondition(*binary.left) + " " + symbolOf(binary.op) + " " + describeCondition(*binary.right);
+        return condition(*binary.left) + " " + symbolOf(binary.op) + " " + condition(*binary.right);
     }
     case ExprKind::logical: {
         const auto& logical = as<Logical>(expr);
-        return describeCondition(*logical.left) + (logical.isAnd ? " and " : " or ")
-            + describeCondition(*logical.right);
+        return condition(*logical.left) + (logical.isAnd ? " and " : " or ") + condition(*logical.right);
     }
     case ExprKind::unary: {
         const auto& unary = as<Unary>(expr);
         const char* sign = unary.op == Unary::Op::logicalNot ? "not " : unary.op == Unary::Op::negate ? "-" : "";
-        return sign + describeCondition(*unary.operand);
+        return sign + condition(*unary.operand);
     }
     default:
         break;
     }
-    const std::string chain = describeChain(expr);
-    return chain.empty() ? script_.source.substr(expr.place.start, expr.place.end - expr.place.start) : chain;
+    const std::string written = chain(expr);
+    return written.empty() ? source_.substr(expr.place.start, expr.place.end - expr.place.start) : written;
 }
 
 } // namespace mervo::applescript
