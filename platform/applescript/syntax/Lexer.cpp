@@ -27,14 +27,6 @@ bool isDigit(char c) noexcept
     return c >= '0' && c <= '9';
 }
 
-std::string lowered(std::string_view text)
-{
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return result;
-}
-
 /// One sign of more than one byte or of one, and its ASCII spelling.
 struct Sign {
     std::string_view written;
@@ -310,12 +302,32 @@ std::string nameOf(const Token& token)
     return {};
 }
 
+std::string lowered(std::string_view text)
+{
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(),
+        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return result;
+}
+
 void failExpected(std::string_view expected, const Token& found)
 {
-    ScriptError error(ErrorNumber::syntax, "Expected " + std::string(expected) + " but found " + nameOf(found) + ".");
-    error.isPlaced = true;
-    error.place = found.place;
-    throw error;
+    throw ScriptError::at(
+        found.place, ErrorNumber::syntax, "Expected " + std::string(expected) + " but found " + nameOf(found) + ".");
+}
+
+std::size_t matchWords(std::span<const Token> tokens, std::string_view words) noexcept
+{
+    std::size_t count = 0;
+    std::size_t start = 0;
+    while (start <= words.size()) {
+        const std::size_t end = std::min(words.find(' ', start), words.size());
+        if (count >= tokens.size() || !tokens[count].isWord(words.substr(start, end - start)))
+            return 0;
+        ++count;
+        start = end + 1;
+    }
+    return count;
 }
 
 } // namespace mervo::applescript

@@ -15,9 +15,9 @@ std::unique_ptr<Script> parse(std::string source, ApplicationRegistry& registry)
 }
 
 Parser::Parser(Script& script, ApplicationRegistry& registry)
-    : script_(script)
+    : TokenStream(script.source)
+    , script_(script)
     , registry_(registry)
-    , tokens_(tokensOf(script.source))
 {
 }
 
@@ -28,105 +28,6 @@ Parser::Nesting::Nesting(Parser& parser)
         --parser_.nesting_;
         parser_.failTooDeep();
     }
-}
-
-void Parser::failAs(std::string message) const
-{
-    ScriptError error(ErrorNumber::syntax, std::move(message));
-    error.isPlaced = true;
-    error.place = peek().place;
-    throw error;
-}
-
-const Token& Parser::peek(std::size_t ahead) const noexcept
-{
-    const std::size_t index = at_ + ahead;
-    return index < tokens_.size() ? tokens_[index] : tokens_.back();
-}
-
-std::span<const Token> Parser::rest() const noexcept
-{
-    return std::span(tokens_).subspan(at_);
-}
-
-bool Parser::takeWord(std::string_view word)
-{
-    if (!isWord(word))
-        return false;
-    ++at_;
-    return true;
-}
-
-bool Parser::takeWords(std::string_view words)
-{
-    const std::size_t count = matchWords(rest(), words);
-    at_ += count;
-    return count > 0;
-}
-
-bool Parser::takeSymbol(std::string_view symbol)
-{
-    if (!isSymbol(symbol))
-        return false;
-    ++at_;
-    return true;
-}
-
-void Parser::expectWord(std::string_view word)
-{
-    if (!takeWord(word))
-        fail("“" + std::string(word) + "”");
-}
-
-void Parser::expectSymbol(std::string_view symbol)
-{
-    if (!takeSymbol(symbol))
-        fail("“" + std::string(symbol) + "”");
-}
-
-/// Two operands side by side have an error of their own.
-void Parser::expectLineEnd()
-{
-    if (peek().endsLine())
-        return;
-    const auto kindOf = [](const Token& token) -> std::string {
-        const std::string name = nameOf(token);
-        return name.starts_with("“") ? std::string() : name;
-    };
-    const std::string here = kindOf(peek());
-    const std::string before = at_ > 0 ? kindOf(tokens_[at_ - 1]) : std::string();
-    if (here.empty() || before.empty() || tokens_[at_ - 1].endsLine())
-        fail("end of line");
-    ScriptError error(ErrorNumber::cannotGoAfter, "A " + here + " can’t go after this " + before + ".");
-    error.isPlaced = true;
-    error.place = peek().place;
-    throw error;
-}
-
-void Parser::skipLineEnds()
-{
-    while (peek().kind == TokenKind::lineEnd)
-        ++at_;
-}
-
-Symbol Parser::symbolOf(const Token& token) const
-{
-    if (token.kind == TokenKind::barred)
-        return Symbol(token.text);
-    return Symbol(std::string_view(script_.source).substr(token.place.start, token.place.end - token.place.start));
-}
-
-bool Parser::isName(std::size_t ahead) const
-{
-    const Token& token = peek(ahead);
-    return token.kind == TokenKind::barred || (token.kind == TokenKind::word && !isReserved(token.text));
-}
-
-Symbol Parser::takeName()
-{
-    if (!isName())
-        fail("identifier");
-    return symbolOf(tokens_[at_++]);
 }
 
 Parser::Match Parser::match() const
@@ -170,10 +71,30 @@ ExprPtr& Parser::adopt(Expr& parent, ExprPtr& child) const
     return child;
 }
 
+void Parser::adopt(Expr& parent, ExprPtr& place, ExprPtr child) const
+{
+    place = std::move(child);
+    adopt(parent, place);
+}
+
+ExprPtr* Parser::containerOf(Expr& part) noexcept
+{
+    if (part.kind == ExprKind::property)
+        return &static_cast<PropertyExpr&>(part).container;
+    return part.kind == ExprKind::element ? &static_cast<ElementExpr&>(part).container : nullptr;
+}
+
 ExprPtr Parser::makeLiteral(Value value)
 {
     auto literal = make<Literal>();
     literal->value = std::move(value);
+    return literal;
+}
+
+ExprPtr Parser::takeLiteral(Value value, std::size_t words)
+{
+    ExprPtr literal = makeLiteral(std::move(value));
+    skip(words);
     return literal;
 }
 

@@ -6,12 +6,7 @@ namespace {
 
 constexpr int kOperandLevel = 7; // of `round` and `offset`: anything up to a comparison
 
-struct RoundingName {
-    const char* words;
-    const char* spelling;
-};
-constexpr RoundingName kRoundings[] = {{"up", "up"}, {"down", "down"}, {"toward zero", "toward zero"},
-    {"to nearest", "to nearest"}, {"as taught in school", "as taught in school"}};
+constexpr const char* kRoundings[] = {"up", "down", "toward zero", "to nearest", "as taught in school"};
 
 } // namespace
 
@@ -45,16 +40,15 @@ ExprPtr Parser::parseArgument()
 ExprPtr Parser::parseCommand(const Match& found)
 {
     const Nesting nesting(*this);
+    const Token& token = peek();
     if (found.application && found.application->commandTerm) {
         const CommandTerm& command = *found.application->commandTerm;
-        const Place start = peek().place;
-        at_ += found.words;
+        skip(found.words);
         ExprPtr node = parseDictionaryCommand(command);
-        node->place.start = start.start;
+        node->place.start = token.place.start;
         return finish(std::move(node));
     }
     const LanguageCommand command = found.language->command;
-    const Token& token = peek();
     const bool belongsToApplications = command == LanguageCommand::make || command == LanguageCommand::remove
         || command == LanguageCommand::move || command == LanguageCommand::duplicate
         || command == LanguageCommand::close;
@@ -63,28 +57,21 @@ ExprPtr Parser::parseCommand(const Match& found)
             return parseName();
         failExpected("a command of the language or a “tell application” around it", token);
     }
-    const Place start = token.place;
-    at_ += found.words;
+    skip(found.words);
     ExprPtr node = parseLanguageCommand(command);
-    node->place.start = start.start;
+    node->place.start = token.place.start;
     return finish(std::move(node));
 }
 
 /// The longest label of the command that stands here; null when none does.
-const ParameterTerm* Parser::matchLabel(const CommandTerm& command, std::size_t& words) const
+Parser::Label Parser::matchLabel(const CommandTerm& command) const
 {
-    const ParameterTerm* best = nullptr;
-    words = 0;
+    Label longest;
     for (const ParameterTerm& parameter : command.parameters) {
-        std::string folded;
-        for (const char c : parameter.label)
-            folded += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        if (const std::size_t count = matchWords(rest(), folded); count > words) {
-            words = count;
-            best = &parameter;
-        }
+        if (const std::size_t words = matchWords(rest(), lowered(parameter.label)); words > longest.words)
+            longest = {&parameter, words};
     }
-    return best;
+    return longest;
 }
 
 /// ( "with" | "without" ) label { ( "," | "and" ) label }
@@ -93,14 +80,13 @@ bool Parser::parseSwitches(CommandExpr& node, const CommandTerm& command)
     if (!isWord("with") && !isWord("without"))
         return false;
     const bool value = isWord("with");
-    ++at_;
+    skip();
     do {
-        std::size_t words = 0;
-        const ParameterTerm* parameter = matchLabel(command, words);
-        if (!parameter)
+        const Label label = matchLabel(command);
+        if (!label.parameter)
             fail("a parameter of “" + command.name + "”");
-        at_ += words;
-        node.arguments.emplace_back(parameter->id, makeLiteral(Value::boolean(value)));
+        skip(label.words);
+        node.arguments.emplace_back(label.parameter->id, makeLiteral(Value::boolean(value)));
     } while (takeSymbol(",") || takeWord("and"));
     return true;
 }
@@ -108,10 +94,9 @@ bool Parser::parseSwitches(CommandExpr& node, const CommandTerm& command)
 void Parser::parseArguments(CommandExpr& node, const CommandTerm& command)
 {
     for (;;) {
-        std::size_t words = 0;
-        if (const ParameterTerm* parameter = matchLabel(command, words)) {
-            at_ += words;
-            adopt(node, node.arguments.emplace_back(parameter->id, parseArgument()).second);
+        if (const Label label = matchLabel(command); label.parameter) {
+            skip(label.words);
+            adopt(node, node.arguments.emplace_back(label.parameter->id, parseArgument()).second);
         } else if (!parseSwitches(node, command)) {
             return;
         }
@@ -127,11 +112,9 @@ ExprPtr Parser::parseDictionaryCommand(const CommandTerm& command)
     bool hasIn = false;
     for (const ParameterTerm& parameter : command.parameters)
         hasIn = hasIn || parameter.label == "in";
-    std::size_t words = 0;
-    if (command.direct != CommandTerm::Direct::none && !matchLabel(command, words) && startsOperand()) {
-        const WithFlags flags(*this, {hasIn || flags_.stopsAtIn, false});
-        node->direct = parseArgument();
-        adopt(*node, node->direct);
+    if (command.direct != CommandTerm::Direct::none && !matchLabel(command).parameter && startsOperand()) {
+        const WithFlags flags(*this, {.stopsAtIn = hasIn || flags_.stopsAtIn});
+        adopt(*node, node->direct, parseArgument());
     }
     parseArguments(*node, command);
     return node;
@@ -147,10 +130,7 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
     auto node = make<CommandExpr>();
     node->command = command;
     node->dictionary = dictionary();
-    const auto setDirect = [&](ExprPtr direct) {
-        node->direct = std::move(direct);
-        adopt(*node, node->direct);
-    };
+    const auto setDirect = [&](ExprPtr direct) { adopt(*node, node->direct, std::move(direct)); };
     switch (command) {
     case LanguageCommand::none:
     case LanguageCommand::currentDate:
@@ -227,7 +207,7 @@ void Parser::parseMake(CommandExpr& node)
     if (!found.application || !found.application->classTerm)
         failExpected("a class of " + dictionary()->applicationName(), token);
     node.newClass = found.application->classTerm;
-    at_ += found.words;
+    skip(found.words);
     for (;;) {
         if (takeWord("at"))
             parseLabelled(node, "at", parseArgument());
@@ -245,9 +225,8 @@ void Parser::parseOffset(CommandExpr& node)
 {
     expectWord("of");
     {
-        const WithFlags flags(*this, {true, false});
-        node.direct = parseBinary(kOperandLevel);
-        adopt(node, node.direct);
+        const WithFlags flags(*this, {.stopsAtIn = true});
+        adopt(node, node.direct, parseBinary(kOperandLevel));
     }
     expectWord("in");
     parseLabelled(node, "in", parseBinary(kOperandLevel));
@@ -256,15 +235,12 @@ void Parser::parseOffset(CommandExpr& node)
 /// "round" expr [ "rounding" ( "up" | "down" | "toward zero" | "to nearest" | "as taught in school" ) ]
 void Parser::parseRound(CommandExpr& node)
 {
-    node.direct = parseBinary(kOperandLevel);
-    adopt(node, node.direct);
+    adopt(node, node.direct, parseBinary(kOperandLevel));
     if (!takeWord("rounding"))
         return;
-    for (const RoundingName& rounding : kRoundings) {
-        if (takeWords(rounding.words)) {
-            parseLabelled(node, "rounding", makeLiteral(Value::constant(Symbol(rounding.spelling))));
-            return;
-        }
+    for (const char* rounding : kRoundings) {
+        if (takeWords(rounding))
+            return parseLabelled(node, "rounding", makeLiteral(Value::constant(Symbol(rounding))));
     }
     fail("“up”, “down”, “toward zero”, “to nearest” or “as taught in school”");
 }

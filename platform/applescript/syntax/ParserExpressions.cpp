@@ -131,36 +131,23 @@ ExprPtr Parser::parseBinary(int level)
     const Nesting nesting(*this);
     ExprPtr left;
     if (level <= kNot && isWord("not")) {
-        auto negation = make<Unary>();
-        ++at_;
-        negation->op = Unary::Op::logicalNot;
-        negation->operand = parseBinary(kNot);
-        adopt(*negation, negation->operand);
-        left = finish(std::move(negation));
+        left = parsePrefix(Unary::Op::logicalNot, [&] { return parseBinary(kNot); });
     } else {
         left = parseUnary();
     }
     int highest = kPower;
     for (auto op = peekOperator(); op && op->level >= level && op->level <= highest; op = peekOperator()) {
-        at_ += op->words;
+        skip(op->words);
         if (op->sort == Sort::cast) {
             left = parseCast(std::move(left));
             continue;
         }
-        if (op->op == BinaryOp::equal || op->op == BinaryOp::notEqual) {
-            if (isWord("running") && left->kind == ExprKind::application) {
-                auto property = make<PropertyExpr>();
-                property->name = Symbol("running");
-                property->property = LanguageProperty::running;
-                ++at_;
-                property->container = std::move(left);
-                adopt(*property, property->container);
-                left = std::move(property);
-                if (op->op == BinaryOp::equal)
-                    continue;
+        const bool isEquality = op->op == BinaryOp::equal || op->op == BinaryOp::notEqual;
+        if (isEquality && isWord("running") && left->kind == ExprKind::application) {
+            left = parseIsRunning(std::move(left));
+            if (op->op == BinaryOp::notEqual)
                 left = combine(*op, std::move(left), makeLiteral(Value::boolean(true)));
-                continue;
-            }
+            continue;
         }
         const bool isRight = op->level == kPower;
         ExprPtr right = parseBinary(isRight ? op->level : op->level + 1);
@@ -169,6 +156,17 @@ ExprPtr Parser::parseBinary(int level)
             highest = op->level - 1;
     }
     return left;
+}
+
+/// application "is" "running"
+ExprPtr Parser::parseIsRunning(ExprPtr application)
+{
+    auto property = make<PropertyExpr>();
+    property->name = Symbol("running");
+    property->property = LanguageProperty::running;
+    skip();
+    adopt(*property, property->container, std::move(application));
+    return property;
 }
 
 ExprPtr Parser::combine(const Operator& op, ExprPtr left, ExprPtr right)
@@ -196,10 +194,8 @@ ExprPtr Parser::combine(const Operator& op, ExprPtr left, ExprPtr right)
     if (op.sort == Sort::binary) {
         auto node = placed(std::make_unique<Binary>());
         node->op = op.op;
-        node->left = std::move(left);
-        node->right = std::move(right);
-        adopt(*node, node->left);
-        adopt(*node, node->right);
+        adopt(*node, node->left, std::move(left));
+        adopt(*node, node->right, std::move(right));
         return node;
     }
     auto node = placed(std::make_unique<Logical>());
@@ -216,8 +212,7 @@ ExprPtr Parser::parseCast(ExprPtr operand)
     auto cast = std::make_unique<Cast>();
     cast->place = operand->place;
     cast->target = parseTargetClass();
-    cast->operand = std::move(operand);
-    adopt(*cast, cast->operand);
+    adopt(*cast, cast->operand, std::move(operand));
     return finish(std::move(cast));
 }
 
@@ -227,14 +222,14 @@ TargetClass Parser::parseTargetClass()
     if (peek().kind == TokenKind::raw && peek().text.starts_with("class ")) {
         if (peek().text != "class utf8" && peek().text != "class ut16")
             fail("class name");
-        ++at_;
+        skip();
         return TargetClass::text;
     }
     const TermTable::Found found = TermTable::language().longest(rest());
     if (!found.meaning || found.meaning->languageClass == LanguageClass::none || found.meaning->isPlural)
         fail("class name");
     const Token& token = peek();
-    at_ += found.words;
+    skip(found.words);
     switch (found.meaning->languageClass) {
     case LanguageClass::integer:
         return TargetClass::integer;
@@ -274,12 +269,7 @@ ExprPtr Parser::parseUnary()
 {
     const Nesting nesting(*this);
     if (isSymbol("-") || isSymbol("+")) {
-        auto unary = make<Unary>();
-        unary->op = isSymbol("-") ? Unary::Op::negate : Unary::Op::plus;
-        ++at_;
-        unary->operand = parseUnary();
-        adopt(*unary, unary->operand);
-        return finish(std::move(unary));
+        return parsePrefix(isSymbol("-") ? Unary::Op::negate : Unary::Op::plus, [&] { return parseUnary(); });
     }
     if (matchWords(rest(), "a reference to") > 0 || matchWords(rest(), "a ref to") > 0)
         return parseReferenceTo();
@@ -287,10 +277,9 @@ ExprPtr Parser::parseUnary()
     if (isWord("exists") && operand->kind != ExprKind::literal) {
         auto exists = std::make_unique<CommandExpr>();
         exists->place = operand->place;
-        ++at_;
+        skip();
         exists->command = LanguageCommand::exists;
-        exists->direct = std::move(operand);
-        adopt(*exists, exists->direct);
+        adopt(*exists, exists->direct, std::move(operand));
         return finish(std::move(exists));
     }
     return operand;
@@ -302,7 +291,7 @@ ExprPtr Parser::parsePostfix()
     const Nesting nesting(*this);
     ExprPtr expression = parsePrimary();
     while (takeSymbol("'s")) {
-        const WithFlags flags(*this, {true, true});
+        const WithFlags flags(*this, {.stopsAtIn = true, .stopsAtWhose = true});
         const Place start = expression->place;
         ExprPtr part;
         if (isName() && match().words == 0) { // a record's own label
@@ -312,15 +301,10 @@ ExprPtr Parser::parsePostfix()
         } else {
             part = parsePart();
         }
-        ExprPtr* container = nullptr;
-        if (part->kind == ExprKind::property)
-            container = &static_cast<PropertyExpr&>(*part).container;
-        else if (part->kind == ExprKind::element)
-            container = &static_cast<ElementExpr&>(*part).container;
+        ExprPtr* container = containerOf(*part);
         if (!container || *container)
-            failExpected("a property or an element", tokens_[at_ - 1]);
-        *container = std::move(expression);
-        adopt(*part, *container);
+            failExpected("a property or an element", previous());
+        adopt(*part, *container, std::move(expression));
         part->place.start = start.start;
         expression = std::move(part);
     }
@@ -335,20 +319,14 @@ ExprPtr Parser::parsePrimary()
     const Token& token = peek();
     switch (token.kind) {
     case TokenKind::integer: {
-        ExprPtr literal = makeLiteral(
+        return takeLiteral(
             token.number < 1e15 ? Value::integer(static_cast<std::int64_t>(token.number)) : Value::real(token.number));
-        ++at_;
-        return literal;
     }
     case TokenKind::real: {
-        ExprPtr literal = makeLiteral(Value::real(token.number));
-        ++at_;
-        return literal;
+        return takeLiteral(Value::real(token.number));
     }
     case TokenKind::text: {
-        ExprPtr literal = makeLiteral(Value::text(token.text));
-        ++at_;
-        return literal;
+        return takeLiteral(Value::text(token.text));
     }
     case TokenKind::ordinal:
         return parseOrdinalWord();
@@ -372,11 +350,11 @@ ExprPtr Parser::parseParenthesis()
 {
     const WithFlags flags(*this, {});
     const Token& opening = peek();
-    ++at_;
+    skip();
     ExprPtr inner = parseExpression();
     expectSymbol(")");
     inner->isParenthesised = true;
-    inner->place = {opening.place.start, tokens_[at_ - 1].place.end};
+    inner->place = {opening.place.start, previous().place.end};
     return inner;
 }
 
@@ -385,7 +363,7 @@ std::optional<Symbol> Parser::takeLabel()
 {
     if (peek().kind == TokenKind::barred && isSymbol(":", 1)) {
         const Symbol label = symbolOf(peek());
-        at_ += 2;
+        skip(2);
         return label;
     }
     std::size_t words = 0;
@@ -401,7 +379,7 @@ std::optional<Symbol> Parser::takeLabel()
         spelling += (i > 0 ? " " : "") + std::string(symbolOf(peek(i)).spelling());
     if (words == 1 && isReserved(peek().text))
         fail("the name of a property");
-    at_ += words + 1;
+    skip(words + 1);
     return term.application && term.application->propertyId != kNoTerm ? term.application->words : Symbol(spelling);
 }
 
@@ -411,14 +389,13 @@ ExprPtr Parser::parseBraces()
     const WithFlags flags(*this, {});
     auto list = make<ListExpr>();
     auto record = make<RecordExpr>();
-    ++at_;
+    skip();
     if (takeSymbol("}"))
         return finish(std::move(list));
     do {
         const std::optional<Symbol> label = takeLabel();
         if (label && !list->items.empty()) {
-            --at_;
-            fail("“,” or “}”");
+            failExpected("“,” or “}”", previous());
         }
         if (!label && !record->fields.empty())
             fail("the name of a property and “:”");
@@ -438,7 +415,7 @@ ExprPtr Parser::parseBraces()
 ExprPtr Parser::parseName()
 {
     if (isSymbol("(", 1))
-        return parseCall(false);
+        return parseCall();
     auto start = make<Variable>();
     const Symbol name = takeName();
     if (isOfOrIn()) {
@@ -451,26 +428,28 @@ ExprPtr Parser::parseName()
     return start;
 }
 
-/// ident "(" [ expr { "," expr } ] ")" [ ( "of" | "in" ) postfix ]
-ExprPtr Parser::parseCall(bool isMine)
+/// "(" [ expr { "," expr } ] ")"
+void Parser::parseCallArguments(CallExpr& call)
+{
+    const WithFlags flags(*this, {});
+    expectSymbol("(");
+    if (takeSymbol(")"))
+        return;
+    do
+        adopt(call, call.arguments.emplace_back(parseExpression()));
+    while (takeSymbol(","));
+    expectSymbol(")");
+}
+
+/// ident arguments [ ( "of" | "in" ) postfix ]
+std::unique_ptr<CallExpr> Parser::parseCall()
 {
     auto call = make<CallExpr>();
     call->name = takeName();
-    call->isMine = isMine;
-    expectSymbol("(");
-    {
-        const WithFlags flags(*this, {});
-        if (!isSymbol(")")) {
-            do
-                adopt(*call, call->arguments.emplace_back(parseExpression()));
-            while (takeSymbol(","));
-        }
-        expectSymbol(")");
-    }
+    parseCallArguments(*call);
     if (isOfOrIn()) {
-        ++at_;
-        call->target = parsePostfix();
-        adopt(*call, call->target);
+        skip();
+        adopt(*call, call->target, parsePostfix());
         if (call->target->kind == ExprKind::target && as<TargetExpr>(*call->target).which == TargetExpr::Which::me) {
             call->isMine = true;
             call->target.reset();
@@ -482,44 +461,37 @@ ExprPtr Parser::parseCall(bool isMine)
 /// "my" ( call | ident | part )
 ExprPtr Parser::parseMy()
 {
-    ++at_;
-    if (isName() && isSymbol("(", 1))
-        return parseCall(true);
+    skip();
+    if (isName() && isSymbol("(", 1)) {
+        auto call = parseCall();
+        call->isMine = true;
+        return call;
+    }
     if (isName() && match().words == 0) {
         auto variable = make<Variable>();
         variable->use.isGlobal = true;
         use(variable->use, takeName());
         return variable;
     }
-    ExprPtr part = parsePart();
-    if (part->kind == ExprKind::property && !as<PropertyExpr>(*part).container) {
-        auto& property = static_cast<PropertyExpr&>(*part);
-        property.container = makeTarget(TargetExpr::Which::me);
-        adopt(property, property.container);
-    }
-    return part;
+    return withOwner(parsePart(), TargetExpr::Which::me);
 }
 
 ExprPtr Parser::parseWord()
 {
     const std::string& word = peek().text;
     if (word == "the") {
-        ++at_;
+        skip();
         return parsePrimary();
     }
     if (word == "true" || word == "false") {
-        ExprPtr literal = makeLiteral(Value::boolean(word == "true"));
-        ++at_;
-        return literal;
+        return takeLiteral(Value::boolean(word == "true"));
     }
     if (word == "return") {
-        ExprPtr literal = makeLiteral(Value::text("\r"));
-        ++at_;
-        return literal;
+        return takeLiteral(Value::text("\r"));
     }
     const auto target = [&](TargetExpr::Which which, std::size_t words) {
         ExprPtr expression = makeTarget(which);
-        at_ += words;
+        skip(words);
         return expression;
     };
     if (word == "it")

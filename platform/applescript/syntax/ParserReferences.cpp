@@ -31,14 +31,8 @@ ExprPtr Parser::parsePart()
     const Nesting nesting(*this);
     takeWord("the");
     if (isWord("its")) {
-        ++at_;
-        ExprPtr part = parsePart();
-        if (part->kind == ExprKind::property && !as<PropertyExpr>(*part).container) {
-            auto& property = static_cast<PropertyExpr&>(*part);
-            property.container = makeTarget(TargetExpr::Which::it);
-            adopt(property, property.container);
-        }
-        return part;
+        skip();
+        return withOwner(parsePart(), TargetExpr::Which::it);
     }
     if (isWord("every"))
         return parseEvery();
@@ -48,10 +42,9 @@ ExprPtr Parser::parsePart()
         return parseOrdinalWord();
     if (isWord("number") && isWord("of", 1)) {
         auto count = make<CommandExpr>();
-        at_ += 2;
+        skip(2);
         count->command = LanguageCommand::count;
-        count->direct = parsePostfix();
-        adopt(*count, count->direct);
+        adopt(*count, count->direct, parsePostfix());
         return finish(std::move(count));
     }
     if (found.words > 0)
@@ -70,10 +63,7 @@ ExprPtr Parser::parseTerm(const Match& found)
     // `message id 7`: the longest term is a property, but an index follows.
     if (found.words > 1 && isWord("id", found.words - 1) && found.isProperty()) {
         const Match shorter = match(found.words - 1);
-        at_ += found.words;
-        const bool hasIndex = startsIndex();
-        at_ -= found.words;
-        if (shorter.isClass() && hasIndex && !isContained)
+        if (shorter.isClass() && startsIndexAfter(found.words) && !isContained)
             return parseClassTerm(shorter);
     }
     if (found.isCommand() && !(found.isProperty() && isContained))
@@ -81,14 +71,11 @@ ExprPtr Parser::parseTerm(const Match& found)
     if (found.isConstant() && !(found.isProperty() && isContained)) {
         const Meaning& meaning =
             found.application && found.application->isConstant() ? *found.application : *found.language;
-        ExprPtr literal = makeLiteral(meaning.constant);
-        at_ += found.words;
-        return literal;
+        return takeLiteral(meaning.constant, found.words);
     }
     if (found.isClass() && found.isProperty()) {
-        at_ += found.words;
-        const bool isElement = startsIndex() || isWord("id") || isWord("named") || isWord("from");
-        at_ -= found.words;
+        const bool isElement = startsIndexAfter(found.words) || isWord("id", found.words)
+            || isWord("named", found.words) || isWord("from", found.words);
         return isElement ? parseClassTerm(found) : parsePropertyTerm(found);
     }
     return found.isClass() ? parseClassTerm(found) : parsePropertyTerm(found);
@@ -106,7 +93,7 @@ ExprPtr Parser::parsePropertyTerm(const Match& found)
         property->property = found.language->property;
         property->name = found.language->words;
     }
-    at_ += found.words;
+    skip(found.words);
     return attach(std::move(property));
 }
 
@@ -122,7 +109,7 @@ std::unique_ptr<ElementExpr> Parser::startElement(const Match& found)
         element->dictionary = dictionary();
         element->classTerm = found.application->classTerm;
     }
-    at_ += found.words;
+    skip(found.words);
     return element;
 }
 
@@ -138,16 +125,13 @@ ExprPtr Parser::parseClassTerm(const Match& found)
         if (!meaning.isPlural
             && (which == LanguageClass::file || which == LanguageClass::alias || which == LanguageClass::posixFile
                 || which == LanguageClass::date)) {
-            at_ += found.words;
-            const bool isLiteral = startsIndex();
-            at_ -= found.words;
-            if (isLiteral)
+            if (startsIndexAfter(found.words))
                 return parseFileLiteral(found.words);
         }
     }
     auto element = startElement(found);
     if (isWord("id") && !isWord("of", 1)) {
-        ++at_;
+        skip();
         element->form = ElementExpr::Form::id;
         element->key = isSymbol("{") ? parseBraces() : parseIndex();
     } else if (takeWord("named")) {
@@ -162,7 +146,7 @@ ExprPtr Parser::parseClassTerm(const Match& found)
     } else if (startsIndex()) {
         element->form = ElementExpr::Form::index;
         element->key = parseIndex();
-        if (takeWord("thru") || takeWord("through")) {
+        if (takeThru()) {
             element->form = ElementExpr::Form::range;
             element->lastKey = parseRangeBound();
         }
@@ -201,13 +185,13 @@ Parser::Match Parser::expectClassTerm()
 ExprPtr Parser::parseEvery()
 {
     const Token& start = peek();
-    ++at_;
+    skip();
     auto element = startElement(expectClassTerm());
     element->place.start = start.place.start;
     // `every message 1 thru 5`
     if (startsIndex()) {
         element->key = parseIndex();
-        if (!takeWord("thru") && !takeWord("through"))
+        if (!takeThru())
             fail("“thru”");
         element->form = ElementExpr::Form::range;
         element->lastKey = parseRangeBound();
@@ -244,15 +228,20 @@ ExprPtr Parser::parseOrdinal(Value position, ElementExpr::Form form)
 {
     const Place start = peek().place;
     ExprPtr key = makeLiteral(std::move(position));
-    ++at_;
+    skip();
     auto element = startElement(expectClassTerm());
     element->place.start = start.start;
     element->form = form;
     if (form == ElementExpr::Form::index) {
-        element->key = std::move(key);
-        adopt(*element, element->key);
+        adopt(*element, element->key, std::move(key));
     }
     return attach(std::move(element));
+}
+
+bool Parser::startsIndexAfter(std::size_t words)
+{
+    const Lookahead there(*this, words);
+    return startsIndex();
 }
 
 bool Parser::startsIndex() const
@@ -281,31 +270,16 @@ bool Parser::startsIndex() const
 ExprPtr Parser::parseIndex()
 {
     const Nesting nesting(*this);
-    if (isSymbol("-")) {
-        auto unary = make<Unary>();
-        ++at_;
-        unary->operand = parsePrimary();
-        adopt(*unary, unary->operand);
-        return finish(std::move(unary));
-    }
+    if (isSymbol("-"))
+        return parsePrefix(Unary::Op::negate, [&] { return parsePrimary(); });
     if (isWord("my"))
         return parseMy();
     if (!isName() || match().words > 0)
         return parsePrimary();
     if (isSymbol("(", 1)) {
-        const WithFlags flags(*this, {true, true});
         auto call = make<CallExpr>();
         call->name = takeName();
-        ++at_;
-        {
-            const WithFlags inside(*this, {});
-            if (!isSymbol(")")) {
-                do
-                    adopt(*call, call->arguments.emplace_back(parseExpression()));
-                while (takeSymbol(","));
-            }
-        }
-        expectSymbol(")");
+        parseCallArguments(*call);
         return finish(std::move(call));
     }
     auto variable = make<Variable>();
@@ -317,9 +291,7 @@ ExprPtr Parser::parseIndex()
 ExprPtr Parser::parseRangeBound()
 {
     if (isWord("end") || isWord("beginning")) {
-        ExprPtr literal = makeLiteral(Value::integer(isWord("end") ? -1 : 1));
-        ++at_;
-        return literal;
+        return takeLiteral(Value::integer(isWord("end") ? -1 : 1));
     }
     const Match found = match();
     if (found.words == 0 || !found.isClass())
@@ -328,9 +300,16 @@ ExprPtr Parser::parseRangeBound()
     element->form = ElementExpr::Form::index;
     if (!startsIndex())
         fail("number");
-    element->key = parseIndex();
-    adopt(*element, element->key);
+    adopt(*element, element->key, parseIndex());
     return finish(std::move(element));
+}
+
+/// `my p`, `its p`: a property that was written without an owner.
+ExprPtr Parser::withOwner(ExprPtr part, TargetExpr::Which owner)
+{
+    if (part->kind == ExprKind::property && !as<PropertyExpr>(*part).container)
+        adopt(*part, *containerOf(*part), makeTarget(owner));
+    return part;
 }
 
 /// part [ ( "of" | "in" ) postfix ] [ ( "whose" | "where" ) expr ]
@@ -338,13 +317,9 @@ ExprPtr Parser::attach(ExprPtr part)
 {
     const Nesting nesting(*this);
     if (isOfOrIn()) {
-        ++at_;
-        const WithFlags flags(*this, {flags_.stopsAtIn, true});
-        ExprPtr container = parsePostfix();
-        ExprPtr& place = part->kind == ExprKind::property ? static_cast<PropertyExpr&>(*part).container
-                                                          : static_cast<ElementExpr&>(*part).container;
-        place = std::move(container);
-        adopt(*part, place);
+        skip();
+        const WithFlags flags(*this, {.stopsAtIn = flags_.stopsAtIn, .stopsAtWhose = true});
+        adopt(*part, *containerOf(*part), parsePostfix());
     }
     part = finish(std::move(part));
     if (!flags_.stopsAtWhose && (isWord("whose") || isWord("where")))
@@ -356,7 +331,7 @@ ExprPtr Parser::attach(ExprPtr part)
 ExprPtr Parser::parseWhose(ExprPtr part)
 {
     const Token& start = peek();
-    ++at_;
+    skip();
     ExprPtr* place = &part;
     while ((*place)->kind == ExprKind::property) {
         ExprPtr& container = static_cast<PropertyExpr&>(**place).container;
@@ -384,15 +359,13 @@ ExprPtr Parser::parseFileLiteral(std::size_t words)
 {
     if (isWord("date")) {
         auto date = make<DateExpr>();
-        at_ += words;
-        date->text = parsePostfix();
-        adopt(*date, date->text);
+        skip(words);
+        adopt(*date, date->text, parsePostfix());
         return finish(std::move(date));
     }
     auto file = make<FileExpr>();
-    at_ += words;
-    file->path = parsePostfix();
-    adopt(*file, file->path);
+    skip(words);
+    adopt(*file, file->path, parsePostfix());
     return finish(std::move(file));
 }
 
@@ -400,7 +373,7 @@ ExprPtr Parser::parseFileLiteral(std::size_t words)
 ExprPtr Parser::parseApplication()
 {
     auto application = make<ApplicationExpr>();
-    ++at_;
+    skip();
     application->isById = isWord("id") && peek(1).kind != TokenKind::lineEnd && takeWord("id");
     if (!startsIndex()) {
         if (application->isById)
@@ -409,8 +382,7 @@ ExprPtr Parser::parseApplication()
         literal->place = application->place;
         return literal;
     }
-    application->name = parseIndex();
-    adopt(*application, application->name);
+    adopt(*application, application->name, parseIndex());
     return finish(std::move(application));
 }
 
@@ -418,7 +390,7 @@ ExprPtr Parser::parseApplication()
 ExprPtr Parser::parseReferenceTo()
 {
     auto reference = make<ReferenceTo>();
-    at_ += 3;
+    skip(3);
     const Token& start = peek();
     reference->what = parsePostfix();
     const ExprKind kind = reference->what->kind;
@@ -446,10 +418,9 @@ std::unique_ptr<InsertionExpr> Parser::parseInsertion()
         : word == "after"                 ? Where::after
         : word == "end" || word == "back" ? Where::end
                                           : Where::beginning;
-    ++at_;
+    skip();
     if (insertion->where == Where::before || insertion->where == Where::after || takeWord("of")) {
-        insertion->container = parsePostfix();
-        adopt(*insertion, insertion->container);
+        adopt(*insertion, insertion->container, parsePostfix());
     } else {
         insertion->container = makeTarget(TargetExpr::Which::it);
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/applescript/syntax/SyntaxTree.h"
-#include "platform/applescript/syntax/Token.h"
+#include "platform/applescript/syntax/TokenStream.h"
 #include "platform/applescript/values/Application.h"
 
 #include <initializer_list>
@@ -16,7 +16,7 @@ namespace mervo::applescript {
 
 /// One reading of one script, by recursive descent over the tokens. Each function reads what its comment's grammar
 /// says; where a grammar is left out the name says it. Only the Parser*.cpp files include this.
-class Parser {
+class Parser : private TokenStream {
 public:
     Parser(Script& script, ApplicationRegistry& registry);
     void run();
@@ -77,30 +77,12 @@ private:
     };
 
     // Tokens.
-    const Token& peek(std::size_t ahead = 0) const noexcept;
-    std::span<const Token> rest() const noexcept;
-    bool isWord(std::string_view word, std::size_t ahead = 0) const noexcept { return peek(ahead).isWord(word); }
-    bool isSymbol(std::string_view symbol, std::size_t ahead = 0) const noexcept
-    {
-        return peek(ahead).isSymbol(symbol);
-    }
-    bool takeWord(std::string_view word);
-    bool takeWords(std::string_view words);
-    bool takeSymbol(std::string_view symbol);
-    void expectWord(std::string_view word);
-    void expectSymbol(std::string_view symbol);
-    void expectLineEnd();
-    void skipLineEnds();
-    [[noreturn]] void fail(std::string_view expected) const { failExpected(expected, peek()); }
-    [[noreturn]] void failAs(std::string message) const;
     [[noreturn]] void failTooDeep() const { failAs("The script is nested too deeply here."); }
     [[noreturn]] void failUnknown(const std::string& what) const { failAs(what + " are not known to this host."); }
-    Symbol symbolOf(const Token& token) const;
-    Symbol takeName();
     Match match() const;
     Match match(std::size_t words) const;
     bool isOfOrIn() const noexcept;
-    bool isName(std::size_t ahead = 0) const;
+    bool takeThru() { return takeWord("thru") || takeWord("through"); }
 
     // Nodes.
     template <typename T>
@@ -113,12 +95,16 @@ private:
     template <typename T>
     std::unique_ptr<T> finish(std::unique_ptr<T> node) const
     {
-        if (at_ > 0)
-            node->place.end = tokens_[at_ - 1].place.end;
+        node->place.end = endOfPrevious(node->place.end);
         return node;
     }
+    /// Counts a child in the depth of its parent.
     ExprPtr& adopt(Expr& parent, ExprPtr& child) const;
+    void adopt(Expr& parent, ExprPtr& place, ExprPtr child) const;
+    /// Where a property or an element keeps what it belongs to; null for anything else.
+    static ExprPtr* containerOf(Expr& part) noexcept;
     ExprPtr makeLiteral(Value value);
+    ExprPtr takeLiteral(Value value, std::size_t words = 1);
     ExprPtr makeTarget(TargetExpr::Which which);
     /// The node that holds the variable must stay in the tree: where its value lives is written into it at the end.
     void use(VariableUse& variable, Symbol name);
@@ -159,6 +145,7 @@ private:
     ExprPtr parseExpression();
     ExprPtr parseBinary(int level);
     std::optional<Operator> peekOperator() const;
+    ExprPtr parseIsRunning(ExprPtr application);
     ExprPtr parseCast(ExprPtr operand);
     ExprPtr combine(const Operator& op, ExprPtr left, ExprPtr right);
     ExprPtr parseUnary();
@@ -169,7 +156,18 @@ private:
     ExprPtr parseBraces();
     std::optional<Symbol> takeLabel();
     ExprPtr parseName();
-    ExprPtr parseCall(bool isMine);
+    std::unique_ptr<CallExpr> parseCall();
+    void parseCallArguments(CallExpr& call);
+    /// An operator in front of its operand.
+    template <typename Operand>
+    ExprPtr parsePrefix(Unary::Op op, Operand operand)
+    {
+        auto unary = make<Unary>();
+        skip();
+        unary->op = op;
+        adopt(*unary, unary->operand, operand());
+        return finish(std::move(unary));
+    }
     ExprPtr parseMy();
     TargetClass parseTargetClass();
 
@@ -184,8 +182,10 @@ private:
     ExprPtr parseOrdinal(Value position, ElementExpr::Form form);
     ExprPtr parseOrdinalWord();
     bool startsIndex() const;
+    bool startsIndexAfter(std::size_t words);
     ExprPtr parseIndex();
     ExprPtr parseRangeBound();
+    ExprPtr withOwner(ExprPtr part, TargetExpr::Which owner);
     ExprPtr attach(ExprPtr part);
     ExprPtr parseWhose(ExprPtr part);
     ExprPtr parseFileLiteral(std::size_t words);
@@ -200,7 +200,11 @@ private:
     ExprPtr parseDictionaryCommand(const CommandTerm& command);
     void parseArguments(CommandExpr& node, const CommandTerm& command);
     bool parseSwitches(CommandExpr& node, const CommandTerm& command);
-    const ParameterTerm* matchLabel(const CommandTerm& command, std::size_t& words) const;
+    struct Label {
+        const ParameterTerm* parameter = nullptr;
+        std::size_t words = 0;
+    };
+    Label matchLabel(const CommandTerm& command) const;
     ExprPtr parseLanguageCommand(LanguageCommand command);
     void parseLabelled(CommandExpr& node, std::string_view label, ExprPtr argument);
     void parseMake(CommandExpr& node);
@@ -214,8 +218,6 @@ private:
 
     Script& script_;
     ApplicationRegistry& registry_;
-    std::vector<Token> tokens_;
-    std::size_t at_ = 0;
     Flags flags_;
     int nesting_ = 0;
     int loops_ = 0;

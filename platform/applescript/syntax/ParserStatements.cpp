@@ -51,16 +51,16 @@ void Parser::parseTopLevel()
 /// "use" ( "scripting additions" | "AppleScript" [ "version" text ] | "framework" text ) NL
 void Parser::parseUse()
 {
-    ++at_;
+    skip();
     if (takeWord("applescript")) {
         if (takeWord("version") && peek().kind != TokenKind::text)
             fail("string");
         if (peek().kind == TokenKind::text)
-            ++at_;
+            skip();
     } else if (takeWord("framework")) {
         if (peek().kind != TokenKind::text)
             fail("string");
-        ++at_;
+        skip();
     } else if (!takeWords("scripting additions")) {
         fail("“scripting additions”, “AppleScript” or “framework”");
     }
@@ -70,7 +70,7 @@ void Parser::parseUse()
 /// ( "property" | "prop" ) ident ":" expr NL
 void Parser::parseProperty()
 {
-    ++at_;
+    skip();
     auto property = std::make_unique<Property>();
     property->variable.name = takeName();
     expectSymbol(":");
@@ -82,7 +82,7 @@ void Parser::parseProperty()
 /// ( "global" | "local" ) ident { "," ident }
 void Parser::parseDeclaration(std::vector<Symbol>& names)
 {
-    ++at_;
+    skip();
     do
         names.push_back(takeName());
     while (takeSymbol(","));
@@ -101,7 +101,7 @@ ExprPtr Parser::parsePattern()
         return variable;
     }
     auto list = make<ListExpr>();
-    ++at_;
+    skip();
     do
         list->items.push_back(parsePattern());
     while (takeSymbol(","));
@@ -129,7 +129,7 @@ void Parser::parseHandler()
 {
     Handler* const outer = handler_;
     const Token& start = peek();
-    ++at_;
+    skip();
     auto handler = std::make_unique<Handler>();
     handler->place = start.place;
     handler->globals = topGlobals_;
@@ -177,7 +177,7 @@ void Parser::expectEnd(std::initializer_list<std::string_view> names)
         }
     }
     if (peek().kind == TokenKind::barred && peek().text == *names.begin())
-        ++at_;
+        skip();
     if (!peek().endsLine())
         fail("“" + std::string(*names.begin()) + "”");
 }
@@ -199,7 +199,7 @@ void Parser::parseStatement(Block& block)
     auto statement = parseCompound();
     if (!statement)
         statement = parseSimple();
-    statement->place = {start.start, at_ > 0 ? tokens_[at_ - 1].place.end : start.end};
+    statement->place = {start.start, endOfPrevious(start.end)};
     expectLineEnd();
     block.push_back(std::move(statement));
 }
@@ -246,7 +246,7 @@ std::unique_ptr<Statement> Parser::parseSimple()
         expression->expression = parseExpression();
         statement = std::move(expression);
     }
-    statement->place = {start.start, tokens_[at_ - 1].place.end};
+    statement->place = {start.start, previous().place.end};
     return statement;
 }
 
@@ -256,7 +256,7 @@ ExprPtr Parser::parseAssignable()
     const Nesting nesting(*this);
     if (isSymbol("{")) {
         auto list = make<ListExpr>();
-        ++at_;
+        skip();
         do {
             list->items.push_back(parseAssignable());
             adopt(*list, list->items.back());
@@ -278,7 +278,7 @@ ExprPtr Parser::parseAssignable()
 std::unique_ptr<Statement> Parser::parseSet()
 {
     auto statement = std::make_unique<SetStatement>();
-    ++at_;
+    skip();
     statement->target = parseAssignable();
     expectWord("to");
     statement->value = parseExpression();
@@ -288,7 +288,7 @@ std::unique_ptr<Statement> Parser::parseSet()
 std::unique_ptr<Statement> Parser::parseCopy()
 {
     auto statement = std::make_unique<SetStatement>();
-    ++at_;
+    skip();
     statement->isCopy = true;
     statement->value = parseExpression();
     expectWord("to");
@@ -299,7 +299,7 @@ std::unique_ptr<Statement> Parser::parseCopy()
 std::unique_ptr<Statement> Parser::parseReturn()
 {
     auto statement = std::make_unique<ReturnStatement>();
-    ++at_;
+    skip();
     if (!peek().endsLine() && !isWord("else"))
         statement->value = parseExpression();
     return statement;
@@ -308,13 +308,11 @@ std::unique_ptr<Statement> Parser::parseReturn()
 std::unique_ptr<Statement> Parser::parseExit()
 {
     const Token& start = peek();
-    ++at_;
+    skip();
     takeWord("repeat");
     if (loops_ == 0) {
-        ScriptError error(ErrorNumber::exitOutsideLoop, "“exit repeat” stands outside of any “repeat”.");
-        error.isPlaced = true;
-        error.place = start.place;
-        throw error;
+        throw ScriptError::at(
+            start.place, ErrorNumber::exitOutsideLoop, "“exit repeat” stands outside of any “repeat”.");
     }
     return std::make_unique<ExitStatement>();
 }
@@ -323,7 +321,7 @@ std::unique_ptr<Statement> Parser::parseExit()
 std::unique_ptr<Statement> Parser::parseError()
 {
     auto statement = std::make_unique<ErrorStatement>();
-    ++at_;
+    skip();
     if (!peek().endsLine() && !isWord("number") && !isWord("from") && !isWord("to") && !isWord("partial")
         && !isWord("else"))
         statement->message = parseExpression();
@@ -345,7 +343,7 @@ std::unique_ptr<Statement> Parser::parseError()
 std::unique_ptr<Statement> Parser::parseIf()
 {
     auto statement = std::make_unique<IfStatement>();
-    ++at_;
+    skip();
     ExprPtr condition = parseExpression();
     const bool hasThen = takeWord("then");
     if (hasThen && !peek().endsLine()) {
@@ -377,7 +375,7 @@ std::unique_ptr<Statement> Parser::parseIf()
 std::unique_ptr<Statement> Parser::parseRepeat()
 {
     auto statement = std::make_unique<RepeatStatement>();
-    ++at_;
+    skip();
     if (takeWord("while")) {
         statement->form = RepeatStatement::Form::whileTrue;
         statement->first = parseExpression();
@@ -422,7 +420,7 @@ void Parser::parseRepeatWith(RepeatStatement& repeat)
 std::unique_ptr<Statement> Parser::parseTell()
 {
     auto statement = std::make_unique<TellStatement>();
-    ++at_;
+    skip();
     statement->target = parsePostfix();
     const bool bringsTerms = statement->target->kind == ExprKind::application;
     if (bringsTerms)
@@ -452,7 +450,7 @@ void Parser::parseBinding(std::unique_ptr<VariableUse>& place)
 std::unique_ptr<Statement> Parser::parseTry()
 {
     auto statement = std::make_unique<TryStatement>();
-    ++at_;
+    skip();
     statement->body = parseBlock();
     if (takeWords("on error")) {
         statement->hasHandler = true;
@@ -473,11 +471,11 @@ void Parser::parseCatch(TryStatement& statement)
         if (takeWord("number")) {
             const bool isNegative = isSymbol("-") && peek(1).kind == TokenKind::integer;
             if (isNegative)
-                ++at_;
+                skip();
             if (peek().kind == TokenKind::integer && peek().number < 1e9) {
                 statement.hasNumberLiteral = true;
                 statement.onlyNumber = static_cast<std::int64_t>(peek().number) * (isNegative ? -1 : 1);
-                ++at_;
+                skip();
             } else {
                 parseBinding(statement.number);
             }
@@ -504,7 +502,7 @@ void Parser::parseAttributes(ConsiderStatement& statement, bool isConsidering)
         if (known->setting)
             statement.changes.emplace_back(known->setting, isConsidering);
         if (isSymbol(",") && isWord("and", 1))
-            ++at_;
+            skip();
     } while (takeSymbol(",") || takeWord("and"));
 }
 
@@ -515,7 +513,7 @@ std::unique_ptr<Statement> Parser::parseConsider()
     const std::string opening = peek().text;
     const bool isConsidering = takeWord("considering");
     if (!isConsidering)
-        ++at_;
+        skip();
     parseAttributes(*statement, isConsidering);
     if (takeWord("but")) {
         const bool butConsidering = takeWord("considering");
@@ -533,7 +531,7 @@ std::unique_ptr<Statement> Parser::parseConsider()
 std::unique_ptr<Statement> Parser::parseTimeout()
 {
     auto statement = std::make_unique<TimeoutStatement>();
-    at_ += 2;
+    skip(2);
     takeWord("of");
     statement->seconds = parseExpression();
     if (!takeWord("seconds"))
@@ -547,7 +545,7 @@ std::unique_ptr<Statement> Parser::parseTimeout()
 /// "using terms from" expr NL block "end" [ "using terms from" ]: only the terms change
 void Parser::parseTermsFrom(Block& block)
 {
-    at_ += 3;
+    skip(3);
     if ((!isWord("application") && !isWord("app")) || peek(isWord("id", 1) ? 2 : 1).kind != TokenKind::text)
         fail("“application” and its name");
     const ExprPtr application = parseApplication();

@@ -36,8 +36,8 @@ public:
         for (const auto& property : script_.properties)
             bindGlobal(property->variable);
         for (const auto& [name, handler] : script_.handlers)
-            resolve(*handler, false);
-        resolve(*script_.run, !script_.hasExplicitRun);
+            resolve(*handler, Names::local);
+        resolve(*script_.run, script_.hasExplicitRun ? Names::local : Names::ofScript);
     }
 
 private:
@@ -56,12 +56,15 @@ private:
             [&](const auto& property) { return property->variable.name == name; });
     }
 
-    void resolve(Handler& handler, bool keepsNamesInScript)
+    /// Where names go that nothing declares.
+    enum class Names { local, ofScript };
+
+    void resolve(Handler& handler, Names undeclared)
     {
         Slots locals;
         for (VariableUse* use : handler.uses) {
             const bool isLocal = has(handler.locals, use->name)
-                || !(keepsNamesInScript || has(handler.globals, use->name) || isProperty(use->name));
+                || !(undeclared == Names::ofScript || has(handler.globals, use->name) || isProperty(use->name));
             if (!use->isGlobal && isLocal)
                 use->slot = locals.of(use->name);
             else

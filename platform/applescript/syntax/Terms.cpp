@@ -86,12 +86,12 @@ TermTable::TermTable(const Dictionary& dictionary)
 {
     for (const ClassTerm& term : dictionary.classes()) {
         // Where singular and plural are one word it counts as the singular; `every` says the other.
-        addClass(term.plural, true, term);
+        addClass(term.plural, Number::plural, term);
         for (const std::string& synonym : term.pluralSynonyms)
-            addClass(synonym, true, term);
-        addClass(term.name, false, term);
+            addClass(synonym, Number::plural, term);
+        addClass(term.name, Number::singular, term);
         for (const std::string& synonym : term.synonyms)
-            addClass(synonym, false, term);
+            addClass(synonym, Number::singular, term);
         for (const PropertyTerm& property : term.properties) {
             add(property.name).propertyId = property.id;
             for (const std::string& synonym : property.synonyms)
@@ -109,12 +109,12 @@ void TermTable::addLanguage()
     for (const PropertyName& entry : kProperties)
         add(entry.name).property = entry.property;
     for (const ClassName& entry : kClasses) {
-        addClass(entry.singular, entry.singular, false, entry.which);
-        addClass(entry.plural, entry.singular, true, entry.which);
+        addClass(entry.singular, entry.singular, Number::singular, entry.which);
+        addClass(entry.plural, entry.singular, Number::plural, entry.which);
     }
-    addClass("string", "text", false, LanguageClass::text);
-    addClass("Unicode text", "text", false, LanguageClass::text);
-    addClass("strings", "text", true, LanguageClass::text);
+    addClass("string", "text", Number::singular, LanguageClass::text);
+    addClass("Unicode text", "text", Number::singular, LanguageClass::text);
+    addClass("strings", "text", Number::plural, LanguageClass::text);
     for (const CommandName& entry : kCommands)
         add(entry.name).command = entry.command;
     const auto addConstants = [&](const auto& words) {
@@ -163,19 +163,19 @@ Meaning& TermTable::add(std::string_view text)
     return terms.insert(shorter, Term{std::move(words), std::move(meaning)})->meaning;
 }
 
-void TermTable::addClass(std::string_view words, std::string_view className, bool isPlural, LanguageClass which)
+void TermTable::addClass(std::string_view words, std::string_view className, Number number, LanguageClass which)
 {
     Meaning& meaning = add(words);
     meaning.className = Symbol(className);
-    meaning.isPlural = isPlural;
+    meaning.isPlural = number == Number::plural;
     meaning.languageClass = which;
 }
 
-void TermTable::addClass(std::string_view words, bool isPlural, const ClassTerm& term)
+void TermTable::addClass(std::string_view words, Number number, const ClassTerm& term)
 {
     Meaning& meaning = add(words);
     meaning.className = Symbol(term.name);
-    meaning.isPlural = isPlural;
+    meaning.isPlural = number == Number::plural;
     meaning.classTerm = &term;
 }
 
@@ -205,20 +205,6 @@ TermTable::Found TermTable::exactly(std::span<const Token> tokens, std::size_t w
             return {&term.meaning, words};
     }
     return {};
-}
-
-std::size_t matchWords(std::span<const Token> tokens, std::string_view words) noexcept
-{
-    std::size_t count = 0;
-    std::size_t start = 0;
-    while (start <= words.size()) {
-        const std::size_t end = std::min(words.find(' ', start), words.size());
-        if (count >= tokens.size() || !tokens[count].isWord(words.substr(start, end - start)))
-            return 0;
-        ++count;
-        start = end + 1;
-    }
-    return count;
 }
 
 } // namespace mervo::applescript

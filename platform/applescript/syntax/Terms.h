@@ -136,16 +136,14 @@ private:
         std::vector<std::string> words;
         Meaning meaning;
     };
+    enum class Number { singular, plural };
     Meaning& add(std::string_view words);
-    void addClass(std::string_view words, std::string_view className, bool isPlural, LanguageClass which);
-    void addClass(std::string_view words, bool isPlural, const ClassTerm& term);
+    void addClass(std::string_view words, std::string_view className, Number number, LanguageClass which);
+    void addClass(std::string_view words, Number number, const ClassTerm& term);
     void addLanguage();
 
     Meaning nameless_; // what has no words
     std::unordered_map<std::string, std::vector<Term>> terms_; // by first word, longest first
 };
-
-/// How many tokens from the first spell the words; 0 when they do not.
-std::size_t matchWords(std::span<const Token> tokens, std::string_view words) noexcept;
 
 } // namespace mervo::applescript

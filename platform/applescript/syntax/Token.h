@@ -2,6 +2,7 @@
 
 #include "platform/applescript/values/ScriptError.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,7 +41,12 @@ std::vector<Token> tokensOf(std::string_view source);
 [[noreturn]] void failExpected(std::string_view expected, const Token& found);
 /// The token as an error names it: `identifier`, `“end”`, `end of line`.
 std::string nameOf(const Token& token);
+/// Letters of ASCII in lower case, as in the text of a word.
+std::string lowered(std::string_view text);
 /// Words that are never a name.
 bool isReserved(std::string_view word) noexcept;
+
+/// How many tokens from the first spell the words; 0 when they do not.
+std::size_t matchWords(std::span<const Token> tokens, std::string_view words) noexcept;
 
 } // namespace mervo::applescript
