@@ -169,21 +169,6 @@ TEST(Process, theChildStartsClean)
     EXPECT_EQ(std::stoull(ignored, nullptr, 16) & kStandardSignals, 0U) << ignored;
 }
 
-TEST(Process, worksWhenTheStandardDescriptorsAreClosed)
-{
-    const int savedInput = ::dup(0);
-    const int savedOutput = ::dup(1);
-    ::close(0);
-    ::close(1);
-    const Outcome outcome = shell("cat; printf err >&2", "through");
-    ::dup2(savedInput, 0);
-    ::dup2(savedOutput, 1);
-    ::close(savedInput);
-    ::close(savedOutput);
-    EXPECT_EQ(outcome.output, "through");
-    EXPECT_EQ(outcome.error, "err");
-}
-
 TEST(Process, manyThreadsAtOnceDoNotHoldEachOthersPipes)
 {
     // A pipe end leaked into a program that waits would keep a quick program's reader waiting as well, for ever.

@@ -57,13 +57,7 @@ TEST(Unicode, countsCharactersAsAReaderDoes)
     EXPECT_EQ(firstCharacterLength("e\u0301x"), 3U);
     EXPECT_EQ(firstCharacterLength("\xFF\u0301"), 1U);
     EXPECT_EQ(firstCharacterLength(""), 0U);
-    const std::string flags = [] {
-        std::string text;
-        for (int i = 0; i < 20000; ++i)
-            text += "🇫";
-        return text;
-    }();
-    EXPECT_EQ(countCharacters(flags), 10000U) << "pairs, also in a long run";
+    EXPECT_EQ(countCharacters(test::repeated(20000, "🇫")), 10000U) << "pairs, also in a long run";
 }
 
 /// What the library makes of a text, whose time grows with the square of a run of marks.
@@ -113,16 +107,10 @@ TEST(Unicode, longRunsOfMarksArePartedAndTakeLinearTime)
 {
     const std::string dotBelow = "\u0323", grave = "\u0300", joiner = "\u034F";
     const auto run = [&](std::size_t pairs) {
-        std::string text = "q"; // composes with neither
-        for (std::size_t i = 0; i < pairs; ++i)
-            text += grave + dotBelow;
-        return text;
-    };
+        return "q" + test::repeated(pairs, grave + dotBelow);
+    }; // q composes with neither
     const auto sorted = [&](std::size_t pairs) {
-        std::string text;
-        for (std::size_t i = 0; i < 2 * pairs; ++i)
-            text += i < pairs ? dotBelow : grave;
-        return text;
+        return test::repeated(pairs, dotBelow) + test::repeated(pairs, grave);
     };
     EXPECT_EQ(foldCase("Q" + run(15).substr(1)), "q" + sorted(15)) << "30 marks are one run";
     EXPECT_EQ(foldCase(run(16)), "q" + sorted(15) + joiner + sorted(1));
@@ -133,9 +121,7 @@ TEST(Unicode, longRunsOfMarksArePartedAndTakeLinearTime)
     const auto folding = [&](std::size_t pairs) { EXPECT_FALSE(foldCase(run(pairs)).empty()); };
     const auto composing = [&](std::size_t pairs) { EXPECT_FALSE(composed(run(pairs)).empty()); };
     const auto illFormed = [&](std::size_t pairs) {
-        std::string text;
-        for (std::size_t i = 0; i < pairs; ++i)
-            text += grave + "\xFF";
+        const std::string text = test::repeated(pairs, grave + "\xFF");
         EXPECT_EQ(foldCase(text), text);
     };
     EXPECT_LT(test::growth(kPairs, folding), test::kLinear);

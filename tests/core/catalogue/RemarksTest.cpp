@@ -1,5 +1,6 @@
 #include "core/policy/Remarks.h"
 #include "core/catalogue/Catalogue.h"
+#include "tests/support/Growth.h"
 
 #include <gmock/gmock.h>
 #include <iterator>
@@ -129,9 +130,7 @@ TEST(Remarks, SayWhatAnAnswerLeftOut)
     const auto reached = [](const char* limit) {
         return ElementsAre(std::string("the limit of ") + limit + " was reached; there may be more");
     };
-    std::string fifty = "first";
-    for (int i = 1; i < 50; ++i)
-        fifty += "\nhit";
+    const std::string fifty = "first" + test::repeated(49, "\nhit");
     EXPECT_THAT(after("mail.search", {}, fifty), reached("50"));
     EXPECT_THAT(after("imessage.read", {{"limit", " 5"}}, fifty), reached("50"));
     EXPECT_THAT(after("mail.search", {{"limit", " 5"}}, fifty), IsEmpty()) << "who knows";

@@ -1,6 +1,7 @@
 #include "core/foundation/HarnessConfig.h"
 
 #include "tests/support/Files.h"
+#include "tests/support/Growth.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -239,13 +240,8 @@ TEST_F(ConfigFile, aLinkStaysALinkAndTheOldIsKeptInTheHome)
 TEST_F(ConfigFile, deepAndRepeatedMembersCostLittle)
 {
     const std::string deep = std::string(400'000, '[') + std::string(400'000, ']');
-    std::string many = "{\"x\":0";
-    for (int i = 0; i < 40'000; ++i)
-        many += ",\"autonomyMode\":1";
-    std::string objects;
-    for (int depth = 0; depth < 150'000; ++depth)
-        objects += "{\"a\":";
-    objects += "1" + std::string(150'000, '}');
+    const std::string many = "{\"x\":0" + test::repeated(40'000, ",\"autonomyMode\":1");
+    const std::string objects = test::repeated(150'000, "{\"a\":") + "1" + std::string(150'000, '}');
     for (const std::string& text :
         {"{\"imapAccounts\":" + deep + "}", many + "}", objects, std::string(1'000'000, '[')}) {
         test::writeFile(file, text);

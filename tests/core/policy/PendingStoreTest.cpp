@@ -2,6 +2,7 @@
 
 #include "core/foundation/ServiceError.h"
 #include "tests/support/Files.h"
+#include "tests/support/Growth.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -58,9 +59,7 @@ TEST(PendingAction, itsLineComesFromTheArgumentsAndNoValuePosesAsTwo)
     };
     for (const auto& [args, line] : cases)
         EXPECT_EQ((PendingAction{"A", "mail.send", args, "mail.send to=another", "c", {}}).line(100), line);
-    std::string marks = "x";
-    for (int i = 0; i < 100'000; ++i)
-        marks += "\xCC\x81";
+    const std::string marks = "x" + test::repeated(100'000, "\xCC\x81");
     for (const std::string& value : {std::string(16'000'000, '\1'), marks, marks + " to=me"}) {
         const std::string line = PendingAction{"A", "t", {{"body", value}, {"to", "x"}}, "", "", {}}.line(100);
         EXPECT_LT(line.size(), 3000U) << "its cost does not grow with the value";

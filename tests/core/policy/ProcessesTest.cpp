@@ -9,7 +9,6 @@
 #include <map>
 #include <memory>
 #include <stdlib.h>
-#include <thread>
 
 namespace mervo {
 namespace {
@@ -76,41 +75,6 @@ TEST_F(Processes, writersWithoutPauseLoseNoRow)
     runAll("rows", 500);
     MervoDB db;
     EXPECT_EQ(rowsByActor(db), everyone(500));
-}
-
-TEST_F(Processes, aWriterWaitsForAnothersLock)
-{
-    AuditLog audit(std::make_shared<MervoDB>());
-    const auto holder = start("lock", 0, "-");
-    ASSERT_EQ(holder->readLine(), "held");
-    std::thread release([&] {
-        ::usleep(300000);
-        holder->finish();
-    });
-    audit.log("me", "x", {}, {}, "executed", {});
-    release.join();
-    EXPECT_EQ(audit.count(), 1);
-}
-
-TEST_F(Processes, aKilledWriterLeavesAWholeDatabase)
-{
-    {
-        MervoDB made;
-    }
-    for (int round = 0; round < 10; ++round) {
-        {
-            const auto writer = start("rows", 1'000'000, "p");
-            ::usleep(60000);
-        } // killed here
-        MervoDB db;
-        auto check = db.database().prepare("PRAGMA integrity_check");
-        ASSERT_TRUE(check.step());
-        ASSERT_EQ(check.text("integrity_check"), "ok");
-    }
-    AuditLog audit(std::make_shared<MervoDB>());
-    EXPECT_GT(audit.count(), 0);
-    for (const AuditEntry& row : audit.recent(audit.count()))
-        ASSERT_EQ(row.details.size(), 1U);
 }
 
 TEST_F(Processes, aReaderOfTheConfigurationMeetsOnlyWholeOnes)

@@ -1,5 +1,4 @@
 #include "core/foundation/HarnessConfig.h"
-#include "core/foundation/MervoDB.h"
 #include "core/policy/AuditLog.h"
 #include "core/policy/HarnessRunner.h"
 
@@ -75,24 +74,12 @@ void holdHome(int, const std::string&)
     });
 }
 
-/// Says "held" once it has the database's lock, and keeps it until its input ends.
-void holdLock(int, const std::string&)
-{
-    MervoDB db;
-    db.database().write([](Database& connection) {
-        connection.execute("DELETE FROM audit WHERE id < 0");
-        std::cout << "held" << std::endl;
-        std::string line;
-        std::getline(std::cin, line);
-    });
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const std::map<std::string, std::function<void(int, const std::string&)>> deeds{{"gate", callGate},
-        {"rows", writeRows}, {"config", saveConfig}, {"lock", holdLock}, {"count", countUp}, {"home", holdHome}};
+    const std::map<std::string, std::function<void(int, const std::string&)>> deeds{
+        {"gate", callGate}, {"rows", writeRows}, {"config", saveConfig}, {"count", countUp}, {"home", holdHome}};
     if (argc != 4 || deeds.count(argv[1]) == 0)
         return 2;
     deeds.at(argv[1])(std::atoi(argv[2]), argv[3]);
