@@ -22,7 +22,7 @@ constexpr auto kChannel = "cockpit";
 std::int64_t firstNumber(Database& database, const char* sql)
 {
     auto query = database.prepare(sql);
-    return query.step() ? query.firstInteger() : 0;
+    return query.step() ? query.integer(0) : 0;
 }
 
 /// One view of the database for several reads.

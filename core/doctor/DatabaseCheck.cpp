@@ -1,6 +1,7 @@
 #include "core/doctor/Checks.h"
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/Database.h"
+#include "core/foundation/DatabaseFailure.h"
 #include "core/foundation/MervoDB.h"
 #include "platform/health.h"
 
@@ -75,7 +76,7 @@ bool canBeMigrated(Database& database)
     try {
         MervoDB::migrate(*emptyCopy(database));
         return true;
-    } catch (const DatabaseError&) {
+    } catch (const sqlite::Error&) {
         return false;
     }
 }
@@ -85,7 +86,7 @@ bool isWhole(Database& database)
 {
     auto tables = database.prepare(
         "SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name IN ('audit', 'policy_rules', 'feedback')");
-    return tables.step() && tables.firstInteger() == 3;
+    return tables.step() && tables.integer(0) == 3;
 }
 
 bool isIntact(Database& database)
@@ -156,13 +157,13 @@ Finding database()
     try {
         Finding finding = ofDatabase(file);
         return finding.state == State::works ? withSpaceAndMode(std::move(finding), file) : finding;
-    } catch (const DatabaseError& error) {
+    } catch (const sqlite::Error& error) {
         if (error.isDamage())
             return damaged(file);
-        std::string remedy = error.remedy();
+        std::string remedy = DatabaseFailure::remedy(error);
         remedy.front() = static_cast<char>(
             remedy.front() >= 'a' && remedy.front() <= 'z' ? remedy.front() - 'a' + 'A' : remedy.front());
-        return broken(error.fault(), remedy + ".");
+        return broken(DatabaseFailure::fault(error), remedy + ".");
     }
 }
 

@@ -13,7 +13,7 @@
 namespace mervo {
 
 /// The statements on the table `feedback`. `now` is a text of `Timestamps`; times compare as text. Every operation is
-/// one statement, guarded so that a repeat changes nothing. Throws DatabaseError.
+/// one statement, guarded so that a repeat changes nothing. Throws sqlite::Error.
 class FeedbackDB {
 public:
     explicit FeedbackDB(std::shared_ptr<MervoDB> db);

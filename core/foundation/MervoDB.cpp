@@ -5,7 +5,6 @@
 
 #include <array>
 #include <mutex>
-#include <sqlite3.h>
 
 namespace mervo {
 
@@ -88,9 +87,9 @@ bool isUpToDate(Database& database)
         auto query = database.prepare("SELECT COUNT(*) FROM grdb_migrations WHERE identifier IN (?, ?, ?, ?)");
         for (const Migration& migration : kMigrations)
             query.bind(migration.identifier);
-        return query.step() && query.firstInteger() == static_cast<std::int64_t>(kMigrations.size());
-    } catch (const DatabaseError& error) {
-        if (error.code() == SQLITE_ERROR) // there is no such table yet
+        return query.step() && query.integer(0) == static_cast<std::int64_t>(kMigrations.size());
+    } catch (const sqlite::Error& error) {
+        if (error.isMisfit()) // there is no such table yet
             return false;
         throw;
     }

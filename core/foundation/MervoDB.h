@@ -15,7 +15,7 @@ namespace mervo {
 /// `grdb_migrations`. Two processes may open a new file at once.
 class MervoDB {
 public:
-    /// The file in the home directory, which is created. Throws DatabaseError or filesystem_error.
+    /// The file in the home directory, which is created. Throws sqlite::Error or filesystem_error.
     MervoDB();
     /// The same file name in another directory, created if missing.
     explicit MervoDB(
@@ -34,7 +34,7 @@ public:
 
     Database& database() { return database_; }
 
-    /// The migrations that the database lacks, in their order. Throws DatabaseError; what was finished before stays.
+    /// The migrations that the database lacks, in their order. Throws sqlite::Error; what was finished before stays.
     static void migrate(Database& database);
 
 private:

@@ -1,6 +1,6 @@
 #include "core/foundation/StoreFailures.h"
 
-#include "core/foundation/Database.h"
+#include "core/foundation/DatabaseFailure.h"
 #include "platform/unified_log.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ thread_local Scope* innermost = nullptr;
 /// For whoever looks after the machine: SQLite's own words as well.
 std::string logged(const std::string& sentence, const std::exception& reason)
 {
-    const auto* database = dynamic_cast<const DatabaseError*>(&reason);
+    const auto* database = dynamic_cast<const sqlite::Error*>(&reason);
     return database == nullptr ? sentence
                                : fmt::format("{} [SQLite {}: {}]", sentence, database->code(), reason.what());
 }
@@ -54,8 +54,8 @@ void report(std::string_view what, const std::exception& reason) noexcept
 
 std::string inWords(const std::exception& reason)
 {
-    if (const auto* database = dynamic_cast<const DatabaseError*>(&reason))
-        return database->sentence();
+    if (const auto* database = dynamic_cast<const sqlite::Error*>(&reason))
+        return DatabaseFailure::sentence(*database);
     if (const auto* file = dynamic_cast<const std::filesystem::filesystem_error*>(&reason)) {
         return fmt::format("\"{}\" cannot be created or used ({}); make it and the folder above it yours and writable",
             file->path1().string(), file->code().message());

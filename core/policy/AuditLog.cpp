@@ -122,7 +122,7 @@ std::int64_t AuditLog::count() noexcept
     return orElse(kNotRead, db_, std::int64_t{0}, [](Database& database) {
         return database.read([](Database& connection) -> std::int64_t {
             auto query = connection.prepare(kCount);
-            return query.step() ? query.firstInteger() : 0;
+            return query.step() ? query.integer(0) : 0;
         });
     });
 }
@@ -152,7 +152,7 @@ std::int64_t AuditLog::sentToday() noexcept
     return orElse(kNotRead, db_, std::int64_t{0}, [&](Database& database) {
         return database.read([&](Database& connection) -> std::int64_t {
             auto query = connection.prepare(kCountSentToday);
-            return query.bind(startOfToday()).step() ? query.firstInteger() : 0;
+            return query.bind(startOfToday()).step() ? query.integer(0) : 0;
         });
     });
 }

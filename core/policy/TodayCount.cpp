@@ -29,13 +29,13 @@ bool isAllowed(std::string_view reason)
 std::int64_t versionOf(Database& database)
 {
     auto query = database.prepare("PRAGMA data_version");
-    return query.step() ? query.firstInteger() : 0;
+    return query.step() ? query.integer(0) : 0;
 }
 
 std::int64_t fullCount(Database& database, std::string_view moment)
 {
     auto query = database.prepare(kCountAllowRuleExecutionsToday);
-    return query.bind(moment).step() ? query.firstInteger() : 0;
+    return query.bind(moment).step() ? query.integer(0) : 0;
 }
 
 bool isSame(const std::weak_ptr<MervoDB>& known, const std::shared_ptr<MervoDB>& db)

@@ -19,7 +19,7 @@ namespace mervo {
 /// process that asks once need not ask SQLite for the version. Any thread.
 class TodayCount {
 public:
-    /// Throws DatabaseError.
+    /// Throws sqlite::Error.
     std::int64_t since(const std::shared_ptr<MervoDB>& db, std::string_view moment);
 
     /// After a row was committed, in the same turn of the connection. `changesBefore`: totalChanges() before it.

@@ -77,7 +77,7 @@ std::vector<InboundMessage> recentInbound(const std::string& from, std::optional
             }
             return messages;
         });
-    } catch (const DatabaseError& error) {
+    } catch (const sqlite::Error& error) {
         throw MessagesError::notAccessible(error.what());
     }
 }

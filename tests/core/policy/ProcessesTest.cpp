@@ -65,7 +65,7 @@ TEST_F(Processes, callsAtOnceLoseNothing)
     EXPECT_EQ(audit.search("pending_approval", 1000).size(), kProcesses * 10U);
     auto query = db.database().prepare("SELECT COUNT(*) FROM grdb_migrations");
     ASSERT_TRUE(query.step());
-    EXPECT_EQ(query.firstInteger(), 4);
+    EXPECT_EQ(query.integer(0), 4);
 }
 
 TEST_F(Processes, writersWithoutPauseLoseNoRow)

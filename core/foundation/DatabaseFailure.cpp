@@ -1,15 +1,14 @@
-#include "core/foundation/Database.h"
+#include "core/foundation/DatabaseFailure.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fmt/format.h>
 #include <sqlite3.h>
 
-namespace mervo {
+namespace mervo::DatabaseFailure {
 
 namespace {
-
-constexpr int kPrimary = 0xFF; ///< the part of an extended code that names the kind
 
 std::string inWords(std::chrono::milliseconds time)
 {
@@ -17,9 +16,10 @@ std::string inWords(std::chrono::milliseconds time)
     return seconds.count() > 0 ? fmt::format("{} s", seconds.count()) : fmt::format("{} ms", time.count());
 }
 
-bool isFull(int code, int systemError)
+bool isFull(const sqlite::Error& error)
 {
-    return (code & kPrimary) == SQLITE_FULL || systemError == ENOSPC || systemError == EDQUOT;
+    const int systemError = error.circumstances().systemError;
+    return error.primaryCode() == SQLITE_FULL || systemError == ENOSPC || systemError == EDQUOT;
 }
 
 std::string because(int systemError)
@@ -29,59 +29,45 @@ std::string because(int systemError)
 
 } // namespace
 
-DatabaseError::DatabaseError(int code, const std::string& message, Circumstances circumstances)
-    : std::runtime_error(message)
-    , code_(code)
-    , circumstances_(std::move(circumstances))
+std::string fault(const sqlite::Error& error)
 {
-}
-
-bool DatabaseError::isDamage() const noexcept
-{
-    const int kind = code_ & kPrimary;
-    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB;
-}
-
-std::string DatabaseError::fault() const
-{
-    const auto& [path, waited, systemError] = circumstances_;
+    const auto& [path, longestWait, systemError] = error.circumstances();
     const std::string file = path.empty() ? "the database" : fmt::format("\"{}\"", path.string());
-    if (isFull(code_, systemError))
+    if (isFull(error))
         return fmt::format("the disk of {} is full", file);
-    if (code_ == SQLITE_READONLY_DBMOVED)
+    if (error.code() == SQLITE_READONLY_DBMOVED)
         return fmt::format("{} was moved or deleted while it was open", file);
-    switch (code_ & kPrimary) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-        return fmt::format("another program holds {} locked and did not let go of it within {}", file, inWords(waited));
+    if (error.isLocked()) {
+        return fmt::format(
+            "another program holds {} locked and did not let go of it within {}", file, inWords(longestWait));
+    }
+    if (error.isDamage())
+        return fmt::format("{} is damaged", file);
+    switch (error.primaryCode()) {
     case SQLITE_READONLY:
         return fmt::format("{} cannot be written", file);
     case SQLITE_CANTOPEN:
     case SQLITE_PERM:
     case SQLITE_AUTH:
         return fmt::format("{} cannot be opened{}", file, because(systemError));
-    case SQLITE_CORRUPT:
-    case SQLITE_NOTADB:
-        return fmt::format("{} is damaged", file);
     case SQLITE_IOERR:
         return fmt::format("the disk failed to read or write {}{}", file, because(systemError));
     case SQLITE_NOMEM:
         return "there is not enough memory";
     default:
-        return fmt::format("{} is not as this program expects it ({})", file, what());
+        return fmt::format("{} is not as this program expects it ({})", file, error.what());
     }
 }
 
-std::string DatabaseError::remedy() const
+std::string remedy(const sqlite::Error& error)
 {
-    if (isFull(code_, circumstances_.systemError))
+    if (isFull(error))
         return "free some space";
-    if (code_ == SQLITE_READONLY_DBMOVED)
+    if (error.code() == SQLITE_READONLY_DBMOVED)
         return "the next call opens it anew";
-    switch (code_ & kPrimary) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
+    if (error.isLocked())
         return "try again, or end that program";
+    switch (error.primaryCode()) {
     case SQLITE_READONLY:
         return "make the file and its folder yours and writable";
     case SQLITE_CANTOPEN:
@@ -97,4 +83,9 @@ std::string DatabaseError::remedy() const
     }
 }
 
-} // namespace mervo
+std::string sentence(const sqlite::Error& error)
+{
+    return fault(error) + "; " + remedy(error);
+}
+
+} // namespace mervo::DatabaseFailure
