@@ -47,6 +47,8 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::snapshot(const fs::path& mai
             return trySnapshot(maildir, stamp);
         } catch (const IndexError& error) {
             startAnew(error);
+        } catch (const sqlite::Error& error) {
+            startAnew(IndexError(error));
         } catch (const MalformedRecords& error) {
             startAnew(IndexError(error.what(), true));
         } catch (const std::bad_alloc&) { // a length out of a damaged file

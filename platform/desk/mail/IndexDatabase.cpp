@@ -1,15 +1,16 @@
 #include "platform/desk/mail/IndexDatabase.h"
 
 #include "platform/desk/mail/MessageRecord.h"
+#include "platform/sqlite/Blob.h"
+#include "platform/sqlite/Statement.h"
 
 #include <cstring>
-#include <sqlite3.h>
 #include <type_traits>
 
 namespace mervo::desk {
 namespace {
 
-constexpr int kWaitForLock = 10'000; // milliseconds
+constexpr std::chrono::seconds kWaitForLock(10);
 constexpr int kSchemaVersion = 2;
 
 constexpr const char* kSchema = R"sql(
@@ -22,13 +23,6 @@ constexpr const char* kSchema = R"sql(
         INSERT INTO counter VALUES(1 + abs(random() % 268435456));
         PRAGMA user_version = 2;
     )sql";
-
-bool meansDamage(int code)
-{
-    const int primary = code & 0xFF;
-    return primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB || primary == SQLITE_SCHEMA || primary == SQLITE_ERROR
-        || primary == SQLITE_MISMATCH || primary == SQLITE_CONSTRAINT;
-}
 
 std::uint64_t combined(std::uint64_t content, std::int64_t number, std::uint64_t print)
 {
@@ -49,89 +43,39 @@ IndexError::IndexError(const std::string& message, bool damaged)
 {
 }
 
-/// One statement, made ready and used up in one place.
-class IndexDatabase::Query {
-public:
-    Query(IndexDatabase& database, const char* sql)
-        : database_(database)
-    {
-        if (const int code = sqlite3_prepare_v2(database.handle_, sql, -1, &statement_, nullptr); code != SQLITE_OK)
-            database.fail(code);
-    }
-    Query(const Query&) = delete;
-    Query& operator=(const Query&) = delete;
-    ~Query() { sqlite3_finalize(statement_); }
-
-    Query& bind(int at, std::int64_t value)
-    {
-        sqlite3_bind_int64(statement_, at, value);
-        return *this;
-    }
-    Query& bind(int at, std::string_view bytes) // the bytes must outlive the query
-    {
-        if (sqlite3_bind_blob64(statement_, at, bytes.data(), bytes.size(), SQLITE_STATIC) != SQLITE_OK)
-            database_.fail(SQLITE_TOOBIG);
-        return *this;
-    }
-    bool step()
-    {
-        const int code = sqlite3_step(statement_);
-        if (code != SQLITE_ROW && code != SQLITE_DONE)
-            database_.fail(code);
-        return code == SQLITE_ROW;
-    }
-    std::int64_t integer(int column) { return sqlite3_column_int64(statement_, column); }
-    std::string_view bytes(int column)
-    {
-        const void* data = sqlite3_column_blob(statement_, column);
-        const int size = sqlite3_column_bytes(statement_, column);
-        if (data == nullptr && size > 0)
-            database_.fail(SQLITE_NOMEM);
-        return {static_cast<const char*>(data), static_cast<std::size_t>(size)};
-    }
-
-private:
-    IndexDatabase& database_;
-    sqlite3_stmt* statement_ = nullptr;
-};
+/// What does not fit the tables is damage too: a new file would have the right ones.
+IndexError::IndexError(const sqlite::Error& reason)
+    : IndexError(reason.what(), reason.isDamage() || reason.isMisfit())
+{
+}
 
 IndexDatabase::IndexDatabase(const std::filesystem::path& file)
+    : connection_(file.empty() ? ":memory:" : file, sqlite::Access::readWrite, kWaitForLock)
 {
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
-    const int code = sqlite3_open_v2(file.empty() ? ":memory:" : file.c_str(), &handle_, flags, nullptr);
-    try {
-        if (code != SQLITE_OK)
-            fail(code);
-        sqlite3_busy_timeout(handle_, kWaitForLock);
-        execute("PRAGMA page_size = 32768; PRAGMA synchronous = OFF; PRAGMA journal_mode = TRUNCATE; PRAGMA cache_size "
-                "= -65536");
-        Query version(*this, "PRAGMA user_version");
-        version.step();
-        if (version.integer(0) == 0) {
-            execute("BEGIN IMMEDIATE");
-            Query again(*this, "PRAGMA user_version"); // another process may have been first
-            again.step();
-            const bool isEmpty = again.integer(0) == 0;
-            execute(isEmpty ? kSchema : "SELECT 1");
-            execute("COMMIT");
-        } else if (version.integer(0) != kSchemaVersion) {
-            throw IndexError("The mail index was written by another version.", true);
-        }
-    } catch (...) {
-        sqlite3_close_v2(handle_);
-        throw;
+    connection_.execute("PRAGMA page_size = 32768; PRAGMA synchronous = OFF; PRAGMA journal_mode = TRUNCATE; "
+                        "PRAGMA cache_size = -65536");
+    const std::int64_t version = schemaVersion();
+    if (version == 0) {
+        sqlite::Transaction transaction(connection_, sqlite::Transaction::Lock::immediate);
+        if (schemaVersion() == 0) // else another process was first
+            connection_.execute(kSchema);
+        transaction.commit();
+    } else if (version != kSchemaVersion) {
+        throw IndexError("The mail index was written by another version.", true);
     }
 }
 
-IndexDatabase::~IndexDatabase()
+std::int64_t IndexDatabase::schemaVersion()
 {
-    sqlite3_close_v2(handle_);
+    sqlite::Statement query(connection_, "PRAGMA user_version");
+    query.step();
+    return query.integer(0);
 }
 
 std::optional<IndexDatabase::Folder> IndexDatabase::folder(const std::filesystem::path& maildir)
 {
-    Query query(*this, "SELECT id, stamp, scanned, generation, content FROM folder WHERE path = ?");
-    query.bind(1, maildir.native());
+    sqlite::Statement query(connection_, "SELECT id, stamp, scanned, generation, content FROM folder WHERE path = ?");
+    query.bindBytes(maildir.native());
     if (!query.step())
         return std::nullopt;
     Folder found;
@@ -146,18 +90,12 @@ std::optional<IndexDatabase::Folder> IndexDatabase::folder(const std::filesystem
     return found;
 }
 
-/// One blob straight to its place: a column's value would be put together in memory a second time.
 std::string_view IndexDatabase::readBlob(std::int64_t row, RecordMemory& memory)
 {
-    sqlite3_blob* blob = nullptr;
-    if (const int code = sqlite3_blob_open(handle_, "main", "chunk", "data", row, 0, &blob); code != SQLITE_OK)
-        fail(code);
-    const std::unique_ptr<sqlite3_blob, int (*)(sqlite3_blob*)> owner(blob, sqlite3_blob_close);
-    const int size = sqlite3_blob_bytes(blob);
-    char* place = memory.take(static_cast<std::size_t>(size));
-    if (const int code = sqlite3_blob_read(blob, place, size, 0); code != SQLITE_OK)
-        fail(code);
-    return {place, static_cast<std::size_t>(size)};
+    const sqlite::Blob blob(connection_, "chunk", "data", row);
+    char* place = memory.take(blob.size());
+    blob.read(place);
+    return {place, blob.size()};
 }
 
 RecordChunks IndexDatabase::readChunks(const Folder& folder)
@@ -165,11 +103,12 @@ RecordChunks IndexDatabase::readChunks(const Folder& folder)
     RecordChunks chunks;
     if (folder.id == 0)
         return chunks;
-    Query total(*this, "SELECT total(length(data)) FROM chunk WHERE folder = ?");
-    total.bind(1, folder.id).step();
+    sqlite::Statement total(connection_, "SELECT total(length(data)) FROM chunk WHERE folder = ?");
+    total.bind(folder.id).step();
     const auto memory = std::make_shared<RecordMemory>(static_cast<std::size_t>(total.integer(0)));
-    Query query(*this, "SELECT rowid, number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
-    query.bind(1, folder.id);
+    sqlite::Statement query(
+        connection_, "SELECT rowid, number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
+    query.bind(folder.id);
     std::uint64_t content = 0;
     while (query.step()) {
         const std::string_view chunk = readBlob(query.integer(0), *memory);
@@ -184,70 +123,50 @@ RecordChunks IndexDatabase::readChunks(const Folder& folder)
     return chunks;
 }
 
-void IndexDatabase::execute(const char* sql)
-{
-    if (const int code = sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr); code != SQLITE_OK)
-        fail(code);
-}
-
-void IndexDatabase::fail(int code)
-{
-    const char* words = handle_ == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(handle_);
-    throw IndexError(words, meansDamage(code));
-}
-
 IndexDatabase::Reading::Reading(IndexDatabase& database)
-    : database_(database)
+    : transaction_(database.connection_, sqlite::Transaction::Lock::deferred)
 {
-    database_.execute("BEGIN");
-}
-
-IndexDatabase::Reading::~Reading()
-{
-    sqlite3_exec(database_.handle_, "COMMIT", nullptr, nullptr, nullptr);
 }
 
 IndexDatabase::Change::Change(IndexDatabase& database)
-    : database_(database)
+    : connection_(database.connection_)
+    , transaction_(connection_, sqlite::Transaction::Lock::immediate)
 {
-    database_.execute("BEGIN IMMEDIATE");
-}
-
-IndexDatabase::Change::~Change()
-{
-    if (!done_)
-        sqlite3_exec(database_.handle_, "ROLLBACK", nullptr, nullptr, nullptr);
 }
 
 void IndexDatabase::Change::write(Folder& folder, const std::filesystem::path& maildir)
 {
     if (folder.id == 0) {
-        Query insert(
-            database_, "INSERT INTO folder(path, stamp, scanned, generation, content) VALUES(?, x'', 0, 0, 0)");
-        insert.bind(1, maildir.native()).step();
-        folder.id = sqlite3_last_insert_rowid(database_.handle_);
+        sqlite::Statement insert(
+            connection_, "INSERT INTO folder(path, stamp, scanned, generation, content) VALUES(?, x'', 0, 0, 0)");
+        insert.bindBytes(maildir.native()).run();
+        folder.id = connection_.lastInsertedRow();
     }
-    Query update(database_, "UPDATE folder SET stamp = ?, scanned = ?, generation = ?, content = ? WHERE id = ?");
-    update.bind(1, bytesOf(folder.stamp)).bind(2, folder.scanned).bind(3, folder.generation);
-    update.bind(4, static_cast<std::int64_t>(folder.content)).bind(5, folder.id).step();
+    sqlite::Statement update(
+        connection_, "UPDATE folder SET stamp = ?, scanned = ?, generation = ?, content = ? WHERE id = ?");
+    update.bindBytes(bytesOf(folder.stamp)).bind(folder.scanned).bind(folder.generation);
+    update.bind(static_cast<std::int64_t>(folder.content)).bind(folder.id).run();
 }
 
 void IndexDatabase::Change::write(const Folder& folder, std::int64_t chunk, std::string_view data)
 {
-    Query query(database_, "INSERT OR REPLACE INTO chunk(folder, number, fingerprint, data) VALUES(?, ?, ?, ?)");
-    query.bind(1, folder.id).bind(2, chunk);
-    query.bind(3, static_cast<std::int64_t>(fingerprint(data))).bind(4, data).step();
+    sqlite::Statement query(
+        connection_, "INSERT OR REPLACE INTO chunk(folder, number, fingerprint, data) VALUES(?, ?, ?, ?)");
+    query.bind(folder.id).bind(chunk).bind(static_cast<std::int64_t>(fingerprint(data))).bindBytes(data).run();
 }
 
 void IndexDatabase::Change::removeChunk(const Folder& folder, std::int64_t number)
 {
-    Query(database_, "DELETE FROM chunk WHERE folder = ? AND number = ?").bind(1, folder.id).bind(2, number).step();
+    sqlite::Statement(connection_, "DELETE FROM chunk WHERE folder = ? AND number = ?")
+        .bind(folder.id)
+        .bind(number)
+        .run();
 }
 
 std::uint64_t IndexDatabase::Change::contentOf(const Folder& folder)
 {
-    Query query(database_, "SELECT number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
-    query.bind(1, folder.id);
+    sqlite::Statement query(connection_, "SELECT number, fingerprint FROM chunk WHERE folder = ? ORDER BY number");
+    query.bind(folder.id);
     std::uint64_t content = 0;
     while (query.step())
         content = combined(content, query.integer(0), static_cast<std::uint64_t>(query.integer(1)));
@@ -256,18 +175,17 @@ std::uint64_t IndexDatabase::Change::contentOf(const Folder& folder)
 
 std::uint32_t IndexDatabase::Change::takeIds(std::size_t count)
 {
-    Query query(database_, "UPDATE counter SET next = next + ? RETURNING next");
-    if (!query.bind(1, static_cast<std::int64_t>(count)).step())
+    sqlite::Statement query(connection_, "UPDATE counter SET next = next + ? RETURNING next");
+    if (!query.bind(static_cast<std::int64_t>(count)).step())
         throw IndexError("The mail index is damaged.", true);
     const std::int64_t next = query.integer(0);
-    while (query.step()) { }
+    query.run();
     return static_cast<std::uint32_t>(next - static_cast<std::int64_t>(count));
 }
 
 void IndexDatabase::Change::commit()
 {
-    database_.execute("COMMIT");
-    done_ = true;
+    transaction_.commit();
 }
 
 } // namespace mervo::desk

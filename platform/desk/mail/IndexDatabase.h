@@ -2,18 +2,17 @@
 
 #include "platform/desk/mail/Maildir.h"
 #include "platform/desk/mail/RecordChunks.h"
+#include "platform/sqlite/Connection.h"
+#include "platform/sqlite/Error.h"
+#include "platform/sqlite/Transaction.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-struct sqlite3;
-struct sqlite3_stmt;
 
 namespace mervo::desk {
 
@@ -21,6 +20,7 @@ namespace mervo::desk {
 class IndexError final : public std::runtime_error {
 public:
     IndexError(const std::string& message, bool damaged);
+    explicit IndexError(const sqlite::Error& reason);
     bool isDamaged() const noexcept { return damaged_; }
 
 private:
@@ -31,12 +31,13 @@ private:
 ///
 ///     folder(id, path, stamp, scanned, generation, content)
 ///     chunk(folder, number, fingerprint, data)
-///     counter(next)                                    the id of the next new message; begins anywhere, so that an id
-///     of an
-///                                                      earlier index means nothing rather than another message
+///     counter(next)     the id of the next new message
+///
+/// The counter begins anywhere, so that an id of an earlier index means nothing rather than another message.
 ///
 /// Nothing is synced to disk: what a power cut leaves half-written is found by the fingerprints and built anew.
-/// Another process may hold the lock; a call waits for it for up to ten seconds. Every function throws IndexError.
+/// Another process may hold the lock; a call waits for it for up to ten seconds. Every function throws IndexError or
+/// sqlite::Error.
 class IndexDatabase {
 public:
     struct Folder {
@@ -48,7 +49,6 @@ public:
     };
     /// An empty path: a database in memory, which lasts as long as this object.
     explicit IndexDatabase(const std::filesystem::path& file);
-    ~IndexDatabase();
     IndexDatabase(const IndexDatabase&) = delete;
     IndexDatabase& operator=(const IndexDatabase&) = delete;
 
@@ -56,12 +56,9 @@ public:
     class Reading {
     public:
         explicit Reading(IndexDatabase& database);
-        ~Reading();
-        Reading(const Reading&) = delete;
-        Reading& operator=(const Reading&) = delete;
 
     private:
-        IndexDatabase& database_;
+        sqlite::Transaction transaction_;
     };
 
     std::optional<Folder> folder(const std::filesystem::path& maildir);
@@ -73,9 +70,6 @@ public:
     class Change {
     public:
         explicit Change(IndexDatabase& database);
-        ~Change();
-        Change(const Change&) = delete;
-        Change& operator=(const Change&) = delete;
 
         /// `folder.id` 0: a new row, whose id is filled in.
         void write(Folder& folder, const std::filesystem::path& maildir);
@@ -86,17 +80,15 @@ public:
         void commit();
 
     private:
-        IndexDatabase& database_;
-        bool done_ = false;
+        sqlite::Connection& connection_;
+        sqlite::Transaction transaction_;
     };
 
 private:
-    class Query;
+    std::int64_t schemaVersion();
     std::string_view readBlob(std::int64_t row, RecordMemory& memory);
-    void execute(const char* sql);
-    [[noreturn]] void fail(int code);
 
-    sqlite3* handle_ = nullptr;
+    sqlite::Connection connection_;
 };
 
 } // namespace mervo::desk

@@ -16,7 +16,7 @@ namespace mervo::desk {
 
 /// The stored headers of one mailbox while a new listing is laid over them: messages that are known keep their ids,
 /// new ones are parsed, and only the chunks that changed are written. Lives within one change of the database.
-/// Throws IndexError, MalformedRecords.
+/// Throws IndexError, sqlite::Error, MalformedRecords.
 class MailboxMerge {
 public:
     explicit MailboxMerge(RecordChunks stored);
