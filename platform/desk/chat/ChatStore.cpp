@@ -2,12 +2,12 @@
 
 #include "platform/files.h"
 #include "platform/folders.h"
+#include "platform/sqlite/Connection.h"
+#include "platform/sqlite/Statement.h"
+#include "platform/sqlite/Transaction.h"
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <memory>
-#include <optional>
-#include <sqlite3.h>
 #include <stdexcept>
 #include <sys/random.h>
 #include <variant>
@@ -15,7 +15,7 @@
 namespace mervo::desk {
 namespace {
 
-constexpr int kPatience = 10'000; // milliseconds
+constexpr std::chrono::seconds kWaitForLock(10);
 constexpr std::int64_t kEpoch = 978'307'200; // 2001-01-01 UTC in Unix seconds
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 constexpr const char* kService = "iMessage";
@@ -39,90 +39,40 @@ struct Column {
     Cell value;
 };
 
-class Database {
-public:
-    Database(const std::filesystem::path& file, int flags)
-    {
-        const int status = sqlite3_open_v2(file.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr);
-        if (status != SQLITE_OK) {
-            const std::string words = sqlite3_errmsg(handle_);
-            sqlite3_close_v2(handle_);
-            throw std::runtime_error(words);
-        }
-        sqlite3_busy_timeout(handle_, kPatience);
+/// The first column of every row that has one.
+std::vector<std::string> texts(
+    sqlite::Connection& database, const std::string& sql, const std::vector<Cell>& values = {})
+{
+    sqlite::Statement statement(database, sql);
+    for (const Cell& value : values)
+        std::visit([&](const auto& cell) { statement.bind(cell); }, value);
+    std::vector<std::string> rows;
+    while (statement.step()) {
+        if (const auto text = statement.optionalText(0))
+            rows.emplace_back(text->c_str()); // another program's text may hold a NUL: it ends there
     }
-    Database(const Database&) = delete;
-    Database& operator=(const Database&) = delete;
-    ~Database() { sqlite3_close_v2(handle_); }
+    return rows;
+}
 
-    void run(const char* sql)
-    {
-        if (sqlite3_exec(handle_, sql, nullptr, nullptr, nullptr) != SQLITE_OK)
-            fail();
+/// Inserts what the table has columns for. The new row's number; 0 when there is no such table.
+std::int64_t insert(sqlite::Connection& database, const std::string& table, const std::vector<Column>& columns,
+    const char* verb = "INSERT")
+{
+    const auto known = texts(database, "SELECT name FROM pragma_table_info(?)", {table});
+    std::string names, places;
+    std::vector<Cell> values;
+    for (const Column& column : columns) {
+        if (std::find(known.begin(), known.end(), column.name) == known.end())
+            continue;
+        names += (names.empty() ? "" : ", ") + std::string(column.name);
+        places += places.empty() ? "?" : ", ?";
+        values.push_back(column.value);
     }
-
-    /// The first column of every row.
-    std::vector<std::string> texts(const std::string& sql, const std::vector<Cell>& values = {})
-    {
-        const auto statement = prepared(sql, values);
-        std::vector<std::string> rows;
-        int status = 0;
-        while ((status = sqlite3_step(statement.get())) == SQLITE_ROW) {
-            if (const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0)))
-                rows.emplace_back(text);
-        }
-        if (status != SQLITE_DONE)
-            fail();
-        return rows;
-    }
-
-    /// Inserts what the table has columns for. The new row's number; 0 when there is no such table.
-    std::int64_t insert(const std::string& table, const std::vector<Column>& columns, const char* verb = "INSERT")
-    {
-        const auto known = texts("SELECT name FROM pragma_table_info(?)", {table});
-        std::string names, places;
-        std::vector<Cell> values;
-        for (const Column& column : columns) {
-            if (std::find(known.begin(), known.end(), column.name) == known.end())
-                continue;
-            names += (names.empty() ? "" : ", ") + std::string(column.name);
-            places += places.empty() ? "?" : ", ?";
-            values.push_back(column.value);
-        }
-        if (values.empty())
-            return 0;
-        texts(fmt::format("{} INTO {} ({}) VALUES ({})", verb, table, names, places), values);
-        return sqlite3_last_insert_rowid(handle_);
-    }
-
-private:
-    struct Finalize {
-        void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-    };
-
-    std::unique_ptr<sqlite3_stmt, Finalize> prepared(const std::string& sql, const std::vector<Cell>& values)
-    {
-        sqlite3_stmt* raw = nullptr;
-        if (sqlite3_prepare_v2(handle_, sql.c_str(), -1, &raw, nullptr) != SQLITE_OK)
-            fail();
-        std::unique_ptr<sqlite3_stmt, Finalize> statement(raw);
-        int place = 0;
-        for (const Cell& value : values) {
-            ++place;
-            if (const auto* number = std::get_if<std::int64_t>(&value)) {
-                sqlite3_bind_int64(raw, place, *number);
-            } else {
-                sqlite3_bind_text(
-                    raw, place, std::get<std::string>(value).c_str(), -1, SQLITE_TRANSIENT); // the text has no NUL
-            }
-        }
-        return statement;
-    }
-
-    [[noreturn]] void fail() { throw std::runtime_error(sqlite3_errmsg(handle_)); }
-
-    sqlite3* handle_ = nullptr;
-};
+    if (values.empty())
+        return 0;
+    texts(database, fmt::format("{} INTO {} ({}) VALUES ({})", verb, table, names, places), values);
+    return database.lastInsertedRow();
+}
 
 std::string newGuid()
 {
@@ -133,30 +83,31 @@ std::string newGuid()
 }
 
 /// The row with this text, or a new one.
-std::int64_t rowFor(Database& database, const std::string& table, const char* key, const std::string& text,
+std::int64_t rowFor(sqlite::Connection& database, const std::string& table, const char* key, const std::string& text,
     const std::vector<Column>& columns)
 {
-    const auto found = database.texts(
+    const auto found = texts(database,
         fmt::format("SELECT ROWID FROM {} WHERE replace({}, ' ', '') = replace(?, ' ', '') LIMIT 1", table, key),
         {text});
-    return found.empty() ? database.insert(table, columns) : std::stoll(found.front());
+    return found.empty() ? insert(database, table, columns) : std::stoll(found.front());
 }
 
-bool hasTable(Database& database, const char* name)
+bool hasTable(sqlite::Connection& database, const char* name)
 {
-    return !database.texts("SELECT name FROM sqlite_master WHERE type = 'table' AND name = ?", {std::string(name)})
+    return !texts(database, "SELECT name FROM sqlite_master WHERE type = 'table' AND name = ?", {std::string(name)})
                 .empty();
 }
 
-void addToChat(Database& database, const std::string& handle, std::int64_t who, std::int64_t message, std::int64_t date)
+void addToChat(
+    sqlite::Connection& database, const std::string& handle, std::int64_t who, std::int64_t message, std::int64_t date)
 {
     if (!hasTable(database, "chat"))
         return;
     const std::int64_t chat = rowFor(database, "chat", "chat_identifier", handle,
         {{"guid", std::string(kService) + ";-;" + handle}, {"chat_identifier", handle},
             {"service_name", std::string(kService)}});
-    database.insert("chat_handle_join", {{"chat_id", chat}, {"handle_id", who}}, "INSERT OR IGNORE");
-    database.insert("chat_message_join", {{"chat_id", chat}, {"message_id", message}, {"message_date", date}});
+    insert(database, "chat_handle_join", {{"chat_id", chat}, {"handle_id", who}}, "INSERT OR IGNORE");
+    insert(database, "chat_message_join", {{"chat_id", chat}, {"message_id", message}, {"message_date", date}});
 }
 
 } // namespace
@@ -175,8 +126,8 @@ std::vector<std::string> ChatStore::handles() const
 {
     if (!std::filesystem::exists(file_))
         return {};
-    Database database(file_, SQLITE_OPEN_READONLY);
-    return hasTable(database, "handle") ? database.texts("SELECT DISTINCT id FROM handle ORDER BY ROWID")
+    sqlite::Connection database(file_, sqlite::Access::readOnlyFile, kWaitForLock);
+    return hasTable(database, "handle") ? texts(database, "SELECT DISTINCT id FROM handle ORDER BY ROWID")
                                         : std::vector<std::string>();
 }
 
@@ -184,18 +135,18 @@ void ChatStore::addSent(const std::string& handle, const std::string& text, std:
 {
     if (const auto error = platform::createPrivateFolder(file_.parent_path()))
         throw std::runtime_error(error.message());
-    Database database(file_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
-    database.run("BEGIN IMMEDIATE");
+    sqlite::Connection database(file_, sqlite::Access::readWrite, kWaitForLock);
+    sqlite::Transaction transaction(database, sqlite::Transaction::Lock::immediate);
     if (!hasTable(database, "message"))
-        database.run(kTables);
+        database.execute(kTables);
     const std::int64_t date = (unixSeconds - kEpoch) * kNanoseconds;
     const std::int64_t who =
         rowFor(database, "handle", "id", handle, {{"id", handle}, {"service", std::string(kService)}});
-    const std::int64_t message = database.insert("message",
+    const std::int64_t message = insert(database, "message",
         {{"guid", newGuid()}, {"text", text}, {"handle_id", who}, {"service", std::string(kService)}, {"date", date},
             {"is_from_me", std::int64_t(1)}, {"is_sent", std::int64_t(1)}});
     addToChat(database, handle, who, message, date);
-    database.run("COMMIT");
+    transaction.commit();
 }
 
 } // namespace mervo::desk

@@ -9,8 +9,8 @@ namespace mervo::desk {
 
 /// The database of messages, `Library/Messages/chat.db` in the user's home: tables `handle` (who), `message` (what; its
 /// date counts nanoseconds since 2001-01-01 UTC), `chat`, and the joins of chats with both. Other programs fill it too:
-/// what they have made is used as it is, columns that it lacks are left out. Throws std::runtime_error with SQLite's
-/// words; waits up to 10 s for another program's lock.
+/// what they have made is used as it is, columns that it lacks are left out. Throws std::runtime_error, with SQLite's
+/// words where it is a sqlite::Error; waits up to 10 s for another program's lock.
 class ChatStore {
 public:
     explicit ChatStore(std::filesystem::path file);

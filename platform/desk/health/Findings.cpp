@@ -2,12 +2,21 @@
 
 #include "platform/desk/settings/Places.h"
 #include "platform/programs.h"
+#include "platform/sqlite/Connection.h"
+#include "platform/sqlite/Error.h"
+#include "platform/sqlite/Statement.h"
 
+#include <chrono>
 #include <fmt/format.h>
-#include <sqlite3.h>
 #include <utility>
 
 namespace mervo::desk {
+
+namespace {
+
+constexpr std::chrono::seconds kWaitForLock(2);
+
+} // namespace
 
 Finding makeFinding(std::string id, std::string label, std::string detail, std::string remedy)
 {
@@ -29,22 +38,16 @@ Finding commandFinding(
 
 std::string askDatabase(const std::filesystem::path& file, const char* sql)
 {
-    sqlite3* database = nullptr;
-    std::string answer;
-    if (sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-        const auto keep = [](void* to, int columns, char** values, char**) {
-            if (columns > 0 && values[0] != nullptr)
-                *static_cast<std::string*>(to) = values[0];
-            return 0;
-        };
-        sqlite3_busy_timeout(database, 2000);
-        if (sqlite3_exec(database, sql, keep, &answer, nullptr) != SQLITE_OK)
-            answer = sqlite3_errmsg(database);
-    } else {
-        answer = database == nullptr ? "no memory" : sqlite3_errmsg(database);
+    try {
+        const sqlite::Connection database(file, sqlite::Access::readOnlyFile, kWaitForLock);
+        sqlite::Statement statement(database, sql);
+        std::string answer;
+        while (statement.step())
+            answer = statement.optionalText(0).value_or("");
+        return answer;
+    } catch (const sqlite::Error& error) {
+        return error.what();
     }
-    sqlite3_close_v2(database);
-    return answer;
 }
 
 } // namespace mervo::desk
