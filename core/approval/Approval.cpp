@@ -53,25 +53,25 @@ Claim claim(const PendingAction& action, const PendingStore& pending)
     }
     if (!pending.remove(action.id))
         return AlreadyGone{};
-    return Claimed{action};
+    return Claimed{.action = action, .tool = tool};
 }
 
 Run run(const Claimed& claimed, Stores stores)
 {
     const PendingAction& action = claimed.action;
     const StoreFailures::Scope failures;
-    RunningAct running(stores.pending.dir().parent_path(), *Tools::find(action.tool), action.args, kActor, "approved");
-    const auto done = HarnessRunner::executeBuilt(*Tools::find(action.tool), action.args);
+    RunningAct running(stores.pending.dir().parent_path(), *claimed.tool, action.args, kActor, "approved");
+    const auto done = HarnessRunner::executeBuilt(*claimed.tool, action.args);
     running.ending();
     AuditLog::Details details = action.args;
     if (done.ok) {
         details["result"] = HarnessRunner::truncate(done.output, HarnessRunner::kAuditTextLimit);
         stores.audit.log(kActor, action.tool, std::nullopt, details, "executed", "approved");
-        return Executed{done.output, failures.sentences()};
+        return Executed{.output = done.output, .warnings = failures.sentences()};
     }
     stores.audit.log(kActor, action.tool, std::nullopt, details, "error", done.error);
-    const bool waits = queuedAgain(action, stores.pending);
-    return Failed{done.error, waits, failures.sentences()};
+    const bool waits = queuedAgain(action, stores.pending); // before its warnings are read
+    return Failed{.error = done.error, .queuedAgain = waits, .warnings = failures.sentences()};
 }
 
 Result approve(const PendingAction& action, Stores stores)
