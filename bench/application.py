@@ -19,7 +19,7 @@ sys.path.insert(0, str(ROOT / "tests/support"))
 
 import desktop  # noqa: E402
 from gi.repository import GLib  # noqa: E402
-from doubles import Panel, Watcher, come, pump  # noqa: E402
+from doubles import Panel, Watcher, pump, wait_pumping  # noqa: E402
 
 INSIDE_THE_POPOVER = (1160, 400)
 
@@ -96,7 +96,7 @@ class Bench:
         process = self.display.start([program], env=environment)
         until(lambda: tray.items)
         self.take(name + " icon", time.perf_counter_ns() - begun)
-        come("a picture", lambda: tray.look()["IconPixmap"])
+        wait_pumping("a picture", lambda: tray.look()["IconPixmap"])
         return tray, process
 
     def round(self, programs, folder):
@@ -129,7 +129,7 @@ class Bench:
         processes = {}
         for number, (name, program) in enumerate(programs.items(), 1):
             processes[name] = self.display.start([program], env=environment)
-            come("an icon", lambda: len(tray.items) == number)
+            wait_pumping("an icon", lambda: len(tray.items) == number)
             if name == "cockpit":  # one that has been open has more that could wake up
                 for _ in range(2):
                     tray.activate()
@@ -157,7 +157,7 @@ class Bench:
             panel = Panel()
             process = self.display.start([programs[name], "--moving"][:1 if name == "cockpit" else 2],
                                          env=dict(os.environ, MERVO_HOME=str(home)))
-            come("an icon", lambda: panel.items)
+            wait_pumping("an icon", lambda: panel.items)
             panel.watch(5)
             said = tempfile.TemporaryFile()
             monitor = self.display.start(["dbus-monitor", "--session", "--binary"], stdout=said)

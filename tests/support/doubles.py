@@ -16,7 +16,7 @@ def pump():
         pass
 
 
-def come(what, test):
+def wait_pumping(what, test):
     """Like wait, while the services answer."""
     def look():
         pump()
@@ -40,7 +40,7 @@ class Service:
         self.bus.set_exit_on_close(False)
         info = Gio.DBusNodeInfo.new_for_xml("<node>%s</node>" % self.interface).interfaces[0]
         self.bus.register_object(self.path, info, self._call, lambda *words: self.property(words[4]), None)
-        come("the name " + self.name, self._owned)
+        wait_pumping("the name " + self.name, self._owned)
 
     def _owned(self):
         """Takes the name. A real service that the bus has started meanwhile for a program of the test must give way."""
@@ -71,7 +71,7 @@ class Service:
         answers = []
         self.bus.call(name, path, interface, method, arguments, None, 0, 10_000, None,
                       lambda bus, result: answers.append(bus.call_finish(result)))
-        return come(method, lambda: answers)[0].unpack()
+        return wait_pumping(method, lambda: answers)[0].unpack()
 
     def close(self):
         """As if its program had died."""

@@ -17,7 +17,7 @@ import warnings
 
 import desktop  # noqa: E402
 from desktop import find, focused, press, type_text, wait  # noqa: E402
-from doubles import Notifications, Watcher, come, pump  # noqa: E402
+from doubles import Notifications, Watcher, pump, wait_pumping  # noqa: E402
 
 COCKPIT, SERVER, DESKTOP = "", "", None
 MESSAGE = "From: %s\r\nTo: work@desk.example\r\nSubject: %s\r\nDate: Thu, 01 Jan 2026 10:00:00 +0000\r\n\r\nHello\r\n"
@@ -81,8 +81,8 @@ class AnAgentAndAPerson(unittest.TestCase):
         tray, notices = services
         process = DESKTOP.start([COCKPIT])
         self.addCleanup(DESKTOP.end, process)
-        come("the icon", lambda: tray.items)
-        come("its picture", lambda: tray.look()["IconPixmap"])
+        wait_pumping("the icon", lambda: tray.items)
+        wait_pumping("its picture", lambda: tray.look()["IconPixmap"])
         tray.activate()
         self.view = DESKTOP.application(process, "mervo-cockpit")
         find(self.view, "label", "All clear")
@@ -95,7 +95,7 @@ class AnAgentAndAPerson(unittest.TestCase):
         deletion = self.card("mail.delete")
         self.assertLess(time.monotonic() - begun, TICK + 1, "a card within a tick")
         find(deletion, "label", "from news@shop.example · INBOX")
-        come("the notice", lambda: notices.shown)
+        wait_pumping("the notice", lambda: notices.shown)
         self.assertEqual([notice["title"] for notice in notices.shown.values()], ["Approve mail.delete?"])
         self.assertEqual(len(self.senders(self.mail)), 4, "nothing has happened yet")
 

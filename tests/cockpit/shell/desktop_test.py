@@ -14,7 +14,7 @@ import unittest
 
 
 import desktop  # noqa: E402
-from doubles import FileManager, Notifications, Portal, bus, come, pump  # noqa: E402
+from doubles import FileManager, Notifications, Portal, bus, pump, wait_pumping  # noqa: E402
 from gi.repository import Gio, GLib  # noqa: E402
 
 PROBE, DESKTOP = "", None
@@ -42,7 +42,7 @@ class Probe:
 
     def hear(self, key):
         """The next thing said that has this key; what was said before is dropped."""
-        found = come(key, lambda: [line for line in self.listen() if key in line])[0]
+        found = wait_pumping(key, lambda: [line for line in self.listen() if key in line])[0]
         del self.heard[:self.heard.index(found) + 1]
         return found
 
@@ -68,7 +68,7 @@ class TestNotices(OnTheDesktop):
         service = self.play(Notifications("actions", "body"))
         probe = self.start()
         probe.do("post", id="one", title="Approve mail.delete?", body="<b>3</b> & more", actions=ASK, context="AB12")
-        come("a message", lambda: service.shown)
+        wait_pumping("a message", lambda: service.shown)
         (number, shown), = service.shown.items()
         self.assertEqual(shown["body"], "<b>3</b> & more", "plain where the service reads no markup")
         self.assertEqual(shown["actions"], ["default", "Open", "APPROVE", "Approve", "REJECT", "Reject"])
@@ -77,15 +77,15 @@ class TestNotices(OnTheDesktop):
         # Three quick ones under one id stand as one message, the last.
         for title in ("second", "third", "fourth"):
             probe.do("post", id="one", title=title, actions=ASK, context=title)
-        come("the last", lambda: service.shown.get(number, {}).get("title") == "fourth")
+        wait_pumping("the last", lambda: service.shown.get(number, {}).get("title") == "fourth")
         self.assertEqual(list(service.shown), [number])
 
         probe.do("post", id="two", title="stays", context="CD34")
-        come("the other", lambda: len(service.shown) == 2)
+        wait_pumping("the other", lambda: len(service.shown) == 2)
         service.act(number, "APPROVE")
         service.act(number, "APPROVE")
         self.assertEqual(probe.hear("action"), {"action": "APPROVE", "context": "fourth"})
-        come("it is closed", lambda: number in service.closed)
+        wait_pumping("it is closed", lambda: number in service.closed)
         service.act(max(service.shown), "default")
         self.assertEqual(probe.hear("action")["context"], "CD34", "a second answer to the first would have come before")
 
@@ -93,25 +93,25 @@ class TestNotices(OnTheDesktop):
         service = self.play(Notifications("actions", "body-markup"))
         probe = self.start()
         probe.do("post", id="a", title="stays", body="1 < 2 & <i>x</i>")
-        come("a", lambda: service.shown)
+        wait_pumping("a", lambda: service.shown)
         self.assertEqual(list(service.shown.values())[0]["body"], "1 &lt; 2 &amp; &lt;i&gt;x&lt;/i&gt;")
         probe.do("post", id="b", title="goes")
         probe.do("remove", id="b")
-        come("b was closed", lambda: service.closed)
+        wait_pumping("b was closed", lambda: service.closed)
         self.assertEqual([one["title"] for one in service.shown.values()], ["stays"])
         probe.do("remove", id="a")
-        come("all closed", lambda: not service.shown)
+        wait_pumping("all closed", lambda: not service.shown)
 
     def test_a_service_that_dies_takes_its_numbers_along(self):
         first = self.play(Notifications("actions"))
         probe = self.start()
         probe.do("post", id="one", title="before", context="old")
-        come("a message", lambda: first.shown)
+        wait_pumping("a message", lambda: first.shown)
         number, = first.shown
         first.close()
         second = self.play(Notifications())
         probe.do("post", id="one", title="after", actions=ASK)
-        come("a message again", lambda: second.shown)
+        wait_pumping("a message again", lambda: second.shown)
         (again, shown), = second.shown.items()
         self.assertEqual((shown["replaced"], shown["actions"]), (0, []), "no number of the dead, no unasked actions")
         stranger = bus()  # anybody on the bus may send a signal that looks like an answer
@@ -136,7 +136,7 @@ class TestNotices(OnTheDesktop):
 
         def start():
             daemon = DESKTOP.start(["dunst", "-conf", settings], stderr=subprocess.DEVNULL)
-            come("dunst", is_there)  # a message to it before that would have the bus start another one
+            wait_pumping("dunst", is_there)  # a message to it before that would have the bus start another one
             return daemon
 
         def displayed():
@@ -146,16 +146,16 @@ class TestNotices(OnTheDesktop):
         daemon = start()
         probe = self.start()
         probe.do("post", id="one", title="Approve mail.delete?", body="3 messages", actions=ASK, context="AB12")
-        come("the message", lambda: displayed() == "1")
+        wait_pumping("the message", lambda: displayed() == "1")
         subprocess.run(["dunstctl", "context"], check=True)
         self.assertEqual(probe.hear("action"), {"action": "REJECT", "context": "AB12"})
-        come("nothing on the screen", lambda: displayed() == "0")
+        wait_pumping("nothing on the screen", lambda: displayed() == "0")
         daemon.send_signal(signal.SIGKILL)
         DESKTOP.end(daemon)
-        come("no dunst", lambda: not is_there())
+        wait_pumping("no dunst", lambda: not is_there())
         self.addCleanup(DESKTOP.end, start())
         probe.do("post", id="one", title="2 actions to approve")
-        come("a message of the new one", lambda: displayed() == "1")
+        wait_pumping("a message of the new one", lambda: displayed() == "1")
 
 
 class TestTheRest(OnTheDesktop):
@@ -170,8 +170,8 @@ class TestTheRest(OnTheDesktop):
         self.assertTrue(probe.hear("login")["login"])
         entry = root / "config/autostart/mervo.desktop"
         Gio.DesktopAppInfo.new_from_filename(str(entry)).launch([], None)  # another reader of such files
-        come("a start", (root / "record").exists)
-        come("its option", lambda: (root / "record").read_text() == "--hidden\n")
+        wait_pumping("a start", (root / "record").exists)
+        wait_pumping("its option", lambda: (root / "record").read_text() == "--hidden\n")
 
         text = entry.read_text()
         for switched in (text + "Hidden=true\n", text.replace("enabled=true", "enabled=false"), "", "[Other]\nExec=x\n"):
@@ -202,14 +202,14 @@ class TestTheRest(OnTheDesktop):
             probe.do(what, **{what: word})
             self.assertEqual(probe.hear("opened")["opened"], opens, word)
         opened = root / "opened"
-        come("both", lambda: opened.exists() and sorted(opened.read_text().splitlines())
+        wait_pumping("both", lambda: opened.exists() and sorted(opened.read_text().splitlines())
              == ["/tmp/a b", "mailto:a@b.example?subject=x"])
 
         probe.do("reveal", file=str(root / "shown"))
-        come("its folder, without a file manager on the bus", lambda: str(root) in opened.read_text().splitlines())
+        wait_pumping("its folder, without a file manager on the bus", lambda: str(root) in opened.read_text().splitlines())
         manager = self.play(FileManager())
         probe.do("reveal", file=str(root / "é x"))
-        come("the file", lambda: manager.revealed)
+        wait_pumping("the file", lambda: manager.revealed)
         self.assertEqual(manager.revealed, [(root / "é x").as_uri()])
 
         ear, badges = bus(), []
@@ -218,7 +218,7 @@ class TestTheRest(OnTheDesktop):
         ear.call_sync("org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId", None, None, 0, 10_000, None)
         for label in ("3", ""):
             probe.do("badge", label=label)
-        come("two badges", lambda: len(badges) == 2)
+        wait_pumping("two badges", lambda: len(badges) == 2)
         self.assertEqual(badges, [("application://mervo.desktop", {"count": 3, "count-visible": True}),
                                   ("application://mervo.desktop", {"count": 0, "count-visible": False})])
 

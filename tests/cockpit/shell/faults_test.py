@@ -15,7 +15,7 @@ import warnings
 
 import desktop  # noqa: E402
 from desktop import find, look, press, wait  # noqa: E402
-from doubles import Notifications, Watcher, come  # noqa: E402
+from doubles import Notifications, Watcher, wait_pumping  # noqa: E402
 
 COCKPIT, DESKTOP = "", None
 
@@ -49,7 +49,7 @@ class Faults(unittest.TestCase):
         # A limit for files then works like a full disk: it does not end the program with a signal.
         process = DESKTOP.start([COCKPIT, "--open"], env=environment, restore_signals=False)
         self.addCleanup(DESKTOP.end, process)
-        come("an icon", lambda: len(self.tray.items) >= number)
+        wait_pumping("an icon", lambda: len(self.tray.items) >= number)
         return process, DESKTOP.application(process, "mervo-cockpit")
 
     def queue(self, *numbers):
@@ -88,23 +88,23 @@ class Faults(unittest.TestCase):
         self.addCleanup(notices.close)
         (_, first), (_, second) = self.cockpit(1), self.cockpit(2, DISPLAY=DESKTOP.display())
         self.queue(0)
-        come("a notice of each", lambda: len(notices.shown) == 2)
+        wait_pumping("a notice of each", lambda: len(notices.shown) == 2)
         for number in list(notices.shown):
             notices.act(number, "APPROVE")
-        come("the letter", lambda: self.letters() and not self.cards(first) and not self.cards(second))
+        wait_pumping("the letter", lambda: self.letters() and not self.cards(first) and not self.cards(second))
 
         for number in range(1, 7):
             one, other = (first, second) if number % 2 else (second, first)
             self.queue(number)
             for view in (first, second):
-                come("the card", lambda: len(self.cards(view)) == 1)
+                wait_pumping("the card", lambda: len(self.cards(view)) == 1)
             if number == 6:
                 self.decide(one, "Reject", number)
                 press(find(one, "push button", "Confirm"))
             both = self.decide(one, "Approve", number) + self.decide(other, "Approve", number)
             self.assertGreater(both, 0)
-            come("nothing waits", lambda: not self.cards(first) and not self.cards(second))
-        rows = come("a row for each", lambda: (lambda rows: rows if len(rows) == 7 else None)(self.rows()))
+            wait_pumping("nothing waits", lambda: not self.cards(first) and not self.cards(second))
+        rows = wait_pumping("a row for each", lambda: (lambda rows: rows if len(rows) == 7 else None)(self.rows()))
         self.assertEqual([row[1:] for row in rows[:6]], [("executed", "approved")] * 6)
         self.assertIn(rows[6][1], ("executed", "rejected"))
         sent = 6 + (rows[6][1] == "executed")
@@ -113,40 +113,40 @@ class Faults(unittest.TestCase):
     def test_a_full_disk_is_told_of_and_room_again_is_used(self):
         process, view = self.cockpit()
         self.queue(1, 2)
-        come("the cards", lambda: len(self.cards(view)) == 2)
+        wait_pumping("the cards", lambda: len(self.cards(view)) == 2)
         subprocess.run(["prlimit", "--pid", str(process.pid), "--fsize=0:"], check=True)
         self.decide(view, "Approve", 1)
         find(view, "label", lambda name: name.startswith("❌ mail.send - "))
         self.assertEqual(self.letters(), [])
         subprocess.run(["prlimit", "--pid", str(process.pid), "--fsize=unlimited:"], check=True)
         self.decide(view, "Approve", 2)
-        come("the letter", lambda: self.letters() == ["Subject: Letter 2"])
-        come("its row", lambda: ("mail.send", "executed", "approved") in self.rows())
+        wait_pumping("the letter", lambda: self.letters() == ["Subject: Letter 2"])
+        wait_pumping("its row", lambda: ("mail.send", "executed", "approved") in self.rows())
         self.assertIsNone(process.poll())
 
     def test_what_vanishes_and_comes_back_is_followed(self):
         notices = Notifications("actions")
         process, view = self.cockpit()
         self.queue(1)
-        come("a notice", lambda: notices.shown)
+        wait_pumping("a notice", lambda: notices.shown)
         notices.close()
         (self.home / "pending/00000002.json").write_text('{"id": "00000002", "tool"')
         self.queue(3)
-        come("the cards", lambda: len(self.cards(view)) == 2)
+        wait_pumping("the cards", lambda: len(self.cards(view)) == 2)
         shutil.rmtree(self.home)
-        come("nothing waits", lambda: not self.cards(view))
+        wait_pumping("nothing waits", lambda: not self.cards(view))
         find(view, "label", "All clear")
         self.queue(4)
-        come("a card again", lambda: len(self.cards(view)) == 1)
+        wait_pumping("a card again", lambda: len(self.cards(view)) == 1)
         (self.home / "mervo.sqlite").write_bytes(b"x" * 5000)
         (self.home / "config.json").write_text("[")
         self.queue(5)
-        come("the next card", lambda: len(self.cards(view)) == 2)
+        wait_pumping("the next card", lambda: len(self.cards(view)) == 2)
         self.decide(view, "Approve", 4)
-        come("the letter", lambda: self.letters() == ["Subject: Letter 4"])
+        wait_pumping("the letter", lambda: self.letters() == ["Subject: Letter 4"])
         (self.home / "mervo.sqlite").unlink()
         self.decide(view, "Approve", 5)
-        come("its row", lambda: ("mail.send", "executed", "approved") in self.rows())
+        wait_pumping("its row", lambda: ("mail.send", "executed", "approved") in self.rows())
         self.assertIsNone(process.poll())
 
     def test_a_stopped_tool_keeps_nothing_waiting_but_itself(self):
@@ -155,15 +155,15 @@ class Faults(unittest.TestCase):
                                               % (self.root, self.posted))
         process, view = self.cockpit()
         self.queue(1, 2)
-        come("the cards", lambda: len(self.cards(view)) == 2)
+        wait_pumping("the cards", lambda: len(self.cards(view)) == 2)
         self.decide(view, "Approve", 1)
         find(view, "label", "⏳ mail.send - running...")
         self.queue(3)
-        come("the next card", lambda: len(self.cards(view)) == 2)
+        wait_pumping("the next card", lambda: len(self.cards(view)) == 2)
         holder = sqlite3.connect(self.home / "mervo.sqlite", isolation_level=None)
         holder.execute("BEGIN EXCLUSIVE")
         self.queue(4)
-        come("another", lambda: len(self.cards(view)) == 3)
+        wait_pumping("another", lambda: len(self.cards(view)) == 3)
         self.decide(view, "Reject", 2)
         press(find(view, "push button", "Confirm", anywhere=True))
         holder.execute("ROLLBACK")
@@ -171,8 +171,8 @@ class Faults(unittest.TestCase):
         find(view, "label", "🚫 rejected mail.send")
         self.assertEqual(self.letters(), [])
         (self.root / "go").write_text("")
-        come("the letter", lambda: self.letters() == ["Subject: Letter 1"])
-        come("both rows", lambda: {row[1] for row in self.rows()} == {"executed", "rejected"})
+        wait_pumping("the letter", lambda: self.letters() == ["Subject: Letter 1"])
+        wait_pumping("both rows", lambda: {row[1] for row in self.rows()} == {"executed", "rejected"})
 
 
 if __name__ == "__main__":

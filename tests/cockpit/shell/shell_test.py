@@ -16,7 +16,7 @@ import unittest
 
 import desktop  # noqa: E402
 from desktop import find, keys, press  # noqa: E402
-from doubles import Notifications, Panel, Watcher, come  # noqa: E402
+from doubles import Notifications, Panel, Watcher, wait_pumping  # noqa: E402
 
 COCKPIT, DESKTOP = "", None
 ORANGE = (255, 255, 149, 0)
@@ -84,56 +84,56 @@ class TestInATray(Application):
     def test_the_icon_says_what_waits_and_opens_the_popover(self):
         tray = self.tray()
         cockpit = self.start()
-        come("an icon", lambda: tray.items)
-        come("its picture", lambda: tray.pixels(22))
+        wait_pumping("an icon", lambda: tray.items)
+        wait_pumping("its picture", lambda: tray.pixels(22))
         dot = tray.pixels(22)[11][11]
         self.assertTrue(dot[0] > 150 and max(dot[1:]) < 60, "a dark dot on a light panel: %s" % (dot,))
         self.assertEqual(tray.pixels(22)[0][0], (0, 0, 0, 0))
-        come("a tip", lambda: "nothing waits" in tray.look()["ToolTip"][2])
+        wait_pumping("a tip", lambda: "nothing waits" in tray.look()["ToolTip"][2])
         self.queue()
-        come("an orange mark", lambda: tray.pixels(22)[11][11] == ORANGE)
+        wait_pumping("an orange mark", lambda: tray.pixels(22)[11][11] == ORANGE)
         self.assertIn("Mervo (Copilote): 1 waits for you", tray.look()["ToolTip"][2])
 
         tray.activate()
-        come("the popover", windows)
+        wait_pumping("the popover", windows)
         x, y, width, height = place(windows()[0])
         self.assertTrue(x + width > 1200 and y < 40 and width > 300 and height > 400, (x, y, width, height))
         tray.activate()
-        come("closed by a second click", lambda: not windows())
+        wait_pumping("closed by a second click", lambda: not windows())
         tray.activate()
-        come("opened by a third", windows)
+        wait_pumping("opened by a third", windows)
         keys("Escape")
-        come("closed by Escape", lambda: not windows())
+        wait_pumping("closed by Escape", lambda: not windows())
         self.assertIsNone(cockpit.poll())
 
     def test_the_icon_moves_no_more_than_the_eye_follows(self):
         tray = Panel()
         self.addCleanup(tray.close)
         self.start()
-        come("an icon", lambda: tray.items and "nothing waits" in tray.look()["ToolTip"][2])
+        wait_pumping("an icon", lambda: tray.items and "nothing waits" in tray.look()["ToolTip"][2])
         self.assertEqual(tray.watch(2), 0, "it stands still")
         self.queue()
-        come("an orange mark", lambda: tray.pixels(22)[11][11] == ORANGE)
+        wait_pumping("an orange mark", lambda: tray.pixels(22)[11][11] == ORANGE)
         self.assertTrue(0 < tray.watch(4) <= 48)
         self.assertEqual([picture[0] for picture in tray.look()["IconPixmap"]], [22, 24])
 
     def test_a_tray_that_restarts_gets_the_icon_again(self):
         tray = self.tray()
         cockpit = self.start()
-        come("an icon", lambda: tray.items)
+        wait_pumping("an icon", lambda: tray.items)
         tray.close()
-        come("a window in its place", windows)
+        wait_pumping("a window in its place", windows)
         again = self.tray()
-        come("the icon again", lambda: again.items)
-        come("no window", lambda: not windows())
-        come("a picture", lambda: again.pixels(22))
+        wait_pumping("the icon again", lambda: again.items)
+        wait_pumping("no window", lambda: not windows())
+        wait_pumping("a picture", lambda: again.pixels(22))
         self.assertIsNone(cockpit.poll())
 
     def test_the_older_kind_of_tray(self):
         panel = self.panel("top")
-        come("a panel", lambda: windows("^panel$"))
+        wait_pumping("a panel", lambda: windows("^panel$"))
         cockpit = self.start()
-        come("an icon", lambda: place(windows("^panel$")[0])[2] > 10)
+        wait_pumping("an icon", lambda: place(windows("^panel$")[0])[2] > 10)
         self.assertEqual(windows(), [])
 
         def click():
@@ -142,14 +142,14 @@ class TestInATray(Application):
                            check=True)
             return windows()
 
-        come("the popover by a click", click)
+        wait_pumping("the popover by a click", click)
         x, y, width, height = place(windows()[0])
         self.assertTrue(26 <= y < 60 and x + width <= 1280, "below the icon: %s" % ((x, y, width, height),))
         DESKTOP.end(panel)
-        come("a window and the popover", lambda: len(windows()) == 2)
+        wait_pumping("a window and the popover", lambda: len(windows()) == 2)
         panel = self.panel("bottom")
         self.addCleanup(DESKTOP.end, panel)
-        come("the icon again", lambda: len(windows()) < 2)
+        wait_pumping("the icon again", lambda: len(windows()) < 2)
         self.assertIsNone(cockpit.poll())
 
     def test_an_action_is_announced_and_decided_from_there(self):
@@ -157,17 +157,17 @@ class TestInATray(Application):
         notices = Notifications("actions", "body", "body-markup")
         self.addCleanup(notices.close)
         self.start()
-        come("an icon", lambda: tray.items and "nothing waits" in tray.look()["ToolTip"][2])
+        wait_pumping("an icon", lambda: tray.items and "nothing waits" in tray.look()["ToolTip"][2])
         file = self.queue(preview="3 messages <i>from</i> a shop")
-        come("a notification", lambda: notices.shown)
+        wait_pumping("a notification", lambda: notices.shown)
         (number, shown), = notices.shown.items()
         self.assertEqual((shown["title"], shown["body"]),
                          ("Approve mail.delete?", "3 messages &lt;i&gt;from&lt;/i&gt; a shop"))
         notices.act(number, "REJECT")
         notices.act(number, "APPROVE")  # too late
-        come("a row", self.audit)
+        wait_pumping("a row", self.audit)
         self.assertEqual(self.audit(), [("cockpit", "mail.delete", "rejected", "rejected from notification")])
-        come("nothing queued, nothing shown", lambda: not file.exists() and number in notices.closed)
+        wait_pumping("nothing queued, nothing shown", lambda: not file.exists() and number in notices.closed)
         notices.act(number, "default")
         self.assertEqual(windows(), [], "an answer to what is gone opens nothing")
 
@@ -179,15 +179,15 @@ class TestWithoutATray(Application):
         tree = DESKTOP.application(cockpit, "mervo-cockpit")
         find(tree, "label", "Mervo (Copilote): 1 waits for you")
         press(find(tree, "push button", "Open Mervo"))
-        come("the popover too", lambda: len(windows()) == 2)
+        wait_pumping("the popover too", lambda: len(windows()) == 2)
         find(tree, "push button", lambda name: name.startswith("Approve"))
         tray = self.tray()
-        come("the icon", lambda: tray.items)
-        come("no window in its place", lambda: len(windows()) < 2)
+        wait_pumping("the icon", lambda: tray.items)
+        wait_pumping("no window in its place", lambda: len(windows()) < 2)
 
     def test_closing_it_ends_the_cockpit(self):
         cockpit = self.start()
-        window, = come("the window", windows)
+        window, = wait_pumping("the window", windows)
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "--clearmodifiers", "alt+F4"], check=True)
         self.assertEqual(cockpit.wait(20), 0)
 
@@ -196,29 +196,29 @@ class TestStartAndEnd(Application):
     def test_one_for_each_person(self):
         tray = self.tray()
         first = self.start("--hidden")
-        come("an icon", lambda: tray.items)
+        wait_pumping("an icon", lambda: tray.items)
         self.assertEqual(self.run_to_its_end("--hidden").returncode, 0)
         self.assertEqual(windows(), [], "a log-in disturbs nobody")
         self.assertEqual(self.run_to_its_end(DISPLAY="").returncode, 0, "telling the first one needs no display")
-        come("the first one's popover", windows)
+        wait_pumping("the first one's popover", windows)
         self.assertEqual(len(tray.items), 1)
         self.environment["MERVO_HOME"] += "-other"
         other = self.start()
-        come("an icon for another home", lambda: len(tray.items) == 2)
+        wait_pumping("an icon for another home", lambda: len(tray.items) == 2)
         DESKTOP.end(other)
         self.environment["MERVO_HOME"] = str(self.home)
 
         first.send_signal(signal.SIGKILL)
         first.wait()
         several = [self.start() for _ in range(6)]
-        come("one is left", lambda: [one.poll() for one in several].count(None) == 1)
+        wait_pumping("one is left", lambda: [one.poll() for one in several].count(None) == 1)
         self.assertEqual(sorted(one.returncode for one in several if one.poll() is not None), [0] * 5)
-        come("its icon", lambda: len(tray.items) == 3)
+        wait_pumping("its icon", lambda: len(tray.items) == 3)
 
     def test_it_can_be_ended_politely(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             cockpit = self.start("--open")
-            come("the popover", lambda: len(windows()) == 2)
+            wait_pumping("the popover", lambda: len(windows()) == 2)
             cockpit.send_signal(number)
             _, complaints = cockpit.communicate(timeout=20)
             self.assertEqual((cockpit.returncode, complaints), (0, ""))
@@ -238,7 +238,7 @@ class TestStartAndEnd(Application):
         self.environment["MERVO_HOME"] = str(self.home.parent / "file/home")
         tray = self.tray()
         cockpit = self.start()
-        come("an icon all the same", lambda: tray.items)
+        wait_pumping("an icon all the same", lambda: tray.items)
         cockpit.terminate()
         _, complaints = cockpit.communicate(timeout=20)
         self.assertIn("file/home", complaints)
