@@ -8,13 +8,13 @@
 
 namespace mervo {
 
-/// What passes between the owner and scheduled runs. Keeps no state of its own; never throws here.
+/// What the owner and scheduled runs tell each other. Keeps no state of its own; never throws.
 class AskService {
 public:
     explicit AskService(FeedbackStore& store) noexcept;
     static AskService& shared() noexcept;
 
-    /// A lesson from the owner's decision, told to each run of the automation (of all when absent) until it expires.
+    /// Tells every run of the automation (of all, if absent) about a decision of the owner until that expires.
     void recordVerdict(const std::string& text, const std::optional<std::string>& automation,
         std::optional<std::int64_t> expiresHours) noexcept;
 

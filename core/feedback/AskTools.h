@@ -4,7 +4,7 @@
 
 #include <span>
 
-/// The operator channel's face toward agents. None of the tools waits for the owner.
+/// The agents' tools for the operator channel. None of them waits for the owner.
 namespace mervo::AskTools {
 
 /// The tools of this family.
@@ -13,7 +13,7 @@ std::span<const Tool* const> all();
 const Tool& ask();
 const Tool& answer();
 const Tool& answers();
-const Tool& harvest(); ///< a cycle that found nothing deserves no audit row
+const Tool& harvest(); ///< not audited when it finds nothing
 const Tool& tell();
 const Tool& remove();
 

@@ -12,13 +12,13 @@
 
 namespace mervo {
 
-/// The statements on the table `feedback`. `now` is a text of `Timestamps`; times compare as text. Every operation is
-/// one statement, guarded so that a repeat changes nothing. Throws sqlite::Error.
+/// The table `feedback`. `now` is a text of `Timestamps`; times compare as text. Every operation is one idempotent
+/// statement. Throws sqlite::Error.
 class FeedbackDB {
 public:
     explicit FeedbackDB(std::shared_ptr<MervoDB> db);
 
-    /// An id that exists is left alone.
+    /// Does nothing if the id exists.
     void add(const FeedbackItem& item);
 
     /// Unanswered and unexpired, oldest first.
@@ -27,8 +27,8 @@ public:
     /// True when this call answered the question: the first answer stays.
     bool answer(std::string_view id, std::string_view text, std::string_view now);
 
-    /// What the next run of an automation is told, oldest first: directives and verdicts for it or for all, again and
-    /// again, and its own answered questions that no run has seen. Nothing that has expired.
+    /// What the next run of an automation is told, oldest first: every time, directives and verdicts for it or for all;
+    /// once, its own answered questions. Nothing that has expired.
     std::vector<FeedbackItem> pendingInjection(std::string_view automation, std::string_view now);
 
     /// Keeps the first time of an item that is already marked.
@@ -36,8 +36,8 @@ public:
 
     void remove(std::string_view id);
 
-    /// Deletes what has expired, and questions that a run has seen and that were made before `keptSince`. The number
-    /// of rows that went.
+    /// Deletes what has expired, and questions from before `keptSince` that a run has seen. Returns the number of rows
+    /// deleted.
     std::int64_t gc(std::string_view keptSince, std::string_view now);
 
     /// Newest first, of one automation (and what is for all) or of all.

@@ -15,19 +15,19 @@ struct FeedbackItem {
     Kind kind = Kind::directive;
     std::string text;
     std::optional<std::string> automation; ///< the loop it is for; absent means all
-    std::optional<std::string> channel; ///< a question's way to the owner
+    std::optional<std::string> channel; ///< by which a question reaches the owner
     std::optional<std::string> handle; ///< the channel's own reference
     std::optional<std::string> answer;
     std::string createdAt;
     std::optional<std::string> answeredAt;
-    std::optional<std::string> injectedAt; ///< when a run's prompt took it up
+    std::optional<std::string> injectedAt; ///< when a run was told
     std::optional<std::string> expiresAt; ///< absent means never
     std::string source; ///< who made it: "conversation", "cockpit"
 
     bool operator==(const FeedbackItem&) const = default;
 
-    /// A JSON object under the column names ("created_at"), an absent value left out; and back. Decoding gives
-    /// nothing when a field is missing that must be there, or has another type.
+    /// To and from a JSON object with the column names ("created_at"); absent values are left out. Decoding gives
+    /// nothing if a required field is missing or a field has the wrong type.
     std::string encode() const;
     static std::optional<FeedbackItem> decode(std::string_view json);
 };

@@ -12,9 +12,9 @@
 
 namespace mervo {
 
-/// The operator channel's records, at the present time. Never throws: without a database, and on any failure of it, a
-/// read gives an empty list and a write false, 0 or nothing. A run without feedback is
-/// better than a run that fails; the boundary of the stores says why (StoreFailures).
+/// The records of the operator channel, at the present time. Never throws: without a database, or when it fails, reads
+/// give an empty list and writes false or 0, since a run without feedback is better than one that fails. StoreFailures
+/// tells why.
 class FeedbackStore {
 public:
     explicit FeedbackStore(StoreDatabase db) noexcept;
@@ -28,7 +28,7 @@ public:
     std::vector<FeedbackItem> pendingInjection(std::string_view automation) noexcept;
     void markInjected(const std::vector<std::string>& ids) noexcept;
     void remove(std::string_view id) noexcept;
-    /// Seen questions are kept for so many days after they were asked.
+    /// Keeps seen questions for this many days after they were asked.
     std::int64_t gc(std::int64_t retainDays) noexcept;
     std::vector<FeedbackItem> recent(const std::optional<std::string>& automation, std::int64_t limit) noexcept;
 

@@ -12,10 +12,10 @@ public:
     Appearance& operator=(const Appearance&) = delete;
     virtual ~Appearance() = default;
 
-    virtual bool isDark() const = 0; ///< windows are to be dark
+    virtual bool isDark() const = 0; ///< windows should be dark
     virtual bool isAnimated() const = 0; ///< false: the person wants nothing to move
 
-    /// Called on the event loop after any of the answers changed.
+    /// Called on the event loop after one of these has changed.
     std::function<void()> onChange;
 };
 

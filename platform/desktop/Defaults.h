@@ -4,7 +4,7 @@
 
 namespace mervo::platform {
 
-/// The cockpit's own small settings, apart from the configuration that the programs share.
+/// The cockpit's own small settings, separate from the configuration that the programs share.
 class Defaults {
 public:
     Defaults() = default;

@@ -22,8 +22,8 @@ struct Desktop {
     std::unique_ptr<Workspace> workspace;
 };
 
-/// The desktop of this session. The application object must exist, and outlive what is returned. `program` is what a
-/// log-in starts.
+/// The desktop of this session. The application object must exist and outlive the result. `program` is what starts at
+/// login.
 Desktop connectDesktop(const std::filesystem::path& program);
 
 } // namespace mervo::platform

@@ -10,7 +10,7 @@ public:
     LoginItem& operator=(const LoginItem&) = delete;
     virtual ~LoginItem() = default;
 
-    /// What is true now, also when another program changed it.
+    /// The current state, also if another program has changed it.
     virtual bool isEnabled() const = 0;
     /// Throws std::runtime_error with a sentence.
     virtual void setEnabled(bool enabled) = 0;

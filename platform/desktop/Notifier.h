@@ -7,22 +7,22 @@
 namespace mervo::platform {
 
 struct NotificationAction {
-    std::string id; ///< given back in the response; "default" is the notification itself
+    std::string id; ///< passed to onResponse; "default" is a click on the notification itself
     std::string title;
     bool isDestructive = false;
 };
 
 /// One message on the desktop. All texts are plain.
 struct Notification {
-    std::string id; ///< ours: a notification with the same id that still stands is replaced
+    std::string id; ///< our own; replaces a notification of the same id that is still shown
     std::string title, body;
     std::vector<NotificationAction> actions; ///< besides the click on the notification itself
-    std::string context; ///< given back in the response, not shown
+    std::string context; ///< passed to onResponse, not shown
     bool hasSound = true;
 };
 
-/// Messages of the desktop's notification service. Nothing here throws or blocks: where no service answers, nothing is
-/// shown, and one that comes back later gets what is posted then. Main thread only.
+/// The desktop's notification service. Never throws or blocks: without a running service nothing is shown, and one that
+/// starts later gets only what is posted then. Main thread only.
 class Notifier {
 public:
     Notifier() = default;
@@ -31,11 +31,10 @@ public:
     virtual ~Notifier() = default;
 
     virtual void post(const Notification& notification) = 0;
-    /// Takes a notification with this id from the screen, if it stands there.
+    /// Closes the notification with this id, if it is shown.
     virtual void remove(const std::string& id) = 0;
 
-    /// A person's answer: the action's id ("default" for the notification itself) and the context. Called on the main
-    /// thread's event loop, at most once for each notification.
+    /// Called on the main thread's event loop when the person answers, at most once for each notification.
     std::function<void(const std::string& actionId, const std::string& context)> onResponse;
 };
 

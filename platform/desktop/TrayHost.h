@@ -4,7 +4,7 @@
 
 namespace mervo::platform {
 
-/// Whether some panel shows tray icons at present. Watches, and never polls. Main thread only.
+/// Whether a panel shows tray icons at present. Watches, never polls. Main thread only.
 class TrayHost {
 public:
     TrayHost() = default;
@@ -13,10 +13,10 @@ public:
     virtual ~TrayHost() = default;
 
     virtual bool isPresent() const = 0;
-    /// The panel is dark, as far as that is known: an icon of one colour must be light there.
+    /// The panel is dark, as far as that is known, so an icon of one colour must be light.
     virtual bool isDark() const = 0;
 
-    /// Called on the event loop after an answer changed.
+    /// Called on the event loop after one of these has changed.
     std::function<void()> onChange;
 };
 

@@ -13,8 +13,8 @@
 
 namespace mervo {
 
-/// The automations of the home directory listed again and again: as RondelEngine::list, but a file is read anew only
-/// when its stamp says that it may have changed. Any thread, one at a time.
+/// RondelEngine::list for repeated use: a file is read again only if its stamp says that it may have changed. Any
+/// thread.
 class AutomationListing {
 public:
     /// Sorted by name; what cannot be read is left out. Never throws.

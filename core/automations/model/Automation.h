@@ -11,13 +11,13 @@
 
 namespace mervo {
 
-/// A named, scheduled unit of work as its folder and its runtime files tell it: a plain value, made afresh by each
-/// listing. Identified by `name`.
+/// A named, scheduled unit of work, as its folder and its runtime files describe it. A plain value; every listing makes
+/// new ones. Identified by `name`.
 struct Automation {
     enum class Kind { agent, script, tool };
     enum class RunOutcome { ok, stopped, failed };
 
-    static constexpr std::int64_t kUsualMinutes = 360; ///< between runs, where nothing else is said
+    static constexpr std::int64_t kUsualMinutes = 360; ///< between runs, by default
 
     struct Interval {
         std::int64_t minutes;
@@ -54,7 +54,7 @@ struct Automation {
 
     bool operator==(const Automation&) const = default;
 
-    /// How the last run ended; nothing when there was none. 137 and 143 are how a stopped agent ends.
+    /// How the last run ended; nothing when there was none. A stopped agent exits with 137 or 143.
     std::optional<RunOutcome> lastOutcome() const noexcept;
     /// The prompt of an agent; empty for other kinds.
     std::string_view agentPrompt() const noexcept;
@@ -65,7 +65,7 @@ std::string_view rawValue(Automation::Kind kind) noexcept;
 /// "every 5m", "every 2h", "daily", "every 3d", "daily 8:05", "at 8,12,16h".
 std::string scheduleLabel(const Automation::Schedule& schedule);
 
-/// The first line of a prompt that says something, without its emphasis, cut to one line of a list.
+/// The first line of a prompt with any words in it, without Markdown emphasis, cut to fit a list.
 std::string promptPreview(std::string_view prompt);
 
 } // namespace mervo

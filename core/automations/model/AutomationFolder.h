@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-/// Where one automation lives. Below the home directory:
+/// The files of one automation, below the home directory:
 ///
 ///     automations/<name>/loop.json         what it is; a JSON object
 ///     automations/<name>/AGENT.md          an agent's instructions
@@ -14,7 +14,7 @@
 ///     .runtime/run/<name>.lock.d/pid       the process that runs it now
 ///     .runtime/logs/<name>.log
 ///
-/// Readers tolerate what they can: a damaged runtime file gives defaults and never hides an automation.
+/// Readers are tolerant: a damaged runtime file gives defaults and never hides an automation.
 namespace mervo::AutomationFolder {
 
 /// The automation of a loop.json; nothing when that cannot be read, is no JSON object or has no name. Never throws.
@@ -23,8 +23,8 @@ std::optional<Automation> load(const std::filesystem::path& loopFile, const std:
 /// Whether a living process holds the automation's lock.
 bool isRunning(const std::filesystem::path& home, std::string_view name);
 
-/// A file of an automation below `.runtime`: `folder` is "state", "run" or "logs". Nothing for a name that is no base
-/// name of a file.
+/// A file of an automation below `.runtime`; `folder` is "state", "run" or "logs". Nothing if the name cannot be a file
+/// name.
 std::optional<std::filesystem::path> runtimeFile(
     const std::filesystem::path& home, std::string_view folder, std::string_view name, std::string_view ending);
 

@@ -2,8 +2,7 @@
 
 #include "core/policy/Tool.h"
 
-/// What can be said against the arguments of `auto.add` and `auto.edit` before an automation is made of them. The first
-/// failed check is the one reported; each throws ToolError.
+/// Checks of the arguments of `auto.add` and `auto.edit`. Each throws ToolError for the first thing that is wrong.
 namespace mervo::AutomationArguments {
 
 /// `name` is given.
@@ -15,7 +14,7 @@ void checkNew(const Args& args);
 /// A change: the name, and of schedule and client what is given.
 void checkChange(const Args& args);
 
-/// Schedules and kinds of work beside the one that counts, and what belongs to another kind of work.
+/// Remarks on schedules and kinds of work that another one overrides, and on arguments of another kind of work.
 std::vector<Remark> remarks(const Args& args);
 
 } // namespace mervo::AutomationArguments

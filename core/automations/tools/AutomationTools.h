@@ -4,7 +4,7 @@
 
 #include <span>
 
-/// The automation engine's face toward agents.
+/// The tools with which agents manage automations.
 namespace mervo::AutomationTools {
 
 /// The tools of this family.
