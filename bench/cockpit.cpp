@@ -7,6 +7,7 @@
 /// system alone.
 #include "bench/Measure.h"
 #include "cockpit/model/CockpitModel.h"
+#include "cockpit/model/automations/ListOnlyAutomations.h"
 
 #include <QCoreApplication>
 
@@ -83,9 +84,9 @@ int measure(const fs::path& home, int actions, int automations, int rounds)
 {
     prepare(home, actions, automations);
     Silence desktop;
-    ListingEngine engine;
-    CockpitModel model({desktop, desktop, desktop, engine, desktop, {}});
-    if (model.waitingCount() < actions || model.automations()->rowCount() != automations)
+    ListOnlyAutomations listed;
+    CockpitModel model({desktop, desktop, desktop, listed, desktop, {}});
+    if (model.waitingCount() < actions || model.automations()->list()->rowCount() != automations)
         throw std::runtime_error("the model does not show what was prepared");
     std::vector<std::int64_t> walls, cpus, floor;
     model.reload();

@@ -35,6 +35,16 @@ function(mervo_module)
     mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
 endfunction()
 
+# mervo_qt_module(...): a module on QtCore, whose classes may have signals.
+function(mervo_qt_module)
+    mervo_module(${ARGN})
+    file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+    mervo_target_name(${folder} target)
+    target_link_libraries(${target} PUBLIC Qt6::Core)
+    target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS)
+    set_target_properties(${target} PROPERTIES AUTOMOC ON)
+endfunction()
+
 function(mervo_program target)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "ON_PATH" "AT" "SOURCES;MAY_USE;LIBRARIES")
     add_executable(${target} ${ARG_SOURCES})

@@ -16,7 +16,6 @@ namespace mervo {
 
 namespace {
 
-using Autonomy = StatusIconState::Autonomy;
 using Attention = StatusIconState::Attention;
 using Colours = StatusIconPainter::Colours;
 
@@ -45,15 +44,15 @@ Stroke ring(const StatusIconState& state, double t, const QColor& colour)
     const double rotation = state.working ? std::fmod(t / -kTurn * 360, 360) : 0;
     Stroke ring{kRingRadius, kRingWidth, colour};
     switch (state.autonomy) {
-    case Autonomy::panic:
+    case AutonomyMode::panic:
         ring.middle = 220 + rotation;
         ring.half = state.working ? 170 : 180;
         break;
-    case Autonomy::copilote:
+    case AutonomyMode::copilote:
         ring.middle = 220 + rotation;
         ring.half = 145;
         break;
-    case Autonomy::yolo:
+    case AutonomyMode::yolo:
         ring.middle = 270 + rotation;
         ring.half = 80;
         break;
@@ -241,10 +240,14 @@ private:
 
 } // namespace
 
-StatusIconPainter::Colours StatusIconPainter::coloursOn(bool darkGround)
+StatusIconPainter::Colours StatusIconPainter::coloursOn(Ground ground)
 {
-    if (darkGround)
+    switch (ground) {
+    case Ground::dark:
         return {QColor(255, 255, 255, 217), QColor(255, 159, 10), QColor(255, 69, 58)};
+    case Ground::light:
+        break;
+    }
     return {QColor(0, 0, 0, 217), QColor(255, 149, 0), QColor(255, 59, 48)};
 }
 

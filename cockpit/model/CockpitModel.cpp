@@ -1,13 +1,12 @@
 #include "cockpit/model/CockpitModel.h"
 
-#include "cockpit/model/ShownText.h"
+#include "cockpit/model/queue/ActionPresentation.h"
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/Text.h"
 #include "core/policy/RunningActs.h"
 
-#include <algorithm>
-#include <chrono>
-#include <iterator>
+#include <QSysInfo>
+
 #include <utility>
 
 namespace mervo {
@@ -15,55 +14,22 @@ namespace mervo {
 namespace {
 
 constexpr std::chrono::seconds kTick(3);
-constexpr std::string_view kFailed = "❌";
-
-std::vector<std::string> idsOf(const std::vector<PendingAction>& actions)
-{
-    std::vector<std::string> ids;
-    std::ranges::transform(actions, std::back_inserter(ids), &PendingAction::id);
-    return ids;
-}
-
-bool countsAsFailed(const Automation& automation)
-{
-    return automation.enabled && automation.lastOutcome() == Automation::RunOutcome::failed;
-}
-
-StatusIconState::Autonomy autonomyOf(AutonomyMode mode)
-{
-    switch (mode) {
-    case AutonomyMode::panic:
-        return StatusIconState::Autonomy::panic;
-    case AutonomyMode::yolo:
-        return StatusIconState::Autonomy::yolo;
-    case AutonomyMode::copilote:
-        break;
-    }
-    return StatusIconState::Autonomy::copilote;
-}
-
-/// Takes a text over for the views; true when it is another one.
-bool show(QString& shown, const std::string& text)
-{
-    QString now = ShownText::block(Text::trimmed(text), ShownText::kArgumentLimit);
-    return std::exchange(shown, now) != now;
-}
+constexpr auto kSupportAddress = "mervo@localhost"; ///< the maintainer's, as in debian/control
 
 } // namespace
 
 CockpitModel::CockpitModel(const Surroundings& surroundings, QObject* parent)
     : QObject(parent)
     , outside_(surroundings)
-    , queue_(PendingStore().dir())
+    , queue_({operations_, outside_.notifier, outside_.workspace, outside_.clock})
+    , questions_(operations_)
+    , automations_({operations_, outside_.automations, outside_.workspace, outside_.clock})
+    , settings_({operations_, outside_.loginItem})
+    , archive_({operations_, settings_, outside_.archive})
+    , rules_(operations_)
 {
-    connect(&settings_, &CockpitSettings::autonomyModeChanged, this, &CockpitModel::autonomyModeChanged);
-    connect(&settings_, &CockpitSettings::notSaved, this,
-        [this](const QString& why) { setLastResult("❌ " + why.toStdString()); });
-    connect(&settings_, &CockpitSettings::noticed, this,
-        [this](const QString& notice) { setLastResult("⚠ " + notice.toStdString()); });
-    settings_.showLaunchAtLogin(outside_.loginItem.isEnabled());
-    outside_.notifier.onResponse = [this](const auto& action, const auto& context) { respond(action, context); };
-    refresh(true);
+    connectParts();
+    reload();
     timer_.setTimerType(Qt::CoarseTimer);
     connect(&timer_, &QTimer::timeout, this, &CockpitModel::reload);
     timer_.start(kTick);
@@ -71,52 +37,33 @@ CockpitModel::CockpitModel(const Surroundings& surroundings, QObject* parent)
 
 CockpitModel::~CockpitModel()
 {
-    outside_.notifier.onResponse = nullptr;
     timer_.stop();
-    work_.finish();
+    operations_.finish();
 }
 
-QString CockpitModel::autonomyMode() const
+void CockpitModel::connectParts()
 {
-    const auto word = rawValue(settings_.autonomyMode());
-    return QString::fromLatin1(word.data(), static_cast<qsizetype>(word.size()));
+    connect(&queue_, &CockpitQueue::reloadRequested, this, &CockpitModel::reload);
+    connect(&questions_, &CockpitQuestions::reloadRequested, this, &CockpitModel::reload);
+    connect(&automations_, &CockpitAutomations::reloadRequested, this, &CockpitModel::reload);
+    connect(&rules_, &CockpitRules::readingRequested, this, &CockpitModel::readDatabase);
+    connect(&queue_, &CockpitQueue::waitingChanged, this, &CockpitModel::showSummary);
+    connect(&questions_, &CockpitQuestions::openChanged, this, &CockpitModel::showSummary);
+    connect(&automations_, &CockpitAutomations::workingChanged, this, &CockpitModel::showIcon);
+    connect(&settings_, &CockpitSettings::autonomySet, this, &CockpitModel::showIcon);
+    connect(&operations_.lastResult, &StatusMessage::changed, this, &CockpitModel::showIcon);
+    connect(&queue_, &CockpitQueue::activationRequested, this, &CockpitModel::activationRequested);
 }
 
 void CockpitModel::reload()
 {
-    refresh(false);
-}
-
-void CockpitModel::refresh(bool initial)
-{
-    std::vector<PendingAction> fresh;
-    if (queue_.refresh()) {
-        std::ranges::copy_if(queue_.actions(), std::back_inserter(fresh),
-            [this](const PendingAction& action) { return !knownIds_.contains(action.id); });
-        const auto ids = idsOf(queue_.actions());
-        knownIds_ = {ids.begin(), ids.end()};
-        showQueue();
-    } else {
-        approvals_.showAges(outside_.clock.wall());
-    }
+    queue_.refresh();
     settings_.refresh();
     recordEndedActs();
     readDatabase();
     showTrouble();
-    readAutomations();
-    updateCounts();
-    refreshIcon();
-    if (!initial && !fresh.empty())
-        notify(fresh, pending_.size());
-}
-
-void CockpitModel::showQueue()
-{
-    pending_.clear();
-    std::ranges::copy_if(queue_.actions(), std::back_inserter(pending_),
-        [this](const PendingAction& action) { return !deciding_.contains(action.id); });
-    approvals_.show(pending_, outside_.clock.wall());
-    withdrawDecided();
+    automations_.refresh();
+    showSummary();
 }
 
 /// A process that was killed in the middle of an act has left its row to whoever comes next. What fails here is no
@@ -124,14 +71,15 @@ void CockpitModel::showQueue()
 void CockpitModel::recordEndedActs()
 {
     if (RunningActs::any(ConfigDir::url())) {
-        stores_.write([](CockpitStores::Open& open) { RunningActs::recordEnded(ConfigDir::url(), open.audit); },
+        operations_.stores.write(
+            [](CockpitStores::Open& open) { RunningActs::recordEnded(ConfigDir::url(), open.audit); },
             [](const std::string&) {});
     }
 }
 
 void CockpitModel::readDatabase()
 {
-    auto reading = stores_.read(databaseFailure_);
+    auto reading = operations_.stores.read(databaseFailure_);
     if (databaseFailure_.empty())
         unreadSince_.reset();
     else if (!unreadSince_)
@@ -142,15 +90,9 @@ void CockpitModel::readDatabase()
         audit_ = std::move(*reading->audit);
         Q_EMIT auditChanged();
     }
-    if (reading->rules && *reading->rules != rules_) {
-        rules_ = std::move(*reading->rules);
-        Q_EMIT rulesChanged();
-    }
-    std::erase_if(reading->questions, [this](const FeedbackItem& item) { return answering_.contains(item.id); });
-    if (reading->questions != openQuestions_) {
-        openQuestions_ = std::move(reading->questions);
-        questions_.show(openQuestions_);
-    }
+    if (reading->rules)
+        rules_.show(std::move(*reading->rules));
+    questions_.show(std::move(reading->questions));
 }
 
 /// A database that is locked at one tick is no news; at the next one it is.
@@ -161,66 +103,47 @@ void CockpitModel::showTrouble()
         found.push_back("the queue could not be read: " + queue_.failure().message());
     if (unreadSince_ && outside_.clock.steady() - *unreadSince_ >= kTick)
         found.push_back(databaseFailure_);
-    isBlind_ = !found.empty();
+    const auto kind = found.empty() ? StatusMessage::Kind::Warning : StatusMessage::Kind::Failed;
     if (!settings_.complaint().empty())
         found.push_back(settings_.complaint());
-    const std::string said = Text::join(found, "\n");
-    if (show(trouble_, said.empty() ? said : (isBlind_ ? "❌ " : "⚠ ") + said))
-        Q_EMIT troubleChanged();
-    const std::size_t files = queue_.damaged();
-    const std::string text = std::to_string(files) + " waiting file" + (files == 1 ? "" : "s");
-    if (show(unreadable_, files == 0 ? "" : text + " cannot be read; run mervo doctor"))
-        Q_EMIT unreadableChanged();
+    trouble_.show(kind, Text::join(found, "\n"));
 }
 
-void CockpitModel::readAutomations()
+void CockpitModel::showSummary()
 {
-    auto listed = outside_.engine.list();
-    std::erase_if(listed, &Automation::isSystem);
-    if (listed != listed_)
-        listed_ = std::move(listed);
-    automations_.show(listed_, outside_.clock.wall());
-}
-
-void CockpitModel::updateCounts()
-{
-    const int count = static_cast<int>(pending_.size() + openQuestions_.size());
+    const int count = static_cast<int>(queue_.waiting().size() + questions_.open().size());
     if (std::exchange(waitingCount_, count) != count)
         Q_EMIT waitingCountChanged();
-    if (std::exchange(badge_, pending_.size()) != pending_.size())
-        outside_.workspace.setBadge(pending_.empty() ? std::string() : std::to_string(pending_.size()));
+    showIcon();
 }
 
-void CockpitModel::refreshIcon()
+void CockpitModel::showIcon()
 {
-    const bool isRunning = std::ranges::any_of(listed_, &Automation::running);
-    const StatusIconState state{autonomyOf(settings_.autonomyMode()), attention(), busyCount_ > 0 || isRunning};
+    const StatusIconState state{.autonomy = settings_.autonomyMode(),
+        .attention = attention(),
+        .working = queue_.isWorking() || automations_.isWorking()};
     if (state != icon_.state())
         icon_.apply(state);
 }
 
 StatusIconState::Attention CockpitModel::attention() const
 {
-    if (!pending_.empty())
+    const auto hasFailed = [](const StatusMessage& message) { return message.kind() == StatusMessage::Kind::Failed; };
+    if (!queue_.waiting().empty())
         return StatusIconState::Attention::approval;
-    const bool isBlind = isBlind_ || !unreadable_.isEmpty();
-    if (isBlind || lastResult_.toStdString().starts_with(kFailed) || std::ranges::any_of(listed_, countsAsFailed))
+    if (hasFailed(trouble_) || !queue_.unreadable().isEmpty() || hasFailed(operations_.lastResult)
+        || automations_.hasFailed())
         return StatusIconState::Attention::error;
-    return openQuestions_.empty() ? StatusIconState::Attention::none : StatusIconState::Attention::proposal;
+    return questions_.open().empty() ? StatusIconState::Attention::none : StatusIconState::Attention::proposal;
 }
 
-void CockpitModel::tellUnless(bool isOpened, const std::string& what)
+void CockpitModel::openSupport()
 {
-    if (!isOpened)
-        setLastResult("❌ " + what + " - this desktop has no program that opens it");
-}
-
-void CockpitModel::setLastResult(const std::string& text)
-{
-    if (!show(lastResult_, text))
-        return;
-    Q_EMIT lastResultChanged();
-    refreshIcon();
+    const std::string version = MERVO_VERSION;
+    const Args message{{"to", kSupportAddress}, {"subject", "Mervo support (" + version + ")"},
+        {"body", "\n\n---\nMervo " + version + " (" + version + ")\n" + QSysInfo::prettyProductName().toStdString()}};
+    if (!outside_.workspace.openUrl(ActionPresentation::mailtoUrl(message)))
+        operations_.lastResult.showNotOpened("Support");
 }
 
 } // namespace mervo

@@ -7,8 +7,8 @@ class QLabel;
 
 namespace mervo {
 
-/// Stands in for the icon where the desktop has no tray: a small window that says how many wait and opens the cockpit.
-/// Closing it ends the cockpit, which would otherwise be running with nothing to be seen of it.
+/// Replaces the icon on a desktop without a tray: a small window that says how many actions wait and opens the cockpit.
+/// Closing it ends the cockpit, which would otherwise run on invisibly.
 class FallbackWindow final : public QWidget {
     Q_OBJECT
 

@@ -11,7 +11,7 @@ struct Options {
 
     Task task = Task::start;
     bool open = false; ///< the popover, as soon as the icon stands
-    bool hidden = false; ///< started by the session: a cockpit that runs already stays as it is
+    bool hidden = false; ///< started at login: a cockpit that already runs stays as it is
     std::string complaint; ///< of wrong usage, one sentence
 
     static Options parse(std::span<char* const> words);

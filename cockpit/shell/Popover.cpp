@@ -80,19 +80,19 @@ void Popover::activationChanged()
 void Popover::setDark(bool dark)
 {
     dark_ = dark;
-    setLook("dark", dark);
+    setRootProperty("dark", dark);
 }
 
 void Popover::setAnimated(bool animated)
 {
     animated_ = animated;
-    setLook("isAnimated", animated);
+    setRootProperty("isAnimated", animated);
 }
 
-void Popover::setLook(const char* name, bool value)
+void Popover::setRootProperty(const char* property, const QVariant& value)
 {
     if (rootObject() != nullptr)
-        rootObject()->setProperty(name, value);
+        rootObject()->setProperty(property, value);
 }
 
 } // namespace mervo

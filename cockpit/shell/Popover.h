@@ -7,8 +7,8 @@ namespace mervo {
 
 class CockpitModel;
 
-/// The window that opens from the status icon. Its scene is built when it first opens, and kept: what was typed is
-/// there when it opens again. Closes on Escape and when another window takes over.
+/// The window that opens from the status icon. Its scene is built when it first opens and then kept, with what was
+/// typed. Closes on Escape and when another window becomes active.
 class Popover final : public QQuickView {
     Q_OBJECT
 
@@ -17,7 +17,7 @@ public:
 
     /// Opens it beside the icon (see popoverPlace), or brings it forward.
     void open(const QRect& icon);
-    /// What a click on the icon does.
+    /// For a click on the icon.
     void toggle(const QRect& icon);
 
     void setDark(bool dark);
@@ -29,7 +29,7 @@ Q_SIGNALS:
 
 private:
     bool build();
-    void setLook(const char* name, bool value);
+    void setRootProperty(const char* property, const QVariant& value);
     void activationChanged();
 
     CockpitModel& model_;

@@ -4,9 +4,9 @@
 
 namespace mervo {
 
-/// Where a popover of this size stands: beside its icon and away from the edge where that lies, or in the upper right
-/// corner when the icon's place is not known (an empty `icon`). Never outside the screen's available part, whose size
-/// bounds its own.
+/// The geometry of a popover of this size: beside its icon, on the side away from the screen's edge, or in the upper
+/// right corner if the icon's place is unknown (an empty `icon`). Always within the screen's available area, to which
+/// its size is limited.
 QRect popoverPlace(const QRect& icon, const QRect& available, QSize size);
 
 } // namespace mervo

@@ -9,15 +9,6 @@
 
 namespace mervo {
 
-namespace {
-
-QString modeName(const QString& mode)
-{
-    return mode == "panic" ? "Panic" : mode == "yolo" ? "YOLO" : "Copilote";
-}
-
-} // namespace
-
 Shell::Shell(const std::filesystem::path& program)
     : desktop_(platform::connectDesktop(program))
     , item_(*desktop_.trayHost, *desktop_.appearance)
@@ -42,14 +33,14 @@ void Shell::start()
 {
     StartUp::ofThisBuild().run();
     model_ = std::make_unique<CockpitModel>(
-        Surroundings{*desktop_.notifier, *desktop_.workspace, *desktop_.loginItem, engine_, accounts_});
+        Surroundings{*desktop_.notifier, *desktop_.workspace, *desktop_.loginItem, automations_, accounts_});
     popover_ = std::make_unique<Popover>(*model_);
 
     StatusIconDriver& icon = *model_->icon();
     connect(&icon, &StatusIconDriver::imageChanged, &item_, [this, &icon] { item_.setImage(icon.state(), icon.t()); });
     connect(model_.get(), &CockpitModel::waitingCountChanged, this, &Shell::updateSummary);
-    connect(model_.get(), &CockpitModel::unreadableChanged, this, &Shell::updateSummary);
-    connect(model_.get(), &CockpitModel::autonomyModeChanged, this, &Shell::updateSummary);
+    connect(model_->queue(), &CockpitQueue::unreadableChanged, this, &Shell::updateSummary);
+    connect(model_->settings(), &CockpitSettings::autonomyModeChanged, this, &Shell::updateSummary);
     connect(model_.get(), &CockpitModel::activationRequested, this, &Shell::open);
     connect(popover_.get(), &Popover::settingsRequested, this, &Shell::openSettings);
     connect(popover_.get(), &Popover::quitRequested, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
@@ -75,7 +66,8 @@ void Shell::applyAppearance()
 
 void Shell::updateSummary()
 {
-    item_.setSummary(modeName(model_->autonomyMode()), model_->waitingCount(), model_->unreadable());
+    const std::string mode(title(model_->settings()->autonomyMode()));
+    item_.setSummary(QString::fromStdString(mode), model_->waitingCount(), model_->queue()->unreadable());
 }
 
 void Shell::openSettings()

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "cockpit/model/CockpitModel.h"
-#include "cockpit/model/MailArchiveAccounts.h"
+#include "cockpit/model/archive/MailArchiveAccounts.h"
+#include "cockpit/model/automations/ListOnlyAutomations.h"
 #include "cockpit/shell/Popover.h"
 #include "cockpit/shell/StatusItem.h"
-#include "core/automations/engine/AutomationEngine.h"
 #include "platform/desktop/Desktop.h"
 
 #include <QObject>
@@ -35,7 +35,7 @@ private:
     void openSettings();
 
     platform::Desktop desktop_;
-    ListingEngine engine_;
+    ListOnlyAutomations automations_;
     MailArchiveAccounts accounts_;
     StatusItem item_;
     std::unique_ptr<CockpitModel> model_;

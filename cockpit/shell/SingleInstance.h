@@ -9,8 +9,8 @@
 
 namespace mervo {
 
-/// One cockpit for each person and home directory: the first holds a lock in the person's runtime folder for as long as
-/// it lives (also a killed one loses it), and listens on a socket beside it, which nobody else may open.
+/// One cockpit per person and home directory: the first holds a lock in the person's runtime folder while it lives
+/// (being killed releases it) and listens on a socket beside it that only this person can open.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
@@ -18,14 +18,14 @@ public:
     /// `home`: the directory that this cockpit watches.
     explicit SingleInstance(const std::filesystem::path& home);
 
-    /// True when no other cockpit of this person runs; it is the first from then on. Needs no application object.
+    /// True if no other cockpit of this person runs; this one then holds the lock. Needs no application object.
     bool claim();
 
     /// Listens for later starts; after `claim`.
     void listen();
 
-    /// Tells the first one to open its popover and waits until it has heard. Throws std::runtime_error with a sentence
-    /// when it does not answer.
+    /// Tells the first one to open its popover and waits for its answer. Throws std::runtime_error with a sentence if
+    /// there is none.
     void tellFirst() const;
 
 Q_SIGNALS:

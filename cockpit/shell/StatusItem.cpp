@@ -122,7 +122,9 @@ void StatusItem::repaint()
 
 StatusIconPainter::Colours StatusItem::colours() const
 {
-    return StatusIconPainter::coloursOn(window_ ? appearance_.isDark() : host_.isDark());
+    using StatusIconPainter::Ground;
+    const bool isDark = window_ ? appearance_.isDark() : host_.isDark();
+    return StatusIconPainter::coloursOn(isDark ? Ground::dark : Ground::light);
 }
 
 QIcon StatusItem::icon() const

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cockpit/icon/StatusIconPainter.h"
-#include "cockpit/model/StatusIconState.h"
+#include "cockpit/model/icon/StatusIconState.h"
 #include "cockpit/shell/FallbackWindow.h"
 #include "platform/desktop/Appearance.h"
 #include "platform/desktop/TrayHost.h"
@@ -15,8 +15,8 @@
 
 namespace mervo {
 
-/// What stands for the cockpit on the desktop all the time: the icon in the tray, and a small window as long as there
-/// is no tray. A tray has no room for text, so the number of what waits is in the icon's tip and in its menu.
+/// The cockpit's permanent presence on the desktop: an icon in the tray, or a small window while there is no tray. A
+/// tray has no room for text, so the number of waiting actions is in the icon's tip and menu.
 class StatusItem final : public QObject {
     Q_OBJECT
 
@@ -30,8 +30,8 @@ public:
     void setImage(const StatusIconState& state, double t);
     /// `unreadable` says what of the queue cannot be read; it may be empty.
     void setSummary(const QString& mode, int waiting, const QString& unreadable);
-    /// Draws again, in the colours that the ground under the icon has now. A drawing that looks like the one that is
-    /// shown goes nowhere: each costs the panel's process work as well.
+    /// Draws the icon again, in colours for its present background. A drawing that looks like the current one is not
+    /// sent, since each one is work for the panel's process too.
     void repaint();
 
     QRect geometry() const; ///< of the icon; empty when it is not known
@@ -51,11 +51,11 @@ private:
     const platform::Appearance& appearance_;
     StatusIconState state_;
     double t_ = 0;
-    QImage shown_; ///< the drawing that was last given away; null: none
+    QImage shown_; ///< the drawing last sent; null: none
     QString summary_ = "Mervo";
     QMenu menu_;
     QAction* open_;
-    std::unique_ptr<QSystemTrayIcon> icon_; ///< made when there is a tray: Qt settles then which kind it is
+    std::unique_ptr<QSystemTrayIcon> icon_; ///< made once there is a tray: Qt then decides which kind it is
     std::unique_ptr<FallbackWindow> window_;
 };
 

@@ -41,7 +41,7 @@ ReadingOrder {
         Header {
             Layout.fillWidth: true
             theme: root.theme
-            mode: root.model.autonomyMode
+            mode: root.model.settings.autonomyMode
             onRefreshRequested: root.model.reload()
         }
         CockpitTabs {
@@ -56,7 +56,10 @@ ReadingOrder {
             Layout.fillHeight: true
             visible: root.tab === "approvals"
             theme: root.theme
-            cockpit: root.model
+            queue: root.model.queue
+            questions: root.model.questions
+            waitingCount: root.model.waitingCount
+            isBlind: root.model.trouble.kind === StatusMessage.Failed
         }
         // None or one: made when it is first shown. (A Loader does not take a bound component in Qt 6.4.)
         Repeater {
@@ -66,18 +69,18 @@ ReadingOrder {
                 Layout.fillHeight: true
                 visible: root.tab === "automations"
                 theme: root.theme
-                cockpit: root.model
+                automations: root.model.automations
             }
         }
         StatusLine {
             Layout.fillWidth: true
             theme: root.theme
-            result: root.model.trouble
+            message: root.model.trouble
         }
         StatusLine {
             Layout.fillWidth: true
             theme: root.theme
-            result: root.model.lastResult
+            message: root.model.lastResult
         }
         Footer {
             Layout.fillWidth: true

@@ -61,8 +61,9 @@ QList<QQuickItem*> ReadingOrder::controls() const
     return found;
 }
 
-bool ReadingOrder::move(bool forward)
+bool ReadingOrder::move(Direction direction)
 {
+    const bool forward = direction == Direction::forward;
     const QList<QQuickItem*> order = controls();
     if (order.isEmpty())
         return false;
@@ -119,7 +120,8 @@ bool ReadingOrder::eventFilter(QObject* watched, QEvent* event)
     const bool isTab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;
     if (!isTab || key.modifiers().testAnyFlags(Qt::ControlModifier | Qt::AltModifier))
         return false;
-    return move(key.key() == Qt::Key_Tab && !key.modifiers().testFlag(Qt::ShiftModifier));
+    const bool forward = key.key() == Qt::Key_Tab && !key.modifiers().testFlag(Qt::ShiftModifier);
+    return move(forward ? Direction::forward : Direction::backward);
 }
 
 } // namespace mervo

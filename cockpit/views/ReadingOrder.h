@@ -8,10 +8,10 @@
 
 namespace mervo {
 
-/// An item in which Tab and Shift-Tab go through the controls in the order in which they are read: as they stand in
-/// their parents, and in a list from top to bottom (Qt's own order in a list is that of creation, which changes as the
-/// list is scrolled). Goes round at the ends. A control takes part when it is visible, enabled and has
-/// `activeFocusOnTab`. Whatever gets the focus without the mouse is scrolled into view.
+/// An item in which Tab and Shift-Tab visit the controls in reading order: the order of their parents' children, and in
+/// a list from top to bottom (Qt uses the order of creation there, which changes as the list is scrolled). Wraps at the
+/// ends. A control takes part if it is visible, enabled and has `activeFocusOnTab`. A control that gets the focus by
+/// anything but the mouse is scrolled into view.
 class ReadingOrder : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -20,10 +20,11 @@ public:
     using QQuickItem::QQuickItem;
     ~ReadingOrder() override;
 
-    /// The controls in their order.
+    /// The controls, in reading order.
     QList<QQuickItem*> controls() const;
-    /// Gives the focus to the control after (or before) the one that has it. False when there is none.
-    Q_INVOKABLE bool move(bool forward);
+    enum class Direction { forward, backward };
+    /// Gives the focus to the next control in this direction. False when there is none.
+    bool move(Direction direction);
 
 protected:
     void itemChange(ItemChange change, const ItemChangeData& data) override;

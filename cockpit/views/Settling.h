@@ -12,11 +12,10 @@
 
 namespace mervo {
 
-/// Whether what is under the mouse may have come there just now, so that a press of it was aimed at something else: for
-/// the desktop's time of a double click and a little more after cards have moved or one was decided, and, where the
-/// mouse has decided one, for as long as it stands there. What a slow double click meets is the next card, unread.
-/// Fingers are bound by the time alone, and the keyboard by neither; but a Return or Space that is held is one press,
-/// wherever in the window the keyboard goes meanwhile.
+/// Whether what is under the mouse may have just come there, so that a click was aimed at something else: for slightly
+/// longer than the desktop's double-click time after cards have moved or one was decided; and after the mouse has
+/// decided one, until it moves away (a slow double click would hit the next card, unread). Touch is bound by the time
+/// alone, the keyboard by neither; but a held Return or Space is a single press, even if the focus moves meanwhile.
 class Settling : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
@@ -28,7 +27,7 @@ public:
 
     bool isUnsettled() const { return isUnsettled_; }
     Q_INVOKABLE void restart(); ///< cards have moved
-    Q_INVOKABLE void decide(); ///< a card was decided, by whatever the person used last
+    Q_INVOKABLE void decide(); ///< a card was decided, by the input device used last
 
 Q_SIGNALS:
     void isUnsettledChanged();
@@ -44,11 +43,11 @@ private:
 
     QPointer<QQuickWindow> watched_;
     QTimer timer_;
-    bool isMouse_ = false; ///< what the person used last
+    bool isMouse_ = false; ///< was the input device used last
     QPointF mouse_;
     int released_ = 0; ///< the key that came up last
     quint64 releasedAt_ = 0;
-    std::optional<QPointF> decidedAt_; ///< where the mouse has decided a card and still stands
+    std::optional<QPointF> decidedAt_; ///< where the mouse decided a card and still is
     bool isUnsettled_ = false;
 };
 

@@ -2,34 +2,37 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Mervo.Cockpit
 
-/** What came of the last operation, or what is wrong at present, in the colour of its first sign; opens to the whole text. */
+/** What came of the last operation, or what is wrong at present, in the colour of its kind; opens to the whole text. */
 Item {
     id: root
 
     required property Theme theme
-    required property string result
+    required property StatusMessage message
 
-    /// The signs that results begin with, as symbols: fonts often lack them.
+    /// The signs of the kinds, as symbols: fonts often lack them.
     readonly property var looks: ({
-            "✅": ["checkmark.circle.fill", "green"],
-            "❌": ["exclamationmark.circle.fill", "red"],
-            "⚠": ["exclamationmark.triangle.fill", "orange"],
-            "⏳": ["hourglass", "blue"],
-            "🚫": ["nosign", "orange"],
-            "▶": ["play.circle", "blue"],
-            "■": ["stop.circle.fill", "dim"],
-            "↗": ["arrow.up.forward.app", "blue"]
+            [StatusMessage.Done]: ["checkmark.circle.fill", "green"],
+            [StatusMessage.Failed]: ["exclamationmark.circle.fill", "red"],
+            [StatusMessage.Warning]: ["exclamationmark.triangle.fill", "orange"],
+            [StatusMessage.Running]: ["hourglass", "blue"],
+            [StatusMessage.Rejected]: ["nosign", "orange"],
+            [StatusMessage.Started]: ["play.circle", "blue"],
+            [StatusMessage.Stopping]: ["stop.circle.fill", "dim"],
+            [StatusMessage.Opening]: ["arrow.up.forward.app", "blue"]
         })
-    readonly property string sign: result.slice(0, result.indexOf(" "))
-    readonly property var look: looks[sign]
-    readonly property string words: look ? result.slice(sign.length + 1) : result
+    readonly property var look: looks[message.kind]
     readonly property color ink: theme.ink(look ? look[1] : "text")
     property bool isOpen: false
 
-    visible: result !== ""
+    visible: message.kind !== StatusMessage.None
     implicitHeight: line.height + whole.height
-    onResultChanged: isOpen = false
 
+    Connections {
+        target: root.message
+        function onChanged() {
+            root.isOpen = false;
+        }
+    }
     Rectangle {
         anchors.fill: parent
         color: Qt.alpha(root.ink, root.theme.dark ? 0.16 : 0.1)
@@ -58,12 +61,12 @@ Item {
         anchors.leftMargin: mark.width > 0 ? root.theme.unit : 0
         height: more.height + root.theme.unit
         theme: root.theme
-        text: root.words
+        text: root.message.text
         elide: Text.ElideRight
         maximumLineCount: 1
         wrapMode: Text.Wrap
         verticalAlignment: Text.AlignVCenter
-        Accessible.name: root.result
+        Accessible.name: root.message.line
     }
     IconButton {
         id: more
@@ -93,7 +96,7 @@ Item {
                 width: whole.width
                 theme: root.theme
                 label: "Result"
-                text: root.words
+                text: root.message.text
                 maximumHeight: root.theme.unit * 20
             }
         }

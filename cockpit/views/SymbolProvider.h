@@ -4,8 +4,8 @@
 
 namespace mervo {
 
-/// Symbols for `Image`: "image://symbols/<name>/<colour as rrggbb>", and with the name "tile" the ground for one. One
-/// drawing serves all images of the same name, colour and size.
+/// Symbols for `Image`: "image://symbols/<name>/<colour as rrggbb>"; the name "tile" gives the ground for one. Images
+/// of the same name, colour and size share one drawing.
 class SymbolProvider final : public QQuickImageProvider {
 public:
     SymbolProvider();

@@ -5,18 +5,18 @@
 #include <QString>
 #include <QStringList>
 
-/// The symbols of the views, by the names that the model gives, as icons of the desktop's theme.
+/// The symbols of the views, by the model's names for them, drawn from icons of the desktop's theme.
 namespace mervo::Symbols {
 
-/// Names of icons that can stand for a symbol, best first. Empty for a name that is not known.
+/// Names of icons for a symbol, best first. Empty for an unknown symbol.
 QStringList iconNames(const QString& symbol);
 /// Every symbol that has icons.
 QStringList all();
 
-/// Asks for Breeze, which is a package dependency, where the desktop's theme lacks an icon.
+/// Uses Breeze, which is a package dependency, where the desktop's theme lacks an icon.
 void useFallbackTheme();
 
-/// The symbol as a square of `pixels` device pixels in one colour; a hollow square when nothing can draw it. Needs a
+/// The symbol in one colour, as a square of `pixels` device pixels; a hollow square if there is no icon for it. Needs a
 /// QGuiApplication; any thread.
 QImage draw(const QString& symbol, int pixels, const QColor& colour);
 

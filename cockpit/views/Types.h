@@ -1,10 +1,6 @@
 #pragma once
 
-#include "cockpit/model/ApprovalListModel.h"
-#include "cockpit/model/AutomationListModel.h"
 #include "cockpit/model/CockpitModel.h"
-#include "cockpit/model/QuestionListModel.h"
-#include "cockpit/model/StatusIconDriver.h"
 
 #include <QtQml/qqmlregistration.h>
 
@@ -18,10 +14,24 @@ struct CockpitModelType {
     QML_UNCREATABLE("The shell owns the model.")
 };
 
+struct CockpitQueueType {
+    Q_GADGET
+    QML_FOREIGN(mervo::CockpitQueue)
+    QML_NAMED_ELEMENT(CockpitQueue)
+    QML_UNCREATABLE("The model owns it.")
+};
+
 struct ApprovalListModelType {
     Q_GADGET
     QML_FOREIGN(mervo::ApprovalListModel)
     QML_NAMED_ELEMENT(ApprovalListModel)
+    QML_UNCREATABLE("The model owns it.")
+};
+
+struct CockpitQuestionsType {
+    Q_GADGET
+    QML_FOREIGN(mervo::CockpitQuestions)
+    QML_NAMED_ELEMENT(CockpitQuestions)
     QML_UNCREATABLE("The model owns it.")
 };
 
@@ -32,10 +42,38 @@ struct QuestionListModelType {
     QML_UNCREATABLE("The model owns it.")
 };
 
+struct CockpitAutomationsType {
+    Q_GADGET
+    QML_FOREIGN(mervo::CockpitAutomations)
+    QML_NAMED_ELEMENT(CockpitAutomations)
+    QML_UNCREATABLE("The model owns it.")
+};
+
 struct AutomationListModelType {
     Q_GADGET
     QML_FOREIGN(mervo::AutomationListModel)
     QML_NAMED_ELEMENT(AutomationListModel)
+    QML_UNCREATABLE("The model owns it.")
+};
+
+struct CockpitSettingsType {
+    Q_GADGET
+    QML_FOREIGN(mervo::CockpitSettings)
+    QML_NAMED_ELEMENT(CockpitSettings)
+    QML_UNCREATABLE("The model owns it.")
+};
+
+struct CockpitArchiveType {
+    Q_GADGET
+    QML_FOREIGN(mervo::CockpitArchive)
+    QML_NAMED_ELEMENT(CockpitArchive)
+    QML_UNCREATABLE("The model owns it.")
+};
+
+struct StatusMessageType {
+    Q_GADGET
+    QML_FOREIGN(mervo::StatusMessage)
+    QML_NAMED_ELEMENT(StatusMessage)
     QML_UNCREATABLE("The model owns it.")
 };
 

@@ -8,7 +8,7 @@ FocusScope {
     id: root
 
     required property Theme theme
-    required property CockpitModel cockpit
+    required property CockpitQueue queue
     required property var drafts ///< what was typed in cards that are out of sight, by key
     required property bool isUnsettled ///< it may have come under the mouse just now
 
@@ -239,7 +239,7 @@ FocusScope {
                     subject: root.emailSubject
                     bodyText: root.emailBody
                     canOpenInMail: root.canOpenInMail
-                    onOpenRequested: root.cockpit.openInMail(root.key)
+                    onOpenRequested: root.queue.openInMail(root.key)
                 }
             }
             RowLayout {
@@ -263,7 +263,7 @@ FocusScope {
                     symbol: "checkmark.circle.fill"
                     text: "Approve"
                     isUnsettled: root.isUnsettled
-                    onChosen: root.decide(key => root.cockpit.approve(key))
+                    onChosen: root.decide(key => root.queue.approve(key))
                 }
             }
             // None or one. (A Loader does not take a bound component in Qt 6.4.)
@@ -278,7 +278,7 @@ FocusScope {
                     isUnsettled: root.isUnsettled
                     onEdited: text => root.reason = text
                     onCancelled: root.cancel()
-                    onConfirmed: root.decide((key, reason) => root.cockpit.reject(key, reason))
+                    onConfirmed: root.decide((key, reason) => root.queue.reject(key, reason))
                 }
             }
         }

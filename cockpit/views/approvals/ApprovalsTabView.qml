@@ -8,7 +8,10 @@ Item {
     id: root
 
     required property Theme theme
-    required property CockpitModel cockpit
+    required property CockpitQueue queue
+    required property CockpitQuestions questions
+    required property int waitingCount ///< actions and questions
+    required property bool isBlind ///< the cockpit cannot see all that waits
 
     Settling {
         id: settling
@@ -24,7 +27,7 @@ Item {
         bottomMargin: root.theme.unit * 1.5
         leftMargin: root.theme.unit * 1.5
         rightMargin: root.theme.unit * 1.5
-        visible: root.cockpit.waitingCount > 0
+        visible: root.waitingCount > 0
         clip: true
         focus: true
         spacing: root.theme.unit
@@ -54,11 +57,11 @@ Item {
             theme: root.theme
         }
 
-        model: root.cockpit.approvals
+        model: root.queue.list
         delegate: ApprovalCard {
             width: ListView.view.width - ListView.view.leftMargin - ListView.view.rightMargin
             theme: root.theme
-            cockpit: root.cockpit
+            queue: root.queue
             drafts: list.drafts
             isUnsettled: settling.isUnsettled
             onMoved: settling.restart()
@@ -81,32 +84,32 @@ Item {
                 width: parent.width
                 visible: text !== ""
                 theme: root.theme
-                text: root.cockpit.unreadable
+                text: root.queue.unreadable
                 color: root.theme.ink("orange")
                 wrapMode: Text.Wrap
             }
             SectionTitle {
-                visible: questions.count > 0
+                visible: questionCards.count > 0
                 theme: root.theme
                 symbol: "questionmark.bubble.fill"
-                title: questions.count === 1 ? "Question" : "Questions"
-                count: questions.count
+                title: questionCards.count === 1 ? "Question" : "Questions"
+                count: questionCards.count
             }
             Repeater {
-                id: questions
+                id: questionCards
 
-                model: root.cockpit.questions
+                model: root.questions.list
                 delegate: CockpitQuestionCard {
                     width: head.width
                     theme: root.theme
-                    cockpit: root.cockpit
+                    questions: root.questions
                     isUnsettled: settling.isUnsettled
                     onMoved: settling.restart()
                     onDecided: settling.decide()
                 }
             }
             Item {
-                visible: questions.count > 0
+                visible: questionCards.count > 0
                 width: 1
                 height: root.theme.unit / 4
             }
@@ -120,7 +123,7 @@ Item {
         }
     }
     EmptyState {
-        readonly property bool isWhole: root.cockpit.unreadable === "" && !root.cockpit.trouble.startsWith("❌")
+        readonly property bool isWhole: root.queue.unreadable === "" && !root.isBlind
 
         anchors.centerIn: parent
         width: parent.width - root.theme.unit * 8
@@ -129,6 +132,6 @@ Item {
         symbol: isWhole ? "checkmark.seal.fill" : "exclamationmark.triangle.fill"
         ink: root.theme.ink(isWhole ? "green" : "orange")
         title: isWhole ? "All clear" : "Not all can be seen"
-        text: root.cockpit.unreadable !== "" ? root.cockpit.unreadable : isWhole ? "No actions awaiting approval" : ""
+        text: root.queue.unreadable !== "" ? root.queue.unreadable : isWhole ? "No actions awaiting approval" : ""
     }
 }

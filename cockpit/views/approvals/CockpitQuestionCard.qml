@@ -8,7 +8,7 @@ FocusScope {
     id: root
 
     required property Theme theme
-    required property CockpitModel cockpit
+    required property CockpitQuestions questions
     required property bool isUnsettled ///< it may have come under the mouse just now
 
     required property string questionId
@@ -25,7 +25,7 @@ FocusScope {
     }
     function decide(answer) {
         decided();
-        cockpit.answer(questionId, answer);
+        questions.answer(questionId, answer);
     }
 
     implicitHeight: column.implicitHeight + theme.unit * 3

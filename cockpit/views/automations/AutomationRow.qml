@@ -8,7 +8,7 @@ FocusScope {
     id: root
 
     required property Theme theme
-    required property CockpitModel cockpit
+    required property CockpitAutomations automations
 
     required property int index
     required property string automation ///< what it is called in its file
@@ -96,21 +96,21 @@ FocusScope {
                     theme: root.theme
                     symbol: "terminal"
                     text: "Open live run in Terminal"
-                    onClicked: root.cockpit.openLive(root.automation)
+                    onClicked: root.automations.openLive(root.automation)
                 }
                 IconButton {
                     visible: root.isRunning
                     theme: root.theme
                     symbol: "stop.circle"
                     text: "Stop run"
-                    onClicked: root.cockpit.stopAutomation(root.automation)
+                    onClicked: root.automations.stop(root.automation)
                 }
                 IconButton {
                     visible: !root.isRunning
                     theme: root.theme
                     symbol: "play.circle"
                     text: "Run now"
-                    onClicked: root.cockpit.runAutomation(root.automation)
+                    onClicked: root.automations.run(root.automation)
                 }
                 IconButton {
                     visible: root.isAgent

@@ -8,7 +8,7 @@ FocusScope {
     id: root
 
     required property Theme theme
-    required property CockpitModel cockpit
+    required property CockpitAutomations automations
 
     property string previewed ///< the automation whose prompt is shown; empty: none
     property string previewedName ///< as it can be shown
@@ -42,11 +42,11 @@ FocusScope {
             theme: root.theme
         }
 
-        model: root.cockpit.automations
+        model: root.automations.list
         delegate: AutomationRow {
             width: ListView.view.width - ListView.view.leftMargin - ListView.view.rightMargin
             theme: root.theme
-            cockpit: root.cockpit
+            automations: root.automations
             onPreviewRequested: {
                 root.previewedName = name;
                 root.previewed = automation;
@@ -59,7 +59,7 @@ FocusScope {
             anchors.fill: parent
             theme: root.theme
             title: root.previewedName
-            blocks: root.cockpit.promptBlocks(root.previewed)
+            blocks: root.automations.promptBlocks(root.previewed)
             onCloseRequested: {
                 root.previewed = "";
                 list.forceActiveFocus(Qt.OtherFocusReason);

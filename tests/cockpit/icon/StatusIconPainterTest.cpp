@@ -17,7 +17,7 @@
 namespace {
 
 using mervo::StatusIconState;
-using Autonomy = StatusIconState::Autonomy;
+using Autonomy = mervo::AutonomyMode;
 using Attention = StatusIconState::Attention;
 
 constexpr double kPi = 3.14159265358979;

@@ -31,18 +31,18 @@ TEST_F(Faults, ALockedDatabaseStopsNeitherTicksNorVerdicts)
     test::Program locker(worker(), {"lock"});
     ASSERT_EQ(locker.readLine(), "held");
     EXPECT_LT(slowestTick(3), 1000) << "the bound is 50 ms";
-    EXPECT_EQ(model->questions()->rowCount(), 1) << "what was known stays";
-    EXPECT_THAT(model->rules(), SizeIs(1));
+    EXPECT_EQ(model->questions()->list()->rowCount(), 1) << "what was known stays";
+    EXPECT_THAT(model->rules()->all(), SizeIs(1));
     QElapsedTimer waited;
     waited.start();
-    model->reject(key(), "no");
-    model->answer("Q1", "Oui");
-    model->setAutonomy("panic");
+    model->queue()->reject(key(), "no");
+    model->questions()->answer("Q1", "Oui");
+    model->settings()->setAutonomy("panic");
     EXPECT_EQ(model->waitingCount(), 1);
     elsewhere({"queue", "C", "new"});
     EXPECT_LT(slowestTick(3), 1000);
     EXPECT_LT(waited.elapsed(), 5000);
-    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    EXPECT_EQ(model->queue()->list()->rowCount(), 2);
     locker.finish();
     ASSERT_TRUE(untilResult("🚫 rejected mail.draft"));
     ASSERT_TRUE(until([&] { return rows().size() == 3; }));
@@ -56,16 +56,16 @@ TEST_F(Faults, ADatabaseThatIsTakenAwayAndPutBackIsFollowed)
 {
     elsewhere({"rule", "R1"});
     start();
-    ASSERT_THAT(model->rules(), SizeIs(1));
+    ASSERT_THAT(model->rules()->all(), SizeIs(1));
     std::filesystem::remove(home / "mervo.sqlite");
     model->reload();
-    EXPECT_THAT(model->rules(), SizeIs(0));
+    EXPECT_THAT(model->rules()->all(), SizeIs(0));
     elsewhere({"rule", "R2"});
     model->reload();
-    ASSERT_THAT(model->rules(), SizeIs(1));
-    EXPECT_EQ(model->rules()[0].id, "R2");
+    ASSERT_THAT(model->rules()->all(), SizeIs(1));
+    EXPECT_EQ(model->rules()->all()[0].id, "R2");
     std::filesystem::remove(home / "mervo.sqlite");
-    model->setAutonomy("yolo");
+    model->settings()->setAutonomy("yolo");
     ASSERT_TRUE(until([&] { return std::filesystem::exists(home / "mervo.sqlite"); }));
     db = std::make_shared<MervoDB>(home.path());
     ASSERT_TRUE(until([&] { return rows().size() == 1; })) << "a row never goes to a file that is gone";
@@ -82,25 +82,25 @@ TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
     test::writeFile(home / "config.json", "[");
     test::writeFile(home / "automations/broken/loop.json", "{");
     start();
-    EXPECT_EQ(model->approvals()->rowCount(), 1);
-    EXPECT_THAT(model->trouble().toStdString(), testing::HasSubstr("is no JSON object"));
+    EXPECT_EQ(model->queue()->list()->rowCount(), 1);
+    EXPECT_THAT(model->trouble()->line().toStdString(), testing::HasSubstr("is no JSON object"));
     EXPECT_TRUE(until([&] {
         model->reload();
-        return model->unreadable() == "2 waiting files cannot be read; run mervo doctor";
-    })) << model->unreadable().toStdString();
+        return model->queue()->unreadable() == "2 waiting files cannot be read; run mervo doctor";
+    })) << model->queue()->unreadable().toStdString();
     test::writeFile(home / "pending/B.json", draft("B").encode());
     model->reload();
-    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    EXPECT_EQ(model->queue()->list()->rowCount(), 2);
     std::filesystem::remove_all(home / "pending");
     model->reload();
-    EXPECT_EQ(model->approvals()->rowCount(), 0);
+    EXPECT_EQ(model->queue()->list()->rowCount(), 0);
     EXPECT_EQ(workspace.badges.back(), "");
     queue(draft("D"));
     model->reload();
-    EXPECT_EQ(model->approvals()->rowCount(), 1);
+    EXPECT_EQ(model->queue()->list()->rowCount(), 1);
     std::filesystem::remove_all(home / "pending");
     test::writeFile(home / "pending", "a file in the folder's place");
-    model->approve(key());
+    model->queue()->approve(key());
     EXPECT_EQ(result(), "mail.draft - no longer waiting");
 }
 
@@ -113,24 +113,24 @@ TEST_F(Faults, WhatAStoreCouldNotDoIsSaidAndGoesWhenItWorksAgain)
     const std::string whole = test::readFile(home / "mervo.sqlite");
     test::writeFile(home / "mervo.sqlite", std::string(5000, 'x'));
     model->reload();
-    EXPECT_EQ(model->trouble(), "") << "at one tick it is no news";
+    EXPECT_EQ(model->trouble()->line(), "") << "at one tick it is no news";
     steady += std::chrono::seconds(3);
     model->reload();
-    EXPECT_THAT(
-        model->trouble().toStdString(), testing::StartsWith("❌ the audit trail and the rules could not be read"));
-    EXPECT_EQ(model->questions()->rowCount(), 1) << "what was known stays";
-    model->answer("Q1", "Oui");
+    EXPECT_THAT(model->trouble()->line().toStdString(),
+        testing::StartsWith("❌ the audit trail and the rules could not be read"));
+    EXPECT_EQ(model->questions()->list()->rowCount(), 1) << "what was known stays";
+    model->questions()->answer("Q1", "Oui");
     ASSERT_TRUE(until([&] { return result().starts_with("❌ answering - "); })) << result();
-    model->approve(key());
+    model->queue()->approve(key());
     ASSERT_TRUE(until([&] {
         return result().starts_with("❌ mail.draft ran, but the audit row could not be written: ");
     })) << result();
-    model->reject(key(), "");
+    model->queue()->reject(key(), "");
     ASSERT_TRUE(until([&] { return result().starts_with("❌ rejecting mail.draft - "); })) << result();
     EXPECT_EQ(model->icon()->state().attention, StatusIconState::Attention::error);
     test::writeFile(home / "mervo.sqlite", whole);
     model->reload();
-    EXPECT_EQ(model->trouble(), "");
+    EXPECT_EQ(model->trouble()->line(), "");
 }
 
 TEST_F(Faults, AFileChangedWithinOneTickOfTheClockIsSeen)
@@ -149,8 +149,8 @@ TEST_F(Faults, ASettingThatCannotBeSavedIsNotShownAsSet)
 {
     start();
     std::filesystem::create_directory(home / "config.json");
-    model->setAutonomy("yolo");
-    EXPECT_EQ(model->autonomyMode(), "copilote");
+    model->settings()->setAutonomy("yolo");
+    EXPECT_EQ(model->settings()->autonomyWord(), "copilote");
     EXPECT_THAT(result(), testing::StartsWith("❌ "));
     model->settings()->setNotifyEmail("me@example.org");
     EXPECT_EQ(model->settings()->notifyEmail(), "");

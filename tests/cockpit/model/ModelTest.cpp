@@ -50,7 +50,7 @@ TEST_F(Model, ShowsWhatAnotherProcessWritesAndStaysStillOtherwise)
     loop("morning");
     loop("ask-harvest", ",\"system\":true");
     start();
-    EXPECT_EQ(model->automations()->rowCount(), 1);
+    EXPECT_EQ(model->automations()->list()->rowCount(), 1);
     elsewhere({"queue", "A", "from elsewhere"});
     elsewhere({"ask", "Q1", "Move\u202E it?"});
     elsewhere({"rule", "R1"});
@@ -58,15 +58,17 @@ TEST_F(Model, ShowsWhatAnotherProcessWritesAndStaysStillOtherwise)
     loop("evening");
     model->reload();
     EXPECT_EQ(model->waitingCount(), 2);
-    EXPECT_EQ(role(*model->approvals(), 0, ApprovalListModel::AgeRole).toString(), "5 minutes ago");
-    EXPECT_EQ(role(*model->questions(), 0, QuestionListModel::TextRole).toString(), "Move<U+202E> it?");
-    EXPECT_EQ(role(*model->questions(), 0, QuestionListModel::AutomationRole).toString(), "morning");
-    EXPECT_EQ(role(*model->automations(), 0, AutomationListModel::NameRole).toString(), "evening");
-    EXPECT_EQ(model->autonomyMode(), "panic");
-    EXPECT_THAT(model->rules(), SizeIs(1));
+    EXPECT_EQ(role(*model->queue()->list(), 0, ApprovalListModel::AgeRole).toString(), "5 minutes ago");
+    EXPECT_EQ(role(*model->questions()->list(), 0, QuestionListModel::TextRole).toString(), "Move<U+202E> it?");
+    EXPECT_EQ(role(*model->questions()->list(), 0, QuestionListModel::AutomationRole).toString(), "morning");
+    EXPECT_EQ(role(*model->automations()->list(), 0, AutomationListModel::NameRole).toString(), "evening");
+    EXPECT_EQ(model->settings()->autonomyWord(), "panic");
+    EXPECT_THAT(model->rules()->all(), SizeIs(1));
 
-    const Listener listeners[] = {Listener(*model), Listener(*model->approvals()), Listener(*model->questions()),
-        Listener(*model->automations()), Listener(*model->icon()), Listener(*model->settings())};
+    const Listener listeners[] = {Listener(*model), Listener(*model->queue()->list()), Listener(*model->queue()),
+        Listener(*model->questions()->list()), Listener(*model->questions()), Listener(*model->automations()->list()),
+        Listener(*model->automations()), Listener(*model->rules()), Listener(*model->icon()),
+        Listener(*model->settings()), Listener(*model->lastResult()), Listener(*model->trouble())};
     const auto badges = workspace.badges.size();
     for (int tick = 0; tick < 3; ++tick)
         model->reload();
@@ -83,12 +85,12 @@ TEST_F(Model, KeepsTheRowsThatStay)
 {
     start();
     const QAbstractItemModelTester testers[] = {
-        {model->approvals(), QAbstractItemModelTester::FailureReportingMode::Fatal, nullptr}};
-    QSignalSpy resets(model->approvals(), &QAbstractItemModel::modelReset);
+        {model->queue()->list(), QAbstractItemModelTester::FailureReportingMode::Fatal, nullptr}};
+    QSignalSpy resets(model->queue()->list(), &QAbstractItemModel::modelReset);
     for (const char* id : {"B", "D", "F"})
         queue(draft(id));
     model->reload();
-    const QPersistentModelIndex kept = model->approvals()->index(1);
+    const QPersistentModelIndex kept = model->queue()->list()->index(1);
     const QString keptKey = key(1);
     for (const char* id : {"A", "C", "E", "G"})
         queue(draft(id));
@@ -96,8 +98,8 @@ TEST_F(Model, KeepsTheRowsThatStay)
     queue(draft("F", "changed"));
     model->reload();
     std::string ids;
-    for (int row = 0; row < model->approvals()->rowCount(); ++row)
-        ids += role(*model->approvals(), row, ApprovalListModel::ActionIdRole).toString().toStdString();
+    for (int row = 0; row < model->queue()->list()->rowCount(); ++row)
+        ids += role(*model->queue()->list(), row, ApprovalListModel::ActionIdRole).toString().toStdString();
     EXPECT_EQ(ids, "ACDEFG");
     EXPECT_TRUE(kept.isValid());
     EXPECT_EQ(kept.data(ApprovalListModel::KeyRole).toString(), keptKey);
@@ -117,7 +119,7 @@ TEST_F(Model, ShowsEveryArgumentAndNothingAsMarkup)
     action.preview = "2 message(s)\x1b";
     queue(action);
     start();
-    const auto& cards = *model->approvals();
+    const auto& cards = *model->queue()->list();
     const auto arguments = role(cards, 0, ApprovalListModel::ArgumentsRole).toList();
     ASSERT_EQ(arguments.size(), 4);
     EXPECT_EQ(arguments[1].toMap().value("remark").toString(), "");
@@ -132,7 +134,7 @@ TEST_F(Model, ShowsEveryArgumentAndNothingAsMarkup)
     EXPECT_EQ(role(cards, 0, ApprovalListModel::PreviewRole).toString(), "2 message(s)<U+001B>");
     EXPECT_EQ(role(cards, 0, ApprovalListModel::EmailSubjectRole).toString(), "<b><U+202E>evil");
     EXPECT_TRUE(role(cards, 0, ApprovalListModel::CanOpenInMailRole).toBool());
-    model->openInMail(key());
+    model->queue()->openInMail(key());
     EXPECT_THAT(workspace.opened,
         ElementsAre(testing::StartsWith("mailto:a@example.org?subject=%3Cb%3E%E2%80%AEevil&body=xx")));
     model->openSupport();
@@ -183,24 +185,24 @@ TEST_F(Model, WritesOneRowForEachChangeOfThePerson)
     rule.id = "R1";
     rule.toolPattern = "mail.*";
     rule.decision = PolicyRule::Decision::deny;
-    model->answer("Q1", "  \n");
-    model->answer("Q1", " " + QString(130, 'y') + "\n");
+    model->questions()->answer("Q1", "  \n");
+    model->questions()->answer("Q1", " " + QString(130, 'y') + "\n");
     EXPECT_EQ(model->waitingCount(), 0);
-    model->setAutonomy("yolo");
-    model->setAutonomy("bold");
-    model->addRule(rule);
-    model->setRuleEnabled(rule, false);
-    model->setRuleEnabled(rule, true);
+    model->settings()->setAutonomy("yolo");
+    model->settings()->setAutonomy("bold");
+    model->rules()->add(rule);
+    model->rules()->disable(rule.id);
+    model->rules()->enable(rule.id);
     ASSERT_TRUE(until([&] { return rows().size() == 5; }));
-    ASSERT_TRUE(until([&] { return model->rules().size() == 1 && model->rules()[0].enabled; }));
-    model->removeRule(rule);
-    model->addIMAPAccount("Work", "me@work.example", "secret");
+    ASSERT_TRUE(until([&] { return model->rules()->all().size() == 1 && model->rules()->all()[0].enabled; }));
+    model->rules()->remove(rule);
+    model->archive()->addIMAPAccount("Work", "me@work.example", "secret");
     ASSERT_TRUE(until([&] { return rows().size() == 7; }));
-    model->addIMAPAccount("Again", "me@work.example", "new");
+    model->archive()->addIMAPAccount("Again", "me@work.example", "new");
     ASSERT_TRUE(until([&] { return rows().size() == 8; }));
     EXPECT_THAT(HarnessConfig::load().imapAccounts,
         ElementsAre(IMAPArchiveAccount{"Again", "me@work.example", "imap.gmail.com", 993}));
-    model->removeIMAPAccount("me@work.example");
+    model->archive()->removeIMAPAccount("me@work.example");
     ASSERT_TRUE(until([&] { return rows().size() == 9; }));
     EXPECT_THAT(archive.passwords, IsEmpty());
     EXPECT_THAT(rows(),
@@ -214,11 +216,11 @@ TEST_F(Model, WritesOneRowForEachChangeOfThePerson)
             "cockpit|ask_answer|executed|human|answer=" + std::string(120, 'y') + "|id=Q1"));
     EXPECT_EQ(HarnessConfig::load().autonomyMode, AutonomyMode::yolo);
     archive.refuses = true;
-    model->addIMAPAccount("X", "x@example.org", "s");
+    model->archive()->addIMAPAccount("X", "x@example.org", "s");
     ASSERT_TRUE(untilResult("❌ x@example.org - the keyring is locked"));
     EXPECT_THAT(HarnessConfig::load().imapAccounts, IsEmpty());
-    model->refreshGmailAccounts();
-    EXPECT_TRUE(until([&] { return model->gmailAccounts().size() == 1; }));
+    model->archive()->refreshGmailAccounts();
+    EXPECT_TRUE(until([&] { return model->archive()->gmailAccounts().size() == 1; }));
 }
 
 TEST_F(Model, ChangesOneSettingAndKeepsWhatOthersWrote)
@@ -246,10 +248,10 @@ TEST_F(Model, ChangesOneSettingAndKeepsWhatOthersWrote)
     EXPECT_EQ(config.askChannel + config.askCleanup, "mailarchive");
     EXPECT_EQ(settings.terminalApp() + settings.askCleanup(), "archive");
 
-    model->setLaunchAtLogin(true);
+    model->settings()->setLaunchAtLogin(true);
     EXPECT_TRUE(settings.launchAtLogin());
     loginItem.refuses = true;
-    model->setLaunchAtLogin(false);
+    model->settings()->setLaunchAtLogin(false);
     EXPECT_TRUE(settings.launchAtLogin()) << "the truth of the service";
     EXPECT_EQ(result(), "❌ launch at login - the folder is read-only");
 }
@@ -259,12 +261,12 @@ TEST_F(Model, TellsAutomationsOfOneNameApartAndCallsThemByTheirOwn)
     test::writeFile(home / "automations/a/loop.json", R"({"name":"od\u200bd"})");
     test::writeFile(home / "automations/b/loop.json", R"({"name":"od\u200bd"})");
     start();
-    ASSERT_EQ(model->automations()->rowCount(), 2);
-    EXPECT_EQ(role(*model->automations(), 0, AutomationListModel::NameRole).toString(), "od<U+200B>d");
-    EXPECT_EQ(role(*model->automations(), 0, AutomationListModel::AutomationRole).toString(), "od\u200Bd");
+    ASSERT_EQ(model->automations()->list()->rowCount(), 2);
+    EXPECT_EQ(role(*model->automations()->list(), 0, AutomationListModel::NameRole).toString(), "od<U+200B>d");
+    EXPECT_EQ(role(*model->automations()->list(), 0, AutomationListModel::AutomationRole).toString(), "od\u200Bd");
     std::filesystem::remove_all(home / "automations/b");
     model->reload();
-    EXPECT_EQ(model->automations()->rowCount(), 1);
+    EXPECT_EQ(model->automations()->list()->rowCount(), 1);
 }
 
 TEST_F(Model, OperatesAutomationsAwayFromTheWindow)
@@ -272,39 +274,40 @@ TEST_F(Model, OperatesAutomationsAwayFromTheWindow)
     loop("morning");
     test::writeFile(home / "automations/morning/AGENT.md", "# Hello\u200B\ntext");
     start();
-    EXPECT_EQ(model->promptBlocks("morning").at(0).toMap().value("text").toString(), "Hello<U+200B>");
-    EXPECT_THAT(model->promptBlocks("nobody"), SizeIs(0));
-    model->openLog("morning");
+    EXPECT_EQ(model->automations()->promptBlocks("morning").at(0).toMap().value("text").toString(), "Hello<U+200B>");
+    EXPECT_THAT(model->automations()->promptBlocks("nobody"), SizeIs(0));
+    model->automations()->openLog("morning");
     EXPECT_EQ(result(), "no log yet for 'morning'");
     test::writeFile(home / ".runtime/logs/morning.log", "x");
-    model->openLog("morning");
+    model->automations()->openLog("morning");
     EXPECT_THAT(workspace.opened, ElementsAre(home / ".runtime/logs/morning.log"));
     workspace.opens = false;
     model->openSupport();
     EXPECT_EQ(result(), "❌ Support - this desktop has no program that opens it");
 
-    model->runAutomation("morning");
+    model->automations()->run("morning");
     EXPECT_EQ(result(), "▶ morning - started");
     EXPECT_TRUE(model->icon()->state().working);
     QElapsedTimer waited;
     waited.start();
     ASSERT_TRUE(until([&] { return !model->icon()->state().working; }));
     EXPECT_GE(waited.elapsed(), 750);
-    model->stopAutomation("morning");
+    model->automations()->stop("morning");
     EXPECT_EQ(result(), "■ morning - stopping");
     EXPECT_FALSE(model->icon()->state().working);
-    model->openLive("morning");
+    model->automations()->openLive("morning");
     EXPECT_EQ(result(), "↗ morning - opening in Terminal");
-    model->setAutomationEnabled("morning", false);
-    model->deleteAutomation("morning");
-    ASSERT_TRUE(until([&] { return engine.deeds.size() == 5; }));
-    EXPECT_THAT(engine.deeds,
-        testing::UnorderedElementsAre("run morning", "stop morning", "live morning", "off morning", "remove morning"));
-    engine.refuses = true;
-    model->openLive("morning");
+    model->automations()->pause("morning");
+    model->automations()->remove("morning");
+    ASSERT_TRUE(until([&] { return automations.deeds.size() == 5; }));
+    EXPECT_THAT(automations.deeds,
+        testing::UnorderedElementsAre(
+            "run morning", "stop morning", "live morning", "pause morning", "remove morning"));
+    automations.refuses = true;
+    model->automations()->openLive("morning");
     ASSERT_TRUE(untilResult("❌ morning - no terminal"));
     EXPECT_EQ(model->icon()->state().attention, StatusIconState::Attention::error);
-    model->openLog("nobody");
+    model->automations()->openLog("nobody");
     EXPECT_EQ(model->icon()->state().attention, StatusIconState::Attention::none);
 }
 

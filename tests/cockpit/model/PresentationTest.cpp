@@ -1,8 +1,8 @@
-#include "cockpit/model/ActionPresentation.h"
-#include "cockpit/model/AutomationPresentation.h"
-#include "cockpit/model/PromptBlocks.h"
-#include "cockpit/model/RelativeTime.h"
-#include "cockpit/model/ShownText.h"
+#include "cockpit/model/automations/AutomationPresentation.h"
+#include "cockpit/model/automations/PromptBlocks.h"
+#include "cockpit/model/queue/ActionPresentation.h"
+#include "cockpit/model/shown/RelativeTime.h"
+#include "cockpit/model/shown/ShownText.h"
 #include "tests/cockpit/model/World.h"
 
 namespace mervo {

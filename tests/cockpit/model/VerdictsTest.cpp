@@ -15,7 +15,7 @@ TEST_F(Verdicts, RunWhatTheCardShowedWhateverBecameOfItsFile)
     start();
     const QString shown = key();
     queue(draft("A", "something else"));
-    model->approve(shown);
+    model->queue()->approve(shown);
     EXPECT_EQ(result(), "⏳ mail.draft - running...");
     EXPECT_TRUE(model->icon()->state().working);
     ASSERT_TRUE(untilResult("✅ mail.draft - draft saved"));
@@ -30,8 +30,8 @@ TEST_F(Verdicts, RunWhatTheCardShowedWhateverBecameOfItsFile)
     queue(draft("A", "two"));
     model->reload();
     EXPECT_NE(key(), old);
-    model->approve(old);
-    model->reject(old, "");
+    model->queue()->approve(old);
+    model->queue()->reject(old, "");
     EXPECT_TRUE(isQueued("A")) << "no card shows that any more";
 }
 
@@ -43,21 +43,21 @@ TEST_F(Verdicts, LeaveWaitingWhatCannotRun)
     queue(unknown);
     queue(refused);
     start();
-    model->approve(key(0));
+    model->queue()->approve(key(0));
     EXPECT_EQ(result(), "unknown tool: mail.vanish");
-    model->approve(key(1));
+    model->queue()->approve(key(1));
     EXPECT_EQ(result(), "❌ missing required argument: to");
-    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    EXPECT_EQ(model->queue()->list()->rowCount(), 2);
     EXPECT_THAT(rows(), IsEmpty());
 
     queue(draft("B"));
     model->reload();
     test::writeFile(home / "fail", "");
-    model->approve(key(1));
+    model->queue()->approve(key(1));
     ASSERT_TRUE(until([&] { return result().starts_with("❌ mail.draft - "); }));
     EXPECT_THAT(result(), testing::HasSubstr("the mail application is closed"));
     EXPECT_TRUE(isQueued("B"));
-    EXPECT_EQ(model->approvals()->rowCount(), 2);
+    EXPECT_EQ(model->queue()->list()->rowCount(), 2);
     EXPECT_THAT(rows(), ElementsAre(testing::StartsWith("cockpit|mail.draft|error|")));
 }
 
@@ -70,9 +70,9 @@ TEST_F(Verdicts, OfTwoCockpitsRunOnce)
         model->reload();
         other.reload();
         const QString shown = key();
-        (round % 2 == 0 ? *model : other).approve(shown);
-        (round % 2 == 0 ? other : *model).approve(shown);
-        EXPECT_EQ((round % 2 == 0 ? other : *model).lastResult(), "mail.draft - no longer waiting");
+        (round % 2 == 0 ? *model : other).queue()->approve(shown);
+        (round % 2 == 0 ? other : *model).queue()->approve(shown);
+        EXPECT_EQ((round % 2 == 0 ? other : *model).lastResult()->line(), "mail.draft - no longer waiting");
         ASSERT_TRUE(until([&] { return rows().size() == static_cast<std::size_t>(round) + 1; }));
     }
     EXPECT_THAT(ran(), SizeIs(10));
@@ -80,11 +80,11 @@ TEST_F(Verdicts, OfTwoCockpitsRunOnce)
     model->reload();
     other.reload();
     const QString shown = key();
-    model->reject(shown, "");
-    model->approve(shown);
+    model->queue()->reject(shown, "");
+    model->queue()->approve(shown);
     ASSERT_TRUE(untilResult("🚫 rejected mail.draft"));
-    other.approve(shown);
-    EXPECT_EQ(other.lastResult(), "mail.draft - no longer waiting");
+    other.queue()->approve(shown);
+    EXPECT_EQ(other.lastResult()->line(), "mail.draft - no longer waiting");
     EXPECT_THAT(ran(), SizeIs(10));
 }
 
@@ -94,7 +94,7 @@ TEST_F(Verdicts, RejectWithALesson)
     action.args["from"] = "boss@example.org";
     queue(action);
     start();
-    model->reject(key(), "  too early \n");
+    model->queue()->reject(key(), "  too early \n");
     EXPECT_EQ(model->waitingCount(), 0) << "at once";
     ASSERT_TRUE(untilResult("🚫 rejected mail.draft"));
     EXPECT_EQ(rows()[0], "cockpit|mail.draft|rejected|too early|from=boss@example.org|subject=Hi|to=a@example.org");
@@ -102,7 +102,7 @@ TEST_F(Verdicts, RejectWithALesson)
         FeedbackStore(db).pendingInjection("any").at(0).text, "refus de mail.draft (boss@example.org) : too early");
     queue(draft("B"));
     model->reload();
-    model->reject(key(), " \t");
+    model->queue()->reject(key(), " \t");
     ASSERT_TRUE(until([&] { return rows().size() == 2; }));
     EXPECT_EQ(rows()[0], "cockpit|mail.draft|rejected|user_rejected|subject=Hi|to=a@example.org");
 }
@@ -112,7 +112,7 @@ TEST_F(Verdicts, HoldUpNothingElse)
     queue(draft("A", "slow"));
     start();
     test::writeFile(home / "hold", "");
-    model->approve(key());
+    model->queue()->approve(key());
     ASSERT_TRUE(until([&] { return ran().size() == 1; }));
     QElapsedTimer waited;
     waited.start();
@@ -120,7 +120,7 @@ TEST_F(Verdicts, HoldUpNothingElse)
     for (int tick = 0; tick < 20; ++tick)
         model->reload();
     EXPECT_LT(waited.elapsed(), 2000);
-    EXPECT_EQ(model->approvals()->rowCount(), 1);
+    EXPECT_EQ(model->queue()->list()->rowCount(), 1);
     EXPECT_TRUE(model->icon()->state().working);
     std::filesystem::remove(home / "hold");
     ASSERT_TRUE(untilResult("✅ mail.draft - draft saved"));
@@ -133,8 +133,8 @@ TEST_F(Verdicts, AreFinishedOrTakenBackAtTheEnd)
         queue(draft("A" + std::to_string(100 + i), std::to_string(i)));
     start();
     test::writeFile(home / "hold", "");
-    while (model->approvals()->rowCount() > 0)
-        model->approve(key());
+    while (model->queue()->list()->rowCount() > 0)
+        model->queue()->approve(key());
     ASSERT_TRUE(until([&] { return ran().size() == 16; }));
     std::thread release([this] {
         ::usleep(200'000);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "cockpit/model/CockpitModel.h"
+#include "cockpit/model/automations/ListOnlyAutomations.h"
+#include "core/automations/engine/EngineError.h"
 #include "core/foundation/MervoDB.h"
 #include "core/foundation/Timestamps.h"
 #include "tests/support/Files.h"
@@ -48,12 +50,13 @@ struct FakeLoginItem final : platform::LoginItem {
 };
 
 /// Lists what is on disk, does nothing else, and refuses where it is told to.
-struct FakeEngine final : AutomationEngine {
+struct FakeAutomations final : AutomationOperations {
     std::vector<Automation> list() override { return real.list(); }
     std::filesystem::path logFile(const std::string& name) override { return real.logFile(name); }
     void runNow(const std::string& name) override { note("run " + name); }
     void stop(const std::string& name) override { note("stop " + name); }
-    void setEnabled(const std::string& name, bool enabled) override { note((enabled ? "on " : "off ") + name); }
+    void pause(const std::string& name) override { note("pause " + name); }
+    void resume(const std::string& name) override { note("resume " + name); }
     void remove(const std::string& name) override { note("remove " + name); }
     void openLive(const std::string& name) override { note("live " + name); }
 
@@ -64,7 +67,7 @@ struct FakeEngine final : AutomationEngine {
         if (refuses)
             throw EngineError::failed("no terminal");
     }
-    ListingEngine real;
+    ListOnlyAutomations real;
     std::mutex mutex;
     std::vector<std::string> deeds;
     std::atomic<bool> refuses = false;
@@ -111,7 +114,8 @@ protected:
 
     Surroundings surroundings()
     {
-        return {notifier, workspace, loginItem, engine, archive, {[this] { return wall; }, [this] { return steady; }}};
+        return {
+            notifier, workspace, loginItem, automations, archive, {[this] { return wall; }, [this] { return steady; }}};
     }
 
     /// Runs the event loop until something holds; false after 20 s.
@@ -134,7 +138,7 @@ protected:
             ADD_FAILURE() << "the last result is " << result();
         return came;
     }
-    std::string result() const { return model->lastResult().toStdString(); }
+    std::string result() { return model->lastResult()->line().toStdString(); }
 
     /// An action whose tool runs the stand-in of the script host.
     static PendingAction draft(const std::string& id, const std::string& subject = "Hi")
@@ -149,7 +153,7 @@ protected:
     }
     bool isQueued(const std::string& id) const { return std::filesystem::exists(home / ("pending/" + id + ".json")); }
 
-    QString key(int row = 0) { return role(*model->approvals(), row, ApprovalListModel::KeyRole).toString(); }
+    QString key(int row = 0) { return role(*model->queue()->list(), row, ApprovalListModel::KeyRole).toString(); }
     static QVariant role(const QAbstractItemModel& rows, int row, int role) { return rows.index(row, 0).data(role); }
 
     /// The subjects with which tools ran.
@@ -192,7 +196,7 @@ protected:
     FakeNotifier notifier;
     FakeWorkspace workspace;
     FakeLoginItem loginItem;
-    FakeEngine engine;
+    FakeAutomations automations;
     FakeArchive archive;
     std::chrono::system_clock::time_point wall = *Timestamps::date("2026-03-01T08:20:42Z");
     std::chrono::steady_clock::time_point steady{std::chrono::hours(5)};

@@ -4,8 +4,8 @@
 ///     cockpit-views-host [--dark] [--automations]
 
 #include "cockpit/model/CockpitModel.h"
+#include "cockpit/model/automations/ListOnlyAutomations.h"
 #include "cockpit/views/Views.h"
-#include "core/automations/engine/AutomationEngine.h"
 
 #include <QGuiApplication>
 #include <QQmlEngine>
@@ -89,8 +89,8 @@ int main(int count, char** words)
     Desktop workspace;
     NoLogin loginItem;
     NoArchive archive;
-    mervo::ListingEngine engine;
-    mervo::CockpitModel model({notifier, workspace, loginItem, engine, archive});
+    mervo::ListOnlyAutomations automations;
+    mervo::CockpitModel model({notifier, workspace, loginItem, automations, archive});
     Window window(model, QGuiApplication::arguments());
     if (window.rootObject() == nullptr)
         return 1;

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "cockpit/model/shown/Rows.h"
+#include "core/automations/model/Automation.h"
+
+#include <QAbstractListModel>
+#include <QString>
+
+#include <span>
+
+namespace mervo {
+
+/// The automations that the owner sees, by name. Every text but one is safe to show.
+class AutomationListModel : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    enum Role {
+        AutomationRole = Qt::UserRole + 1, ///< its name, for calls; not safe to show
+        NameRole,
+        StateRole, ///< "running", "paused", "failed", "stopped", "ok" or "never"
+        SymbolRole, ///< empty while it runs: views show a progress indicator
+        SymbolTintRole, ///< "red", "green" or ""
+        SubtitleRole,
+        IsRunningRole,
+        IsAgentRole,
+    };
+    Q_ENUM(Role)
+
+    explicit AutomationListModel(QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    void show(std::span<const Automation> automations, Timestamps::Time now);
+
+private:
+    struct Row {
+        QString name, shownName, state, symbol, symbolTint, subtitle;
+        bool isRunning = false, isAgent = false;
+
+        const QString& identity() const { return name; }
+        bool operator==(const Row&) const = default;
+    };
+    friend class Rows<AutomationListModel, Row>;
+
+    static Row rowOf(const Automation& automation, Timestamps::Time now);
+
+    Rows<AutomationListModel, Row> rows_;
+};
+
+} // namespace mervo
