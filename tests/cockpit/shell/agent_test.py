@@ -9,15 +9,14 @@ import pathlib
 import sqlite3
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 import warnings
 
-
-import desktop  # noqa: E402
-from desktop import find, focused, press, type_text, wait  # noqa: E402
-from doubles import Notifications, Watcher, pump, wait_pumping  # noqa: E402
+import desktop
+from desk import Desk
+from desktop import find, focused, press, type_text, wait
+from doubles import Notifications, Watcher, pump, wait_pumping
 
 COCKPIT, SERVER, DESKTOP = "", "", None
 MESSAGE = "From: %s\r\nTo: work@desk.example\r\nSubject: %s\r\nDate: Thu, 01 Jan 2026 10:00:00 +0000\r\n\r\nHello\r\n"
@@ -49,23 +48,17 @@ class Agent:
 
 class AnAgentAndAPerson(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="mervo-agent-", ignore_cleanup_errors=True)
-        self.addCleanup(folder.cleanup)
-        root = pathlib.Path(folder.name)
-        self.home, self.mail = root / "mervo", root / "Work"
-        os.environ["MERVO_HOME"] = str(self.home)
-        configuration = pathlib.Path(os.environ["XDG_CONFIG_HOME"]) / "mervo-desk/desk.toml"
-        configuration.parent.mkdir(parents=True, exist_ok=True)
-        configuration.write_text('[[mail.account]]\nname = "Work"\nemail = ["work@desk.example"]\npath = "%s"\n'
-                                 'trash = "Trash"\n' % self.mail)
-        for box in (self.mail, self.mail / ".Trash"):
-            for part in ("tmp", "new", "cur"):
-                (box / part).mkdir(parents=True)
+        self.desk = Desk(pathlib.Path(SERVER).parent, settings='trash = "Trash"')
+        self.addCleanup(self.desk.close)
+        self.desk.maildir(folder=".Trash")
         for number, sender in enumerate(("news@shop.example",) * 3 + ("anna@home.example",)):
-            (self.mail / "cur" / ("%d.host:2,S" % number)).write_text(MESSAGE % (sender, "Number %d" % number))
+            self.desk.deliver(MESSAGE % (sender, "Number %d" % number), name="%d.host" % number, flags="S")
+        self.home = self.desk.root / "mervo"
+        os.environ.update(MERVO_HOME=str(self.home), XDG_CONFIG_HOME=str(self.desk.root / "config"))
 
-    def senders(self, folder):
-        return sorted(path.read_text().split("\n")[0][6:].strip() for path in (folder / "cur").iterdir())
+    def senders(self, folder=""):
+        return sorted(path.read_text().split("\n")[0][6:].strip()
+                      for path in (self.desk.maildir(folder=folder) / "cur").iterdir())
 
     def rows(self, statement):
         with sqlite3.connect(self.home / "mervo.sqlite", timeout=10) as database:
@@ -97,30 +90,34 @@ class AnAgentAndAPerson(unittest.TestCase):
         find(deletion, "label", "from news@shop.example · INBOX")
         wait_pumping("the notice", lambda: notices.shown)
         self.assertEqual([notice["title"] for notice in notices.shown.values()], ["Approve mail.delete?"])
-        self.assertEqual(len(self.senders(self.mail)), 4, "nothing has happened yet")
+        self.assertEqual(len(self.senders()), 4, "nothing has happened yet")
 
         agent.call("mail.send", account="Work", to="anna@home.example", subject="Hi", body="Hello")
         letter = self.card("mail.send")
         press(find(letter, "push button", "Reject"))
         wait("the keyboard in the field", lambda: pump() or focused(self.view) == ("text", "Reason (optional)"))
         type_text("not to her")
+        # A tick and a new action in the meantime take neither the text nor the keyboard.
+        agent.call("mail.delete", account="Work", mailbox="INBOX", **{"from": "nobody@home.example"})
+        find(self.view, "page tab", "Approvals, 3")
+        type_text(", thanks")
         press(find(self.card("mail.send"), "push button", "Confirm"))
         find(self.view, "label", "🚫 rejected mail.send")
 
-        press(find(self.card("mail.delete"), "push button", "Approve"))
+        press(find(self.card("mail.delete"), "push button", "Approve"))  # the older one
         find(self.view, "label", lambda name: name.startswith("✅ mail.delete - "))
-        find(self.view, "label", "All clear")
-        self.assertEqual((self.senders(self.mail), self.senders(self.mail / ".Trash")),
-                         (["anna@home.example"], ["news@shop.example"] * 3))
-        self.assertEqual(list((self.home / "pending").iterdir()), [])
-        rows = wait("all rows", lambda: (lambda rows: rows if len(rows) == 4 else None)(
+        find(self.view, "page tab", "Approvals, 1")
+        self.assertEqual((self.senders(), self.senders(".Trash")), (["anna@home.example"], ["news@shop.example"] * 3))
+        self.assertEqual(len(list((self.home / "pending").iterdir())), 1)
+        rows = wait("all rows", lambda: (lambda rows: rows if len(rows) == 5 else None)(
             self.rows("SELECT actor, action, outcome, reason FROM audit ORDER BY id")))
         self.assertEqual(rows, [("mcp:agent", "mail.delete", "pending_approval", "needs_approval"),
                                 ("mcp:agent", "mail.send", "pending_approval", "needs_approval"),
-                                ("cockpit", "mail.send", "rejected", "not to her"),
+                                ("mcp:agent", "mail.delete", "pending_approval", "needs_approval"),
+                                ("cockpit", "mail.send", "rejected", "not to her, thanks"),
                                 ("cockpit", "mail.delete", "executed", "approved")])
         self.assertEqual(self.rows("SELECT kind, text, source, automation FROM feedback"),
-                         [("verdict", "refus de mail.send (Work) : not to her", "cockpit", None)])
+                         [("verdict", "refus de mail.send (Work) : not to her, thanks", "cockpit", None)])
 
 
 if __name__ == "__main__":

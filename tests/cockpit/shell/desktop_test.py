@@ -12,10 +12,9 @@ import sys
 import tempfile
 import unittest
 
-
-import desktop  # noqa: E402
-from doubles import FileManager, Notifications, Portal, bus, pump, wait_pumping  # noqa: E402
-from gi.repository import Gio, GLib  # noqa: E402
+import desktop
+from doubles import FileManager, Notifications, Portal, bus, pump, wait_pumping
+from gi.repository import Gio, GLib
 
 PROBE, DESKTOP = "", None
 ASK = [["APPROVE", "Approve"], ["REJECT", "Reject"]]

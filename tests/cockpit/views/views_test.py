@@ -1,4 +1,4 @@
-"""The popover through a screen reader's interface and a keyboard, over the real stores and a real mailbox.
+"""The popover through a screen reader's interface, a keyboard and a mouse, over the real stores.
 
 `views_test.py <host of the views> <folder of the programs>`
 """
@@ -9,12 +9,12 @@ import pathlib
 import sqlite3
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 import warnings
 
 import desktop
+from desk import Desk
 from desktop import click, find, focused, hold, keys, look, middle, press, type_text, wait
 
 HOST, PROGRAMS = "", ""  # from the command line
@@ -22,42 +22,21 @@ SETTLED = 0.9  # seconds: the time of a double click, and some more
 AWAY = ("5", "5")
 DESKTOP = None  # one for all: the library of the accessibility bus stays with the first that it has met
 
-MESSAGE = "From: %s\r\nTo: work@desk.example\r\nSubject: %s\r\nDate: Thu, 01 Jan 2026 10:00:00 +0000\r\n\r\nHello\r\n"
-
 
 class Popover(unittest.TestCase):
-    """A home, a mailbox with three newsletters and a letter, and the views over them."""
+    """A home over a desk with one mail account, and the views over it."""
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="mervo-views-", ignore_cleanup_errors=True)
-        self.addCleanup(folder.cleanup)
-        root = pathlib.Path(folder.name)
+        desk = Desk(PROGRAMS)
+        self.addCleanup(desk.close)
+        desk.maildir()
+        os.environ.update(HOME=str(desk.root), MERVO_HOME=str(desk.root / "mervo"))
         for name in ("config", "cache", "data"):
-            os.environ["XDG_%s_HOME" % name.upper()] = str(root / name)
-        os.environ["HOME"] = str(root)
-        self.home = root / "mervo"
-        os.environ["MERVO_HOME"] = str(self.home)
-        self.mail = root / "Work"
-        configuration = root / "config/mervo-desk/desk.toml"
-        configuration.parent.mkdir(parents=True)
-        configuration.write_text('[[mail.account]]\nname = "Work"\nemail = ["work@desk.example"]\npath = "%s"\n'
-                                 'trash = "Trash"\n' % self.mail)
-        for folder in (self.mail, self.mail / ".Trash"):
-            for part in ("tmp", "new", "cur"):
-                (folder / part).mkdir(parents=True)
-        for number, sender in enumerate(("news@shop.example",) * 3 + ("anna@home.example",)):
-            (self.mail / "cur" / ("%d.host:2,S" % number)).write_text(MESSAGE % (sender, "Number %d" % number))
-        self.mervo("run", "how_it_works")  # makes the home
+            os.environ["XDG_%s_HOME" % name.upper()] = str(desk.root / name)
+        self.home = desk.root / "mervo"
+        subprocess.run([PROGRAMS + "/mervo", "run", "how_it_works"], check=True, capture_output=True)  # makes the home
 
-    def mervo(self, *words):
-        run = subprocess.run([PROGRAMS + "/mervo", *words], capture_output=True, text=True, timeout=60)
-        self.assertEqual(run.returncode, 0, run.stderr)
-        return run.stdout
-
-    def queue(self, *words):
-        return self.mervo("run", *words).split()[1]
-
-    def write_action(self, action):
+    def write_action(self, **action):
         folder = self.home / "pending"
         folder.mkdir(parents=True, exist_ok=True)
         (folder / (action["id"] + ".json")).write_text(json.dumps(action))
@@ -82,13 +61,14 @@ class Popover(unittest.TestCase):
     def result(self, start):
         return find(self.view, "label", lambda name: name.startswith(start)).name
 
-    def senders(self, folder):
-        return sorted(path.read_text().split("\n")[0][6:].strip() for path in (folder / "cur").iterdir())
-
     def write(self, number):
-        self.write_action({"id": "AAAA00%02d" % number, "tool": "mail.draft", "summary": "Write", "effect": "create",
-                           "args": {"to": "%d@x.example" % number, "subject": "s", "body": "b"},
-                           "createdAt": "2026-01-01T10:%02d:00Z" % number})
+        self.write_action(id="AAAA00%02d" % number, tool="mail.draft", summary="Write", effect="create",
+                          args={"to": "%d@x.example" % number, "subject": "s", "body": "b"},
+                          createdAt="2026-01-01T10:%02d:00Z" % number)
+
+    def delete(self, number, **more):
+        self.write_action(id="AAAA00%02d" % number, tool="mail.delete", summary="Delete", createdAt="2026-01-01T00:00:00Z",
+                          args={"account": "Work", "mailbox": "INBOX", "from": "news@shop.example", **more})
 
     def ask(self, name):
         with sqlite3.connect(self.home / "mervo.sqlite") as database:
@@ -100,49 +80,10 @@ class Popover(unittest.TestCase):
         return [row[0] for row in self.rows("SELECT outcome FROM audit WHERE actor = 'cockpit' ORDER BY id")]
 
 
-class Verdicts(Popover):
-    def test_what_is_approved_runs_and_what_is_rejected_does_not(self):
-        self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=news@shop.example")
-        self.write_action({"id": "AAAA0001", "tool": "mail.send", "summary": "mail.send to=anna@home.example",
-                           "args": {"account": "Work", "to": "anna@home.example", "subject": "Hi", "body": "Hello"},
-                           "createdAt": "2026-01-01T00:00:00Z"})
-        self.show()
-        find(self.view, "page tab", "Approvals, 2")
-
-        letter = self.card("mail.send")
-        press(find(letter, "push button", "Reject"))
-        find(letter, "text", "Reason (optional)")
-        wait("the keyboard in the field", lambda: focused(self.view) == ("text", "Reason (optional)"))
-        type_text("not today")
-        # A tick and a new action in the meantime take neither the text nor the keyboard.
-        third = self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=nobody@home.example")
-        find(self.view, "page tab", "Approvals, 3")
-        type_text(", thanks")
-        confirm = find(self.card("mail.send"), "push button", "Confirm")  # shown: scrolled into view with the form
-        press(confirm)
-        self.assertEqual(self.result("🚫"), "🚫 rejected mail.send")
-        wait("the letter gone", lambda: "AAAA0001" not in self.waiting())
-
-        deletion = self.card("mail.delete")
-        find(deletion, "label", "from news@shop.example · INBOX")
-        press(find(deletion, "push button", "Approve"))
-        self.result("✅ mail.delete - ")
-        wait("the tab's number", lambda: look(self.view, "page tab", "Approvals, 1"))
-
-        self.assertEqual(self.waiting(), [third])
-        self.assertEqual(self.senders(self.mail), ["anna@home.example"])
-        self.assertEqual(self.senders(self.mail / ".Trash"), ["news@shop.example"] * 3)
-        verdicts = wait("both rows", lambda: (lambda rows: rows if len(rows) == 2 else None)(
-            self.rows("SELECT action, outcome, reason FROM audit WHERE actor = 'cockpit' ORDER BY rowid")))
-        self.assertEqual(verdicts, [("mail.send", "rejected", "not today, thanks"),
-                                    ("mail.delete", "executed", "approved")])
-
+class Questions(Popover):
     def test_questions_are_answered_once_and_by_the_keyboard(self):
-        with sqlite3.connect(self.home / "mervo.sqlite") as database:
-            for name in ("first", "second"):
-                database.execute("INSERT INTO feedback (id, kind, text, automation, channel, created_at, source) "
-                                 "VALUES (?, 'question', ?, 'triage', 'cockpit', '2026-01-01T00:00:00Z', 'triage')",
-                                 (name, "May I, " + name + "?"))
+        self.ask("first")
+        self.ask("second")
         self.show()
         find(self.view, "page tab", "Approvals, 2")
         press(look(self.view, "push button", "Oui")[0])
@@ -259,11 +200,11 @@ class Keyboard(Popover):
         self.assertNotIn("rejected", self.decided())
 
     def test_the_order_is_that_of_reading_and_escape_closes_the_form_first(self):
-        self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=news@shop.example")
+        self.delete(1)
         for number in range(2, 30):
-            self.write_action({"id": "AAAA%04d" % number, "tool": "cal.add", "summary": "cal.add",
-                               "args": {"account": "Home"} if number == 2 else {"title": str(number)},
-                               "createdAt": "29%02d-01-01T00:00:00Z" % number})
+            self.write_action(id="AAAA%04d" % number, tool="cal.add", summary="cal.add",
+                              args={"account": "Home"} if number == 2 else {"title": str(number)},
+                              createdAt="29%02d-01-01T00:00:00Z" % number)
         self.show()
         find(self.view, "page tab", "Approvals, 29")
         visited = []
@@ -298,9 +239,8 @@ class Keyboard(Popover):
 class Hostile(Popover):
     def test_texts_are_shown_as_they_are_and_whole(self):
         body = "x" * 100_000 + "<b>end</b>"
-        self.write_action({"id": "AAAA0001", "tool": "mail.send", "summary": "mail.send",
-                           "args": {"to": "<img src=x>\u202egro.elpmaxe", "subject": "a\u200bb\x07", "body": body},
-                           "createdAt": "now", "preview": "<h1>\u2066calm</h1>"})
+        self.write_action(id="AAAA0001", tool="mail.send", summary="mail.send", createdAt="now", preview="<h1>\u2066calm</h1>",
+                          args={"to": "<img src=x>\u202egro.elpmaxe", "subject": "a\u200bb\x07", "body": body})
         self.show()
         card = self.card("mail.send")
         find(card, "label", "<h1><U+2066>calm</h1>")
@@ -329,7 +269,7 @@ class Damage(Popover):
         self.show()
         find(self.view, "label", "1 waiting file cannot be read; run mervo doctor")
         self.assertFalse(look(self.view, "label", "All clear"))
-        self.queue("mail.delete", "account=Work", "mailbox=INBOX", "from=news@shop.example", "olderthan=30")
+        self.delete(2, olderthan="30")
         card = self.card("mail.delete")
         find(self.view, "label", "1 waiting file cannot be read; run mervo doctor")
         remark = "mail.delete ignores olderthan"
