@@ -13,11 +13,7 @@ namespace {
 
 TEST(HeaderText, decodesWhatMailInTheWildWrites)
 {
-    struct Case {
-        const char* raw;
-        const char* text;
-    };
-    const Case cases[] = {
+    constexpr std::pair<const char*, const char*> cases[] = {
         {"plain", "plain"},
         {"=?UTF-8?Q?R=C3=A9union_=3A?= demain", "Réunion : demain"},
         {"=?utf-8?B?w4k=?=", "É"},
@@ -46,8 +42,8 @@ TEST(HeaderText, decodesWhatMailInTheWildWrites)
         {"=?utf-8?Q?a=0D=0ABcc:_x?=", "a  Bcc: x"}, // no line end gets out of a word
         {"=?utf-16//TRANSLIT?Q?a?=", "a"},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(decodeHeaderText(c.raw), c.text) << c.raw;
+    for (const auto& [raw, text] : cases)
+        EXPECT_EQ(decodeHeaderText(raw), text) << raw;
     std::string endless;
     while (endless.size() < 2'000'000)
         endless += "=?a?q?x";
@@ -56,11 +52,7 @@ TEST(HeaderText, decodesWhatMailInTheWildWrites)
 
 TEST(Addresses, areFoundInEveryFormThatTheStandardAllows)
 {
-    struct Case {
-        const char* raw;
-        const char* shown; // joined by "|"
-    };
-    const Case cases[] = {
+    constexpr std::pair<const char*, const char*> cases[] = {
         {"a@x.example", "a@x.example"},
         {"<a@x.example>", "a@x.example"},
         {"Ann Bee <a@x.example>", "Ann Bee <a@x.example>"},
@@ -79,11 +71,11 @@ TEST(Addresses, areFoundInEveryFormThatTheStandardAllows)
         {"Broken <a@x.example", "Broken <a@x.example>"},
         {"\"never closed <a@x.example>", "never closed <a@x.example>"},
     };
-    for (const Case& c : cases) {
+    for (const auto& [raw, expected] : cases) {
         std::string shown;
-        for (const MailAddress& address : parseAddressList(c.raw))
+        for (const MailAddress& address : parseAddressList(raw))
             shown += (shown.empty() ? "" : "|") + displayAddress(address);
-        EXPECT_EQ(shown, c.shown) << c.raw;
+        EXPECT_EQ(shown, expected) << raw;
     }
 }
 
@@ -98,11 +90,8 @@ TEST(Addresses, thatCannotStandInAFieldAreRefused)
 
 TEST(MailDate, readsOldAndNewForms)
 {
-    struct Case {
-        const char* raw;
-        std::int64_t seconds; // -1: no date
-    };
-    const Case cases[] = {
+    constexpr std::pair<const char*, std::int64_t> cases[] = {
+        // -1: no date
         {"Thu, 15 Jan 2026 10:00:00 +0100", 1768467600},
         {"15 Jan 2026 09:00:00 GMT", 1768467600},
         {"Thu, 15 Jan 2026 09:00 +0000", 1768467600},
@@ -121,8 +110,8 @@ TEST(MailDate, readsOldAndNewForms)
         {"((((((", -1},
         {"99999999999999999999", -1},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(parseMailDate(c.raw).value_or(-1), c.seconds) << c.raw;
+    for (const auto& [raw, seconds] : cases)
+        EXPECT_EQ(parseMailDate(raw).value_or(-1), seconds) << raw;
     EXPECT_EQ(parseMailDate(formatMailDate(1768467600)), 1768467600);
 }
 

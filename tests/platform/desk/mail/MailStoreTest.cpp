@@ -10,6 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
+using testing::ThrowsMessage;
 
 class MailStoreTest : public testing::Test {
 protected:
@@ -27,17 +28,8 @@ protected:
 
     const MailAccountSettings& account() const { return store_.accounts().front(); }
 
-    static std::vector<MailAccountSettings> oneAccount(const fs::path& root)
-    {
-        MailAccountSettings account;
-        account.name = "Work";
-        account.addresses = {"me@desk.example"};
-        account.root = root;
-        return {account};
-    }
-
     test::TempDir folder_;
-    MailStore store_{oneAccount(folder_ / "mail"), folder_ / "cache"};
+    MailStore store_{{{.name = "Work", .addresses = {"me@desk.example"}, .root = folder_ / "mail"}}, folder_ / "cache"};
 };
 
 TEST_F(MailStoreTest, changesThousandsThatAnotherRenamedWithOneListing)
@@ -89,17 +81,15 @@ TEST_F(MailStoreTest, leavesAMessageWhereItIsWhenItCannotGo)
     deliver(2);
     const auto messages = look();
     const MessageRecord& message = messages->messages()[0];
-    try {
-        store_.move(*messages, message, {"Gone", account().root / ".Gone"});
-        FAIL() << "it went into a folder that is not there";
-    } catch (const MessageGone& error) {
-        FAIL() << error.what();
-    } catch (const MailError& error) {
-        EXPECT_THAT(error.what(), HasSubstr(".Gone: No such file or directory."));
-    }
+    EXPECT_THAT(
+        [&] {
+            store_.move(*messages, message, {"Gone", account().root / ".Gone"});
+        },
+        ThrowsMessage<MailError>(HasSubstr(".Gone: No such file or directory.")));
     EXPECT_TRUE(fs::exists(account().root / "cur" / message.fileName()));
 
     fs::remove(account().root / "cur" / message.fileName());
+    EXPECT_THROW(store_.bytes(*messages, message), MessageGone);
     EXPECT_THROW(store_.remove(account(), *messages, message), MessageGone);
     EXPECT_EQ(listMaildir(account().root).size(), 1U);
 }

@@ -8,11 +8,14 @@
 namespace mervo::desk {
 namespace {
 
-using testing::IsEmpty;
-
 std::string part(const std::string& head, const std::string& body, const std::string& mark = "b")
 {
     return "--" + mark + "\n" + head + "\n\n" + body + "\n";
+}
+
+std::string plain(const std::string& body, const std::string& mark = "b")
+{
+    return part("Content-Type: text/plain", body, mark);
 }
 
 std::string multipart(const std::string& kind, const std::string& parts, const std::string& mark = "b")
@@ -30,15 +33,9 @@ std::string attached(const MimeContent& content)
 
 TEST(MimeReader, choosesTheTextThatAPersonWouldRead)
 {
-    const std::string alternative = multipart(
-        "alternative", part("Content-Type: text/plain", "plain") + part("Content-Type: text/html", "<p>html</p>"));
-    struct Case {
-        const char* name;
-        std::string message;
-        const char* text;
-        const char* attachments;
-    };
-    const Case cases[] = {
+    const std::string alternative =
+        multipart("alternative", plain("plain") + part("Content-Type: text/html", "<p>html</p>"));
+    const std::tuple<const char*, std::string, const char*, const char*> cases[] = {
         {"no MIME", "Subject: x\n\nhello\r\nworld\r\n", "hello\nworld\n", ""},
         {"latin-1",
             "Content-Type: text/plain; charset=iso-8859-1\nContent-Transfer-Encoding: quoted-printable\n\ncaf=E9",
@@ -49,24 +46,20 @@ TEST(MimeReader, choosesTheTextThatAPersonWouldRead)
         {"utf-16", "Content-Type: text/plain; charset=utf-16be\nContent-Transfer-Encoding: base64\n\nAOk=\n", "é", ""},
         {"HTML only", "Content-Type: text/html\n\n<p>x</p>", "<p>x</p>", ""},
         {"alternative", alternative, "plain", ""},
-        {"HTML first",
-            multipart(
-                "alternative", part("Content-Type: text/html", "<p>h</p>") + part("Content-Type: text/plain", "p")),
-            "p", ""},
+        {"HTML first", multipart("alternative", part("Content-Type: text/html", "<p>h</p>") + plain("p")), "p", ""},
         {"text and file",
             multipart("mixed",
-                part("Content-Type: text/plain", "see file")
+                plain("see file")
                     + part("Content-Type: application/pdf; name=a.pdf\nContent-Transfer-Encoding: base64", "JVBERg==")),
             "see file", "a.pdf:application/pdf:4 "},
         {"text around a picture",
             multipart("mixed",
-                part("Content-Type: text/plain", "one")
-                    + part("Content-Type: image/png\nContent-Disposition: inline; filename=\"p.png\"", "x")
-                    + part("Content-Type: text/plain", "two")),
+                plain("one") + part("Content-Type: image/png\nContent-Disposition: inline; filename=\"p.png\"", "x")
+                    + plain("two")),
             "one\ntwo", "p.png:image/png:1 "},
         {"an attached text",
             multipart("mixed",
-                part("Content-Type: text/plain", "body")
+                plain("body")
                     + part("Content-Type: text/plain\nContent-Disposition: attachment; "
                            "filename*=utf-8''r%C3%A9sum%C3%A9.txt",
                         "cv")),
@@ -79,28 +72,22 @@ TEST(MimeReader, choosesTheTextThatAPersonWouldRead)
         {"nested",
             multipart("mixed",
                 part(alternative.substr(0, alternative.find("\n\n")).replace(alternative.find("=b") + 1, 1, "c"),
-                    part("Content-Type: text/plain", "inner", "c") + part("Content-Type: text/html", "<b>", "c")
-                        + "--c--")
+                    plain("inner", "c") + part("Content-Type: text/html", "<b>", "c") + "--c--")
                     + part("Content-Type: text/csv; name=t.csv", "1,2")),
             "inner", "t.csv:text/csv:3 "},
         {"forwarded message",
-            multipart("mixed",
-                part("Content-Type: text/plain", "fyi")
-                    + part("Content-Type: message/rfc822", "Subject: inner\n\ninner body")),
+            multipart("mixed", plain("fyi") + part("Content-Type: message/rfc822", "Subject: inner\n\ninner body")),
             "fyi", "message.eml:message/rfc822:0 "},
-        {"signed",
-            multipart("signed",
-                part("Content-Type: text/plain", "hi") + part("Content-Type: application/pgp-signature", "sig")),
-            "hi", ""},
+        {"signed", multipart("signed", plain("hi") + part("Content-Type: application/pgp-signature", "sig")), "hi", ""},
         {"no end mark", "Content-Type: multipart/mixed; boundary=b\n\n--b\nContent-Type: text/plain\n\ncut off",
             "cut off", ""},
         {"file alone", "Content-Type: application/pdf; name=a.pdf\n\n%PDF", "", "a.pdf:application/pdf:4 "},
         {"empty", "", "", ""},
     };
-    for (const Case& c : cases) {
-        const MimeContent content = readMime(c.message);
-        EXPECT_EQ(content.text, c.text) << c.name;
-        EXPECT_EQ(attached(content), c.attachments) << c.name;
+    for (const auto& [name, message, text, attachments] : cases) {
+        const MimeContent content = readMime(message);
+        EXPECT_EQ(content.text, text) << name;
+        EXPECT_EQ(attached(content), attachments) << name;
     }
 }
 
@@ -142,9 +129,8 @@ TEST(MimeReader, keepsLinesOfTheTextThatLookLikeALongField)
 {
     const std::string patch =
         "--- a/settings.yml\n+++ b/settings.yml\n-key: value\n" + test::repeated(300, " what stood there before\n");
-    const std::string head = "Content-Type: text/plain";
-    EXPECT_EQ(readMime(multipart("mixed", part(head, patch))).text, patch);
-    EXPECT_EQ(readMime(multipart("mixed", part(head, "--bb\n" + patch))).text, "--bb\n" + patch);
+    for (const std::string& text : {patch, "--bb\n" + patch})
+        EXPECT_EQ(readMime(multipart("mixed", plain(text))).text, text);
 }
 
 } // namespace

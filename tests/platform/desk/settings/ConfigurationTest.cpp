@@ -8,7 +8,9 @@
 namespace mervo::desk {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::ThrowsMessage;
 
 constexpr Section kSections[] = {kMailSection, kChatSection};
 
@@ -20,16 +22,6 @@ Configuration parse(const std::string& text)
 std::string account(const std::string& name, const std::string& more)
 {
     return "[[mail.account]]\nname = \"" + name + "\"\nemail = [\"me@x.example\"]\npath = \"/m\"\n" + more;
-}
-
-std::string complaint(const std::string& text)
-{
-    try {
-        parse(text);
-    } catch (const ConfigurationError& error) {
-        return error.what();
-    }
-    return "no error";
 }
 
 TEST(Configuration, readsAnAccountWhole)
@@ -59,12 +51,7 @@ TEST(Configuration, hasALocalAccountWhenNoneIsWrittenDown)
 
 TEST(Configuration, namesLineAndKeyOfEveryMistake)
 {
-    struct Case {
-        std::string text;
-        const char* line;
-        const char* words;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, const char*, const char*> cases[] = {
         {"calender = 1\n", "line 1:", "\"calender\""},
         {"[mail]\nacount = 2\n", "line 2:", "\"acount\""},
         {account("A", "pasword = \"x\"\n"), "line 5:", "\"pasword\""},
@@ -92,11 +79,10 @@ TEST(Configuration, namesLineAndKeyOfEveryMistake)
         {"[[mail.account]]\nname = \"A\nemail", "line 2", "desk.toml"},
         {"x = {\n", "line 1", "desk.toml"},
     };
-    for (const Case& c : cases) {
-        const std::string sentence = complaint(c.text);
-        EXPECT_THAT(sentence, HasSubstr("/c/desk.toml, ")) << c.text;
-        EXPECT_THAT(sentence, HasSubstr(c.line)) << c.text;
-        EXPECT_THAT(sentence, HasSubstr(c.words)) << c.text;
+    for (const auto& [text, line, words] : cases) {
+        EXPECT_THAT([&] { parse(text); },
+            ThrowsMessage<ConfigurationError>(AllOf(HasSubstr("/c/desk.toml, "), HasSubstr(line), HasSubstr(words))))
+            << text;
     }
 }
 
