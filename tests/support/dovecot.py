@@ -1,4 +1,4 @@
-"""A Dovecot of our own on a loopback port with TLS: `with Dovecot(folder) as server`."""
+"""Dovecot, on a loopback port with TLS: `with Dovecot(folder, authority) as server`; or over any Maildir, by pipe."""
 
 import getpass
 import grp
@@ -6,8 +6,8 @@ import os
 import pathlib
 import pwd
 import socket
-import ssl
 import subprocess
+import tempfile
 import time
 
 USER, PASSWORD = "claire@example.test", 'a"b\\c d'
@@ -163,5 +163,47 @@ class Dovecot:
         self.process.wait(20)
 
 
-def client_context(ca):
-    return ssl.create_default_context(cafile=ca)
+class LocalDovecot:
+    """The IMAP server over one Maildir, by pipe and by its administration program. Run by root it works as another user,
+    because it refuses to work as root."""
+
+    def __init__(self, maildir):
+        self.folder, self.maildir = tempfile.TemporaryDirectory(prefix="mervo-dovecot-"), maildir
+        self.user = []
+        place = pathlib.Path(self.folder.name)
+        if os.geteuid() == 0:
+            self.user = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+            os.chown(place, 65534, 65534)
+            maildir.parent.chmod(0o711)
+        self.config = place / "dovecot.conf"
+        self.config.write_text(f"""protocols = imap
+base_dir = {place}/run
+state_dir = {place}/state
+log_path = {place}/log
+ssl = no
+mail_location = maildir:{maildir}:INDEX={place}/index
+first_valid_uid = 0
+first_valid_gid = 0
+mail_uid = {65534 if self.user else os.getuid()}
+mail_gid = {65534 if self.user else os.getgid()}
+namespace inbox {{
+  inbox = yes
+  separator = /
+}}
+""")
+        self.own()
+
+    def own(self):
+        if self.user:
+            subprocess.run(["chown", "-R", "65534:65534", self.maildir], check=True)
+
+    def imap(self):
+        return ["env", f"HOME={self.folder.name}", *self.user, "/usr/lib/dovecot/imap", "-c", str(self.config)]
+
+    def doveadm(self, *words):
+        self.own()
+        return subprocess.run([*self.user, "doveadm", "-c", self.config, *words], capture_output=True, text=True,
+                              check=True, env=os.environ | {"USER": "someone", "HOME": self.folder.name}).stdout
+
+    def close(self):
+        self.folder.cleanup()

@@ -1,4 +1,4 @@
-"""The mail tools against a real Maildir: `agreement_test.py <the program mervo> <demo/make-maildir>`.
+"""The mail tools against a real Maildir: `agreement_test.py CONTENTS-FOLDER`.
 
 Every criterion alone and every pair of them, through the whole program: the gate, the script host, the mail scripts and
 the desk. What they find is compared with what Python's mail library finds in the same files.
@@ -8,60 +8,21 @@ import datetime
 import email
 import email.policy
 import itertools
-import json
 import os
 import pathlib
-import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
 import maildir_reader as reader
+from desk import Desk, DeskTest
 
-MERVO, MAKER = sys.argv[1], sys.argv[2]
+Desk.contents = pathlib.Path(sys.argv.pop(1)).resolve()
 os.environ["TZ"] = "Europe/Paris"  # not UTC, and with two changes of the clock a year
 time.tzset()
 
 NEWEST = 1_700_000_000
-ACCOUNTS = {"Work": ("1", 1500, 12), "Zu Hause – privat": ("2", 500, 6)}  # name: seed, messages, folders
-
-
-class Call(dict):
-    """One call's outcome as the program's JSON tells it."""
-
-    @property
-    def lines(self):
-        return self["output"].split("\n") if self["output"] else []
-
-
-class Desk:
-    """Two accounts in a throw-away folder, and the same mail as Python reads it."""
-
-    def __init__(self, folder):
-        self.folder = pathlib.Path(folder)
-        self.environment = os.environ | {
-            "HOME": str(self.folder / "user"), "MERVO_HOME": str(self.folder / "mervo"),
-            "XDG_CONFIG_HOME": str(self.folder / "config"), "XDG_DATA_HOME": str(self.folder / "data"),
-            "XDG_CACHE_HOME": str(self.folder / "cache")}
-        config = self.folder / "config/mervo-desk/desk.toml"
-        config.parent.mkdir(parents=True)
-        self.mail = {}
-        for number, (name, (seed, messages, folders)) in enumerate(ACCOUNTS.items()):
-            root = self.folder / f"account {number}"
-            subprocess.run([sys.executable, MAKER, "--out", root, "--messages", str(messages), "--folders",
-                            str(folders), "--seed", seed, "--now", "2026-01-15T09:00:00Z"],
-                           check=True, stdout=subprocess.DEVNULL)
-            with config.open("a", encoding="utf-8") as file:
-                file.write(f'[[mail.account]]\nname = "{name}"\nemail = ["me{number}@example.org"]\n'
-                           f'path = "{root}"\n')
-            self.mail[name] = reader.read_account(root)
-
-    def call(self, tool, **arguments):
-        words = [f"{key.rstrip('_')}={value}" for key, value in arguments.items()]
-        ran = subprocess.run([MERVO, "run", tool, *words, "--json"], env=self.environment, capture_output=True,
-                             text=True, timeout=60)
-        return Call(json.loads(ran.stdout))
+ACCOUNTS = {"Work": ("1", "1500", "12"), "Zu Hause – privat": ("2", "500", "6")}  # name: seed, messages, folders
 
 
 # Values that select some of the generated messages, and a few that select all or none.
@@ -83,20 +44,20 @@ VALUES = {
 class Agreement(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.folder = tempfile.TemporaryDirectory()
-        cls.desk = Desk(cls.folder.name)
+        cls.desk = Desk({name: [f"me{number}@example.org"] for number, name in enumerate(ACCOUNTS)})
+        cls.addClassCleanup(cls.desk.close)
+        for name, (seed, messages, folders) in ACCOUNTS.items():
+            cls.desk.generate("--messages", messages, "--folders", folders, "--seed", seed, "--now", "2026-01-15T09:00:00Z",
+                              account=name)
+        cls.mail = {name: reader.read_account(cls.desk.folder / name) for name in ACCOUNTS}
         cls.now = datetime.datetime.now().replace(microsecond=0)
         # The most frequent subject makes the exact comparison worth something.
         subjects = [one.subject for _, _, one in cls.everything()]
         VALUES["subject"].insert(0, max(set(subjects), key=subjects.count).upper())
 
     @classmethod
-    def tearDownClass(cls):
-        cls.folder.cleanup()
-
-    @classmethod
     def everything(cls, account=None, mailbox=None):
-        for name, boxes in cls.desk.mail.items():
+        for name, boxes in cls.mail.items():
             for box, messages in boxes.items():
                 if account in (None, name) and mailbox in (None, box):
                     yield from ((name, box, one) for one in messages)
@@ -158,7 +119,7 @@ class Agreement(unittest.TestCase):
         self.assertGreater(hits, 100)
 
     def test_a_whole_mailbox(self):
-        for account, boxes in self.desk.mail.items():
+        for account, boxes in self.mail.items():
             for box in boxes:
                 with self.subTest(box):
                     self.audit({}, account, box)
@@ -166,7 +127,7 @@ class Agreement(unittest.TestCase):
                     self.expect(call, [f"{one.date} || {one.sender} || {one.subject}" for one in boxes[box]])
 
     def test_limits(self):
-        inbox = self.desk.mail["Work"]["INBOX"]
+        inbox = self.mail["Work"]["INBOX"]
         for limit, count in (("3", 3), ("0", len(inbox)), (str(len(inbox) + 5), len(inbox)), ("-1", len(inbox))):
             with self.subTest(limit):
                 for tool in ("mail.headers", "mail.audit"):
@@ -183,11 +144,11 @@ class Agreement(unittest.TestCase):
             with self.subTest(f"{account}/{box}"):
                 call = self.desk.call("mail.search", account=account, mailbox=box, status="any", limit=0)
                 self.assertEqual(len(call.lines), sum(
-                    len(messages) for name, boxes in self.desk.mail.items() for other, messages in boxes.items()
+                    len(messages) for name, boxes in self.mail.items() for other, messages in boxes.items()
                     if account.lower() in ("all", "", name.lower()) and box.lower() in ("all", "", other.lower())))
 
     def test_accounts_lists_what_there_is(self):
-        lines = [line for name, boxes in self.desk.mail.items()
+        lines = [line for name, boxes in self.mail.items()
                  for line in ("ACCOUNT: " + name, *("  " + box for box in boxes))]
         self.expect(self.desk.call("mail.accounts"), lines)
 
@@ -211,7 +172,7 @@ class Agreement(unittest.TestCase):
 
     def test_bodies(self):
         """The newest message of a subject, and its text."""
-        inbox = self.desk.mail["Work"]["INBOX"]
+        inbox = self.mail["Work"]["INBOX"]
         subjects = sorted({one.subject for one in inbox}, key=lambda one: -sum(o.subject == one for o in inbox))
         for subject in subjects[:15] + subjects[-15:]:
             with self.subTest(subject):
@@ -240,26 +201,20 @@ class Agreement(unittest.TestCase):
         self.assertNotIn("preview", {key for key, value in call.items() if value is not None})
 
 
-class SmallDesk(Desk):
-    """One account "A", whose inbox holds these bytes, the first one newest, so many seconds apart."""
+class SmallTest(DeskTest):
+    """Desks with one account "A"."""
 
-    def __init__(self, folder, messages=(), newest=NEWEST, apart=60):
-        self.folder = pathlib.Path(folder)
-        self.environment = os.environ | {"HOME": folder, "MERVO_HOME": folder + "/mervo", "XDG_CONFIG_HOME": folder,
-                                         "XDG_DATA_HOME": folder, "XDG_CACHE_HOME": folder}
-        self.root = self.folder / "mail"
-        for part in ("cur", "new", "tmp"):
-            (self.root / part).mkdir(parents=True)
-        (self.folder / "mervo-desk").mkdir()
-        (self.folder / "mervo-desk/desk.toml").write_text(
-            f'[[mail.account]]\nname = "A"\nemail = ["me@example.org", "other@example.org"]\npath = "{self.root}"\n')
+    options = {"accounts": {"A": ["me@example.org", "other@example.org"]}}
+
+    def filled(self, messages, newest=NEWEST, apart=60):
+        """A desk whose inbox holds these bytes, the first one newest, so many seconds apart."""
+        desk = self.new_desk(**self.options)
         for number, data in enumerate(messages):
-            file = self.root / "cur" / f"{number}.host:2,S"
-            file.write_bytes(data)
-            os.utime(file, (newest - apart * number,) * 2)
+            desk.deliver(data, f"{number}.host", flags="S", received=newest - apart * number)
+        return desk
 
 
-class Odd(unittest.TestCase):
+class Odd(SmallTest):
     """Messages that a generator would not write, with what is expected written by hand."""
 
     MESSAGES = [  # bytes, then sender and subject as lines show them
@@ -274,108 +229,103 @@ class Odd(unittest.TestCase):
     ]
 
     def test_none_of_them_hides_the_others(self):
-        with tempfile.TemporaryDirectory() as folder:
-            desk = SmallDesk(folder, [data for data, _, _ in self.MESSAGES])
-            lines = desk.call("mail.audit", account="A", mailbox="INBOX").lines
-            self.assertEqual(len(lines), len(self.MESSAGES), lines)
-            for line, (number, (data, sender, subject)) in zip(lines, enumerate(self.MESSAGES)):
-                date = datetime.datetime.fromtimestamp(NEWEST - 60 * number).strftime("%Y-%m-%d %H:%M")
-                fields = line.split(" || ", 3)
-                self.assertEqual(fields[:2], [date, str(len(data))])
-                if sender is not None:
-                    self.assertEqual(fields[2], sender)
-                if subject:
-                    self.assertEqual(fields[3], subject)
-            body = desk.call("mail.body", account="A", mailbox="INBOX", subjectContains="a || b")
-            self.assertEqual(body["output"], "t")
+        desk = self.filled([data for data, _, _ in self.MESSAGES])
+        lines = desk.call("mail.audit", account="A", mailbox="INBOX").lines
+        self.assertEqual(len(lines), len(self.MESSAGES), lines)
+        for line, (number, (data, sender, subject)) in zip(lines, enumerate(self.MESSAGES)):
+            date = datetime.datetime.fromtimestamp(NEWEST - 60 * number).strftime("%Y-%m-%d %H:%M")
+            fields = line.split(" || ", 3)
+            self.assertEqual(fields[:2], [date, str(len(data))])
+            if sender is not None:
+                self.assertEqual(fields[2], sender)
+            if subject:
+                self.assertEqual(fields[3], subject)
+        body = desk.call("mail.body", account="A", mailbox="INBOX", subjectContains="a || b")
+        self.assertEqual(body["output"], "t")
 
     def test_a_broken_mailbox_hides_only_itself_from_a_search(self):
-        with tempfile.TemporaryDirectory() as folder:
-            desk = SmallDesk(folder, [b"Subject: here\n\n"])
-            for part in ("new", "tmp"):
-                (desk.root / ".Broken" / part).mkdir(parents=True)
-            (desk.root / ".Broken/cur").symlink_to("cur")
-            lines = desk.call("mail.search", status="any").lines
-            self.assertEqual([line.split(" || ")[0] for line in lines], ["A/INBOX"])
-            self.assertEqual(desk.call("mail.audit", account="A", mailbox="Broken")["outcome"], "error")
+        desk = self.filled([b"Subject: here\n\n"])
+        cur = desk.maildir(".Broken") / "cur"
+        cur.rmdir()
+        cur.symlink_to("cur")
+        lines = desk.call("mail.search", status="any").lines
+        self.assertEqual([line.split(" || ")[0] for line in lines], ["A/INBOX"])
+        self.assertEqual(desk.call("mail.audit", account="A", mailbox="Broken")["outcome"], "error")
 
     def test_the_first_of_two_with_one_date_is_the_newest(self):
         head = b"From: x@example.org\nSubject: twice\nMessage-ID: <%s@example.org>\n\n%s\n"
         messages = [head % (word, word) for word in (b"one", b"two", b"three")]
         wanted = {"account": "A", "mailbox": "INBOX", "subject": "TWICE"}
-        with tempfile.TemporaryDirectory() as folder:
-            self.assertEqual(SmallDesk(folder, messages).call("mail.body", **wanted)["output"], "one")
-        with tempfile.TemporaryDirectory() as folder:
-            desk = SmallDesk(folder, messages, apart=0)
-            first = desk.call("mail.messageId", **wanted).lines[0]
-            self.assertEqual(desk.call("mail.body", **wanted)["output"], first.partition("@")[0])
+        self.assertEqual(self.filled(messages).call("mail.body", **wanted)["output"], "one")
+        desk = self.filled(messages, apart=0)
+        first = desk.call("mail.messageId", **wanted).lines[0]
+        self.assertEqual(desk.call("mail.body", **wanted)["output"], first.partition("@")[0])
 
 
-class Boundaries(unittest.TestCase):
+class Boundaries(SmallTest):
     """Sizes and days to the byte and to the second."""
 
     def test_a_day_begins_at_local_midnight_and_belongs_to_neither_side(self):
         for day in ("2024-03-31", "2024-10-27", "2026-01-01"):  # two of them have 23 and 25 hours
-            with self.subTest(day), tempfile.TemporaryDirectory() as folder:
+            with self.subTest(day):
                 midnight = int(datetime.datetime.strptime(day, "%Y-%m-%d").timestamp())
                 words = (b"after", b"midnight", b"before")
-                desk = SmallDesk(folder, [b"Subject: %s\n\n" % word for word in words], newest=midnight + 1, apart=1)
+                desk = self.filled([b"Subject: %s\n\n" % word for word in words], newest=midnight + 1, apart=1)
                 for key in ("before", "after"):
                     call = desk.call("mail.audit", account="A", mailbox="INBOX", **{key: day})
                     self.assertEqual([line.split(" || ")[3] for line in call.lines], [key])
 
     def test_a_size_counts_as_both_the_least_and_the_most(self):
-        with tempfile.TemporaryDirectory() as folder:
-            sizes = [1023, 1024, 1025, 1048576]
-            desk = SmallDesk(folder, [b"Subject: s\n\n" + b"x" * (size - 12) for size in sizes])
-            for key, expected in (("minSize", [1024, 1025, 1048576]), ("maxSize", [1023, 1024])):
-                call = desk.call("mail.audit", account="A", mailbox="INBOX", **{key: "0.0009765625"})
-                self.assertEqual([int(line.split(" || ")[1]) for line in call.lines], expected, key)
-            call = desk.call("mail.delete", account="A", mailbox="INBOX", minSize="1")
-            self.assertEqual(call["preview"], "1 message(s), 1.0 MB")
+        sizes = [1023, 1024, 1025, 1048576]
+        desk = self.filled([b"Subject: s\n\n" + b"x" * (size - 12) for size in sizes])
+        for key, expected in (("minSize", [1024, 1025, 1048576]), ("maxSize", [1023, 1024])):
+            call = desk.call("mail.audit", account="A", mailbox="INBOX", **{key: "0.0009765625"})
+            self.assertEqual([int(line.split(" || ")[1]) for line in call.lines], expected, key)
+        call = desk.call("mail.delete", account="A", mailbox="INBOX", minSize="1")
+        self.assertEqual(call["preview"], "1 message(s), 1.0 MB")
 
 
-class Drafts(unittest.TestCase):
+class Drafts(SmallTest):
     """What mail.draft leaves in the drafts mailbox, read by Python."""
 
-    def drafted(self, desk, **arguments):
-        known = set(desk.root.glob(".Drafts/cur/*"))
-        call = desk.call("mail.draft", **arguments)
+    def setUp(self):
+        super().setUp()
+        self.desk.maildir()
+
+    def drafted(self, **arguments):
+        known = set(self.desk.files(".Drafts"))
+        call = self.desk.call("mail.draft", **arguments)
         self.assertEqual((call["outcome"], call["output"]), ("executed", "OK draft saved"))
-        (made,) = set(desk.root.glob(".Drafts/cur/*")) - known
+        (made,) = set(self.desk.files(".Drafts")) - known
         return email.message_from_bytes(made.read_bytes(), policy=email.policy.default)
 
     def test_it_is_what_was_asked_for(self):
         hostile = '" & (do shell script "id") & "\\ ¬ été 😀'
-        with tempfile.TemporaryDirectory() as folder:
-            desk = SmallDesk(folder)
-            plain = self.drafted(desk, to="anna@example.org", subject=hostile, body=f"one\n\n{hostile}\nlast")
-            self.assertEqual(plain["to"], "anna@example.org")
-            self.assertEqual(plain["subject"], hostile)
-            self.assertEqual(plain.get_content().rstrip("\n").splitlines(), ["one", "", hostile, "last"])
-            self.assertEqual(plain["from"].addresses[0].addr_spec, "me@example.org")
-            other = self.drafted(desk, to="a@b.example", subject="s", from_="OTHER@example.org")
-            self.assertEqual(other["from"].addresses[0].addr_spec.lower(), "other@example.org")
-            stranger = self.drafted(desk, to="a@b.example", subject="s", from_="stranger@example.com")
-            self.assertEqual(stranger["from"].addresses[0].addr_spec, "me@example.org", "passed over in silence")
+        plain = self.drafted(to="anna@example.org", subject=hostile, body=f"one\n\n{hostile}\nlast")
+        self.assertEqual(plain["to"], "anna@example.org")
+        self.assertEqual(plain["subject"], hostile)
+        self.assertEqual(plain.get_content().rstrip("\n").splitlines(), ["one", "", hostile, "last"])
+        self.assertEqual(plain["from"].addresses[0].addr_spec, "me@example.org")
+        other = self.drafted(to="a@b.example", subject="s", from_="OTHER@example.org")
+        self.assertEqual(other["from"].addresses[0].addr_spec.lower(), "other@example.org")
+        stranger = self.drafted(to="a@b.example", subject="s", from_="stranger@example.com")
+        self.assertEqual(stranger["from"].addresses[0].addr_spec, "me@example.org", "passed over in silence")
 
     def test_attachments_go_along_whole(self):
-        with tempfile.TemporaryDirectory() as folder:
-            desk = SmallDesk(folder)
-            files = {"été & co.bin": bytes(range(256)) * 40, "b.txt": b"text\r\n"}
-            for name, data in files.items():
-                (desk.folder / name).write_bytes(data)
-            for body in ("hello", ""):
-                message = self.drafted(desk, to="a@b.example", subject="s", body=body,
-                                       attachments=", ".join(str(desk.folder / name) for name in files) + ", ,")
-                parts = {part.get_filename(): part.get_payload(decode=True) for part in message.iter_attachments()}
-                self.assertEqual(parts, files)
-                self.assertEqual(message.get_body(("plain",)).get_content().strip() if body else "", body)
-            call = desk.call("mail.draft", to="a@b.example", subject="s", attachments=folder + "/not there")
-            self.assertEqual(call["outcome"], "error")
-            self.assertIn("execution error", call["error"])
-            self.assertEqual(len(list(desk.root.glob(".Drafts/cur/*"))), 2, "nothing is saved without its attachment")
+        files = {"été & co.bin": bytes(range(256)) * 40, "b.txt": b"text\r\n"}
+        for name, data in files.items():
+            (self.desk.folder / name).write_bytes(data)
+        for body in ("hello", ""):
+            message = self.drafted(to="a@b.example", subject="s", body=body,
+                                   attachments=", ".join(str(self.desk.folder / name) for name in files) + ", ,")
+            parts = {part.get_filename(): part.get_payload(decode=True) for part in message.iter_attachments()}
+            self.assertEqual(parts, files)
+            self.assertEqual(message.get_body(("plain",)).get_content().strip() if body else "", body)
+        call = self.desk.call("mail.draft", to="a@b.example", subject="s", attachments=f"{self.desk.folder}/not there")
+        self.assertEqual(call["outcome"], "error")
+        self.assertIn("execution error", call["error"])
+        self.assertEqual(len(self.desk.files(".Drafts")), 2, "nothing is saved without its attachment")
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1])
+    unittest.main()

@@ -16,11 +16,12 @@ import time
 import unittest
 
 import dovecot
+from desk import Desk
 from dovecot import PASSWORD, USER, Authority, Dovecot
 from keyring import Keyring
 from relay import Relay
 
-CONTENTS = pathlib.Path(sys.argv.pop(1)).resolve()
+Desk.contents = pathlib.Path(sys.argv.pop(1)).resolve()
 SECRET = PASSWORD.encode()
 
 
@@ -29,49 +30,24 @@ def message(number, subject, identity=None):
             f"Message-ID: <{identity or f'm{number}@example.test'}>\r\n\r\nText {number}\r\n").encode()
 
 
-class Person:
-    """A home with one mail account, and the programs run in it."""
+class Person(Desk):
+    """A home with one mail account, whose server is at a port."""
 
-    def __init__(self, folder, keyring, ca, mode="yolo"):
-        self.folder, self.home = pathlib.Path(folder), pathlib.Path(folder) / "mervo"
-        self.inbox = self.folder / "Mail"
-        self.environment = {
-            "PATH": os.environ["PATH"], "HOME": str(self.folder), "MERVO_HOME": str(self.home), "LANG": "C.UTF-8",
-            "XDG_CONFIG_HOME": str(self.folder / "config"), "XDG_CACHE_HOME": str(self.folder / "cache"),
-            "XDG_DATA_HOME": str(self.folder / "data"), "SSL_CERT_FILE": str(ca), **(keyring.environment if keyring else {})}
-        if not keyring:
-            self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={folder}/no-bus"
-        for part in ("cur", "new", "tmp"):
-            (self.inbox / part).mkdir(parents=True)
-        config = self.folder / "config/mervo-desk/desk.toml"
-        config.parent.mkdir(parents=True)
-        config.write_text(f'[[mail.account]]\nname = "Claire"\nemail = ["{USER}"]\npath = "{self.inbox}"\n')
-        self.home.mkdir(mode=0o700)
-        (self.home / ".demonstration").write_text(str(self.home.resolve()))
-        self.configure(mode)
+    def __init__(self, folder, keyring, ca):
+        bus = keyring.environment if keyring else {"DBUS_SESSION_BUS_ADDRESS": f"unix:path={folder}/no-bus"}
+        super().__init__({"Claire": [USER]}, mode="yolo", folder=folder, environment={"SSL_CERT_FILE": str(ca), **bus})
+        self.maildir()
 
-    def configure(self, mode, port=None, host="localhost"):
-        accounts = [{"mailAccountName": "Claire", "email": USER, "host": host, "port": port}] if port else []
-        (self.home / "config.json").write_text(json.dumps({"autonomyMode": mode, "imapAccounts": accounts}))
+    def archives_at(self, port, mode="yolo", host="localhost"):
+        self.set(autonomyMode=mode,
+                 imapAccounts=[{"mailAccountName": "Claire", "email": USER, "host": host, "port": port}])
 
     def has(self, messages):
         for number, text in enumerate(messages):
-            (self.inbox / "cur" / f"{1700000000 + number}.M{number}.desk:2,S").write_bytes(text)
+            self.deliver(text, f"{1700000000 + number}.M{number}.desk", flags="S", received=time.time())
 
-    def mervo(self, *words, text=""):
-        return subprocess.run([CONTENTS / "Helpers/mervo", *words], env=self.environment, input=text,
-                              capture_output=True, text=True, timeout=100)
-
-    def archive(self, *words, **more):
-        return self.mervo("run", "mail.archive", "account=Claire", *words, **more)
-
-    def approve(self, pending):
-        return subprocess.run([CONTENTS / "Demo/demo-approve", pending], env=self.environment, capture_output=True,
-                              text=True, timeout=100)
-
-    def audit(self):
-        with sqlite3.connect(f"file:{self.home}/mervo.sqlite?mode=ro", uri=True) as database:
-            return database.execute("SELECT actor, action, outcome, reason, details FROM audit ORDER BY id").fetchall()
+    def archive(self, *words):
+        return self.tool("mail.archive", "account=Claire", *words)
 
 
 class Archive(unittest.TestCase):
@@ -114,7 +90,7 @@ class Archive(unittest.TestCase):
     def test_the_conversation_and_what_comes_of_it(self):
         with self.server() as server, self.relay(server) as relay:
             here = self.stock(server)
-            self.person.configure("yolo", relay.port)
+            self.person.archives_at(relay.port)
             done = self.person.archive("subjectContains=weekly")
             self.assertEqual((done.stdout, done.stderr),
                              ("OK archived 4 message(s) - moved out of INBOX over IMAP\n", ""))
@@ -131,7 +107,7 @@ class Archive(unittest.TestCase):
             self.assertEqual([line.split(" ", 1)[1].strip() for line in told[:3] + told[-1:]], said[:3] + said[-1:])
             self.assertEqual(server.folder_files("INBOX"), sorted(here[:6:2]))
             self.assertEqual(len(server.folder_files("[Gmail]/Tous les messages")), 4)
-            self.assertEqual(len(list((self.person.inbox / "cur").iterdir())), 7, "the desk's own copy is the server's to move")
+            self.assertEqual(len(list((self.person.maildir() / "cur").iterdir())), 7, "the desk's own copy is the server's to move")
             self.assertEqual([row[1:4] for row in self.person.audit()], [("mail.archive", "executed", "yolo_auto")])
             again = self.person.archive("subjectContains=nothing like it")
             self.assertEqual(again.stdout, "OK archived 0 message(s) - no match\n")
@@ -142,7 +118,7 @@ class Archive(unittest.TestCase):
             with Dovecot(self.place / f"s{number}", self.authority, folders) as server:
                 server.deliver([message(1, "Weekly news")])
                 self.person.has([message(1, "Weekly news")])
-                self.person.configure("yolo", server.port)
+                self.person.archives_at(server.port)
                 done = self.person.archive("subject=Weekly news")
                 self.assertEqual(done.stdout, "OK archived 1 message(s) - moved out of INBOX over IMAP\n", done.stderr)
                 self.assertEqual(len(server.folder_files(name)), 1)
@@ -150,7 +126,7 @@ class Archive(unittest.TestCase):
     def test_the_owner_approves_what_was_shown(self):
         with self.server() as server:
             self.stock(server)
-            self.person.configure("copilote", server.port)
+            self.person.archives_at(server.port, "copilote")
             held = self.person.archive("subject=Invoice")
             self.assertRegex(held.stdout, r"^pending [0-9A-F]{8}\n3 message\(s\), 0\.0 MB → archive \(IMAP \\Inbox\)\n$")
             done = self.person.approve(held.stdout.split()[1])
@@ -167,18 +143,17 @@ class Archive(unittest.TestCase):
         with self.server() as server:
             self.person.has(here)
             server.deliver(here)
-            self.person.configure("yolo", server.port)
+            self.person.archives_at(server.port)
             self.person.archive("subjectContains=Bait")
             self.assertEqual([text for text in server.folder_files("INBOX") if b"Weekly" in text], sorted(here[:4]))
 
     def test_other_accounts_move_to_a_folder(self):
         self.person.has([message(i, "Weekly news") for i in range(3)])
         for folder in ("Archive", "Old"):
-            for part in ("cur", "new", "tmp"):
-                (self.person.inbox / f".{folder}" / part).mkdir(parents=True)
-        self.person.configure("copilote")
+            self.person.maildir(f".{folder}")
+        self.person.set(autonomyMode="copilote")
         self.assertTrue(self.person.archive("subject=Weekly news").stdout.endswith("3 message(s), 0.0 MB → Archive\n"))
-        self.person.configure("yolo")
+        self.person.set(autonomyMode="yolo")
         self.assertEqual(self.person.archive("subject=Weekly news").stdout, "OK moved 3 message(s) -> Archive\n")
         back = self.person.archive("subject=Weekly news", "mailbox=Archive", "dest=Old")
         self.assertEqual(back.stdout, "OK moved 3 message(s) -> Old\n", back.stderr)
@@ -190,7 +165,7 @@ class Archive(unittest.TestCase):
     def test_refusals_are_sentences_and_never_hold_the_password(self):
         with self.server() as server, self.relay(server) as relay:
             self.stock(server)
-            self.person.configure("yolo", relay.port)
+            self.person.archives_at(relay.port)
             self.person.mervo("secret", "set", USER, text="wrong " + PASSWORD + "\n")
             refused = self.person.archive("subject=Invoice")
             self.assertEqual(refused.returncode, 1)
@@ -198,7 +173,7 @@ class Archive(unittest.TestCase):
             self.assertEqual(self.person.mervo("secret", "test", USER).returncode, 1)
         repeating = {0: b"* OK\r\n", 1: b"a1 NO you said " + b'"wrong a\\"b\\\\c d" or wrong ' + SECRET + b"\r\n"}
         with self.relay(None, answers=repeating) as relay:
-            self.person.configure("yolo", relay.port)
+            self.person.archives_at(relay.port)
             refused = self.person.archive("subject=Invoice")
             self.assertIn("a1 NO you said *** or ***", refused.stderr)
         with sqlite3.connect(self.person.home / "mervo.sqlite") as database:
@@ -211,44 +186,44 @@ class Archive(unittest.TestCase):
     def test_only_a_trusted_certificate_of_the_right_name_will_do(self):
         with self.server() as server:
             self.stock(server)
-            self.person.configure("yolo", server.port, host="127.0.0.1")
+            self.person.archives_at(server.port, host="127.0.0.1")
             self.assertIn("is made out to another name", self.person.archive("subject=Invoice").stderr)
-            self.person.configure("yolo", server.port)
+            self.person.archives_at(server.port)
             stranger = Person(self.place / "stranger", self.keyring, self.place / "no-such-file")
-            stranger.configure("yolo", server.port)
+            stranger.archives_at(server.port)
             stranger.has([message(1, "Invoice")])
             self.assertIn("does not trust; add the authority", stranger.archive("subject=Invoice").stderr)
         other = Authority(self.place / "other")
         with Relay(other.certificate("localhost"), None, None) as relay:
-            self.person.configure("yolo", relay.port)
+            self.person.archives_at(relay.port)
             self.assertIn("does not trust; add the authority", self.person.archive("subject=Invoice").stderr)
             self.assertEqual(relay.lines, [], "nothing is said to a stranger")
         over = Authority(self.place / "over")
         late = Person(self.place / "late", self.keyring, over.ca)
         late.has([message(1, "Invoice")])
         with Relay(over.certificate("localhost", days=-1), None, None) as relay:
-            late.configure("yolo", relay.port)
+            late.archives_at(relay.port)
             self.assertIn("expired", late.archive("subject=Invoice").stderr)
             self.assertEqual(relay.lines, [], "nothing is said where the certificate has ended")
-        self.person.configure("yolo", dovecot.free_port())
+        self.person.archives_at(dovecot.free_port())
         self.assertRegex(self.person.archive("subject=Invoice").stderr, "imap connect: localhost port .*: Connection refused")
 
     def test_answers_in_single_bytes_and_a_connection_that_breaks(self):
         with self.server() as server:
             self.stock(server)
             with self.relay(server, single=True) as relay:
-                self.person.configure("yolo", relay.port)
+                self.person.archives_at(relay.port)
                 self.assertEqual(self.person.archive("subject=Weekly lost").stdout,
                                  "OK archived 0 message(s) - moved out of INBOX over IMAP\n")
                 self.assertEqual(self.person.archive("from=ann", "subject=Invoice", "mailbox=INBOX").stdout,
                                  "OK archived 3 message(s) - moved out of INBOX over IMAP\n")
             with self.relay(server, cut_at=7) as relay:  # a1..a3, then lost, search, move, search
-                self.person.configure("yolo", relay.port)
+                self.person.archives_at(relay.port)
                 broken = self.person.archive("subjectContains=Weekly")
                 self.assertEqual(broken.stderr, "error: IMAP archive failed: imap connect: connection closed\n")
             moved = len(server.folder_files("[Gmail]/Tous les messages"))
             self.assertEqual((moved, len(server.folder_files("INBOX"))), (4, 3), "what was moved stays moved")
-            self.person.configure("yolo", server.port)
+            self.person.archives_at(server.port)
             self.assertEqual(self.person.archive("subjectContains=Weekly").stdout,
                              "OK archived 3 message(s) - moved out of INBOX over IMAP\n")
 
@@ -257,8 +232,8 @@ class Archive(unittest.TestCase):
                    5: b"a5 OK\r\n", 6: b"a6 OK\r\n", 7: b"* SEARCH\r\na7 OK\r\n", 8: b"a8 OK\r\n"}
 
         def probe(port, milliseconds="300"):
-            return subprocess.run([CONTENTS / "Tests/imap-probe", "localhost", str(port), USER, "p", milliseconds,
-                                   "a\r\nb", "<x@y>", "z"], env=self.person.environment, capture_output=True, text=True)
+            return self.person.run("Tests/imap-probe", "localhost", str(port), USER, "p", milliseconds, "a\r\nb", "<x@y>", "z")
+
         with self.relay(None, answers=answers) as relay:
             self.assertEqual(probe(relay.port, "5000").stdout, "2\n")
             self.assertEqual([line.split(" ", 1)[1].strip() for line in relay.lines[3:]],
@@ -280,7 +255,7 @@ class Archive(unittest.TestCase):
 
     def test_secrets_are_kept_tried_and_never_shown(self):
         with self.server() as server:
-            self.person.configure("yolo", server.port)
+            self.person.archives_at(server.port)
             tried = self.person.mervo("secret", "test", USER)
             self.assertEqual((tried.returncode, tried.stdout), (0, f"localhost accepts the app password of {USER}\n"))
         for words in (["secret"], ["secret", "set"], ["secret", "get", USER], ["secret", "set", "claire"]):
@@ -289,7 +264,7 @@ class Archive(unittest.TestCase):
         self.assertIn("no account of config.json", self.person.mervo("secret", "test", "x@elsewhere.test").stderr)
 
         master, terminal = pty.openpty()
-        asked = subprocess.Popen([CONTENTS / "Helpers/mervo", "secret", "set", "pat@gmail.com"], stdin=terminal,
+        asked = subprocess.Popen([Desk.contents / "Helpers/mervo", "secret", "set", "pat@gmail.com"], stdin=terminal,
                                  stdout=terminal, stderr=terminal, env=self.person.environment)
         shown = b""
         while b": " not in shown:
@@ -310,7 +285,7 @@ class Archive(unittest.TestCase):
 
     def test_without_a_secret_service_there_is_a_remedy(self):
         alone = Person(self.place / "alone", None, self.authority.ca)
-        alone.configure("yolo", dovecot.free_port())
+        alone.archives_at(dovecot.free_port())
         self.assertEqual(alone.archive("subject=x").stderr,
                          f"error: no app password in Keychain for {USER} - add it in Settings → Archive.\n")
         for words in (["set", USER], ["test", USER]):
@@ -332,12 +307,11 @@ class Archive(unittest.TestCase):
         self.assertEqual(check(self.person)[0], "works")
         alone = Person(self.place / "alone", None, self.authority.ca)
         for person in (self.person, alone):
-            person.configure("yolo", 993)
+            person.archives_at(993)
         self.assertEqual(check(self.person), ("works", f"there is an app password for {USER}", ""))
         self.assertEqual(check(alone)[0], "limited")
         self.assertIn("No Secret Service can be reached; start one", check(alone)[1])
-        config = self.person.folder / "config/mervo-desk/desk.toml"
-        config.write_text(config.read_text().replace(USER, "c@gmail.com"))
+        self.person.configure(self.person.config.read_text().replace(USER, "c@gmail.com"))
         self.assertEqual(check(self.person), (
             "limited", f"there is an app password for {USER}\n"
             "no app password for c@gmail.com: its messages cannot be archived",
@@ -346,9 +320,9 @@ class Archive(unittest.TestCase):
     def test_the_password_is_on_no_command_line(self):
         answers = {0: b"* OK\r\n"}
         with self.relay(None, answers=answers, silent_at=1) as relay:
-            self.person.configure("yolo", relay.port)
+            self.person.archives_at(relay.port)
             self.person.has([message(1, "Invoice")])
-            running = subprocess.Popen([CONTENTS / "Helpers/mervo", "run", "mail.archive", "account=Claire",
+            running = subprocess.Popen([Desk.contents / "Helpers/mervo", "run", "mail.archive", "account=Claire",
                                         "subject=Invoice"], env=self.person.environment, stderr=subprocess.PIPE)
             deadline = time.monotonic() + 15
             while not relay.lines and time.monotonic() < deadline:

@@ -1,4 +1,4 @@
-"""Drafts, composed by scripts and read again by Python's own mail library: `draft_test.py <platform programs>`."""
+"""Drafts, composed by scripts and read again by Python's own mail library: `draft_test.py CONTENTS-FOLDER`."""
 
 import email
 import email.policy
@@ -8,9 +8,9 @@ import pathlib
 import sys
 import unittest
 
-from desk import Desk
+from desk import Desk, DeskTest
 
-PROGRAMS = ""  # from the command line
+Desk.contents = pathlib.Path(sys.argv.pop(1)).resolve()
 
 COMPOSE = """
 set msg to make new outgoing message with properties {subject:item 2 of argv, content:item 3 of argv, visible:false}
@@ -33,12 +33,13 @@ return "OK"
 """
 
 
-class Drafts(unittest.TestCase):
+class Drafts(DeskTest):
+    options = {"accounts": ("Work", "Home")}
+
     def setUp(self):
-        self.desk = Desk(PROGRAMS, ("Work", "Home"))
-        self.addCleanup(self.desk.close)
+        super().setUp()
         for account in ("Work", "Home"):
-            self.desk.maildir(account)
+            self.desk.maildir(account=account)
 
     def compose(self, to="b@x.example", subject="hello", body="text", file="", sender=""):
         return self.desk.mail(COMPOSE, to, subject, body, str(file), sender)
@@ -48,8 +49,7 @@ class Drafts(unittest.TestCase):
         return self.desk.failure(COMPOSE, *words.values())
 
     def drafts(self, account="Work"):
-        folder = self.desk.root / account / ".Drafts"
-        return sorted((folder / "cur").glob("*")) if folder.exists() else []
+        return self.desk.files(".Drafts", account)
 
     def only_draft(self, account="Work"):
         (file,) = self.drafts(account)
@@ -73,7 +73,7 @@ class Drafts(unittest.TestCase):
         self.assertEqual(message.get_content(), "line\n\nFrom here\n.\n")
         self.assertLess(abs(message["date"].datetime.timestamp() - self.drafts()[0].stat().st_mtime), 5)
         self.assertRegex(message["message-id"], r"^<[^@<>\s]+@desk\.example>$")
-        self.assertEqual(mailbox.Maildir(self.desk.root / "Work", create=False).list_folders(), ["Drafts"])
+        self.assertEqual(mailbox.Maildir(self.desk.folder / "Work", create=False).list_folders(), ["Drafts"])
 
     def test_a_text_whose_lines_are_broken_before_a_postmark(self):
         for word in ("From here", "."):
@@ -93,7 +93,7 @@ class Drafts(unittest.TestCase):
     def test_attachments_byte_for_byte(self):
         for name in ("plain.pdf", "naïve 日本 'file' \"x\".csv", "a" * 120 + ".bin", "no-ending"):
             with self.subTest(name):
-                file = self.desk.root / name
+                file = self.desk.folder / name
                 file.write_bytes(os.urandom(70_000) + b"\r\n.\r\n")
                 self.compose(file=file)
                 message = self.only_draft()
@@ -106,11 +106,6 @@ class Drafts(unittest.TestCase):
                 self.assertEqual(part["content-transfer-encoding"], "base64")
                 self.drafts()[0].unlink()
 
-    def test_several_people_in_one_address(self):
-        self.compose(to='Ann <a@x.example>, "Bee, B" <b@x.example>,c@x.example')
-        people = [(one.display_name, one.addr_spec) for one in self.only_draft()["to"].addresses]
-        self.assertEqual(people, [("Ann", "a@x.example"), ("Bee, B", "b@x.example"), ("", "c@x.example")])
-
     def test_the_sender_decides_the_account(self):
         self.compose(sender="HOME@desk.example")
         self.assertEqual(self.only_draft("Home")["from"].lower(), "home@desk.example")
@@ -119,20 +114,8 @@ class Drafts(unittest.TestCase):
         self.assertIn("(-10006)", self.desk.failure(
             'set msg to make new outgoing message with properties {subject:"x"}\nset sender of msg to "stranger@x.example"'))
 
-    def test_no_argument_becomes_a_field(self):
-        evil = "x\nBcc: evil@x.example\r\nX-Evil: 1"
-        self.compose(subject=evil, sender="work@desk.example" + evil)
-        message = self.only_draft()
-        self.assertEqual(sorted(key.lower() for key in message.keys()),
-                         ["content-transfer-encoding", "content-type", "date", "from", "message-id", "mime-version",
-                          "subject", "to"])
-        self.drafts()[0].unlink()
-        for to in ("a@x.example\nBcc: evil@x.example", "a@x.example\r\n\r\nbody", "nobody", "", "a@b@c", "<a b@x>"):
-            self.assertIn("(-10000)", self.refusal(to=to), to)
-        self.assertEqual(self.drafts(), [])
-
     def test_a_missing_file_leaves_nothing(self):
-        for file in ("/nowhere/a.pdf", str(self.desk.root), "/dev/null"):
+        for file in ("/nowhere/a.pdf", str(self.desk.folder), "/dev/null"):
             self.assertIn("File %s wasn\u2019t found. (-43)" % file, self.refusal(file=file))
         self.assertEqual(self.drafts(), [])
 
@@ -143,10 +126,9 @@ class Drafts(unittest.TestCase):
         self.assertEqual((message["subject"], message.get_content()), ("two", "b\n"))
 
     def test_a_full_drafts_folder_is_said(self):
-        (self.desk.root / "Work/.Drafts").write_text("a file in the way")
+        (self.desk.folder / "Work/.Drafts").write_text("a file in the way")
         self.assertRegex(self.refusal(), "Mail got an error: .*cannot be written.*-10000")
 
 
 if __name__ == "__main__":
-    PROGRAMS = str(pathlib.Path(sys.argv[1]).resolve())
-    unittest.main(argv=sys.argv[:1])
+    unittest.main()

@@ -3,21 +3,21 @@
 import email
 import email.policy
 import email.utils
+import json
 import os
 import pathlib
 import resource
 import signal
 import sqlite3
-import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
-from person import Person
+from desk import Desk, DeskTest
 from sink import Sink
 
-CONTENTS = pathlib.Path(sys.argv.pop(1)).resolve()
+Desk.contents = pathlib.Path(sys.argv.pop(1)).resolve()
+os.environ["TZ"] = "UTC"
 
 QUESTION = b"""From: =?utf-8?q?Zo=C3=AB?= <zoe@friends.test>\r
 Reply-To: Post <post@friends.test>\r
@@ -54,18 +54,36 @@ def plain(message):
     return message.get_body(("plain",)).get_content()
 
 
-class Post(unittest.TestCase):
+class Post(DeskTest):
+    """Claire sends through msmtp, Home has no command."""
+
+    options = {"accounts": {"Claire": ["claire@desk.test", "c.alias@desk.test"], "Home": ["home@desk.test"]}, "mode": "yolo"}
+
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="mervo-post-")
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        super().setUp()
+        self.folder = self.desk.folder
+        for account in self.desk.accounts:
+            self.desk.maildir(account=account)
+        self.desk.set(notifyEmail=" owner@friends.test\n", notifyIMessageHandle=" +33 6 1 ")
         self.sink = Sink()
         self.sink.__enter__()
         self.addCleanup(self.sink.__exit__)
-        self.person = Person(CONTENTS, self.folder, self.sink.port)
+        settings = self.folder / "msmtprc"
+        settings.touch(mode=0o600)
+        settings.write_text(f"defaults\nauth off\ntls off\naccount sink\nhost 127.0.0.1\nport {self.sink.port}\n"
+                            "from claire@desk.test\ntimeout 60\naccount default : sink\n")
+        self.msmtp = ["msmtp", "-C", str(settings), "-t"]
+        self.sends_through(self.msmtp)
+
+    def sends_through(self, command, messages=""):
+        self.desk.configure(self.desk.account("Claire", f"sendmail = {json.dumps(command)}\n")
+                            + self.desk.account("Home") + messages)
+
+    def receive(self, message, name="1700000000.M1.test", received=1_770_000_000):
+        return self.desk.deliver(message, name, received=received, flags="S")
 
     def sends(self, expected, tool, **arguments):
-        done = self.person.run(tool, **arguments)
+        done = self.desk.tool(tool, **arguments)
         unexpected = [line for line in done.stderr.splitlines() if not line.startswith("note: ")]
         self.assertEqual((done.stdout, unexpected), (expected + "\n", []))
         sent = self.sink.mails[-1]
@@ -74,19 +92,19 @@ class Post(unittest.TestCase):
         self.assertTrue(all(len(line) <= 998 for line in sent[2].splitlines()))
         self.assertLess(abs(email.utils.parsedate_to_datetime(message["Date"]).timestamp() - time.time()), 120)
         self.assertRegex(message["Message-ID"], r"^<[^<>@\s]+@desk\.test>$")
-        kept = [mail for mail in self.person.mailbox("claire", ".Sent") if mail["Message-ID"] == message["Message-ID"]]
+        kept = [mail for mail in self.desk.messages(".Sent") if mail["Message-ID"] == message["Message-ID"]]
         self.assertEqual(len(kept), 1, "one copy is kept")
         return sent, message
 
     def fails(self, pattern, tool="mail.send", **arguments):
         arguments = {"to": "bob@friends.test", "subject": "s", "body": "b"} | arguments
-        before = len(self.sink.mails), len(self.person.mailbox("claire", ".Sent")), len(self.person.mailbox("home"))
-        done = self.person.run(tool, **arguments)
+        before = len(self.sink.mails), len(self.desk.messages(".Sent")), len(self.desk.messages(account="Home"))
+        done = self.desk.tool(tool, **arguments)
         self.assertEqual((done.returncode, done.stdout), (1, ""), arguments)
         self.assertRegex(done.stderr, pattern)
-        after = len(self.sink.mails), len(self.person.mailbox("claire", ".Sent")), len(self.person.mailbox("home"))
+        after = len(self.sink.mails), len(self.desk.messages(".Sent")), len(self.desk.messages(account="Home"))
         self.assertEqual(before, after, "nothing was sent, nothing kept")
-        self.assertEqual(list(self.folder.glob("claire/.*/tmp/*")) + list(self.folder.glob("home/tmp/*")), [])
+        self.assertEqual(list(self.folder.glob("Claire/.*/tmp/*")) + list(self.folder.glob("Home/tmp/*")), [])
 
     # ---- letters
 
@@ -108,18 +126,17 @@ class Post(unittest.TestCase):
         self.assertEqual(parsed(self.sink.mails[-1])["From"], "claire@desk.test", "an unknown sender is passed over")
 
     def test_a_notice_reaches_the_owner_alone(self):
-        self.person.configure(autonomyMode="copilote")
+        self.desk.set(autonomyMode="copilote")
         (_, receivers, _), message = self.sends("OK notify sent to owner@friends.test", "mail.notify", subject="Digest",
                                                 body=" three new\n", to="bob@friends.test")
         self.assertEqual((receivers, plain(message).strip()), (["owner@friends.test"], "three new"))
         self.fails("body is empty - refusing to send a blank notification", "mail.notify", body=" \n\t")
-        self.person.configure(notifyEmail=" ")
+        self.desk.set(notifyEmail=" ")
         self.fails(r"missing required argument: notify email \(set it in Settings → Notifications\)", "mail.notify")
 
     def test_a_reply_goes_on_in_the_thread(self):
-        file = self.person.deliver(QUESTION)
-        self.person.deliver(QUESTION.replace(b"<q2@", b"<old@"), "1600000000.M2.test")
-        os.utime(self.folder / "claire/cur/1600000000.M2.test:2,S", (1_600_000_000, 1_600_000_000))
+        file = self.receive(QUESTION)
+        self.receive(QUESTION.replace(b"<q2@", b"<old@"), "1600000000.M2.test", 1_600_000_000)
         place = {"account": "Claire", "mailbox": "INBOX", "subjectContains": "dîner"}
         (_, receivers, _), message = self.sends("OK replied", "mail.reply", **place, body="À midi.")
         self.assertEqual(receivers, ["post@friends.test"])
@@ -129,17 +146,17 @@ class Post(unittest.TestCase):
         self.assertEqual(message["References"].split(), ["<q0@friends.test>", "<q1@friends.test>", "<q2@friends.test>"])
         self.assertRegex(plain(message).replace("\r\n", "\n"),
                          r"^À midi\.\n\nOn .*March 2, 2026 at 10:00:00.*, Zoë <zoe@friends\.test> wrote:\nOn mange où \?\n")
-        self.assertEqual([name.name for name in (self.folder / "claire/cur").glob("17*")], [file.name[:-1] + "RS"])
+        self.assertEqual([name.name for name in (self.folder / "Claire/cur").glob("17*")], [file.name[:-1] + "RS"])
         (_, receivers, _), message = self.sends("OK replied", "mail.replyAll", **place, body="Oui.")
         self.assertEqual(receivers, ["bob@friends.test", "carl@friends.test", "post@friends.test"])
-        self.person.deliver(QUESTION.replace(b"Post <post@friends.test>", b"nobody:;"), "1800000000.M3.test")
-        os.utime(self.folder / "claire/cur/1800000000.M3.test:2,S", (1_780_000_000, 1_780_000_000))
+        self.receive(QUESTION.replace(b"Post <post@friends.test>", b"nobody:;"), "1800000000.M3.test",
+                     1_780_000_000)
         (_, receivers, _), _ = self.sends("OK replied", "mail.reply", **place, body="A Reply-To that leads nowhere.")
         self.assertEqual(receivers, ["zoe@friends.test"])
         self.fails("no matching message to reply to", "mail.reply", account="Claire", mailbox="INBOX", subject="Nothing")
 
     def test_a_forward_takes_the_attachments_along(self):
-        self.person.deliver(QUESTION)
+        self.receive(QUESTION)
         place = {"account": "Claire", "mailbox": "INBOX", "subject": "Dîner ?"}
         (_, receivers, _), message = self.sends("OK forwarded to eve@friends.test", "mail.forward", **place,
                                                 to="eve@friends.test", body="Look.")
@@ -149,14 +166,14 @@ class Post(unittest.TestCase):
                          "Subject: Dîner ?\n\nOn mange où ?")
         (menu,) = message.iter_attachments()
         self.assertEqual((menu.get_filename(), menu.get_content()), ("menu.pdf", b"\0\1\2\xff"))
-        self.assertTrue(next((self.folder / "claire/cur").iterdir()).name.endswith(":2,PS"))
+        self.assertTrue(next((self.folder / "Claire/cur").iterdir()).name.endswith(":2,PS"))
         self.fails("no matching message to forward", "mail.forward", account="Claire", mailbox="INBOX", subject="Nothing")
 
     def test_a_forward_makes_what_cannot_travel_fit_to(self):
         raw = b"y" * 5000 + b"\r\n.\r\nFrom x\r\n\xff\xfe\0z\r\n"
         inner = b"Subject: inner\r\n\r\n" + b"z" * 3000 + b"\r\n"
         part = b"\r\n--b\r\nContent-Disposition: attachment; filename=f.bin\r\nContent-Type: "
-        self.person.deliver(b"From: a@friends.test\r\nSubject: raw\r\nMessage-ID: <" + b"i" * 1500 + b"@x>\r\n"
+        self.receive(b"From: a@friends.test\r\nSubject: raw\r\nMessage-ID: <" + b"i" * 1500 + b"@x>\r\n"
                             b"MIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nhi"
                             + part + b"image/x-thing\r\nContent-Transfer-Encoding: 8bit\r\n\r\n" + raw
                             + part + b"message/rfc822\r\n\r\n" + inner
@@ -181,7 +198,7 @@ class Post(unittest.TestCase):
         file.write_text("x")
         _, message = self.sends("OK sent", "mail.send", to="bob@friends.test", subject="s", attachments=str(file))
         self.assertEqual(message["X-Evil"], None)
-        self.person.deliver(QUESTION.replace(b"<q1@friends.test>", b"<q1@f>\r\n <\xff\nBcc: spy@friends.test>")
+        self.receive(QUESTION.replace(b"<q1@friends.test>", b"<q1@f>\r\n <\xff\nBcc: spy@friends.test>")
                             .replace(b"post@friends.test>", b"post@friends.test>\r\n\t, \"a\nBcc: spy@x.test\" <p@x.test>"))
         _, message = self.sends("OK replied", "mail.reply", account="Claire", mailbox="INBOX", subject="Dîner ?", body="x")
         self.assertEqual((message["Bcc"], message["X-Evil"]), (None, None))
@@ -191,43 +208,42 @@ class Post(unittest.TestCase):
     def test_what_was_not_sent_is_not_kept(self):
         self.fails(r"not sent: msmtp ended with status 65: .*no such person here", to="bob@refused.test")
         self.fails("File .*nowhere wasn’t found", attachments="/nowhere")
-        self.person.accounts(["no-such-program", "-t"])
+        self.sends_through(["no-such-program", "-t"])
         self.fails("“no-such-program” of the account “Claire” is not there")
-        self.person.accounts(["sh", "-c", "cat > /dev/null; printf 'first\\nla\\033st\\n\\n' >&2; kill -9 $$"])
+        self.sends_through(["sh", "-c", "cat > /dev/null; printf 'first\\nla\\033st\\n\\n' >&2; kill -9 $$"])
         self.fails("sh was ended by signal 9: first; la st")
         self.sink.__exit__()
-        self.person.accounts(["msmtp", "-C", f"{self.folder}/msmtprc", "-t"])
+        self.sends_through(self.msmtp)
         self.fails("msmtp ended with status 75: .*cannot connect")
 
     def test_a_copy_that_cannot_be_kept_sends_nothing(self):
         big = self.folder / "big.bin"
         big.write_bytes(os.urandom(3 << 20))
-        limit = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (2 << 20, 2 << 20))}
-        done = subprocess.run([CONTENTS / "Helpers/mervo", "run", "mail.send", "to=bob@friends.test", "subject=s",
-                               f"attachments={big}"], env=self.person.environment, capture_output=True, text=True, **limit)
+        done = self.desk.mervo("run", "mail.send", "to=bob@friends.test", "subject=s", f"attachments={big}",
+                               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (2 << 20, 2 << 20)))
         self.assertEqual(done.returncode, 1, done.stdout)
-        self.assertEqual((self.sink.mails, list(self.folder.glob("claire/.Sent/[cn]*/*"))), ([], []))
-        (self.folder / "claire/.Sent/tmp").rename(self.folder / "claire/.Sent/away")
-        (self.folder / "claire/.Sent/tmp").write_text("in the way")
+        self.assertEqual((self.sink.mails, list(self.folder.glob("Claire/.Sent/[cn]*/*"))), ([], []))
+        (self.folder / "Claire/.Sent/tmp").rename(self.folder / "Claire/.Sent/away")
+        (self.folder / "Claire/.Sent/tmp").write_text("in the way")
         self.fails("cannot be written")
-        (self.folder / "claire/.Sent/tmp").unlink()
-        (self.folder / "claire/.Sent/away").rename(self.folder / "claire/.Sent/tmp")
+        (self.folder / "Claire/.Sent/tmp").unlink()
+        (self.folder / "Claire/.Sent/away").rename(self.folder / "Claire/.Sent/tmp")
         _, message = self.sends("OK sent", "mail.send", to="bob@friends.test", subject="s", body="b",
                                 attachments=str(big))
         self.assertEqual(next(message.iter_attachments()).get_content(), big.read_bytes())
 
     def test_what_is_out_is_sent_whatever_becomes_of_its_copy(self):
-        sent = self.folder / "claire/.Sent"
-        self.person.accounts(["sh", "-c", f"cat > {self.folder}/out && rm -r {sent}/cur && touch {sent}/cur"])
-        done = self.person.run("mail.send", to="bob@friends.test", subject="s", body="b")
+        sent = self.folder / "Claire/.Sent"
+        self.sends_through(["sh", "-c", f"cat > {self.folder}/out && rm -r {sent}/cur && touch {sent}/cur"])
+        done = self.desk.tool("mail.send", to="bob@friends.test", subject="s", body="b")
         self.assertEqual((done.stdout, done.stderr), ("OK sent\n", ""))
         self.assertIn(b"Subject: s\n", (self.folder / "out").read_bytes())
 
     def test_accounts_without_a_command_reach_each_other(self):
         letter = {"subject": "s", "body": "b", "from_": "home@desk.test"}
-        done = self.person.run("mail.send", to="CLAIRE@desk.test, c.alias@desk.test, home@desk.test", **letter)
+        done = self.desk.tool("mail.send", to="CLAIRE@desk.test, c.alias@desk.test, home@desk.test", **letter)
         self.assertEqual((done.stdout, done.stderr, self.sink.mails), ("OK sent\n", "", []))
-        for account, folder, flags in (("claire", "new", ""), ("home", "new", ""), ("home", ".Sent/cur", ":2,S")):
+        for account, folder, flags in (("Claire", "new", ""), ("Home", "new", ""), ("Home", ".Sent/cur", ":2,S")):
             (file,) = (self.folder / account / folder).iterdir()
             self.assertTrue(file.name.endswith(flags) and (":2" in file.name) == bool(flags))
         self.fails("reaches the desk’s own addresses and not bob@friends.test",
@@ -246,40 +262,38 @@ class Post(unittest.TestCase):
             "broken": b"Content-Type: text/plain\r\nContent-Transfer-Encoding: base64\r\n\r\n!!!not base64!!!\r\n",
             "huge": b"Content-Type: application/octet-stream; name=h\r\nContent-Disposition: attachment\r\n\r\n" + b"x" * 70 + b"\r\n" * (4 << 20)}
         for number, (subject, rest) in enumerate(strange.items()):
-            self.person.deliver(head % subject.encode() + rest, f"{1700000000 + number}.M{number}.test")
+            self.receive(head % subject.encode() + rest, f"{1700000000 + number}.M{number}.test")
         for subject in strange:
             place = {"account": "Claire", "mailbox": "INBOX", "subject": subject}
             with self.subTest(subject):
-                body = self.person.run("mail.body", **place)
+                body = self.desk.tool("mail.body", **place)
                 self.assertEqual(body.returncode, 0, body.stderr)
                 self.sends("OK replied", "mail.reply", **place, body="x")
                 self.sends("OK forwarded to eve@friends.test", "mail.forward", **place, to="eve@friends.test")
-        self.assertEqual(len(list((self.folder / "claire/cur").iterdir())), len(strange))
+        self.assertEqual(len(list((self.folder / "Claire/cur").iterdir())), len(strange))
 
     # ---- through the queue, onto the screen, into a chat
 
     def test_the_owner_approves_a_letter_and_a_reply_to_what_is_gone(self):
-        self.person.configure(autonomyMode="copilote")
-        file = self.person.deliver(QUESTION)
-        held = [self.person.run("mail.send", to="bob@friends.test", subject="s", body="b").stdout.split()[1],
-                self.person.run("mail.reply", account="Claire", mailbox="INBOX", subject="Dîner ?", body="b").stdout.split()[1]]
+        self.desk.set(autonomyMode="copilote")
+        file = self.receive(QUESTION)
+        held = [self.desk.tool("mail.send", to="bob@friends.test", subject="s", body="b").stdout.split()[1],
+                self.desk.tool("mail.reply", account="Claire", mailbox="INBOX", subject="Dîner ?", body="b").stdout.split()[1]]
         self.assertEqual(self.sink.mails, [])
-        mark = self.person.home / ".demonstration"
+        mark = self.desk.home / ".demonstration"
         path = mark.read_text()
         for wrong in (None, "", str(self.folder)):
             mark.unlink() if wrong is None else mark.write_text(wrong)
-            refused = subprocess.run([CONTENTS / "Demo/demo-approve", held[0]], env=self.person.environment,
-                                     capture_output=True, text=True)
+            refused = self.desk.approve(held[0])
             self.assertEqual((refused.returncode, self.sink.mails), (2, []))
             self.assertIn("was not made by the demonstration", refused.stderr)
         mark.write_text(path)
         file.unlink()
-        first, second = [subprocess.run([CONTENTS / "Demo/demo-approve", one], env=self.person.environment,
-                                        capture_output=True, text=True) for one in held]
+        first, second = [self.desk.approve(one) for one in held]
         self.assertEqual((first.stdout, second.returncode, len(self.sink.mails)), ("OK sent\n", 1, 1))
         self.assertIn("no matching message to reply to", second.stderr)
-        self.assertTrue((self.person.home / f"pending/{held[1]}.json").exists(), "it can be tried again")
-        self.assertEqual([row[:3] for row in self.person.audit()],
+        self.assertTrue((self.desk.home / f"pending/{held[1]}.json").exists(), "it can be tried again")
+        self.assertEqual([row[:3] for row in self.desk.audit()],
                          [("cli", "mail.send", "pending_approval"), ("cli", "mail.reply", "pending_approval"),
                           ("cockpit", "mail.send", "executed"), ("cockpit", "mail.reply", "error")])
 
@@ -288,17 +302,17 @@ class Post(unittest.TestCase):
         opener.parent.mkdir()
         opener.write_text('#!/bin/sh\necho $$ > "$HOME/pid"\nprintf "%s" "$1" > "$HOME/opened"\nexec sleep 30\n')
         opener.chmod(0o755)
-        self.person.environment["PATH"] = f"{opener.parent}:{os.environ['PATH']}"
-        self.person.deliver(QUESTION)
+        self.desk.environment["PATH"] = f"{opener.parent}:{os.environ['PATH']}"
+        self.receive(QUESTION)
         place = {"account": "Claire", "mailbox": "INBOX", "subject": "Dîner ?"}
-        done = self.person.run("mail.open", **place)
+        done = self.desk.tool("mail.open", **place)
         self.assertEqual(done.stdout, "OK opened: Dîner ?\n", done.stderr)
         copy = pathlib.Path((self.folder / "opened").read_text())
         self.assertEqual((copy.suffix, copy.read_bytes(), copy.stat().st_mode & 0o777), (".eml", QUESTION, 0o600))
         opener.write_text("#!/bin/sh\necho 'no application for message/rfc822' >&2\nexit 3\n")
-        refused = self.person.run("mail.open", **place)
+        refused = self.desk.tool("mail.open", **place)
         self.assertRegex(refused.stderr, "is there a mail program .*xdg-open ended with status 3: no application for")
-        self.assertEqual(self.person.run("mail.open", **place | {"subject": "None"}).stdout, "(no matching message)\n")
+        self.assertEqual(self.desk.tool("mail.open", **place | {"subject": "None"}).stdout, "(no matching message)\n")
         os.kill(int((self.folder / "pid").read_text()), signal.SIGTERM)
 
     def test_xdg_open_finds_the_program_for_messages(self):
@@ -310,9 +324,9 @@ class Post(unittest.TestCase):
                                                      "%f\nMimeType=message/rfc822;\n")
         for file in (self.folder / "config/mimeapps.list", applications / "mimeapps.list"):
             file.write_text("[Default Applications]\nmessage/rfc822=reader.desktop\n")
-        self.person.environment["DISPLAY"] = ":63000"
-        self.person.deliver(QUESTION)
-        done = self.person.run("mail.open", account="Claire", mailbox="INBOX", subject="Dîner ?")
+        self.desk.environment["DISPLAY"] = ":63000"
+        self.receive(QUESTION)
+        done = self.desk.tool("mail.open", account="Claire", mailbox="INBOX", subject="Dîner ?")
         self.assertEqual((done.stdout, done.stderr), ("OK opened: Dîner ?\n", ""))
         end = time.monotonic() + 30
         while not (self.folder / "read").exists() and time.monotonic() < end:
@@ -320,33 +334,33 @@ class Post(unittest.TestCase):
         self.assertEqual((self.folder / "read").read_bytes(), QUESTION)
 
     def test_a_text_that_is_out_is_sent_whatever_becomes_of_the_database(self):
-        self.person.accounts(["true"], f'[messages]\nsend = ["sh", "-c", "cat >> {self.folder}/said"]\n')
+        self.sends_through(["true"], f'[messages]\nsend = ["sh", "-c", "cat >> {self.folder}/said"]\n')
         database = self.folder / "Library/Messages/chat.db"
         database.parent.mkdir(parents=True)
         database.write_bytes(b"no database at all" * 100)
         for _ in range(2):
-            self.assertEqual(self.person.run("imessage.send", to="+33", text="x").stdout, "OK imessage sent to +33\n")
+            self.assertEqual(self.desk.tool("imessage.send", to="+33", text="x").stdout, "OK imessage sent to +33\n")
         self.assertEqual((self.folder / "said").read_text(), "xx")
         self.assertEqual(database.read_bytes(), b"no database at all" * 100)
 
     def test_texts_go_through_the_owners_command_and_stand_in_the_database(self):
-        refused = self.person.run("imessage.send", to="+33 6 2", text="hello")
+        refused = self.desk.tool("imessage.send", to="+33 6 2", text="hello")
         self.assertRegex(refused.stderr, r"no command that sends messages; name one in desk.toml \(\[messages\] send")
         recorder = self.folder / "bridge"
         recorder.write_text('#!/bin/sh\nfor word; do printf "%s\\n" "$word"; done >> "$HOME/said"\ncat >> "$HOME/said"\n'
                             'grep -q refuse "$HOME/said" && { echo "not today" >&2; exit 4; }\nexit 0\n')
         recorder.chmod(0o755)
-        self.person.accounts(["true"], f'[messages]\nsend = ["{recorder}", "--send"]\n')
-        sent = self.person.run("imessage.send", to="+33 6 2", text="it's “late”\n$HOME `x` \\ ")
+        self.sends_through(["true"], f'[messages]\nsend = ["{recorder}", "--send"]\n')
+        sent = self.desk.tool("imessage.send", to="+33 6 2", text="it's “late”\n$HOME `x` \\ ")
         self.assertEqual((sent.stdout, sent.stderr), ("OK imessage sent to +33 6 2\n", ""))
         self.assertEqual((self.folder / "said").read_text(), "--send\n+33 6 2\nit's “late”\n$HOME `x` \\ ")
-        self.person.configure(autonomyMode="copilote")
-        told = self.person.run("imessage.notify", text="done", to="+33 6 2")
+        self.desk.set(autonomyMode="copilote")
+        told = self.desk.tool("imessage.notify", text="done", to="+33 6 2")
         self.assertEqual(told.stdout, "OK imessage sent to +33 6 1\n")
-        self.person.configure(autonomyMode="yolo")
+        self.desk.set(autonomyMode="yolo")
         for bad in ("--help", "a\nb"):
-            self.assertEqual(self.person.run("imessage.send", to=bad, text="x").returncode, 1)
-        self.assertIn("ended with status 4: not today", self.person.run("imessage.send", to="x@y", text="refuse").stderr)
+            self.assertEqual(self.desk.tool("imessage.send", to=bad, text="x").returncode, 1)
+        self.assertIn("ended with status 4: not today", self.desk.tool("imessage.send", to="x@y", text="refuse").stderr)
         with sqlite3.connect(self.folder / "Library/Messages/chat.db") as database:
             rows = database.execute("SELECT h.id, m.text, m.is_from_me, m.date FROM message m JOIN handle h ON "
                                     "m.handle_id = h.ROWID JOIN chat_message_join j ON j.message_id = m.ROWID "
@@ -356,9 +370,9 @@ class Post(unittest.TestCase):
         database.close()
         self.assertEqual([row[:3] for row in rows], [("+33 6 2", "it's “late”\n$HOME `x` \\ ", 1), ("+33 6 1", "done", 1)])
         self.assertTrue(all(abs(row[3] / 1e9 + 978307200 - time.time()) < 120 for row in rows))
-        self.assertRegex(self.person.run("imessage.read", from_="+3362").stdout, r"\|\| \+33 6 2 \|\| ok\n$")
-        self.person.configure(notifyIMessageHandle=None)
-        self.assertIn("notify iMessage handle (set it in Settings", self.person.run("imessage.notify", text="x").stderr)
+        self.assertRegex(self.desk.tool("imessage.read", from_="+3362").stdout, r"\|\| \+33 6 2 \|\| ok\n$")
+        self.desk.set(notifyIMessageHandle=None)
+        self.assertIn("notify iMessage handle (set it in Settings", self.desk.tool("imessage.notify", text="x").stderr)
 
 
 if __name__ == "__main__":
