@@ -13,7 +13,7 @@ struct DeskPart {
     /// Makes the application known to the script host. It reads desk.toml with these sections.
     void (*add)(applescript::ApplicationRegistry& registry, Sections sections);
     const Section* section = nullptr; ///< null: nothing to configure
-    const HealthChecks* health = nullptr; ///< null: nothing to say
+    const HealthChecks* health = nullptr; ///< null: nothing to check
 };
 
 /// In the order in which desk.toml is checked and findings are reported.

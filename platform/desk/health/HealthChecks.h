@@ -9,11 +9,11 @@ namespace mervo::desk {
 
 using platform::Finding;
 
-/// What one kind of data can say of its health. Both only read, and neither throws: what cannot be looked at is a
-/// finding. Null where there is nothing to say.
+/// The health checks of one kind of data; null where there are none. They only read and never throw: what cannot be
+/// examined is a finding.
 struct HealthChecks {
-    std::vector<Finding> (*ofSettings)(
-        const Configuration& configuration) = nullptr; ///< left out while desk.toml is wrong
+    /// Of what is configured. Not run while desk.toml has a mistake.
+    std::vector<Finding> (*ofSettings)(const Configuration& configuration) = nullptr;
     std::vector<Finding> (*ofData)() = nullptr;
 };
 

@@ -5,8 +5,8 @@
 
 #include <string_view>
 
-/// What a reply and a forward of a message begin as: subject, recipients, sender and thread (RFC 5322, 3.6.4). The text
-/// is the writer's. `message` is the whole message, `account` the one that it lies in, `accounts` all of the owner's.
+/// What a reply to a message and a forward of it begin with: subject, recipients, sender and thread (RFC 5322, 3.6.4),
+/// no text. `message` is the whole message, `account` the one that it lies in, `accounts` all of the owner's.
 namespace mervo::desk {
 
 enum class ReplyTo { sender, all };

@@ -11,25 +11,25 @@
 
 namespace mervo::desk {
 
-/// The headers of all mailboxes, kept in a database in the cache folder so that only new files are ever parsed.
+/// Caches the headers of all mailboxes in a database, so that only new files are parsed.
 ///
-/// Whatever the Maildirs hold now is what a snapshot shows: an unchanged folder is known by the times of cur and new,
-/// a changed one is listed and compared by names. A time so near to the last listing that a later change could share
-/// it is not trusted.
+/// A snapshot always shows what the Maildir holds now. An unchanged folder is recognised by the times of cur and new;
+/// a changed one is listed and compared by file names. A time so close to the last listing that a later change could
+/// share it is not trusted.
 ///
-/// The database is never needed: one that is damaged is removed and built anew, and where it cannot be used at all
-/// (a cache that cannot be written, a lock that another process does not give up) this process keeps its own in
-/// memory. Several processes may use one file at once. One object belongs to one thread.
+/// The database is disposable: a damaged one is removed and rebuilt, and where none can be used (an unwritable cache, a
+/// lock that another process holds) this process keeps one in memory. Several processes may share the file. Not
+/// thread-safe.
 class HeaderIndex {
 public:
     explicit HeaderIndex(std::filesystem::path file);
 
-    /// The messages now. Throws MailError when the Maildir cannot be read; one that is missing is an error unless
-    /// `mayBeMissing`, then it is empty. The same object as before while nothing changed.
+    /// The messages now; the same object as before while nothing has changed. Throws MailError when the Maildir cannot
+    /// be read.
     std::shared_ptr<const MailboxSnapshot> snapshot(
         const std::filesystem::path& maildir, WhenMissing whenMissing = WhenMissing::fails);
 
-    /// Keeps what a parse of whole messages told. Failures are of no matter.
+    /// Stores attachment counts learned by parsing whole messages, by message id. Failures are ignored.
     void rememberAttachments(
         const std::filesystem::path& maildir, const std::map<std::uint32_t, std::int32_t>& counts) noexcept;
 

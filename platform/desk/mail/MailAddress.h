@@ -11,15 +11,15 @@ struct MailAddress {
     std::string address; ///< without angle brackets
 };
 
-/// The mailboxes of an address field (RFC 5322), groups taken apart, encoded words decoded. Lenient: what is no
-/// address at all is given as a name without an address, and nothing makes it throw or recurse.
+/// Parses an address field (RFC 5322): groups are flattened, encoded words decoded. Lenient: text that is not an
+/// address becomes a name without one. Never throws and never recurses.
 std::vector<MailAddress> parseAddressList(std::string_view raw);
 
-/// "Name <address>", or what there is of the two.
+/// "Name <address>", or whichever of the two is set.
 std::string displayAddress(const MailAddress& address);
 
-/// True when the text can stand as one address in a message that is written: local part, "@", domain, no blanks, no
-/// control characters, none of the signs that mean something in an address field.
+/// True when the text can be written as one address: local part, "@", domain; no blanks, control characters or
+/// characters that are special in an address field.
 bool isPlainAddress(std::string_view text);
 
 } // namespace mervo::desk

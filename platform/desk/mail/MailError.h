@@ -11,13 +11,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// A message was meant that is not there any more.
+/// The message no longer exists.
 class MessageGone final : public MailError {
 public:
     using MailError::MailError;
 };
 
-/// A file that was to be attached cannot be read.
+/// A file to attach cannot be read.
 class NoSuchAttachment final : public MailError {
 public:
     explicit NoSuchAttachment(const std::string& path);

@@ -14,33 +14,32 @@
 
 namespace mervo::desk {
 
-/// One Maildir as this process knows it: the last look at its messages, and what became of them since, through this
-/// process or as far as another one's renames were met. A loop over thousands of messages needs no new look for each
-/// that it changes, nor for each that another program has changed.
+/// What this process knows of one Maildir: the last snapshot, and the changes since then that it made itself or that it
+/// noticed when a file had been renamed. A loop that changes thousands of messages needs no new snapshot for each.
 class MailLook {
 public:
     explicit MailLook(std::filesystem::path maildir);
 
-    enum class OwnChanges { end, keep }; ///< whether a look ends with the first change that this process makes
-    /// The last look while it serves: for half a second. Null when there is none, or none any more.
+    enum class OwnChanges { end, keep }; ///< whether a change by this process invalidates the snapshot
+    /// The last snapshot while it is valid, which is half a second. Null otherwise.
     std::shared_ptr<const MailboxSnapshot> snapshot(OwnChanges changes) const;
     void take(std::shared_ptr<const MailboxSnapshot> snapshot);
 
-    /// Where a message is, as far as is known; the disk is not asked. Throws MessageGone.
+    /// The last known file of a message; does not touch the disk. Throws MessageGone.
     MaildirEntry entry(const MailboxSnapshot& mailbox, const MessageRecord& message) const;
 
-    /// Calls `act` with the file of a message until it says that there was one. A message that is not where it is
-    /// believed to be was renamed by another program: it is looked for in a new listing, one of which serves for many.
-    /// Throws MessageGone, and whatever `act` throws.
+    /// Calls `act` with the file of a message until it returns true, that is, found the file. When another program has
+    /// renamed it, it is looked up in a new listing, which is reused for further messages. Throws MessageGone, and
+    /// whatever `act` throws.
     void withFile(const MailboxSnapshot& mailbox, const MessageRecord& message,
         const std::function<bool(const MaildirEntry&)>& act);
 
-    /// What this process did.
+    /// Records changes by this process.
     void renamed(std::string_view base, MaildirEntry entry);
     void removed(std::string_view base);
-    void changed() noexcept { isChanged_ = true; } ///< with messages that are not in the look
+    void changed() noexcept { isChanged_ = true; } ///< to messages that are not in the snapshot
 
-    /// Read when first asked after a look was taken.
+    /// Read on first use after a snapshot was taken.
     MaildirKeywords& keywords();
 
 private:

@@ -17,12 +17,12 @@
 
 namespace mervo::desk {
 
-/// The owner's mail: accounts, their mailboxes and messages, on the Maildirs that the configuration names. Other
-/// programs work on the same folders; every function tells what is there now. One object belongs to one thread.
+/// The owner's mail: accounts, mailboxes and messages in Maildirs. Other programs work on the same folders; every
+/// function reports what is there now. Not thread-safe.
 class MailStore {
 public:
     MailStore(std::vector<MailAccountSettings> accounts, const std::filesystem::path& cache);
-    /// Writes what was learned about attachments into the index.
+    /// Writes the attachment counts learned meanwhile into the index.
     ~MailStore();
     MailStore(const MailStore&) = delete;
     MailStore& operator=(const MailStore&) = delete;
@@ -36,30 +36,30 @@ public:
     /// The account that has this address, ignoring case; null when none has.
     const MailAccountSettings* accountWithAddress(std::string_view address) const;
 
-    /// Throws MailError when the mailbox cannot be read. One look serves for half a second: a script that reads a
-    /// mailbox column by column gets columns of the same messages, whatever is delivered meanwhile. It ends when this
-    /// store changes the mailbox, unless the caller asks for a look that serves on (see MailLook).
+    /// A snapshot is reused for half a second, so that a script that reads a mailbox column by column gets the same
+    /// messages in each, whatever is delivered meanwhile. A change by this store ends it earlier, unless the caller
+    /// asks to keep it (see MailLook). Throws MailError when the mailbox cannot be read.
     std::shared_ptr<const MailboxSnapshot> messages(const MailAccountSettings& account,
         const std::filesystem::path& maildir, MailLook::OwnChanges changes = MailLook::OwnChanges::end);
-    /// The name of a message's file now, as far as is known. Throws MessageGone.
+    /// The last known file of a message. Throws MessageGone.
     MaildirEntry entry(const MailboxSnapshot& mailbox, const MessageRecord& message);
     const MaildirKeywords& keywords(const std::filesystem::path& maildir);
-    /// The file of a message, also when another program has just renamed it. Throws MessageGone, MailError.
+    /// The whole message, even if another program has just renamed its file. Throws MessageGone, MailError.
     std::string bytes(const MailboxSnapshot& mailbox, const MessageRecord& message);
-    /// The text and attachments of a message; the last one asked for is kept. Throws MessageGone, MailError.
+    /// The text and attachments of a message; the last result is cached. Throws MessageGone, MailError.
     const MimeContent& content(const MailboxSnapshot& mailbox, const MessageRecord& message);
     /// The number of attachments, without reading the message where the index knows it.
     std::size_t attachmentCount(const MailboxSnapshot& mailbox, const MessageRecord& message);
 
-    /// Changes of one message. When they throw (MessageGone, MailError) the message is as it was and where it was.
-    /// Nothing is written when a change changes nothing.
+    /// Changes to one message. If one throws (MessageGone, MailError), the message is unchanged and in its place. A
+    /// change without effect writes nothing.
     void change(const MailboxSnapshot& mailbox, const MessageRecord& message, const FlagChange& change);
-    /// To another mailbox of any account; one that is not there is an error, and so is the message's own.
+    /// To another mailbox of any account. It is an error when that does not exist or is the message's own.
     void move(const MailboxSnapshot& mailbox, const MessageRecord& message, const MailFolder& destination);
-    /// To the account's trash, which is made when it is missing. A message that is there already is removed for good.
+    /// To the account's trash, which is created if needed. A message in the trash is deleted for good.
     void remove(const MailAccountSettings& account, const MailboxSnapshot& mailbox, const MessageRecord& message);
 
-    /// Something was put into the mailbox by this process: the next look at it is a fresh one.
+    /// To be called when this process has delivered into the mailbox: the next snapshot is a new one.
     void changedByUs(const std::filesystem::path& maildir);
 
 private:

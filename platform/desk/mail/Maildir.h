@@ -21,7 +21,7 @@ struct MaildirName {
 
 MaildirName splitMaildirName(std::string_view fileName) noexcept;
 
-/// The state of cur and new by which an unchanged folder is known without listing it.
+/// The state of cur and new; while it is the same, the folder need not be listed again.
 struct MaildirStamp {
     std::int64_t curChanged = 0, newChanged = 0; ///< nanoseconds since 1970; 0: the folder is missing
     std::uint64_t curInode = 0, newInode = 0;
@@ -39,17 +39,16 @@ struct MaildirEntry {
     bool isNew = false; ///< lies in new, not in cur
 };
 
-/// The message files of new and cur, in no order. A message that is seen twice while another program moves it is
-/// given once. Hidden files and folders are left out. Throws MailError when a folder cannot be read.
+/// The message files of new and cur, unordered. A message that another program moves meanwhile is listed once. Hidden
+/// files and folders are left out. Throws MailError when a folder cannot be read.
 std::vector<MaildirEntry> listMaildir(const std::filesystem::path& maildir);
 
 std::filesystem::path messagePath(const std::filesystem::path& maildir, const MaildirEntry& entry);
 
-/// The file of the message with this base, wherever it went within its Maildir; empty when it is gone.
+/// The file of the message with this base in new or cur; empty when there is none.
 std::filesystem::path findMessage(const std::filesystem::path& maildir, std::string_view base);
 
-/// A base that no other message has, for a new file: time, process, count, random bits and host, after the format's
-/// rules.
+/// A unique base for a new file, made as the format asks of time, process, count, random bits and host.
 std::string newMaildirBase();
 
 /// A sub-folder of a Maildir++ has a marker file beside cur.
@@ -58,13 +57,14 @@ enum class MaildirKind { plain, plusPlusFolder };
 /// Makes the folder with its cur, new and tmp where they are missing. Throws MailError.
 void createMaildir(const std::filesystem::path& maildir, MaildirKind kind = MaildirKind::plain);
 
-/// A message on its way into a Maildir: written to tmp by `write` (which gets the descriptor and may throw) and synced
-/// to disk. It goes away again unless it is committed. Throws MailError.
+/// A message being delivered: written to tmp by `write` (which gets the descriptor and may throw) and synced to disk.
+/// Removed again unless committed. Throws MailError.
 class MaildirDelivery {
 public:
     MaildirDelivery(const std::filesystem::path& maildir, const std::function<void(int descriptor)>& write);
     MaildirDelivery(MaildirDelivery&& other) noexcept;
-    MaildirDelivery& operator=(MaildirDelivery&&) = delete;
+    MaildirDelivery(const MaildirDelivery&) = delete;
+    MaildirDelivery& operator=(const MaildirDelivery&) = delete;
     ~MaildirDelivery();
 
     const std::filesystem::path& file() const noexcept { return file_; } ///< in tmp

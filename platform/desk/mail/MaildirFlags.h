@@ -25,10 +25,10 @@ struct MaildirFlags {
 
 MaildirFlags maildirFlags(std::string_view info) noexcept;
 
-/// What to change; what is left out stays as it is.
+/// The changes to make; members that are not set stay as they are.
 struct FlagChange {
     std::optional<bool> seen = {}, flagged = {}, replied = {}, passed = {}, trashed = {};
-    std::optional<bool> junk = {}; ///< false says that it is none, which also holds in the junk mailbox
+    std::optional<bool> junk = {}; ///< false marks it as not junk, also within the junk mailbox
     std::optional<int> colour = {}; ///< 0 red to 6 gray, which flags the message as well; -1 takes flag and colour away
 };
 
@@ -37,7 +37,7 @@ inline constexpr int kNoColour = -1, kLastColour = 6;
 /// kNoColour for a message that is not flagged; 0 for one that is flagged without a colour.
 int messageColour(std::string_view info, const MaildirKeywords& keywords) noexcept;
 
-/// True or false as the message was marked; nothing when it never was.
+/// How the message was marked; nothing when it never was.
 std::optional<bool> junkMark(std::string_view info, const MaildirKeywords& keywords) noexcept;
 
 /// `info` after the change: letters in order of their codes, unknown ones kept, and so is what stands behind a comma.
@@ -45,8 +45,8 @@ std::optional<bool> junkMark(std::string_view info, const MaildirKeywords& keywo
 std::string changedInfo(
     std::string_view info, const FlagChange& change, const std::filesystem::path& maildir, MaildirKeywords& keywords);
 
-/// `info` of a message that goes to another Maildir, where a keyword may have another letter. One that finds no room
-/// there is dropped. Throws MailError.
+/// `info` for another Maildir, where a keyword may have another letter. Keywords for which no letter is left there are
+/// dropped. Throws MailError.
 std::string translatedInfo(
     std::string_view info, const MaildirKeywords& from, const std::filesystem::path& destination, MaildirKeywords& to);
 

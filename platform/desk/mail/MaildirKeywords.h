@@ -17,7 +17,7 @@ class MaildirKeywords {
 public:
     static constexpr std::size_t kMost = 26;
 
-    /// A file that is missing, cannot be read or makes no sense has no keywords; so has a line that makes none.
+    /// A missing or unreadable file has no keywords; malformed lines are skipped.
     static MaildirKeywords read(const std::filesystem::path& maildir);
 
     /// The letter of a keyword; 0 when it has none here.
@@ -25,9 +25,9 @@ public:
     /// The keyword of a letter from "a" to "z"; empty when it has none.
     std::string_view keyword(char letter) const noexcept;
 
-    /// Gives a letter to each of the wanted keywords, in the file too, where they have none. Other programs that write
-    /// the file at the same time lose nothing: the file is read again under its lock. Throws MailError, with the file
-    /// as it was: all 26 letters are taken, the file cannot be written, or its lock is not given up.
+    /// Assigns letters to those of the wanted keywords that have none, in the file too. The file is read again under
+    /// its lock, so that no other program's entry is lost. Throws MailError and leaves the file as it was when all 26
+    /// letters are taken, the file cannot be written, or another program holds the lock.
     void add(const std::filesystem::path& maildir, std::span<const std::string_view> wanted);
 
 private:

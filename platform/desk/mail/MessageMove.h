@@ -6,15 +6,15 @@
 #include <optional>
 #include <string_view>
 
-/// What happens to the file of one message: other flags, another Maildir, its end. Each is one rename (or unlink), so
-/// that a process killed at any moment leaves the message in one place. Only a move to another file system is a copy
-/// first: killed in the middle it leaves the message where it was, or in both places, never in none.
+/// Renaming, moving and removing the file of one message. Each is one rename or unlink, so that a process killed at any
+/// moment leaves the message in one place. Only a move to another file system copies first: killed midway, it leaves
+/// the message where it was or in both places, never in none.
 ///
-/// All give nothing (or false) when the file is not there, with nothing changed, and throw MailError when the system
-/// refuses; then the message is where it was.
+/// All return nothing (or false) when the file is not there, and throw MailError when the system refuses; in both cases
+/// nothing has changed.
 namespace mervo::desk {
 
-/// Gives it these letters, in cur. Its base stays.
+/// Renames it to these letters, in cur. The base stays.
 [[nodiscard]] std::optional<MaildirEntry> renameMessage(
     const std::filesystem::path& maildir, const MaildirEntry& message, std::string_view info);
 

@@ -22,7 +22,7 @@ struct MimeContent {
     std::vector<MimeAttachment> attachments;
 };
 
-/// A message that is written. Texts are UTF-8 and hold no control characters but in `text`.
+/// A message to write. Texts are UTF-8 and hold no control characters but in `text`.
 struct MimeDraft {
     MailAddress from;
     std::vector<MailAddress> to, cc, bcc;
@@ -45,7 +45,7 @@ public:
     MimeEngine& operator=(const MimeEngine&) = delete;
     virtual ~MimeEngine() = default;
 
-    /// Never throws for any bytes: what cannot be parsed is text.
+    /// Never throws: what cannot be parsed is text.
     virtual MimeContent read(std::string_view message) const = 0;
 
     /// Writes the message to a file. Throws MailError; NoSuchAttachment for a file that cannot be read.
@@ -55,7 +55,7 @@ public:
 /// Loads the engine on first use. Throws MailError when the module is missing from the bundle.
 const MimeEngine& mimeEngine();
 
-/// The name of the module in the bundle's folder Helpers/platform, and of the function in it that gives the engine.
+/// The module in the bundle's folder Helpers/platform, and its function that returns the engine.
 inline constexpr const char* kMimeModule = "mervo-mime.so";
 inline constexpr const char* kMimeEntry = "mervoMimeEngine";
 using MimeEntry = const MimeEngine*();

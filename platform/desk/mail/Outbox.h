@@ -7,8 +7,8 @@
 
 namespace mervo::desk {
 
-/// What leaves the owner's hands. A message goes from the account that has its sender's address, else from the first
-/// account. Whatever throws (MailError, NoSuchAttachment) leaves nothing behind, and nothing was sent.
+/// Saves and sends composed messages, from the account with the sender's address, else from the first one. If a
+/// function throws (MailError, NoSuchAttachment), nothing was sent and nothing is left behind.
 class Outbox {
 public:
     explicit Outbox(MailStore& store)
@@ -16,12 +16,13 @@ public:
     {
     }
 
-    /// Saves into the account's drafts mailbox, which is made when it is missing. Returns the file.
+    /// Saves into the account's drafts mailbox, which is created if needed. Returns the file.
     std::filesystem::path saveDraft(const OutgoingMail& mail);
 
-    /// Hands the message to the account's command, or, where it has none, delivers it to the desk's own accounts; an
-    /// address elsewhere is an error then. The copy for the sent mailbox is written before and shown after: a full
-    /// disk sends nothing. When it cannot be shown any more the message is sent all the same: the log says so.
+    /// Passes the message to the account's command; an account without one delivers to the desk's own accounts only,
+    /// and any other address is an error. The copy for the sent mailbox is written to tmp before sending, so that a
+    /// full disk sends nothing, and moved into place afterwards. If that fails, the message counts as sent and the log
+    /// says so.
     void send(const OutgoingMail& mail);
 
 private:

@@ -8,7 +8,7 @@
 
 namespace mervo::desk {
 
-/// A message that is composed and has not left.
+/// A composed message that has not been sent.
 struct OutgoingMail {
     std::string sender; ///< an address of the account that it goes from; empty: of the first account
     std::vector<MailAddress> to, cc, bcc;

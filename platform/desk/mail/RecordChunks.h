@@ -11,10 +11,10 @@
 
 namespace mervo::desk {
 
-/// One chunk of the index in memory, with its records found in it.
+/// A chunk of the index in memory, and the records in it.
 class RecordChunk {
 public:
-    /// The bytes lie in the memory, which lives as long as one of its chunks. Throws MalformedRecords.
+    /// `bytes` are part of `memory`, which lives as long as any of its chunks. Throws MalformedRecords.
     RecordChunk(std::shared_ptr<const RecordMemory> memory, std::string_view bytes);
 
     const std::vector<MessageRecord>& records() const noexcept { return records_; }
@@ -24,7 +24,7 @@ private:
     std::vector<MessageRecord> records_;
 };
 
-/// The chunks of one mailbox by number. Several states of the mailbox share those that are the same in both.
+/// The chunks of one mailbox by number. Successive states share the chunks that did not change.
 using RecordChunks = std::map<std::int64_t, std::shared_ptr<const RecordChunk>>;
 
 } // namespace mervo::desk

@@ -6,9 +6,8 @@
 
 namespace mervo::desk {
 
-/// Hands a message to the account's sendmail-compatible command, exactly as it is configured: the message on standard
-/// input, the envelope to be taken from it. Returns when the command has taken it; throws MailError with its status and
-/// its own last words.
+/// Passes a message to the account's sendmail-compatible command on standard input; the command takes the envelope from
+/// it. Returns when the command has accepted it; throws MailError with its status and its own last lines.
 void submit(const MailAccountSettings& account, const std::string& message);
 
 } // namespace mervo::desk

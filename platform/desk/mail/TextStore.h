@@ -6,8 +6,7 @@
 
 namespace mervo::desk {
 
-/// Owns texts that are kept together and freed together. A view that it gave stays good while the store lives,
-/// wherever the store is moved to.
+/// Owns texts that are freed together. Its views stay valid while the store lives, also when it is moved.
 class TextStore {
 public:
     std::string_view keep(std::string_view text);

@@ -10,7 +10,7 @@ struct ReleaseObject {
     void operator()(void* object) const { g_object_unref(object); }
 };
 
-/// A counted object of the library, given back at the end of its scope.
+/// A reference-counted object of the library, released at the end of its scope.
 template <typename T>
 using Owned = std::unique_ptr<T, ReleaseObject>;
 
@@ -18,8 +18,8 @@ using Owned = std::unique_ptr<T, ReleaseObject>;
 void startGMime();
 
 /// The parts of a message, for reading its text and attachments: in time that grows with the message's length, whatever
-/// a stranger wrote. Its addresses and dates are not to be asked for. A message within it is a part like any other.
-/// Null when the library makes nothing of it.
+/// it holds. Its addresses and dates must not be used. A message within it is a part like any other. Null when the
+/// library cannot parse it.
 Owned<GMimeMessage> parsedMessage(std::string_view message);
 
 } // namespace mervo::desk

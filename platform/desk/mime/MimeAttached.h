@@ -15,10 +15,10 @@ std::string typeName(GMimeObject* object);
 /// A whole message within a message.
 bool isMessage(GMimeObject* object);
 
-/// Whether a leaf is something that its sender attached, rather than the text, a picture in it, or machinery.
+/// Whether a leaf was attached by the sender, rather than being text, a picture within it or a signature.
 bool isAttached(GMimePart* leaf, Place place);
 
-/// Everything that is attached to a message; it belongs to the message.
+/// All attachments of a message, which owns them.
 std::vector<GMimeObject*> attachedObjects(GMimeMessage* message);
 
 } // namespace mervo::desk

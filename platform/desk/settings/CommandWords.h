@@ -4,11 +4,11 @@
 
 #include <string>
 
-/// How the desk speaks of a command that the owner has configured.
+/// Messages about commands that the owner has configured.
 namespace mervo::desk {
 
-/// "msmtp ended with status 75: cannot connect to mail.example": the command's own last lines, bounded and made
-/// harmless.
+/// "msmtp ended with status 75: cannot connect to mail.example": how the command ended, and its own last lines, bounded
+/// and without control characters.
 std::string howItEnded(const std::string& program, const platform::Outcome& outcome);
 
 } // namespace mervo::desk

@@ -2,11 +2,11 @@
 
 #include <filesystem>
 
-/// Where the desk keeps its things, after the XDG base directory rules: a variable that is empty or holds a relative
-/// path counts as unset. Paths are computed, nothing is created.
+/// Where the desk keeps its files, by the XDG base directory rules: a variable that is empty or holds a relative path
+/// counts as unset. Paths are computed, nothing is created.
 namespace mervo::desk {
 
-/// $XDG_DATA_HOME/mervo-desk: what the desk owns when nothing else is configured.
+/// $XDG_DATA_HOME/mervo-desk: the desk's own data.
 std::filesystem::path dataFolder();
 
 /// $XDG_CONFIG_HOME/mervo-desk/desk.toml.

@@ -42,7 +42,7 @@ private:
     std::vector<applescript::Ref<OutgoingObject>> outgoing_;
 };
 
-/// What the desk answers to a request that it knows and does not do: -10000 with a sentence.
+/// Refuses a request that is understood but not supported: -10000 with a sentence.
 [[noreturn]] void refuse(const char* sentence);
 
 /// Makes it known to the script host. `sections` must outlive the registry.

@@ -12,7 +12,7 @@
 /// Mail's accounts, mailboxes and the application itself, as objects of the script host.
 namespace mervo::desk {
 
-/// What all of Mail's objects share.
+/// The base of all of Mail's objects.
 class MailObject : public applescript::Object {
 public:
     MailObject(MailApplication& mail, applescript::TermId objectClass) noexcept
@@ -81,10 +81,10 @@ private:
 
     applescript::Ref<AccountObject> account_;
     MailFolder folder_;
-    mutable std::optional<bool> isForJunk_; // found out when it is first asked: that lists the account's folders
+    mutable std::optional<bool> isForJunk_; // computed on first use: it lists the account's folders
 };
 
-/// Runs a piece of the store's work and turns its errors into those of scripts: MessageGone into -1728, a missing
+/// Runs work of the store and translates its errors into those of scripts: MessageGone into -1728, a missing
 /// attachment into -43, everything else into -10000 with its sentence.
 template <typename Work>
 auto inScriptTerms(Work&& work) -> decltype(work())

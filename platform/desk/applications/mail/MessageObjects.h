@@ -19,7 +19,7 @@ public:
     const std::shared_ptr<const MailboxSnapshot> snapshot;
 };
 
-/// A property that the index holds; no result for one that needs the message itself.
+/// A property from the index; no result for one that needs the message itself.
 applescript::Value indexedProperty(
     const MailboxObject& mailbox, const MessageRecord& header, applescript::TermId property);
 
@@ -30,8 +30,8 @@ applescript::Value indexedColumn(applescript::Ref<MessageList> list, applescript
 /// All messages, as a list that makes the handles when they are asked for.
 applescript::Value messageHandles(applescript::Ref<MessageList> list);
 
-/// A message by its file's base name. What it tells is what the mailbox holds now, not what it held when the handle
-/// was made. A change goes to the file straight away, under the name that it is known by: no look at the mailbox first.
+/// A message by its file's base name. Properties show what the mailbox holds now, not what it held when the handle was
+/// made. A change goes straight to the file under its last known name, without reading the mailbox first.
 class MessageObject final : public MailObject {
 public:
     MessageObject(applescript::Ref<MessageList> list, const MessageRecord& header);

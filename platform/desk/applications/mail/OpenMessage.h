@@ -5,9 +5,9 @@
 
 namespace mervo::desk {
 
-/// Hands a message to the desktop's mail program, as a copy of its own: programs take a message for one by the ending
-/// of its file, which files of a Maildir do not have. The copies lie in the cache folder and go away after a day.
-/// Throws MailError when the desktop has no program for it.
+/// Opens a copy of a message in the desktop's mail program: programs recognise messages by the file name's extension,
+/// which the files of a Maildir lack. The copies are in the cache folder and are removed after a day. Throws MailError
+/// when the desktop has no program for it.
 void openMessage(std::string_view message, const std::string& subject);
 
 } // namespace mervo::desk

@@ -10,7 +10,7 @@
 /// Messages that a script composes, as objects of the script host.
 namespace mervo::desk {
 
-/// The message that an outgoing one began from, if there is one, and how.
+/// The message that an outgoing one answers or forwards, if any.
 struct MailOrigin {
     applescript::Ref<MessageObject> message;
     bool isForward = false;
@@ -30,10 +30,10 @@ public:
     applescript::Value addRecipients(applescript::TermId which, const std::string& address, const std::string& name);
     /// -43 when there is no such file.
     applescript::Value addAttachment(const std::string& path);
-    /// Into the drafts mailbox of the sender's account; a draft saved before is replaced.
+    /// Saves it to the drafts mailbox of the sender's account, replacing a draft saved before.
     void save();
-    /// Sends it; then a draft of it goes away, and the message that it answers is marked so. -10000 with a sentence
-    /// when it was not sent.
+    /// Sends it, then removes its draft and marks the message that it answers. -10000 with a sentence when it was not
+    /// sent.
     void send();
 
     OutgoingMail& draft() noexcept { return draft_; }
