@@ -50,11 +50,11 @@ std::shared_ptr<const MailboxSnapshot> HeaderIndex::snapshot(const fs::path& mai
         } catch (const sqlite::Error& error) {
             startAnew(IndexError(error));
         } catch (const MalformedRecords& error) {
-            startAnew(IndexError(error.what(), true));
+            startAnew(IndexError(error.what()));
         } catch (const std::bad_alloc&) { // a length out of a damaged file
-            startAnew(IndexError("The mail index needs more memory than there is.", true));
+            startAnew(IndexError("The mail index needs more memory than there is."));
         } catch (const std::length_error&) {
-            startAnew(IndexError("The mail index is damaged.", true));
+            startAnew(IndexError("The mail index is damaged."));
         }
     }
 }

@@ -37,15 +37,16 @@ std::string_view bytesOf(const MaildirStamp& stamp)
 
 } // namespace
 
-IndexError::IndexError(const std::string& message, bool damaged)
+IndexError::IndexError(const std::string& message)
     : std::runtime_error(message)
-    , damaged_(damaged)
+    , damaged_(true)
 {
 }
 
 /// What does not fit the tables is damage too: a new file would have the right ones.
 IndexError::IndexError(const sqlite::Error& reason)
-    : IndexError(reason.what(), reason.isDamage() || reason.isMisfit())
+    : std::runtime_error(reason.what())
+    , damaged_(reason.isDamage() || reason.isMisfit())
 {
 }
 
@@ -61,7 +62,7 @@ IndexDatabase::IndexDatabase(const std::filesystem::path& file)
             connection_.execute(kSchema);
         transaction.commit();
     } else if (version != kSchemaVersion) {
-        throw IndexError("The mail index was written by another version.", true);
+        throw IndexError("The mail index was written by another version.");
     }
 }
 
@@ -82,7 +83,7 @@ std::optional<IndexDatabase::Folder> IndexDatabase::folder(const std::filesystem
     found.id = query.integer(0);
     const std::string_view stamp = query.bytes(1);
     if (stamp.size() != sizeof found.stamp)
-        throw IndexError("The mail index is damaged.", true);
+        throw IndexError("The mail index is damaged.");
     std::memcpy(&found.stamp, stamp.data(), sizeof found.stamp);
     found.scanned = query.integer(2);
     found.generation = query.integer(3);
@@ -114,12 +115,12 @@ RecordChunks IndexDatabase::readChunks(const Folder& folder)
         const std::string_view chunk = readBlob(query.integer(0), *memory);
         const auto print = static_cast<std::uint64_t>(query.integer(2));
         if (fingerprint(chunk) != print)
-            throw IndexError("The mail index is damaged.", true);
+            throw IndexError("The mail index is damaged.");
         content = combined(content, query.integer(1), print);
         chunks.emplace(query.integer(1), std::make_shared<RecordChunk>(memory, chunk));
     }
     if (content != folder.content)
-        throw IndexError("The mail index is damaged.", true);
+        throw IndexError("The mail index is damaged.");
     return chunks;
 }
 
@@ -177,7 +178,7 @@ std::uint32_t IndexDatabase::Change::takeIds(std::size_t count)
 {
     sqlite::Statement query(connection_, "UPDATE counter SET next = next + ? RETURNING next");
     if (!query.bind(static_cast<std::int64_t>(count)).step())
-        throw IndexError("The mail index is damaged.", true);
+        throw IndexError("The mail index is damaged.");
     const std::int64_t next = query.integer(0);
     query.run();
     return static_cast<std::uint32_t>(next - static_cast<std::int64_t>(count));

@@ -16,11 +16,13 @@
 
 namespace mervo::desk {
 
-/// The database cannot be used. `isDamaged`: its content is not to be trusted, and a new one would do.
+/// The database cannot be used.
 class IndexError final : public std::runtime_error {
 public:
-    IndexError(const std::string& message, bool damaged);
+    /// The content is damaged.
+    explicit IndexError(const std::string& message);
     explicit IndexError(const sqlite::Error& reason);
+    /// Whether the content cannot be trusted, so that a new database is needed.
     bool isDamaged() const noexcept { return damaged_; }
 
 private:
