@@ -11,24 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-unsigned mode(const fs::path& path)
-{
-    return static_cast<unsigned>(fs::status(path).permissions());
-}
-
-TEST(Files, replacesInOneStepForTheOwnerAlone)
-{
-    const test::TempDir dir;
-    const fs::path file = dir / "config.json";
-    EXPECT_FALSE(replaceFile(file, "one"));
-    EXPECT_EQ(mode(file), 0600U);
-    fs::permissions(file, fs::perms(0644));
-    EXPECT_FALSE(replaceFile(file, "two", Keep::whileRunning));
-    EXPECT_EQ(test::readFile(file), "two");
-    EXPECT_EQ(mode(file), 0600U);
-    EXPECT_EQ(test::tree(dir.path()), std::set<std::string>{"config.json"}) << "nothing temporary stays";
-}
-
 TEST(Files, aLinkStaysALink)
 {
     const test::TempDir dir;
@@ -77,17 +59,6 @@ TEST(Files, onlyRegularFilesAreRead)
     EXPECT_EQ(why, std::errc::file_too_large);
     EXPECT_FALSE(readFile("/proc/self/maps", 1)) << "a file that is longer than it says";
     EXPECT_EQ(readFile("/proc/self/comm")->empty(), false) << "a size of 0 says nothing about what can be read";
-}
-
-TEST(Files, aPrivateFolderIsPrivateFromTheStart)
-{
-    const test::TempDir dir;
-    EXPECT_FALSE(createPrivateFolder(dir / "a/b/home"));
-    EXPECT_EQ(mode(dir / "a/b/home"), 0700U);
-    EXPECT_FALSE(createPrivateFolder(dir / "a/b/home/"));
-    test::writeFile(dir / "file", "");
-    EXPECT_TRUE(createPrivateFolder(dir / "file"));
-    EXPECT_EQ(createPrivateFolder(dir / "file/below").value(), ENOTDIR);
 }
 
 } // namespace

@@ -185,7 +185,11 @@ TEST_F(Gate, askingQueuesTheCallAsItStands)
     tool.preview = [](const Args&) -> std::optional<std::string> { throw std::runtime_error("x"); };
     fs::remove_all(home / "pending");
     EXPECT_EQ(std::get<Pending>(run({})).preview, std::nullopt) << "one that fails is none";
-    EXPECT_EQ(queue().at(0).summary, "mail.send ") << "without arguments it ends in a blank";
+    const PendingAction bare = queue().at(0);
+    EXPECT_EQ(test::readFile(home / "pending" / (bare.id + ".json")),
+        R"({"id":")" + bare.id + R"(","tool":"mail.send","args":{},"summary":"mail.send ","createdAt":")"
+            + bare.createdAt + R"("})")
+        << "without arguments the summary ends in a blank";
     EXPECT_EQ(audit->recent(1).at(0).details, AuditLog::Details{}) << "no preview, no impact";
 }
 

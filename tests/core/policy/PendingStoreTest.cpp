@@ -18,18 +18,6 @@ PendingAction action(std::string id, std::string createdAt, std::optional<std::s
         std::move(createdAt), std::move(preview)};
 }
 
-TEST(PendingAction, hasItsBytes)
-{
-    EXPECT_EQ(action("AB12CD34", "2026-01-01T00:00:00Z").encode(),
-        R"({"id":"AB12CD34","tool":"mail.send","args":{"body":"\"é\"\n","to":"a@b"},)"
-        R"("summary":"mail.send body=... to=a@b","createdAt":"2026-01-01T00:00:00Z"})");
-    const PendingAction full = action("AB12CD34", "2026-01-01T00:00:00Z", "3 messages");
-    EXPECT_EQ(PendingAction::decode(full.encode()), full);
-    PendingAction odd = full;
-    odd.args["x"] = "\xFF";
-    EXPECT_THROW((void)odd.encode(), ServiceError);
-}
-
 TEST(PendingAction, decodesOnlyWhatIsWhole)
 {
     const std::string head = R"({"id":"A","tool":"t","summary":"s","createdAt":"c")";
