@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(Faults, ALockedDatabaseStopsNeitherTicksNorVerdicts)
+TEST_F(Faults, aLockedDatabaseStopsNeitherTicksNorVerdicts)
 {
     elsewhere({"ask", "Q1", "Move it?"});
     elsewhere({"rule", "R1"});
@@ -52,7 +52,7 @@ TEST_F(Faults, ALockedDatabaseStopsNeitherTicksNorVerdicts)
             testing::StartsWith("cockpit|mail.draft|rejected|no|")));
 }
 
-TEST_F(Faults, ADatabaseThatIsTakenAwayAndPutBackIsFollowed)
+TEST_F(Faults, aDatabaseThatIsTakenAwayAndPutBackIsFollowed)
 {
     elsewhere({"rule", "R1"});
     start();
@@ -73,7 +73,7 @@ TEST_F(Faults, ADatabaseThatIsTakenAwayAndPutBackIsFollowed)
     EXPECT_LT(slowestTick(2), 1000);
 }
 
-TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
+TEST_F(Faults, damagedAndMissingFilesAreLeftOut)
 {
     queue(draft("A"));
     test::writeFile(home / "pending/B.json", "{\"id\":\"B\",");
@@ -104,7 +104,7 @@ TEST_F(Faults, DamagedAndMissingFilesAreLeftOut)
     EXPECT_EQ(result(), "mail.draft - no longer waiting");
 }
 
-TEST_F(Faults, WhatAStoreCouldNotDoIsSaidAndGoesWhenItWorksAgain)
+TEST_F(Faults, whatAStoreCouldNotDoIsSaidAndGoesWhenItWorksAgain)
 {
     elsewhere({"ask", "Q1", "?"});
     queue(draft("A"));
@@ -133,7 +133,7 @@ TEST_F(Faults, WhatAStoreCouldNotDoIsSaidAndGoesWhenItWorksAgain)
     EXPECT_EQ(model->trouble()->line(), "");
 }
 
-TEST_F(Faults, AFileChangedWithinOneTickOfTheClockIsSeen)
+TEST_F(Faults, aFileChangedWithinOneTickOfTheClockIsSeen)
 {
     QueueReader reader(PendingStore().dir());
     for (int i = 0; i < 500; ++i) {
@@ -145,7 +145,7 @@ TEST_F(Faults, AFileChangedWithinOneTickOfTheClockIsSeen)
     }
 }
 
-TEST_F(Faults, ASettingThatCannotBeSavedIsNotShownAsSet)
+TEST_F(Faults, aSettingThatCannotBeSavedIsNotShownAsSet)
 {
     start();
     std::filesystem::create_directory(home / "config.json");

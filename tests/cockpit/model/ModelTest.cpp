@@ -45,7 +45,7 @@ private:
     std::vector<std::unique_ptr<QSignalSpy>> spies_;
 };
 
-TEST_F(Model, ShowsWhatAnotherProcessWritesAndStaysStillOtherwise)
+TEST_F(Model, showsWhatAnotherProcessWritesAndStaysStillOtherwise)
 {
     loop("morning");
     loop("ask-harvest", ",\"system\":true");
@@ -81,7 +81,7 @@ TEST_F(Model, ShowsWhatAnotherProcessWritesAndStaysStillOtherwise)
     EXPECT_EQ(listeners[0].count(), 0);
 }
 
-TEST_F(Model, KeepsTheRowsThatStay)
+TEST_F(Model, keepsTheRowsThatStay)
 {
     start();
     const QAbstractItemModelTester testers[] = {
@@ -111,7 +111,7 @@ TEST_F(Model, KeepsTheRowsThatStay)
     EXPECT_EQ(resets.count(), 0);
 }
 
-TEST_F(Model, ShowsEveryArgumentAndNothingAsMarkup)
+TEST_F(Model, showsEveryArgumentAndNothingAsMarkup)
 {
     auto action = draft("A", "<b>\u202Eevil");
     action.args["body"] = std::string(2100, 'x');
@@ -141,7 +141,7 @@ TEST_F(Model, ShowsEveryArgumentAndNothingAsMarkup)
     EXPECT_THAT(workspace.opened.back(), testing::HasSubstr("?subject=Mervo%20support%20%28"));
 }
 
-TEST_F(Model, ChoosesTheIconByWhatWantsThePersonMost)
+TEST_F(Model, choosesTheIconByWhatWantsThePersonMost)
 {
     using Attention = StatusIconState::Attention;
     start();
@@ -177,7 +177,7 @@ TEST_F(Model, ChoosesTheIconByWhatWantsThePersonMost)
     EXPECT_EQ(icon.t(), 0);
 }
 
-TEST_F(Model, WritesOneRowForEachChangeOfThePerson)
+TEST_F(Model, writesOneRowForEachChangeOfThePerson)
 {
     elsewhere({"ask", "Q1", "?"});
     start();
@@ -223,7 +223,7 @@ TEST_F(Model, WritesOneRowForEachChangeOfThePerson)
     EXPECT_TRUE(until([&] { return model->archive()->gmailAccounts().size() == 1; }));
 }
 
-TEST_F(Model, ChangesOneSettingAndKeepsWhatOthersWrote)
+TEST_F(Model, changesOneSettingAndKeepsWhatOthersWrote)
 {
     start();
     elsewhere({"lower"});
@@ -256,7 +256,7 @@ TEST_F(Model, ChangesOneSettingAndKeepsWhatOthersWrote)
     EXPECT_EQ(result(), "❌ launch at login - the folder is read-only");
 }
 
-TEST_F(Model, TellsAutomationsOfOneNameApartAndCallsThemByTheirOwn)
+TEST_F(Model, tellsAutomationsOfOneNameApartAndCallsThemByTheirOwn)
 {
     test::writeFile(home / "automations/a/loop.json", R"({"name":"od\u200bd"})");
     test::writeFile(home / "automations/b/loop.json", R"({"name":"od\u200bd"})");
@@ -269,7 +269,7 @@ TEST_F(Model, TellsAutomationsOfOneNameApartAndCallsThemByTheirOwn)
     EXPECT_EQ(model->automations()->list()->rowCount(), 1);
 }
 
-TEST_F(Model, OperatesAutomationsAwayFromTheWindow)
+TEST_F(Model, operatesAutomationsAwayFromTheWindow)
 {
     loop("morning");
     test::writeFile(home / "automations/morning/AGENT.md", "# Hello\u200B\ntext");
@@ -311,7 +311,7 @@ TEST_F(Model, OperatesAutomationsAwayFromTheWindow)
     EXPECT_EQ(model->icon()->state().attention, StatusIconState::Attention::none);
 }
 
-TEST_F(Model, NeedsNoScreen)
+TEST_F(Model, needsNoScreen)
 {
     const auto libraries = elsewhere({"libraries"});
     EXPECT_THAT(libraries, testing::HasSubstr("libQt6Core"));

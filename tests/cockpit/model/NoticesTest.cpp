@@ -12,7 +12,7 @@ protected:
     void pass(std::chrono::seconds time) { steady += time; }
 };
 
-TEST_F(Notices, AnnounceOneActionWithItsDecision)
+TEST_F(Notices, announceOneActionWithItsDecision)
 {
     auto action = draft("0A1B2C3D");
     queue(draft("EARLIER1"));
@@ -36,7 +36,7 @@ TEST_F(Notices, AnnounceOneActionWithItsDecision)
     EXPECT_THAT(workspace.badges, ElementsAre("1"));
 }
 
-TEST_F(Notices, SumUpWhatIsMoreThanOne)
+TEST_F(Notices, sumUpWhatIsMoreThanOne)
 {
     start();
     queue(draft("A"));
@@ -53,7 +53,7 @@ TEST_F(Notices, SumUpWhatIsMoreThanOne)
     EXPECT_EQ(notifier.posted.back().title, "3 actions to approve") << "one new, three in all";
 }
 
-TEST_F(Notices, KeepStillForAMinuteWhateverTheWallClockDoes)
+TEST_F(Notices, keepStillForAMinuteWhateverTheWallClockDoes)
 {
     start();
     queue(draft("A"));
@@ -75,7 +75,7 @@ TEST_F(Notices, KeepStillForAMinuteWhateverTheWallClockDoes)
     EXPECT_EQ(workspace.badges.back(), "") << "cleared, not 0";
 }
 
-TEST_F(Notices, DecideWhatTheyShowed)
+TEST_F(Notices, decideWhatTheyShowed)
 {
     start();
     int shown = 0;

@@ -10,7 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(CardPresentation, NamesSymbolAndTintOfATool)
+TEST(CardPresentation, namesSymbolAndTintOfATool)
 {
     const std::tuple<const char*, const char*, const char*> cases[] = {{"mail.send", "paperplane.fill", "blue"},
         {"mail.delete", "trash.fill", "blue"}, {"mail.draft", "square.and.pencil", "blue"},
@@ -24,7 +24,7 @@ TEST(CardPresentation, NamesSymbolAndTintOfATool)
     }
 }
 
-TEST(CardPresentation, TellsTheArgumentsInOneLine)
+TEST(CardPresentation, tellsTheArgumentsInOneLine)
 {
     const std::pair<Args, const char*> cases[] = {{{{"account", "Work"}}, ""}, {{}, ""},
         {{{"zeta", "1"}, {"alpha", "2"}, {"mailbox", "Bills"}, {"olderThan", "30"}, {"from", "x"}, {"account", "W"}},
@@ -34,7 +34,7 @@ TEST(CardPresentation, TellsTheArgumentsInOneLine)
         EXPECT_EQ(ActionPresentation::detailLine(args), line);
 }
 
-TEST(CardPresentation, GathersTheMessageThatWouldBeWritten)
+TEST(CardPresentation, gathersTheMessageThatWouldBeWritten)
 {
     const struct {
         const char* tool;
@@ -55,7 +55,7 @@ TEST(CardPresentation, GathersTheMessageThatWouldBeWritten)
     }
 }
 
-TEST(CardPresentation, LetsNothingOutOfItsFieldInAMailtoUrl)
+TEST(CardPresentation, letsNothingOutOfItsFieldInAMailtoUrl)
 {
     EXPECT_EQ(ActionPresentation::mailtoUrl({}), "mailto:");
     EXPECT_EQ(ActionPresentation::mailtoUrl({{"to", "a@b,c@d"}, {"subject", ""}}), "mailto:a@b,c@d");
@@ -64,7 +64,7 @@ TEST(CardPresentation, LetsNothingOutOfItsFieldInAMailtoUrl)
         "mailto:a@b%3Fbcc%3Devil@x%26y?subject=1%2B1%20%26%20%C3%A9&body=x%0D%0Ay%0D%0Az%23");
 }
 
-TEST(CardPresentation, GivesEveryContentAKeyOfItsOwn)
+TEST(CardPresentation, givesEveryContentAKeyOfItsOwn)
 {
     const PendingAction one{"A", "t", {{"a", "bc"}}, "s", "c", std::nullopt};
     std::vector<PendingAction> others(7, one);
@@ -80,7 +80,7 @@ TEST(CardPresentation, GivesEveryContentAKeyOfItsOwn)
         EXPECT_TRUE(digests.insert(ActionPresentation::digest(other)).second);
 }
 
-TEST(ShownTexts, ShowWhatIsHiddenAndCountWhatIsLeftOut)
+TEST(ShownTexts, showWhatIsHiddenAndCountWhatIsLeftOut)
 {
     EXPECT_EQ(ShownText::line("a\nb\r\n\u202E\rc<b>"), QString::fromUtf8("a↵b↵<U+202E><U+000D>c<b>"));
     EXPECT_EQ(ShownText::block("a\nb\x1b[0m"), QString("a\nb<U+001B>[0m"));
@@ -91,7 +91,7 @@ TEST(ShownTexts, ShowWhatIsHiddenAndCountWhatIsLeftOut)
     EXPECT_EQ(cut.leftOut, 99'999U);
 }
 
-TEST(RelativeTimes, UseTheLargestUnit)
+TEST(RelativeTimes, useTheLargestUnit)
 {
     const auto now = *Timestamps::date("2026-03-01T12:00:00Z");
     const std::pair<const char*, const char*> cases[] = {{"2026-03-01T12:00:00Z", "0 seconds ago"},
@@ -104,7 +104,7 @@ TEST(RelativeTimes, UseTheLargestUnit)
         EXPECT_EQ(RelativeTime::text(then, now), text) << then;
 }
 
-TEST(AutomationRows, TellStateAndLastRun)
+TEST(AutomationRows, tellStateAndLastRun)
 {
     using State = AutomationPresentation::State;
     const auto now = *Timestamps::date("2026-03-01T12:00:00Z");
@@ -133,7 +133,7 @@ TEST(AutomationRows, TellStateAndLastRun)
     }
 }
 
-TEST(PromptDocuments, AreReadLineByLine)
+TEST(PromptDocuments, areReadLineByLine)
 {
     using Kind = PromptBlock::Kind;
     EXPECT_THAT(

@@ -9,7 +9,7 @@ using testing::SizeIs;
 
 using Verdicts = test::World;
 
-TEST_F(Verdicts, RunWhatTheCardShowedWhateverBecameOfItsFile)
+TEST_F(Verdicts, runWhatTheCardShowedWhateverBecameOfItsFile)
 {
     queue(draft("A", "as shown"));
     start();
@@ -35,7 +35,7 @@ TEST_F(Verdicts, RunWhatTheCardShowedWhateverBecameOfItsFile)
     EXPECT_TRUE(isQueued("A")) << "no card shows that any more";
 }
 
-TEST_F(Verdicts, LeaveWaitingWhatCannotRun)
+TEST_F(Verdicts, leaveWaitingWhatCannotRun)
 {
     auto unknown = draft("A"), refused = draft("B");
     unknown.tool = "mail.vanish";
@@ -61,7 +61,7 @@ TEST_F(Verdicts, LeaveWaitingWhatCannotRun)
     EXPECT_THAT(rows(), ElementsAre(testing::StartsWith("cockpit|mail.draft|error|")));
 }
 
-TEST_F(Verdicts, OfTwoCockpitsRunOnce)
+TEST_F(Verdicts, ofTwoCockpitsRunOnce)
 {
     start();
     CockpitModel other(surroundings());
@@ -88,7 +88,7 @@ TEST_F(Verdicts, OfTwoCockpitsRunOnce)
     EXPECT_THAT(ran(), SizeIs(10));
 }
 
-TEST_F(Verdicts, RejectWithALesson)
+TEST_F(Verdicts, rejectWithALesson)
 {
     auto action = draft("A");
     action.args["from"] = "boss@example.org";
@@ -107,7 +107,7 @@ TEST_F(Verdicts, RejectWithALesson)
     EXPECT_EQ(rows()[0], "cockpit|mail.draft|rejected|user_rejected|subject=Hi|to=a@example.org");
 }
 
-TEST_F(Verdicts, HoldUpNothingElse)
+TEST_F(Verdicts, holdUpNothingElse)
 {
     queue(draft("A", "slow"));
     start();
@@ -126,7 +126,7 @@ TEST_F(Verdicts, HoldUpNothingElse)
     ASSERT_TRUE(untilResult("✅ mail.draft - draft saved"));
 }
 
-TEST_F(Verdicts, AreFinishedOrTakenBackAtTheEnd)
+TEST_F(Verdicts, areFinishedOrTakenBackAtTheEnd)
 {
     constexpr int kMany = 20; // more than run at once
     for (int i = 0; i < kMany; ++i)

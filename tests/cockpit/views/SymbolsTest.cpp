@@ -20,7 +20,7 @@ int inkOf(const QImage& image)
     return inked * 100 / 255 / (image.width() * image.height());
 }
 
-TEST(Symbols, EveryNameIsDrawnByThePackagedThemeAndIsNoBlot)
+TEST(Symbols, everyNameIsDrawnByThePackagedThemeAndIsNoBlot)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     int count = 1;

@@ -43,7 +43,7 @@ protected:
     }
 };
 
-TEST_F(ApprovalTest, RunsWhatWasShownAndWritesTheRow)
+TEST_F(ApprovalTest, runsWhatWasShownAndWritesTheRow)
 {
     const auto action = queued("how_it_works", {{"note", "as shown"}});
     auto changed = action;
@@ -61,7 +61,7 @@ TEST_F(ApprovalTest, RunsWhatWasShownAndWritesTheRow)
     EXPECT_EQ(audit.mutationsToday(), 0) << "a person's approval does not count towards the cap";
 }
 
-TEST_F(ApprovalTest, LeavesTheFileWhereNothingRan)
+TEST_F(ApprovalTest, leavesTheFileWhereNothingRan)
 {
     const auto unknown = queued("mail.vanish");
     const std::string bytes = test::readFile(file());
@@ -78,7 +78,7 @@ TEST_F(ApprovalTest, LeavesTheFileWhereNothingRan)
     EXPECT_EQ(audit.count(), 0);
 }
 
-TEST_F(ApprovalTest, QueuesAFailedRunAgain)
+TEST_F(ApprovalTest, queuesAFailedRunAgain)
 {
     const auto action = queued("cal.delete", {{"contains", "Hi"}});
     const auto result = Approval::approve(action, stores);
@@ -91,7 +91,7 @@ TEST_F(ApprovalTest, QueuesAFailedRunAgain)
     expectRow("cal.delete", {{"contains", "Hi"}}, "error", why);
 }
 
-TEST_F(ApprovalTest, RunsNothingThatItCannotClaim)
+TEST_F(ApprovalTest, runsNothingThatItCannotClaim)
 {
     const auto action = queued("how_it_works");
     std::filesystem::remove(file());
@@ -121,7 +121,7 @@ int approvals(const std::filesystem::path& home, const PendingAction& action)
     return ran;
 }
 
-TEST_F(ApprovalTest, RunsOnceOfTwoProcessesAndTheirThreads)
+TEST_F(ApprovalTest, runsOnceOfTwoProcessesAndTheirThreads)
 {
     for (int round = 1; round <= 20; ++round) {
         const auto action = queued("how_it_works");
@@ -143,7 +143,7 @@ TEST_F(ApprovalTest, RunsOnceOfTwoProcessesAndTheirThreads)
     }
 }
 
-TEST_F(ApprovalTest, RejectsWithARowAndALesson)
+TEST_F(ApprovalTest, rejectsWithARowAndALesson)
 {
     const struct {
         Args args;

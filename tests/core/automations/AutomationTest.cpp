@@ -33,7 +33,7 @@ protected:
     test::TempDir home_;
 };
 
-TEST(Automations, NameTheirSchedules)
+TEST(Automations, nameTheirSchedules)
 {
     using A = Automation;
     const std::pair<A::Schedule, const char*> cases[] = {{A::Interval{5}, "every 5m"}, {A::Interval{90}, "every 90m"},
@@ -45,7 +45,7 @@ TEST(Automations, NameTheirSchedules)
         EXPECT_EQ(scheduleLabel(schedule), label);
 }
 
-TEST(Automations, TellHowTheLastRunEnded)
+TEST(Automations, tellHowTheLastRunEnded)
 {
     using enum Automation::Kind;
     using Outcome = Automation::RunOutcome;
@@ -61,7 +61,7 @@ TEST(Automations, TellHowTheLastRunEnded)
     }
 }
 
-TEST(Automations, PreviewThePromptsFirstWords)
+TEST(Automations, previewThePromptsFirstWords)
 {
     EXPECT_EQ(promptPreview("# Title\n\n> quote\n  Read **all** `mail`  \nmore"), "Read all mail");
     EXPECT_EQ(promptPreview("#only\n\n"), "");
@@ -70,7 +70,7 @@ TEST(Automations, PreviewThePromptsFirstWords)
     EXPECT_EQ(AgentClients::client("agy").display, "Antigravity");
 }
 
-TEST_F(AutomationFolders, AreReadWithEveryKeyAndItsDefault)
+TEST_F(AutomationFolders, areReadWithEveryKeyAndItsDefault)
 {
     loop("bare", R"({"name":"bare"})");
     Automation expected;
@@ -100,7 +100,7 @@ TEST_F(AutomationFolders, AreReadWithEveryKeyAndItsDefault)
     EXPECT_EQ(only().prompt, "# Do\nit");
 }
 
-TEST_F(AutomationFolders, TellToolsFromScriptsByTheirCommand)
+TEST_F(AutomationFolders, tellToolsFromScriptsByTheirCommand)
 {
     const std::pair<const char*, Automation::Kind> cases[] = {
         {R"({"name":"a","kind":"script","command":"'/opt/mervo' run ask.harvest"})", Automation::Kind::tool},
@@ -114,7 +114,7 @@ TEST_F(AutomationFolders, TellToolsFromScriptsByTheirCommand)
     }
 }
 
-TEST_F(AutomationFolders, RunWhileTheLocksProcessLives)
+TEST_F(AutomationFolders, runWhileTheLocksProcessLives)
 {
     loop("a", R"({"name":"a"})");
     const std::pair<std::string, bool> cases[] = {{std::to_string(getpid()), true}, {"999999999999", false},
@@ -125,7 +125,7 @@ TEST_F(AutomationFolders, RunWhileTheLocksProcessLives)
     }
 }
 
-TEST_F(AutomationFolders, AreListedByNameWithoutWhatCannotBeRead)
+TEST_F(AutomationFolders, areListedByNameWithoutWhatCannotBeRead)
 {
     loop("b", R"({"name":"b"})");
     loop("a", R"({"name":"a","schedule":7,"screen":"x","visible":3,"client":[]})");
@@ -146,7 +146,7 @@ TEST_F(AutomationFolders, AreListedByNameWithoutWhatCannotBeRead)
     EXPECT_EQ(RondelEngine::logURL("b"), home_ / ".runtime/logs/b.log");
 }
 
-TEST_F(AutomationFolders, ListedAgainAndAgainShowEveryChange)
+TEST_F(AutomationFolders, listedAgainAndAgainShowEveryChange)
 {
     AutomationListing listing;
     const auto seen = [&] {

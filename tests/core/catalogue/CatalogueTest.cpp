@@ -8,7 +8,7 @@
 namespace mervo {
 namespace {
 
-TEST(Catalogue, HoldsTheToolsInTheOrderOfPublication)
+TEST(Catalogue, holdsTheToolsInTheOrderOfPublication)
 {
     std::ostringstream list;
     for (const Tool* tool : Tools::all())
@@ -16,7 +16,7 @@ TEST(Catalogue, HoldsTheToolsInTheOrderOfPublication)
     EXPECT_EQ(list.str(), test::readFile(MERVO_SOURCE_DIR "/tests/core/catalogue/catalogue.txt"));
 }
 
-TEST(Catalogue, FindsByTheExactIdAlone)
+TEST(Catalogue, findsByTheExactIdAlone)
 {
     for (const Tool* tool : Tools::all())
         EXPECT_EQ(Tools::find(tool->id), tool);
@@ -26,7 +26,7 @@ TEST(Catalogue, FindsByTheExactIdAlone)
     EXPECT_NE(Tools::find("how_it_works"), nullptr);
 }
 
-TEST(Catalogue, SuggestsWhatAMistypedIdMayHaveMeant)
+TEST(Catalogue, suggestsWhatAMistypedIdMayHaveMeant)
 {
     const struct {
         const char* typed;
@@ -65,7 +65,7 @@ std::string refusal(const Tool& tool, const Args& args)
 
 // Every argument that is marked as required really is: a call with all others is refused and told its name. No other
 // one is, as long as the call has one of those that stand for each other.
-TEST(Catalogue, MarksAsRequiredWhatEveryCallMustHave)
+TEST(Catalogue, marksAsRequiredWhatEveryCallMustHave)
 {
     const std::map<std::string_view, std::string> shaped{
         {"name", "Mail"}, {"at", "08:30"}, {"hours", "8"}, {"every", "5"}, {"client", "codex"}};
@@ -91,7 +91,7 @@ TEST(Catalogue, MarksAsRequiredWhatEveryCallMustHave)
     }
 }
 
-TEST(Catalogue, SaysWhichToolsThisBuildCannotRun)
+TEST(Catalogue, saysWhichToolsThisBuildCannotRun)
 {
     const std::map<std::string, std::string> bridges{{"cal", "Calendar"}, {"reminder", "Reminders"}, {"note", "Notes"},
         {"contact", "Contacts"}, {"finder", "Finder"}, {"app", "System Events"}, {"auto", "Automations"},
@@ -111,7 +111,7 @@ TEST(Catalogue, SaysWhichToolsThisBuildCannotRun)
     }
 }
 
-TEST(Catalogue, HasAnEmptyHarvestCycleKeptOutOfTheTrail)
+TEST(Catalogue, hasAnEmptyHarvestCycleKeptOutOfTheTrail)
 {
     for (const Tool* tool : Tools::all())
         EXPECT_EQ(tool->auditAutoRun != nullptr, tool->id == "ask.harvest") << tool->id;

@@ -20,7 +20,7 @@ std::vector<std::string> sentences(std::string_view id, const Args& args)
 }
 
 // "- " stands before what has no effect.
-TEST(Remarks, SayWhichArgumentsAToolDoesNotTakeAsTheyLook)
+TEST(Remarks, sayWhichArgumentsAToolDoesNotTakeAsTheyLook)
 {
     const struct {
         const char* tool;
@@ -111,7 +111,7 @@ std::string wellFormed(const Format& format)
     return {};
 }
 
-TEST(Remarks, AreNoneForAnyToolWhoseArgumentsHaveTheirForm)
+TEST(Remarks, areNoneForAnyToolWhoseArgumentsHaveTheirForm)
 {
     for (const Tool* tool : Tools::all()) {
         EXPECT_THAT(sentences(tool->id, {}), IsEmpty()) << tool->id;
@@ -122,7 +122,7 @@ TEST(Remarks, AreNoneForAnyToolWhoseArgumentsHaveTheirForm)
     }
 }
 
-TEST(Remarks, SayWhatAnAnswerLeftOut)
+TEST(Remarks, sayWhatAnAnswerLeftOut)
 {
     const auto after = [](const char* id, const Args& args, const std::string& output) {
         return Remarks::after(*Tools::find(id), args, output);
@@ -145,7 +145,7 @@ TEST(Remarks, SayWhatAnAnswerLeftOut)
     EXPECT_THAT(after("mail.body", {}, "Yes.\n"), IsEmpty());
 }
 
-TEST(Remarks, SayWhatAFailedScriptWanted)
+TEST(Remarks, sayWhatAFailedScriptWanted)
 {
     const std::string made = "execution error: Can't make \"yest\" into type integer. (-1700)";
     const struct {

@@ -5,7 +5,7 @@
 namespace mervo {
 namespace {
 
-TEST(FeedbackItem, IsStoredUnderTheColumnNames)
+TEST(FeedbackItem, isStoredUnderTheColumnNames)
 {
     FeedbackItem item;
     item.id = "0a1b2c3d";
@@ -28,7 +28,7 @@ TEST(FeedbackItem, IsStoredUnderTheColumnNames)
     EXPECT_EQ(FeedbackItem::decode(item.encode()), item);
 }
 
-TEST(FeedbackItem, IsNothingWhenDamaged)
+TEST(FeedbackItem, isNothingWhenDamaged)
 {
     const std::string whole = R"({"id":"1","kind":"verdict","text":"t","created_at":"c","source":"s")";
     EXPECT_TRUE(FeedbackItem::decode(whole + "}"));

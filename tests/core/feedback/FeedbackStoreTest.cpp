@@ -48,7 +48,7 @@ protected:
     FeedbackDB db{mervo};
 };
 
-TEST_F(Feedback, KeepsEveryField)
+TEST_F(Feedback, keepsEveryField)
 {
     FeedbackItem whole = item("0a1b2c3d", Kind::question, "triage");
     whole.handle = "ref";
@@ -64,7 +64,7 @@ TEST_F(Feedback, KeepsEveryField)
     EXPECT_THAT(db.recent(std::nullopt, 10, kNow), ElementsAre(whole));
 }
 
-TEST_F(Feedback, ReachesTheRunsThatItIsFor)
+TEST_F(Feedback, reachesTheRunsThatItIsFor)
 {
     db.add(item("d", Kind::directive));
     db.add(item("vv", Kind::verdict, "triage"));
@@ -95,7 +95,7 @@ TEST_F(Feedback, ReachesTheRunsThatItIsFor)
     }
 }
 
-TEST_F(Feedback, ExpiresAtTheSecond)
+TEST_F(Feedback, expiresAtTheSecond)
 {
     const struct {
         std::optional<std::string> expires;
@@ -116,7 +116,7 @@ TEST_F(Feedback, ExpiresAtTheSecond)
     }
 }
 
-TEST_F(Feedback, ListsAndCleans)
+TEST_F(Feedback, listsAndCleans)
 {
     db.add(item("q", Kind::question, "triage"));
     db.add(item("qq", Kind::question));
@@ -135,7 +135,7 @@ TEST_F(Feedback, ListsAndCleans)
     EXPECT_THAT(ids(db.recent(std::nullopt, 10, kNow)), ElementsAre("ddd"));
 }
 
-TEST_F(Feedback, WorksWithoutADatabaseAndWithOneThatFails)
+TEST_F(Feedback, worksWithoutADatabaseAndWithOneThatFails)
 {
     mervo->database().execute("DROP TABLE feedback");
     for (FeedbackStore store : {FeedbackStore(nullptr), FeedbackStore(mervo)}) {
@@ -150,7 +150,7 @@ TEST_F(Feedback, WorksWithoutADatabaseAndWithOneThatFails)
     }
 }
 
-TEST_F(Feedback, AnswersAQuestionOnceHoweverManyTry)
+TEST_F(Feedback, answersAQuestionOnceHoweverManyTry)
 {
     test::TempDir home;
     {
@@ -169,7 +169,7 @@ TEST_F(Feedback, AnswersAQuestionOnceHoweverManyTry)
     EXPECT_EQ(answered, 1);
 }
 
-TEST_F(Feedback, RecordsAVerdict)
+TEST_F(Feedback, recordsAVerdict)
 {
     FeedbackStore store(mervo);
     AskService service(store);

@@ -4,7 +4,7 @@
 
 using namespace mervo;
 
-TEST(ImapText, FindsTheFolderForAllMail)
+TEST(ImapText, findsTheFolderForAllMail)
 {
     const std::pair<const char*, std::optional<std::string>> cases[] = {
         {"* LIST (\\HasNoChildren \\All) \"/\" \"[Gmail]/Tous les messages\"\r\na2 OK\r\n",
@@ -19,7 +19,7 @@ TEST(ImapText, FindsTheFolderForAllMail)
         EXPECT_EQ(ImapText::allMailFolder(answer), folder) << answer;
 }
 
-TEST(ImapText, ReadsTheNumbersOfTheFirstSearchLine)
+TEST(ImapText, readsTheNumbersOfTheFirstSearchLine)
 {
     const std::pair<const char*, std::vector<std::uint64_t>> cases[] = {
         {"* SEARCH 2 84 882\r\na4 OK\r\n", {2, 84, 882}}, {"* SEARCH\r\n", {}}, {"a4 OK\r\n", {}},
@@ -30,7 +30,7 @@ TEST(ImapText, ReadsTheNumbersOfTheFirstSearchLine)
         EXPECT_EQ(ImapText::searchHits(answer), hits) << answer;
 }
 
-TEST(ImapText, FindsTheTaggedLineAcrossReads)
+TEST(ImapText, findsTheTaggedLineAcrossReads)
 {
     const std::string answer = "* OK a1 OK\r\na1x OK\r\na1\r\na1 OK done\r\nrest";
     for (std::size_t size = 0; size <= answer.size(); ++size) {

@@ -57,7 +57,7 @@ TEST(PolicyRule, everyConditionMustHold)
     }
 }
 
-TEST(PolicyRule, MatchesAHugeArgumentInLinearTime)
+TEST(PolicyRule, matchesAHugeArgumentInLinearTime)
 {
     PolicyRule rule;
     rule.toolPattern = "*";

@@ -52,7 +52,7 @@ protected:
 };
 
 // Each line stops at the check that its text names: the checks before it pass, those after it would fail.
-TEST_F(Refusals, OfMailComeInTheirOrder)
+TEST_F(Refusals, ofMailComeInTheirOrder)
 {
     check({
         {"mail.accounts", {{"anything", "goes"}}, "accepted"},
@@ -89,7 +89,7 @@ TEST_F(Refusals, OfMailComeInTheirOrder)
     });
 }
 
-TEST_F(Refusals, OfNotificationsReadTheConfigurationEachTime)
+TEST_F(Refusals, ofNotificationsReadTheConfigurationEachTime)
 {
     const std::string noEmail = kMissing + "notify email (set it in Settings → Notifications)";
     const std::string noHandle = kMissing + "notify iMessage handle (set it in Settings → Notifications)";
@@ -115,7 +115,7 @@ TEST_F(Refusals, OfNotificationsReadTheConfigurationEachTime)
     });
 }
 
-TEST_F(Refusals, OfTheOtherApplications)
+TEST_F(Refusals, ofTheOtherApplications)
 {
     check({
         {"cal.find", {{"days", "soon"}}, "accepted"},
@@ -142,7 +142,7 @@ TEST_F(Refusals, OfTheOtherApplications)
     });
 }
 
-TEST_F(Refusals, OfAutomationsComeInTheirOrder)
+TEST_F(Refusals, ofAutomationsComeInTheirOrder)
 {
     const std::string work = "work: prompt= | command= | tool=";
     const std::string client = "client must be one of claude, codex, agy, grok";
@@ -177,7 +177,7 @@ TEST_F(Refusals, OfAutomationsComeInTheirOrder)
     });
 }
 
-TEST(Arguments, ReadTextsAsTheConventionsSay)
+TEST(Arguments, readTextsAsTheConventionsSay)
 {
     const struct {
         const char* text;

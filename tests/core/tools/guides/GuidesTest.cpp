@@ -11,7 +11,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-TEST(Guides, AreReadAfreshAndNeverFail)
+TEST(Guides, areReadAfreshAndNeverFail)
 {
     test::TempDir dir;
     const auto file = dir / "llm-guide.md";
@@ -27,7 +27,7 @@ TEST(Guides, AreReadAfreshAndNeverFail)
     EXPECT_EQ(MervoGuides::text(file, "built in"), "built in");
 }
 
-TEST(Guides, LieInTheBundle)
+TEST(Guides, lieInTheBundle)
 {
     const auto folder = test::bundle() / "Resources" / "MervoCore_MervoCore.bundle";
     EXPECT_EQ(MervoGuides::llm(), test::readFile(folder / "llm-guide.md"));
@@ -36,7 +36,7 @@ TEST(Guides, LieInTheBundle)
 }
 
 // What the summary of how_it_works promises, and no tool that the catalogue does not have.
-TEST(Guides, CoverWhatIsPromised)
+TEST(Guides, coverWhatIsPromised)
 {
     const std::string guide = MervoGuides::llm();
     for (const auto* topic :
@@ -46,7 +46,7 @@ TEST(Guides, CoverWhatIsPromised)
         EXPECT_THAT(guide, HasSubstr("`" + tool->id + "`")) << "the guide forgets a tool";
 }
 
-TEST(Guides, GiveWayToTheBuiltInTexts)
+TEST(Guides, giveWayToTheBuiltInTexts)
 {
     // A bundle without resources: the test program itself, linked into an empty one, asked for one test only.
     if (std::getenv("MERVO_TEST_EMPTY_BUNDLE") != nullptr) {
@@ -60,7 +60,7 @@ TEST(Guides, GiveWayToTheBuiltInTexts)
     std::filesystem::create_directories(program.parent_path());
     std::filesystem::copy_file("/proc/self/exe", program);
     const auto run = test::runProgram(
-        program, {"--gtest_filter=Guides.GiveWayToTheBuiltInTexts"}, {{"MERVO_TEST_EMPTY_BUNDLE", "1"}});
+        program, {"--gtest_filter=Guides.giveWayToTheBuiltInTexts"}, {{"MERVO_TEST_EMPTY_BUNDLE", "1"}});
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_THAT(run.out, HasSubstr("1 test"));
 }

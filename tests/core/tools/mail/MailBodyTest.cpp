@@ -21,7 +21,7 @@ void check(std::initializer_list<Case> cases)
         EXPECT_EQ(MailBody::clean(text), cleaned) << name;
 }
 
-TEST(MailBody, KeepsPlainText)
+TEST(MailBody, keepsPlainText)
 {
     check({
         {"nothing", "", ""},
@@ -34,7 +34,7 @@ TEST(MailBody, KeepsPlainText)
     });
 }
 
-TEST(MailBody, TakesMarkupAway)
+TEST(MailBody, takesMarkupAway)
 {
     check({
         {"blocks are lines of their own", "<div>one</div><p>two</p>three<BR>four<br/>five<Br />six",
@@ -58,7 +58,7 @@ TEST(MailBody, TakesMarkupAway)
     EXPECT_EQ(MailBody::stripHTMLToText("<p>On x wrote:</p>> q"), "On x wrote:\n> q") << "no cutting here";
 }
 
-TEST(MailBody, CutsTheQuotedTail)
+TEST(MailBody, cutsTheQuotedTail)
 {
     check({
         {"quoted lines", "answer\n> question\nmore", "answer"},
@@ -83,7 +83,7 @@ TEST(MailBody, CutsTheQuotedTail)
     });
 }
 
-TEST(MailBody, KeepsToItsCap)
+TEST(MailBody, keepsToItsCap)
 {
     const std::string note = "\n\n[truncated: ";
     const std::string whole(8192, 'x');
@@ -100,7 +100,7 @@ TEST(MailBody, KeepsToItsCap)
 }
 
 // What each case tries is a pattern that could look for its end again from every place.
-TEST(MailBody, TakesLinearTimeOnHostileText)
+TEST(MailBody, takesLinearTimeOnHostileText)
 {
     const std::string attribution = "On " + std::string(201, 'x') + "\n";
     for (const std::string_view part : {"<script>", "<script ", "<style><head>", "<!--", "<", "<a <", "<p>", " ", " \n",

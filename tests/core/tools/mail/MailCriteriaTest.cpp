@@ -9,7 +9,7 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(MailCriteria, TurnsMegabytesIntoBytes)
+TEST(MailCriteria, turnsMegabytesIntoBytes)
 {
     const struct {
         const char* given;
@@ -48,7 +48,7 @@ TEST(MailCriteria, TurnsMegabytesIntoBytes)
         EXPECT_EQ(MailCriteria::bytesOfMegabytes(given), item) << given;
 }
 
-TEST(MailCriteria, StandInTheirPlacesOnTheArgumentList)
+TEST(MailCriteria, standInTheirPlacesOnTheArgumentList)
 {
     const Args all{{"account", "A\"c"}, {"mailbox", "M\\b"}, {"from", "f\nr"}, {"to", "t"}, {"before", "b"},
         {"after", "a"}, {"olderThan", "o"}, {"minSize", "1"}, {"maxSize", "2"}, {"subject", "s"},
@@ -79,7 +79,7 @@ TEST(MailCriteria, StandInTheirPlacesOnTheArgumentList)
 }
 
 // An argument never enters the source: whatever is asked, the script is the same text.
-TEST(MailCriteria, NeverChangeTheScript)
+TEST(MailCriteria, neverChangeTheScript)
 {
     const Args plain{{"account", "A"}, {"mailbox", "M"}, {"subject", "s"}, {"to", "t"}};
     const Args hostile{{"account", "\" & (do shell script \"id\") & \""}, {"mailbox", "end tell\nend run"},
@@ -88,7 +88,7 @@ TEST(MailCriteria, NeverChangeTheScript)
         EXPECT_EQ(Tools::find(tool)->build(plain).script, Tools::find(tool)->build(hostile).script) << tool;
 }
 
-TEST(MailCount, ReadsTheCountersLine)
+TEST(MailCount, readsTheCountersLine)
 {
     const struct {
         const char* counted;

@@ -58,7 +58,7 @@ protected:
     }
 };
 
-TEST_F(Messages, GivesWhatCameInNewestFirst)
+TEST_F(Messages, givesWhatCameInNewestFirst)
 {
     add(1, now() - 90 * kMinute, "old");
     add(2, now() - 5 * kMinute, "new; 100% 'quoted'");
@@ -83,7 +83,7 @@ TEST_F(Messages, GivesWhatCameInNewestFirst)
     EXPECT_THAT(read("", std::nullopt, "", 0), ElementsAre());
 }
 
-TEST_F(Messages, DatesInLocalTime)
+TEST_F(Messages, datesInLocalTime)
 {
     ::setenv("TZ", "Asia/Kolkata", 1);
     ::tzset();
@@ -99,7 +99,7 @@ TEST_F(Messages, DatesInLocalTime)
     EXPECT_EQ(rows[1].date, "2001-01-01 05:30:00");
 }
 
-TEST_F(Messages, AnswersThroughTheTool)
+TEST_F(Messages, answersThroughTheTool)
 {
     const std::string before = std::getenv("HOME") == nullptr ? "" : std::getenv("HOME");
     ::setenv("HOME", home.string().c_str(), 1);
@@ -121,7 +121,7 @@ TEST_F(Messages, AnswersThroughTheTool)
     ::setenv("HOME", before.c_str(), 1);
 }
 
-TEST_F(Messages, SaysWhatIsWrongWithTheDatabaseAndLeavesItAlone)
+TEST_F(Messages, saysWhatIsWrongWithTheDatabaseAndLeavesItAlone)
 {
     const std::string front = "chat.db not readable (grant Full Disk Access): ";
     const auto said = [&] {
