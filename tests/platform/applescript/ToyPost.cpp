@@ -11,9 +11,9 @@
 
 namespace mervo::test {
 
-namespace as = mervo::applescript;
-using as::CommonTerm::id;
-using as::CommonTerm::name;
+using namespace applescript;
+using CommonTerm::id;
+using CommonTerm::name;
 
 namespace {
 
@@ -22,13 +22,13 @@ enum PropertyId { kSubject = 1, kSender, kSize, kReceived, kRead, kNote, kBoxOf,
 enum CommandId { kSend = 1, kFile };
 enum ParameterId { kLoudly = 1, kIn, kToAll };
 
-const as::Dictionary& dictionary()
+const Dictionary& dictionary()
 {
-    static const as::Dictionary terms("Post",
+    static const Dictionary terms("Post",
         {
-            {as::CommonTerm::applicationClass, "application", "applications",
+            {CommonTerm::applicationClass, "application", "applications",
                 {{kFirst, "first box", false}, {kBroken, "broken part", true}}, {kAccount, kBox}},
-            {kAccount, "account", "accounts", {{name, "name", true}, {id, "id"}}, {kBox}, as::kNoTerm, {"service"},
+            {kAccount, "account", "accounts", {{name, "name", true}, {id, "id"}}, {kBox}, kNoTerm, {"service"},
                 {"services"}},
             {kBox, "box", "boxes", {{name, "name", true}, {kUnread, "unread count"}}, {kLetter, kBox}},
             {kLetter, "letter", "letters",
@@ -46,103 +46,63 @@ const as::Dictionary& dictionary()
     return terms;
 }
 
-class PostApplication;
-
-class Thing : public as::Object {
+class Post final : public Application {
 public:
-    Thing(PostApplication& post, as::TermId kind)
-        : post_(post)
-        , kind_(kind)
-    {
-    }
-    as::Application& application() const override;
-    const as::ClassTerm& objectClass() const override { return *dictionary().findClass(kind_); }
-    ToyWorld& world() const;
-
-protected:
-    PostApplication& post_;
-    as::TermId kind_;
-};
-
-class PostApplication final : public as::Application {
-public:
-    explicit PostApplication(ToyWorld& world)
+    explicit Post(ToyWorld& world)
         : world_(world)
     {
         ++world.made;
     }
-    const as::Dictionary& dictionary() const override { return mervo::test::dictionary(); }
-    as::Ref<as::Object> root() override;
+    const Dictionary& dictionary() const override { return mervo::test::dictionary(); }
+    Ref<Object> root() override;
     bool isRunning() const override { return world_.isRunning; }
     void launch() override
     {
         if (world_.refusesAccess)
-            throw as::ScriptError(as::ErrorNumber::notAuthorized);
+            throw ScriptError(ErrorNumber::notAuthorized);
         world_.isRunning = true;
         ++world_.launches;
     }
-    void quit(as::Saving) override { world_.isRunning = false; }
-    as::Value make(const as::MakeRequest& request) override;
-    void remove(as::Object& object) override;
-    as::Value move(as::Object& object, const as::Insertion& place) override;
-    as::Value perform(const as::CommandCall& call) override;
+    void quit(Saving) override { world_.isRunning = false; }
+    Value make(const MakeRequest& request) override;
+    void remove(Object& object) override;
+    Value move(Object& object, const Insertion& place) override;
+    Value perform(const CommandCall& call) override;
 
     ToyWorld& world_;
 };
 
-as::Application& Thing::application() const
+template <typename Items, typename Test>
+auto& theOne(Items& items, Test test)
 {
-    return post_;
+    const auto found = std::find_if(items.begin(), items.end(), test);
+    if (found == items.end())
+        throw ScriptError(ErrorNumber::noSuchObject);
+    return *found;
 }
 
-ToyWorld& Thing::world() const
-{
-    return post_.world_;
-}
-
-class BoxThing;
-
-class RecipientThing final : public Thing {
-public:
-    RecipientThing(PostApplication& post, as::Ref<Thing> letter, std::string address)
-        : Thing(post, kRecipient)
-        , letter_(std::move(letter))
-        , address_(std::move(address))
-    {
-    }
-    as::Designation designation() const override
-    {
-        return {as::Designation::Form::index, "to recipient", as::Value::integer(1), letter_};
-    }
-    as::Value get(as::TermId) override { return as::Value::text(address_); }
-
-private:
-    as::Ref<Thing> letter_;
-    std::string address_;
-};
-
-as::Value valueOf(const ToyLetter& letter, as::TermId property)
+Value valueOf(const ToyLetter& letter, TermId property)
 {
     switch (property) {
     case id:
-        return as::Value::integer(letter.id);
+        return Value::integer(letter.id);
     case kSubject:
-        return as::Value::text(letter.subject);
+        return Value::text(letter.subject);
     case kSender:
-        return as::Value::text(letter.sender);
+        return Value::text(letter.sender);
     case kSize:
-        return as::Value::integer(letter.size);
+        return Value::integer(letter.size);
     case kReceived:
-        return as::Value::date(letter.received);
+        return Value::date(letter.received);
     case kRead:
-        return as::Value::boolean(letter.isRead);
+        return Value::boolean(letter.isRead);
     default:
-        return letter.note.empty() ? as::Value::missing() : as::Value::text(letter.note);
+        return letter.note.empty() ? Value::missing() : Value::text(letter.note);
     }
 }
 
 /// The sizes of the letters as they are now, each made when it is asked for.
-class Sizes final : public as::ItemSource {
+class Sizes final : public ItemSource {
 public:
     Sizes(ToyWorld& world, const std::vector<ToyLetter>& letters)
         : world_(world)
@@ -151,10 +111,10 @@ public:
             sizes_.push_back(letter.size);
     }
     std::size_t size() const noexcept override { return sizes_.size(); }
-    as::Value item(std::size_t index) const override
+    Value item(std::size_t index) const override
     {
         ++world_.madeItems;
-        return as::Value::integer(sizes_[index]);
+        return Value::integer(sizes_[index]);
     }
 
 private:
@@ -162,249 +122,206 @@ private:
     std::vector<std::int64_t> sizes_;
 };
 
-class BoxThing final : public Thing {
+/// Any object: a handle by owner and key. What it stands for is looked up at each use, and may be gone.
+class Thing final : public Object {
 public:
-    BoxThing(PostApplication& post, std::string account, std::string box)
-        : Thing(post, kBox)
-        , account_(std::move(account))
-        , box_(std::move(box))
+    Thing(Post& post, TermId kind, Ref<Thing> owner = {}, Value key = {})
+        : post_(post)
+        , kind_(kind)
+        , owner_(std::move(owner))
+        , key_(std::move(key))
     {
     }
-    as::Designation designation() const override;
-    ToyBox& box() const
+    Application& application() const override { return post_; }
+    const ClassTerm& objectClass() const override { return *dictionary().findClass(kind_); }
+    Designation designation() const override
     {
-        for (ToyAccount& account : world().accounts) {
-            for (ToyBox& candidate : account.boxes) {
-                if (account.id == account_ && candidate.name == box_)
-                    return candidate;
-            }
-        }
-        throw as::ScriptError(as::ErrorNumber::noSuchObject);
+        using Form = Designation::Form;
+        if (kind_ == CommonTerm::applicationClass)
+            return {};
+        if (kind_ == kRecipient)
+            return {Form::index, "to recipient", Value::integer(1), owner_};
+        return {kind_ == kBox ? Form::name : Form::id, objectClass().name, key_, owner_};
     }
-    as::Value get(as::TermId property) override
+    Value get(TermId property) override;
+    void set(TermId property, const Value& value) override;
+    Value every(TermId elementClass) override;
+    std::size_t count(TermId elementClass) override
     {
-        ++world().singleRequests;
-        if (property == name)
-            return as::Value::text(box().name);
-        return as::Value::integer(
-            std::count_if(box().letters.begin(), box().letters.end(), [](const auto& each) { return !each.isRead; }));
+        if (kind_ == kBox)
+            return elementClass == kLetter ? box().letters.size() : 0;
+        return Object::count(elementClass);
     }
-    std::size_t count(as::TermId elementClass) override { return elementClass == kLetter ? box().letters.size() : 0; }
-    as::Value every(as::TermId elementClass) override;
-    as::Value propertyOfEvery(as::TermId elementClass, as::TermId property) override
-    {
-        if (elementClass != kLetter || property == kBoxOf)
-            return Object::propertyOfEvery(elementClass, property);
-        ++world().bulkRequests;
-        if (elementClass == kLetter && property == kSize)
-            return as::Value::list(as::makeRef<as::List>(std::make_unique<Sizes>(world(), box().letters)));
-        auto values = std::vector<as::Value>();
-        values.reserve(box().letters.size());
-        for (const ToyLetter& letter : box().letters)
-            values.push_back(valueOf(letter, property));
-        return as::Value::list(std::move(values));
-    }
-
-    std::string account_;
-    std::string box_;
-};
-
-class LetterThing final : public Thing {
-public:
-    LetterThing(PostApplication& post, as::Ref<BoxThing> box, std::int64_t number)
-        : Thing(post, kLetter)
-        , box_(std::move(box))
-        , number_(number)
-    {
-    }
-    as::Designation designation() const override
-    {
-        return {as::Designation::Form::id, "letter", as::Value::integer(number_), box_};
-    }
-    ToyLetter& letter() const
-    {
-        for (ToyLetter& letter : box_->box().letters) {
-            if (letter.id == number_)
-                return letter;
-        }
-        throw as::ScriptError(as::ErrorNumber::noSuchObject);
-    }
-    as::Value get(as::TermId property) override
-    {
-        ++world().singleRequests;
-        if (property == kBoxOf)
-            return as::Value::object(box_);
-        return valueOf(letter(), property);
-    }
-    void set(as::TermId property, const as::Value& value) override
-    {
-        if (property == kSubject)
-            letter().subject = as::toString(value);
-        else if (property == kRead)
-            letter().isRead = as::toBoolean(value);
-        else if (property == kNote)
-            letter().note = as::toString(value);
-        else
-            throw as::ScriptError(as::ErrorNumber::cannotSet);
-    }
-    as::Value every(as::TermId) override
-    {
-        std::vector<as::Value> all;
-        for (const std::string& address : letter().recipients)
-            all.push_back(as::Value::object(as::makeRef<RecipientThing>(post_, as::Ref<Thing>(this), address)));
-        return as::Value::list(std::move(all));
-    }
+    Value propertyOfEvery(TermId elementClass, TermId property) override;
     bool exists() override
     {
         try {
-            letter();
-            return true;
-        } catch (const as::ScriptError&) {
+            return kind_ != kLetter || letter().id == key_.asInteger();
+        } catch (const ScriptError&) {
             return false;
         }
     }
 
-    as::Ref<BoxThing> box_;
-    std::int64_t number_;
-};
-
-as::Value BoxThing::every(as::TermId elementClass)
-{
-    ++world().listings;
-    std::vector<as::Value> all;
-    if (elementClass == kLetter) {
-        all.reserve(box().letters.size());
-        for (const ToyLetter& letter : box().letters)
-            all.push_back(as::Value::object(as::makeRef<LetterThing>(post_, as::Ref<BoxThing>(this), letter.id)));
-    }
-    return as::Value::list(std::move(all));
-}
-
-class AccountThing final : public Thing {
-public:
-    AccountThing(PostApplication& post, std::string account)
-        : Thing(post, kAccount)
-        , account_(std::move(account))
-    {
-    }
-    as::Designation designation() const override
-    {
-        return {as::Designation::Form::id, "account", as::Value::text(account_), {}};
-    }
+    ToyWorld& world() const { return post_.world_; }
     ToyAccount& account() const
     {
-        for (ToyAccount& candidate : world().accounts) {
-            if (candidate.id == account_)
-                return candidate;
-        }
-        throw as::ScriptError(as::ErrorNumber::noSuchObject);
+        return theOne(world().accounts, [&](const auto& each) { return each.id == key_.view(); });
     }
-    as::Value get(as::TermId property) override
+    ToyBox& box() const
     {
-        return as::Value::text(property == id ? account().id : account().name);
+        return theOne(owner_->account().boxes, [&](const auto& each) { return each.name == key_.view(); });
     }
-    void set(as::TermId, const as::Value& value) override { account().name = as::toString(value); }
-    as::Value every(as::TermId) override
+    ToyLetter& letter() const
     {
-        std::vector<as::Value> all;
-        for (const ToyBox& box : account().boxes)
-            all.push_back(as::Value::object(as::makeRef<BoxThing>(post_, account_, box.name)));
-        return as::Value::list(std::move(all));
+        return theOne(owner_->box().letters, [&](const auto& each) { return each.id == key_.asInteger(); });
     }
 
-private:
-    std::string account_;
+    Post& post_;
+    TermId kind_;
+    Ref<Thing> owner_; // null: the application
+    Value key_; // the id of an account or letter, the name of a box, the address of a recipient
 };
 
-as::Designation BoxThing::designation() const
+Value Thing::get(TermId property)
 {
-    return {as::Designation::Form::name, "box", as::Value::text(box_), as::makeRef<AccountThing>(post_, account_)};
-}
-
-class RootThing final : public Thing {
-public:
-    explicit RootThing(PostApplication& post)
-        : Thing(post, as::CommonTerm::applicationClass)
-    {
-    }
-    as::Designation designation() const override { return {}; }
-    as::Value get(as::TermId property) override
-    {
+    switch (kind_) {
+    case kAccount:
+        return Value::text(property == id ? account().id : account().name);
+    case kBox:
+        ++world().singleRequests;
+        if (property == name)
+            return Value::text(box().name);
+        return Value::integer(
+            std::count_if(box().letters.begin(), box().letters.end(), [](const auto& each) { return !each.isRead; }));
+    case kLetter:
+        ++world().singleRequests;
+        return property == kBoxOf ? Value::object(owner_) : valueOf(letter(), property);
+    case kRecipient:
+        return key_;
+    default:
         if (property == kBroken)
             throw std::runtime_error("the store is broken");
-        return as::Value::object(
-            as::makeRef<BoxThing>(post_, world().accounts.front().id, world().accounts.front().boxes.front().name));
+        return every(kAccount).asList()[0].asObject().every(kBox).asList()[0];
     }
-    void set(as::TermId, const as::Value&) override { throw as::ScriptError(as::ErrorNumber::accessNotAllowed); }
-    as::Value every(as::TermId elementClass) override
-    {
-        std::vector<as::Value> all;
-        if (elementClass == kAccount) {
-            for (const ToyAccount& account : world().accounts)
-                all.push_back(as::Value::object(as::makeRef<AccountThing>(post_, account.id)));
+}
+
+void Thing::set(TermId property, const Value& value)
+{
+    if (kind_ == CommonTerm::applicationClass)
+        throw ScriptError(ErrorNumber::accessNotAllowed);
+    if (kind_ == kAccount)
+        account().name = toString(value);
+    else if (kind_ == kLetter && property == kSubject)
+        letter().subject = toString(value);
+    else if (kind_ == kLetter && property == kRead)
+        letter().isRead = toBoolean(value);
+    else if (kind_ == kLetter && property == kNote)
+        letter().note = toString(value);
+    else
+        throw ScriptError(ErrorNumber::cannotSet);
+}
+
+Value Thing::every(TermId elementClass)
+{
+    std::vector<Value> all;
+    const auto add = [&](TermId kind, Value key) {
+        Ref<Thing> owner = kind == kAccount ? Ref<Thing>() : Ref<Thing>(this);
+        all.push_back(Value::object(makeRef<Thing>(post_, kind, std::move(owner), std::move(key))));
+    };
+    if (kind_ == CommonTerm::applicationClass && elementClass == kAccount) {
+        for (const ToyAccount& each : world().accounts)
+            add(kAccount, Value::text(each.id));
+    } else if (kind_ == kAccount) {
+        for (const ToyBox& each : account().boxes)
+            add(kBox, Value::text(each.name));
+    } else if (kind_ == kBox) {
+        ++world().listings;
+        if (elementClass == kLetter) {
+            for (const ToyLetter& each : box().letters)
+                add(kLetter, Value::integer(each.id));
         }
-        return as::Value::list(std::move(all));
+    } else if (kind_ == kLetter) {
+        for (const std::string& each : letter().recipients)
+            add(kRecipient, Value::text(each));
     }
-};
-
-as::Ref<as::Object> PostApplication::root()
-{
-    return as::makeRef<RootThing>(*this);
+    return Value::list(std::move(all));
 }
 
-as::Value PostApplication::make(const as::MakeRequest& request)
+Value Thing::propertyOfEvery(TermId elementClass, TermId property)
 {
-    auto* box = dynamic_cast<BoxThing*>(request.place.anchor.get());
-    if (request.newClass->id != kLetter || !box)
-        throw as::ScriptError(as::ErrorNumber::handlerFailed);
+    if (kind_ != kBox || elementClass != kLetter || property == kBoxOf)
+        return Object::propertyOfEvery(elementClass, property);
+    ++world().bulkRequests;
+    if (property == kSize)
+        return Value::list(makeRef<List>(std::make_unique<Sizes>(world(), box().letters)));
+    std::vector<Value> values;
+    for (const ToyLetter& letter : box().letters)
+        values.push_back(valueOf(letter, property));
+    return Value::list(std::move(values));
+}
+
+Thing& checked(Object& object, TermId kind)
+{
+    auto& thing = dynamic_cast<Thing&>(object);
+    if (thing.kind_ != kind)
+        throw ScriptError(ErrorNumber::handlerFailed);
+    return thing;
+}
+
+Ref<Object> Post::root()
+{
+    return makeRef<Thing>(*this, CommonTerm::applicationClass);
+}
+
+Value Post::make(const MakeRequest& request)
+{
+    Thing& box = checked(*request.place.anchor, kBox);
+    if (request.newClass->id != kLetter)
+        throw ScriptError(ErrorNumber::handlerFailed);
+    auto& letters = box.box().letters;
     ToyLetter letter;
-    letter.id = 900 + static_cast<std::int64_t>(box->box().letters.size());
-    if (const as::Value* subject = request.property(kSubject))
-        letter.subject = as::toString(*subject);
-    auto& letters = box->box().letters;
-    letters.insert(request.place.where == as::Insertion::Where::beginning ? letters.begin() : letters.end(), letter);
-    return as::Value::object(as::makeRef<LetterThing>(*this, as::Ref<BoxThing>(box), letter.id));
+    letter.id = 900 + static_cast<std::int64_t>(letters.size());
+    if (const Value* subject = request.property(kSubject))
+        letter.subject = toString(*subject);
+    letters.insert(request.place.where == Insertion::Where::beginning ? letters.begin() : letters.end(), letter);
+    return Value::object(makeRef<Thing>(*this, kLetter, Ref<Thing>(&box), Value::integer(letter.id)));
 }
 
-void PostApplication::remove(as::Object& object)
+void Post::remove(Object& object)
 {
-    auto& letter = dynamic_cast<LetterThing&>(object);
-    letter.letter();
-    std::erase_if(letter.box_->box().letters, [&](const auto& each) { return each.id == letter.number_; });
+    const Thing& letter = checked(object, kLetter);
+    auto& letters = letter.owner_->box().letters;
+    letters.erase(letters.begin() + (&letter.letter() - letters.data()));
 }
 
-as::Value PostApplication::move(as::Object& object, const as::Insertion& place)
+Value Post::move(Object& object, const Insertion& place)
 {
-    auto* target = dynamic_cast<BoxThing*>(place.anchor.get());
-    if (!target)
-        throw as::ScriptError(as::ErrorNumber::handlerFailed);
-    auto& letter = dynamic_cast<LetterThing&>(object);
-    target->box().letters.push_back(letter.letter());
+    checked(*place.anchor, kBox).box().letters.push_back(checked(object, kLetter).letter());
     remove(object);
     return {};
 }
 
-as::Value PostApplication::perform(const as::CommandCall& call)
+Value Post::perform(const CommandCall& call)
 {
     std::string line = call.command == kSend ? "send " : "file ";
-    line += as::displayForm(call.direct);
-    if (const as::Value* place = call.argument(kIn))
-        line += " in " + as::displayForm(*place);
+    line += displayForm(call.direct);
+    if (const Value* place = call.argument(kIn))
+        line += " in " + displayForm(*place);
     if (call.flag(kLoudly, false))
         line += " loudly";
     if (call.argument(kToAll))
         line += call.flag(kToAll, false) ? " to all" : " to one";
     world_.commands.push_back(line);
-    return as::Value::boolean(true);
+    return Value::boolean(true);
 }
 
-std::string run(as::ApplicationRegistry& registry, const std::string& text, const std::vector<std::string>& arguments)
+std::string run(ApplicationRegistry& registry, const std::string& text, const std::vector<std::string>& arguments)
 {
     try {
-        const auto script = as::parse(text, registry);
-        as::Evaluator evaluator(*script, registry, [](const std::string&) {});
-        return as::displayForm(evaluator.run(arguments));
-    } catch (const as::ScriptError& error) {
+        const auto script = parse(text, registry);
+        Evaluator evaluator(*script, registry, [](const std::string&) {});
+        return displayForm(evaluator.run(arguments));
+    } catch (const ScriptError& error) {
         return "error " + std::to_string(error.number) + ": " + error.message;
     }
 }
@@ -413,7 +330,7 @@ std::string run(as::ApplicationRegistry& registry, const std::string& text, cons
 
 ToyWorld ToyWorld::sample()
 {
-    const auto day = [](int number) { return as::Date::fromParts(2024, 3, number); };
+    const auto day = [](int number) { return Date::fromParts(2024, 3, number); };
     ToyWorld world;
     world.accounts = {
         {"A1", "Home",
@@ -437,31 +354,31 @@ ToyWorld ToyWorld::large(std::size_t letters)
         const auto number = static_cast<std::int64_t>(i);
         box.push_back(
             {number, "Subject number " + std::to_string(i), "Person " + std::to_string(i % 97) + " <p@example.org>",
-                1000 + number * 7 % 90000, as::Date::fromParts(2024, 1, 1, number * 60), i % 3 == 0, "", {}});
+                1000 + number * 7 % 90000, Date::fromParts(2024, 1, 1, number * 60), i % 3 == 0, "", {}});
     }
     return world;
 }
 
-void registerToyPost(as::ApplicationRegistry& registry, ToyWorld& world)
+void registerToyPost(ApplicationRegistry& registry, ToyWorld& world)
 {
     registry.add(
-        {"Post", "Toy Post"}, "com.example.post", []() -> const as::Dictionary& { return dictionary(); },
-        [&world]() -> std::unique_ptr<as::Application> { return std::make_unique<PostApplication>(world); });
+        {"Post", "Toy Post"}, "com.example.post", []() -> const Dictionary& { return dictionary(); },
+        [&world]() -> std::unique_ptr<Application> { return std::make_unique<Post>(world); });
 }
 
 std::string runOver(ToyWorld& world, const std::string& script, const std::vector<std::string>& arguments,
     std::chrono::nanoseconds processorTime)
 {
-    as::ApplicationRegistry registry;
+    ApplicationRegistry registry;
     registerToyPost(registry, world);
-    const as::Limits::Scope limits(0, as::Limits::kDefaultBytes, processorTime);
+    const Limits::Scope limits(0, Limits::kDefaultBytes, processorTime);
     return run(registry, script, arguments);
 }
 
 std::string runAlone(const std::string& script, std::uint64_t steps, std::size_t bytes)
 {
-    as::ApplicationRegistry none;
-    const as::Limits::Scope limits(steps, bytes);
+    ApplicationRegistry none;
+    const Limits::Scope limits(steps, bytes);
     return run(none, script, {});
 }
 
