@@ -174,7 +174,7 @@ Value Evaluator::textRange(const Value& owner, const ElementExpr& expr, const Ke
 /// The piece of a text that bounds a range: `word 2`.
 TextRange Evaluator::pieceOf(const Value& owner, const ElementExpr& bound)
 {
-    const Value key = operand(*bound.key);
+    const Value key = bound.key ? operand(*bound.key) : Value(); // `middle word` has none
     const auto& pieces = texts_.pieces(owner, unitOf(bound.languageClass).value_or(TextUnit::character));
     const auto index = positionOf(bound.form, key, pieces.size());
     if (!index)

@@ -81,7 +81,7 @@ std::string SpecifierWriter::part(const ElementExpr& expr, const Keys& keys) con
     using Form = ElementExpr::Form;
     const std::string& name = expr.className.spelling();
     const auto bound = [&](const ExprPtr& written, const Value& value) {
-        if (!written || written->kind != ExprKind::element)
+        if (!written || written->kind != ExprKind::element || !as<ElementExpr>(*written).key)
             return quoted(value);
         const auto& mark = as<ElementExpr>(*written);
         return mark.className.spelling() + " " + chain(*mark.key);

@@ -163,6 +163,8 @@ TEST(Language, textElements)
             "0, 0, 0, 0"},
         {"return {characters 4 thru 2 of \"abcde\", text 2 thru end of \"abc\", text -2 thru -1 of \"abc\"}",
             "b, c, d, bc, bc"},
+        {"return text (middle word of \"x y z\") thru 7 of \"ab cd ef\"", "cd e"},
+        {"return text 1 thru (every word of \"x\") of \"ab\"", "error -1728: Can’t get every word of \"ab\"."},
         {"return text 1 thru 9 of \"abc\"", "error -1728: Can’t get text 1 thru 9 of \"abc\"."},
         {"return text 0 thru 1 of \"abc\"", "error -1728: Can’t get text 0 thru 1 of \"abc\"."},
         {"return word 3 of \"a b\"", "error -1728: Can’t get word 3 of \"a b\"."},
