@@ -29,8 +29,10 @@ std::string withPoint(std::string digits, std::size_t pointAt)
 /// Writes one value, stopping early once `limit` bytes are there.
 class Writer {
 public:
-    Writer(bool isSource, std::size_t limit)
-        : isSource_(isSource)
+    enum class Form { display, source };
+
+    Writer(Form form, std::size_t limit)
+        : isSource_(form == Form::source)
         , limit_(limit)
     {
     }
@@ -202,9 +204,9 @@ void Writer::write(const Value& value)
     }
 }
 
-std::string written(const Value& value, bool isSource)
+std::string written(const Value& value, Writer::Form form)
 {
-    Writer writer(isSource, kLongestForm);
+    Writer writer(form, kLongestForm);
     writer.write(value);
     if (writer.isFull())
         throw ScriptError::outOfMemory();
@@ -233,12 +235,12 @@ std::string realText(double value)
 
 std::string displayForm(const Value& value)
 {
-    return written(value, false);
+    return written(value, Writer::Form::display);
 }
 
 std::string sourceForm(const Value& value)
 {
-    std::string text = written(value, true);
+    std::string text = written(value, Writer::Form::source);
     if (value.is(Kind::object) && value.asObject().designation().form != Designation::Form::application)
         text += " of application \"" + value.asObject().application().dictionary().applicationName() + "\"";
     return text;
@@ -246,7 +248,7 @@ std::string sourceForm(const Value& value)
 
 std::string quoted(const Value& value)
 {
-    Writer writer(true, kLongestQuotation);
+    Writer writer(Writer::Form::source, kLongestQuotation);
     writer.write(value);
     const bool isCut = writer.isFull();
     std::string text = writer.take();
@@ -260,7 +262,7 @@ std::string quoted(const Value& value)
 
 std::string specifierOf(const Object& object)
 {
-    Writer writer(true, kLongestQuotation);
+    Writer writer(Writer::Form::source, kLongestQuotation);
     writer.write(Value::object(Ref<Object>(const_cast<Object*>(&object))));
     return writer.take();
 }
