@@ -78,21 +78,23 @@ bool isByName(const ElementExpr& expr, const Keys& keys)
     return expr.form == ElementExpr::Form::id || expr.isNamed || keys.first.is(Kind::text);
 }
 
-/// The elements that are meant, of `count`; `element` makes one.
-template <typename Element>
-std::optional<Value> chosen(const ElementExpr& expr, const Keys& keys, std::size_t count, Element&& element)
+bool isOne(ElementExpr::Form form)
 {
-    using Form = ElementExpr::Form;
-    if (expr.form != Form::every && expr.form != Form::range) {
-        const auto index = positionOf(expr.form, keys.first, count);
-        return index ? std::optional<Value>(element(*index)) : std::nullopt;
-    }
-    const auto range = expr.form == Form::range ? rangeOf(keys, count) : Positions{0, count};
-    if (!range)
-        return {};
+    return form != ElementExpr::Form::every && form != ElementExpr::Form::range;
+}
+
+/// Of `every` and of a range.
+std::optional<Positions> positionsOf(const ElementExpr& expr, const Keys& keys, std::size_t count)
+{
+    return expr.form == ElementExpr::Form::range ? rangeOf(keys, count) : Positions{0, count};
+}
+
+template <typename Element>
+Value listOf(const Positions& range, Element&& element)
+{
     auto list = makeRef<List>();
-    list->reserve(range->count);
-    for (std::size_t i = range->first; i < range->first + range->count; ++i)
+    list->reserve(range.count);
+    for (std::size_t i = range.first; i < range.first + range.count; ++i)
         list->append(element(i));
     return Value::list(list);
 }
@@ -140,7 +142,12 @@ std::optional<Value> elementOfList(const Value& owner, const ElementExpr& expr, 
         source = Value::list(some);
     }
     const List& list = source.asList();
-    return chosen(expr, keys, list.size(), [&](std::size_t i) { return list[i]; });
+    if (isOne(expr.form)) {
+        const auto index = positionOf(expr.form, keys.first, list.size());
+        return index ? std::optional<Value>(list[*index]) : std::nullopt;
+    }
+    const auto range = positionsOf(expr, keys, list.size());
+    return range ? std::optional<Value>(listOf(*range, [&](std::size_t i) { return list[i]; })) : std::nullopt;
 }
 
 std::optional<TextUnit> unitOf(LanguageClass which)
@@ -160,22 +167,23 @@ std::optional<TextUnit> unitOf(LanguageClass which)
     }
 }
 
-std::optional<Value> elementOfText(
-    const Value& owner, const ElementExpr& expr, const Keys& keys, TextSettings& settings)
+Value elementOfText(const Value& owner, const ElementExpr& expr, const Keys& keys, TextSettings& settings)
 {
-    using Form = ElementExpr::Form;
     const auto unit = unitOf(expr.languageClass);
     if (!unit || isByName(expr, keys))
         return {};
-    const Text& text = owner.asText();
-    // One character needs no list of them all.
-    if (unit == TextUnit::character && expr.form != Form::every && expr.form != Form::range) {
-        return chosen(expr, keys, text.characterCount(), [&](std::size_t i) {
-            return sliceOf(owner, {text.byteOffset(i), text.byteOffset(i + 1)});
-        });
+    if (unit == TextUnit::character && isOne(expr.form)) { // needs no list of all characters
+        const Text& text = owner.asText();
+        const auto index = positionOf(expr.form, keys.first, text.characterCount());
+        return index ? sliceOf(owner, {text.byteOffset(*index), text.byteOffset(*index + 1)}) : Value();
     }
     const std::vector<TextRange>& pieces = settings.pieces(owner, *unit);
-    return chosen(expr, keys, pieces.size(), [&](std::size_t i) { return sliceOf(owner, pieces[i]); });
+    if (isOne(expr.form)) {
+        const auto index = positionOf(expr.form, keys.first, pieces.size());
+        return index ? sliceOf(owner, pieces[*index]) : Value();
+    }
+    const auto range = positionsOf(expr, keys, pieces.size());
+    return range ? listOf(*range, [&](std::size_t i) { return sliceOf(owner, pieces[i]); }) : Value();
 }
 
 Value cutOf(const Value& text, TextRange one, TextRange other)

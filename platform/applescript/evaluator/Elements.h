@@ -28,11 +28,10 @@ std::optional<std::size_t> positionOf(ElementExpr::Form form, const Value& key, 
 /// The positions from one key to the other, whichever comes first.
 std::optional<Positions> rangeOf(const Keys& keys, std::size_t count);
 
-/// What a reference means in a list or in a text: one element, or a list of them for `every` and a range. None: there
-/// is no such element. `text 1 thru 4` is no element, but a cut (see below).
+/// What a reference means in a list or in a text: one element, or a list of them for `every` and a range. Without
+/// such an element: nothing, or for a text none, which a list could hold. `text 1 thru 4` is a cut (see below).
 std::optional<Value> elementOfList(const Value& owner, const ElementExpr& expr, const Keys& keys);
-std::optional<Value> elementOfText(
-    const Value& owner, const ElementExpr& expr, const Keys& keys, TextSettings& settings);
+Value elementOfText(const Value& owner, const ElementExpr& expr, const Keys& keys, TextSettings& settings);
 
 /// None for a class that texts do not have.
 std::optional<TextUnit> unitOf(LanguageClass which);

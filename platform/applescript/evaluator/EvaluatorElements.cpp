@@ -49,7 +49,7 @@ Found Evaluator::findElement(const ElementExpr& expr)
 {
     const bool isInApplication = frame_->it.is(Kind::object) || frame_->it.is(Kind::application);
     if (!expr.container && expr.form == ElementExpr::Form::id && !isInApplication)
-        return Found::one(elementById(expr));
+        return {.value = elementById(expr)};
     Found owner = container(expr.container);
     const Keys keys = keysOf(expr);
     if (owner.every)
@@ -89,16 +89,16 @@ Found Evaluator::elementOf(const Value& value, const ElementExpr& expr, const Ke
             return objectElement(object, expr, keys);
         // A rich text has the elements of a text, whether or not its dictionary names them.
         if (const Value text = object->coerced(Kind::text); text.is(Kind::text))
-            return Found::one(textElement(text, expr, keys));
+            return {.value = textElement(text, expr, keys)};
         break;
     }
     case Kind::application:
         return objectElement(applications_.rootOf(owner), expr, keys);
     case Kind::text:
-        return Found::one(textElement(owner, expr, keys));
+        return {.value = textElement(owner, expr, keys)};
     case Kind::list:
         if (auto element = elementOfList(owner, expr, keys))
-            return Found::one(*std::move(element));
+            return {.value = *std::move(element)};
         break;
     default:
         break;
@@ -131,7 +131,7 @@ Found Evaluator::objectElement(const Ref<Object>& owner, const ElementExpr& expr
         const bool isByName = expr.form == Form::id || expr.isNamed || keys.first.is(Kind::text);
         if (element.is(Kind::none))
             failElement(isByName ? ErrorNumber::noSuchObject : ErrorNumber::invalidIndex, expr, keys, ownerValue);
-        return Found::one(std::move(element));
+        return {.value = std::move(element)};
     }
     const std::size_t count = applications_.ask(
         owner->application(), [&] { return owner->count(term->id); }, specifier);
@@ -145,8 +145,8 @@ Value Evaluator::textElement(const Value& owner, const ElementExpr& expr, const 
 {
     if (expr.languageClass == LanguageClass::text && expr.form == ElementExpr::Form::range)
         return textRange(owner, expr, keys);
-    if (auto element = elementOfText(owner, expr, keys, texts_))
-        return *std::move(element);
+    if (Value element = elementOfText(owner, expr, keys, texts_); !element.is(Kind::none))
+        return element;
     failElement(ErrorNumber::noSuchObject, expr, keys, owner);
 }
 

@@ -115,7 +115,7 @@ Found Evaluator::filtered(const Ref<Object>& owner, const FilterExpr& expr)
             return Found::many(Value::list(items));
         }
     } else if (const auto index = positionOf(element.form, keys.first, matches->size())) {
-        return Found::one((*matches)[*index]);
+        return {.value = (*matches)[*index]};
     }
     const Value ownerValue = Value::object(owner);
     failIn(owner->application(), ScriptError(ErrorNumber::invalidIndex, {}, ownerValue),

@@ -37,14 +37,14 @@ Found Evaluator::find(const Expr& expr)
     case ExprKind::filter:
         return findFilter(as<FilterExpr>(expr));
     default:
-        return Found::one(evaluate(expr));
+        return {.value = evaluate(expr)};
     }
 }
 
 /// What a part belongs to: what was written, else the target of the `tell`.
 Found Evaluator::ownerOf(const ExprPtr& written)
 {
-    return written ? find(*written) : Found::one(frame_->it);
+    return written ? find(*written) : Found{.value = frame_->it};
 }
 
 /// The same, seen through references.
@@ -80,7 +80,7 @@ Found Evaluator::findProperty(const PropertyExpr& expr)
         || (expr.container->kind == ExprKind::target && as<TargetExpr>(*expr.container).which == TargetExpr::Which::it);
     if (isOfIt && frame_->filter) {
         if (Value value = column(expr); !value.is(Kind::none))
-            return Found::one(std::move(value));
+            return {.value = std::move(value)};
     }
     Found owner = ownerOf(expr.container);
     // `contents of v` looks at the reference itself, every other property through it.
@@ -93,14 +93,14 @@ Found Evaluator::findProperty(const PropertyExpr& expr)
         return propertyOfEvery(std::move(owner), expr);
     if (owner.isMany)
         return propertyOfMany(owner.value, expr);
-    return Found::one(propertyOf(owner.value, expr));
+    return {.value = propertyOf(owner.value, expr)};
 }
 
 /// Of elements that were not fetched: one question where the dictionary knows the property.
 Found Evaluator::propertyOfEvery(Found owner, const PropertyExpr& expr)
 {
     if (expr.property == LanguageProperty::length)
-        return Found::one(Value::integer(static_cast<std::int64_t>(countOf(owner))));
+        return {.value = Value::integer(static_cast<std::int64_t>(countOf(owner)))};
     Object& parent = *owner.parent;
     const ClassTerm& elements = *owner.every;
     const PropertyTerm* term = propertyTerm(parent.application().dictionary(), elements, expr);
@@ -116,7 +116,7 @@ Found Evaluator::propertyOfMany(const Value& list, const PropertyExpr& expr)
 {
     Limits::enter();
     if (expr.property == LanguageProperty::length)
-        return Found::one(Value::integer(static_cast<std::int64_t>(list.asList().size())));
+        return {.value = Value::integer(static_cast<std::int64_t>(list.asList().size()))};
     auto values = makeRef<List>();
     values->reserve(list.asList().size());
     for (const Value& owner : list.asList().items())

@@ -11,7 +11,6 @@ namespace mervo::applescript {
 /// What a reference leads to: one value, a list that stands for many objects, or the elements of one class of one
 /// object, all or a range of them, not fetched.
 struct Found {
-    static Found one(Value value) { return {.value = std::move(value)}; }
     static Found many(Value list) { return {.value = std::move(list), .isMany = true}; }
     static Found elements(Ref<Object> parent, const ClassTerm& which, std::optional<Positions> range = {})
     {
