@@ -6,9 +6,9 @@
 
 namespace mervo::applescript {
 
-/// Ends the process when the current thread has used so much processor time, with a line of error on standard error and
-/// exit status 1. For work that looks at no bound, such as a library that reads a message; what looks at Limits
-/// fails there before, and its script can clean up. One at a time.
+/// Ends the process once the current thread has used this much processor time, with a line on standard error and exit
+/// status 1. For work that does not check Limits, such as a library that parses a message; code that does check them
+/// fails earlier, and its script can clean up. Only one may exist at a time.
 class HardStop {
 public:
     explicit HardStop(std::chrono::milliseconds processorTime) noexcept;

@@ -14,7 +14,7 @@
 #include <vector>
 
 /// A script as a plain tree: what the parser gives and the evaluator walks. Nodes hold no behaviour. Every node knows
-/// its place in the source. Trees are no deeper than the parser's bounds.
+/// its place in the source. The parser bounds the depth of the tree.
 namespace mervo::applescript {
 
 enum class ExprKind : std::uint8_t {

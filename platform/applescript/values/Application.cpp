@@ -104,15 +104,6 @@ ApplicationRegistry::Entry* ApplicationRegistry::findByBundleId(std::string_view
     return nullptr;
 }
 
-ApplicationRegistry::Entry* ApplicationRegistry::findByApplication(const Application& application)
-{
-    for (const auto& entry : entries_) {
-        if (entry->instance.get() == &application)
-            return entry.get();
-    }
-    return nullptr;
-}
-
 Application& ApplicationRegistry::instance(Entry& entry)
 {
     if (!entry.instance)

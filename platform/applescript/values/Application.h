@@ -15,7 +15,7 @@
 
 namespace mervo::applescript {
 
-/// Where something new or moved goes.
+/// Where a new or moved object goes.
 struct Insertion {
     enum class Where { into, beginning, end, before, after };
 
@@ -56,8 +56,8 @@ struct CommandCall {
 
 /// An application as scripts see it: a dictionary, a tree of objects, and what its commands do.
 ///
-/// Made on first use by the registry; making one must touch nothing (no file, no database): `application "X" is
-/// running` makes it, too. The interpreter calls `launch` once before the first object or command is used.
+/// Created by the registry on first use. The constructor must not touch files or databases, since `application "X" is
+/// running` creates it too. The interpreter calls `launch` once, before the first object or command is used.
 /// Everything may throw ScriptError.
 class Application {
 public:
@@ -88,8 +88,8 @@ public:
     /// The commands of the dictionary.
     virtual Value perform(const CommandCall& call);
 
-    /// The end of the time that `with timeout` gives to the present command, if any. A command that waits or that
-    /// works for long should look at it and throw ScriptError(ErrorNumber::timedOut).
+    /// When the current command must be done, if `with timeout` limits it. A command that waits or takes long should
+    /// check this and throw ScriptError(ErrorNumber::timedOut).
     std::optional<std::chrono::steady_clock::time_point> deadline() const noexcept { return deadline_; }
     void setDeadline(std::optional<std::chrono::steady_clock::time_point> end) noexcept { deadline_ = end; }
 
@@ -97,8 +97,8 @@ private:
     std::optional<std::chrono::steady_clock::time_point> deadline_;
 };
 
-/// The applications that scripts can address. An application that a script does not name costs nothing: neither its
-/// dictionary nor the application itself is made.
+/// The applications that scripts can address. For one that a script does not name, neither the dictionary nor the
+/// application is created.
 class ApplicationRegistry {
 public:
     using Factory = std::function<std::unique_ptr<Application>()>;
@@ -119,9 +119,7 @@ public:
     /// Null when no such application is registered.
     Entry* findByName(std::string_view name);
     Entry* findByBundleId(std::string_view bundleId);
-    /// The entry of an application that has been made.
-    Entry* findByApplication(const Application& application);
-    /// Made on first use; not launched.
+    /// Created on first use; not launched.
     static Application& instance(Entry& entry);
 
 private:

@@ -27,7 +27,7 @@ struct Date {
     friend auto operator<=>(const Date&, const Date&) noexcept = default;
 };
 
-/// A date taken apart; month 1-12, weekday 1 is Sunday.
+/// The parts of a date; month 1-12, weekday 1 is Sunday.
 struct DateParts {
     std::int64_t year = 1970;
     int month = 1;

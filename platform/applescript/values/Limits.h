@@ -9,9 +9,9 @@ namespace mervo::applescript {
 /// What one script may use on the current thread: memory of its values, depth of the stack, processor time and, for
 /// tests, steps.
 ///
-/// Reaching a bound throws ScriptError (-108 for memory, -2706 for depth, -1712 for time and steps). What has no time
-/// or steps left throws at every further step, so that no `try` goes on for long. Time that is spent waiting does not
-/// count. Without a Scope nothing but the default bound of memory applies.
+/// Exceeding a bound throws ScriptError (-108 for memory, -2706 for depth, -1712 for time and steps). Once time or
+/// steps have run out, every further step throws, so that no `try` goes on for long. Time spent waiting does not count.
+/// Without a Scope nothing but the default bound of memory applies.
 class Limits {
 public:
     static constexpr std::size_t kDefaultBytes = std::size_t(1) << 30;
@@ -29,10 +29,10 @@ public:
     static void enter();
     /// Called once for each statement, round of a loop and part of a value that is walked through.
     static void step();
-    /// Called where one step may take long, such as a question to an application: looks at the processor time when
-    /// some milliseconds of any time have gone by since it was looked at.
+    /// Called where one step may take long, such as a question to an application: checks the processor time if some
+    /// milliseconds of real time have passed since the last check.
     static void glance();
-    /// Called with the length of a text that was gone through in one step: glances after a long one.
+    /// Called with the length of a text that was scanned in one step: glances after a long one.
     static void passed(std::size_t bytes)
     {
         if (bytes >= kLongText)

@@ -8,14 +8,14 @@
 
 namespace mervo::applescript {
 
-/// What lists and records share: they can hold themselves, and then counting alone never frees them.
+/// The base of lists and records. They can contain themselves, and reference counting never frees such a cycle.
 class Container : public Cell {
 public:
     Container() noexcept;
     ~Container() override;
 
-    /// Empties every list and record that is left on this thread: for the end of an interpreter, when nobody asks
-    /// for a value any more. Frees the lists that hold themselves.
+    /// Empties every list and record that is left on this thread, and so frees the cycles. For the end of an
+    /// interpreter, when no value is used any more.
     static void releaseAll() noexcept;
 
 protected:
@@ -29,10 +29,9 @@ private:
     Container* next_ = nullptr;
 };
 
-/// Where the items of a list come from that nobody has looked at. For columns of many thousand values of which a
-/// script looks at few, or at each but once. Asking twice for an item must be the same as sharing it: numbers,
-/// booleans, texts and handles of objects may be made anew, but a date, which scripts change in place, is kept once it
-/// was made.
+/// Produces the items of a list on demand, for columns of many thousands of values of which a script reads few, or each
+/// only once. Producing an item twice must look the same as sharing it: numbers, booleans, texts and handles of objects
+/// may be created anew, but a date, which scripts change in place, must be kept once created.
 class ItemSource {
 public:
     ItemSource() = default;
@@ -49,7 +48,7 @@ class List final : public Container {
 public:
     List() = default;
     explicit List(std::vector<Value> items);
-    /// The items are made one by one when they are asked for, and all at once when the list changes or is gone through.
+    /// Items are created one by one when they are read, and all at once when the list is changed or iterated over.
     explicit List(std::unique_ptr<const ItemSource> source);
     ~List() override;
 
@@ -80,7 +79,7 @@ private:
     mutable std::size_t charged_ = 0;
 };
 
-/// A record: labels and values in the order written. Small, so a label is found by going through them.
+/// A record: labels and values in the order written. Records are small, so a label is found by linear search.
 class Record final : public Container {
 public:
     struct Field {

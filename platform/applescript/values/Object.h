@@ -12,7 +12,8 @@ namespace mervo::applescript {
 class Application;
 class Object;
 
-/// How an object is written: `message id 7`, `mailbox "INBOX"`, `window 1`, the property `content`; and of what.
+/// How an object is referred to (`message id 7`, `mailbox "INBOX"`, `window 1`, the property `content`), and in which
+/// container.
 struct Designation {
     enum class Form { application, id, name, index, property };
 
@@ -25,8 +26,8 @@ struct Designation {
 /// An object of an application: what a class of its dictionary describes.
 ///
 /// An object is a stable handle: it stands for one message or one event by its identity, not by its position, and it
-/// stays valid while others come and go. Asking something of an object that is gone throws ScriptError -1728. Handles
-/// are many (100,000 messages), so a derived class should hold little: a pointer to its model and an identity.
+/// stays valid while others come and go. Using an object that is gone throws ScriptError -1728. There can be many
+/// handles (100,000 messages), so a derived class should hold little: a pointer to its model and an identity.
 /// All functions may throw ScriptError; an empty message is filled in by the interpreter.
 class Object : public Cell {
 public:
@@ -46,19 +47,20 @@ public:
     /// How many, without making the objects. The default counts `every`.
     virtual std::size_t count(TermId elementClass);
     /// One element: by position from 0, by name ignoring case, by id. None (`Value()`) when there is no such element.
-    /// The defaults search `every`; one that knows better overrides.
+    /// The defaults search `every`; override them where there is a direct lookup.
     virtual Value at(TermId elementClass, std::size_t index);
     virtual Value named(TermId elementClass, std::string_view name);
     virtual Value withId(TermId elementClass, const Value& id);
     /// One property of every element, in element order and of the same length as `every`, `missing value` where an
-    /// element has none: the whole column in one go. The default asks each element.
+    /// element has none. The default asks each element.
     virtual Value propertyOfEvery(TermId elementClass, TermId property);
 
-    /// Whether the object still is there. The default asks nothing and says yes.
+    /// Whether the object still exists. The default is true.
     virtual bool exists();
-    /// The same object of the application, through whatever handle. The default compares class and designation.
+    /// Whether both handles stand for the same object. The default compares class and designation.
     virtual bool isSame(const Object& other) const;
-    /// A conversion of the application's own (a rich text as text). None: there is none, and the script sees -1700.
+    /// A conversion of the application's own (a rich text as text). None (`Value()`) if there is none: the script gets
+    /// -1700.
     virtual Value coerced(Kind kind);
 };
 

@@ -23,7 +23,6 @@ public:
         if (--references_ == 0)
             bury(this);
     }
-    bool isShared() const noexcept { return references_ > 1; }
 
     static void* operator new(std::size_t size);
     static void operator delete(void* memory, std::size_t size) noexcept;

@@ -11,9 +11,9 @@
 
 namespace mervo::applescript {
 
-/// An immutable text, shared between values. What is costly to know (character boundaries, the folded form) is found
-/// out once and kept. A text of ASCII without CR LF pairs is indexed in constant time; any other through an index
-/// of every 16th character.
+/// An immutable text, shared between values. What is expensive to compute (character boundaries, the folded form) is
+/// cached. ASCII text without CR LF pairs is indexed in constant time; any other text has an index of every 16th
+/// character.
 class Text final : public Cell {
 public:
     static Ref<Text> make(std::string_view bytes);
@@ -30,8 +30,7 @@ public:
     std::size_t byteOffset(std::size_t character) const;
     /// Characters in front of a byte offset that starts a character.
     std::size_t characterAt(std::size_t byteOffset) const;
-    /// The text without letter case, in canonical composition; empty of meaning for ASCII texts, which are compared
-    /// without it.
+    /// The case-folded text in canonical composition. Meaningless for ASCII texts, which are compared without it.
     std::string_view folded() const;
 
 private:

@@ -9,7 +9,7 @@
 
 namespace mervo::applescript {
 
-/// What counts when texts are compared; changed by `considering` and `ignoring`.
+/// Which differences count when texts are compared; set by `considering` and `ignoring`.
 struct TextRules {
     bool letterCase = false;
     bool diacriticals = true;
@@ -38,8 +38,8 @@ bool contains(const Text& text, const Text& part, const TextRules& rules);
 bool startsWith(const Text& text, const Text& part, const TextRules& rules);
 bool endsWith(const Text& text, const Text& part, const TextRules& rules);
 
-/// Where any of the parts stands in the text, from left to right, without overlap; of two that begin at one place
-/// the longer. Empty parts are never found. At most `most` places.
+/// The occurrences of any of the parts, from left to right, without overlap; of two at the same place the longer one.
+/// Empty parts are never found. At most `most` occurrences.
 std::vector<TextRange> findAll(
     const Text& text, std::span<const Ref<Text>> parts, const TextRules& rules, std::size_t most);
 

@@ -16,7 +16,7 @@ class Record;
 class Reference;
 class Text;
 
-/// What a value is. `none` is the absence of a result: a command that gives nothing, a variable without a value.
+/// What a value is. `none` is the absence of one: a command without a result, a variable that is not set.
 enum class Kind : std::uint8_t {
     none,
     missing, // `missing value`
@@ -37,8 +37,8 @@ enum class Kind : std::uint8_t {
     application, // `application "X"`, whether or not there is one
 };
 
-/// One value of a script: 16 bytes, cheap to copy. Texts, lists, records, dates and objects are shared, so a copy of
-/// the Value is another name for the same list; `copied` makes a deep copy.
+/// One value of a script: 16 bytes, cheap to copy. Texts, lists, records, dates and objects are shared: a copy of the
+/// Value refers to the same list. `copied` (Comparison.h) makes a deep copy.
 class Value {
 public:
     Value() noexcept = default;
@@ -91,7 +91,7 @@ public:
     bool is(Kind kind) const noexcept { return kind_ == kind; }
     bool isNumber() const noexcept { return kind_ == Kind::integer || kind_ == Kind::real; }
 
-    // The parts of a value. Each may be asked of its own kind only.
+    // The contents. Each is valid for its own kind only.
     bool asBoolean() const noexcept { return payload_.boolean; }
     std::int64_t asInteger() const noexcept { return payload_.integer; }
     double asReal() const noexcept { return payload_.real; }
