@@ -6,17 +6,21 @@
 #include "core/foundation/MervoDB.h"
 #include "core/foundation/Timestamps.h"
 #include "tests/support/Files.h"
-#include "tests/support/Program.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
 #include <atomic>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 /// A home with real stores, a desktop that remembers what it was asked for, and a clock moved by hand.
@@ -179,16 +183,36 @@ protected:
         return list;
     }
 
-    static std::filesystem::path worker()
+    // What others do to the home, over connections of their own.
+    void ask(const std::string& id, const std::string& text) const
     {
-        return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "cockpit-worker";
+        FeedbackItem item;
+        item.id = id;
+        item.kind = FeedbackItem::Kind::question;
+        item.text = text;
+        item.automation = "morning";
+        item.channel = "cockpit";
+        item.createdAt = "2026-03-01T08:00:00Z";
+        FeedbackStore(std::make_shared<MervoDB>(home.path())).add(item);
     }
-    /// Another process does something to the same home.
-    static std::string elsewhere(const std::vector<std::string>& words)
+    void addRule(const std::string& id) const
     {
-        const auto ended = runProgram(worker(), words);
-        EXPECT_EQ(ended.status, 0) << ended.err;
-        return ended.out;
+        PolicyRule rule;
+        rule.id = id;
+        rule.createdAt = "2026-03-01T08:00:00Z";
+        RuleStore(std::make_shared<MervoDB>(home.path())).add(rule);
+    }
+    static void lower()
+    {
+        HarnessConfig::update([](HarnessConfig& config) { config.autonomyMode = AutonomyMode::panic; });
+    }
+    void loop(const std::string& name, const std::string& more = {}) const
+    {
+        test::writeFile(home / ("automations/" + name + "/loop.json"), "{\"name\":\"" + name + "\"" + more + "}");
+    }
+    void state(const std::string& name, const std::string& json) const
+    {
+        test::writeFile(home / (".runtime/state/" + name + ".json"), json);
     }
 
     TempDir home;

@@ -1,7 +1,5 @@
-/// The cockpit's views over the real model and the stores of $MERVO_HOME, in a plain window and with a desktop that
-/// only says what it was asked for, a line on standard output each:
-///
-///     cockpit-views-host [--dark] [--automations]
+/// The cockpit's views over the real model and the stores of $MERVO_HOME, in a plain window and without a desktop.
+/// Prints "close" when the views ask to be closed.
 
 #include "cockpit/model/CockpitModel.h"
 #include "cockpit/model/automations/ListOnlyAutomations.h"
@@ -13,42 +11,23 @@
 #include <QQuickView>
 #include <QStyleHints>
 
-#include <fmt/core.h>
-
 #include <cstdio>
 
 namespace {
 
-void say(const std::string& line)
-{
-    fmt::print("{}\n", line);
-    std::fflush(stdout);
-}
-
-struct Silence final : mervo::platform::Notifier {
+/// A desktop that does nothing.
+struct Nothing final : mervo::platform::Notifier,
+                       mervo::platform::Workspace,
+                       mervo::platform::LoginItem,
+                       mervo::ArchiveAccounts {
     void post(const mervo::platform::Notification&) override { }
     void remove(const std::string&) override { }
-};
-
-struct Desktop final : mervo::platform::Workspace {
-    bool openFile(const std::filesystem::path& file) override { return said("file " + file.string()); }
-    bool openUrl(const std::string& url) override { return said("url " + url); }
-    bool revealFile(const std::filesystem::path& file) override { return said("reveal " + file.string()); }
+    bool openFile(const std::filesystem::path&) override { return true; }
+    bool openUrl(const std::string&) override { return true; }
+    bool revealFile(const std::filesystem::path&) override { return true; }
     void setBadge(const std::string&) override { }
-
-    static bool said(const std::string& line)
-    {
-        say(line);
-        return true;
-    }
-};
-
-struct NoLogin final : mervo::platform::LoginItem {
     bool isEnabled() const override { return false; }
     void setEnabled(bool) override { }
-};
-
-struct NoArchive final : mervo::ArchiveAccounts {
     void storePassword(const std::string&, const std::string&) override { }
     void removePassword(const std::string&) override { }
     std::vector<mervo::GmailAccount> gmail() override { return {}; }
@@ -58,25 +37,25 @@ class Window final : public QQuickView {
     Q_OBJECT
 
 public:
-    Window(mervo::CockpitModel& model, const QStringList& words)
+    explicit Window(mervo::CockpitModel& model)
     {
         mervo::Views::prepare(*engine());
         setResizeMode(SizeRootObjectToView);
-        setInitialProperties({{"model", QVariant::fromValue(&model)}, {"dark", words.contains("--dark")},
-            {"isAnimated", words.contains("--animated")},
-            {"tab", words.contains("--automations") ? "automations" : "approvals"}});
+        setInitialProperties({{"model", QVariant::fromValue(&model)}, {"isAnimated", false}});
         setSource(QUrl(mervo::Views::rootUrl));
         if (rootObject() == nullptr)
             return;
         resize(QSizeF(rootObject()->implicitWidth(), rootObject()->implicitHeight()).toSize());
         connect(rootObject(), SIGNAL(closeRequested()), SLOT(closeRequested()));
-        connect(rootObject(), SIGNAL(settingsRequested(QString)), SLOT(settingsRequested(QString)));
         connect(rootObject(), SIGNAL(quitRequested()), QGuiApplication::instance(), SLOT(quit()));
     }
 
 private Q_SLOTS:
-    void closeRequested() { say("close"); }
-    void settingsRequested(const QString& section) { say("settings " + section.toStdString()); }
+    void closeRequested()
+    {
+        std::puts("close");
+        std::fflush(stdout);
+    }
 };
 
 } // namespace
@@ -85,13 +64,10 @@ int main(int count, char** words)
 {
     QGuiApplication application(count, words);
     QGuiApplication::styleHints()->setCursorFlashTime(0);
-    Silence notifier;
-    Desktop workspace;
-    NoLogin loginItem;
-    NoArchive archive;
+    Nothing desktop;
     mervo::ListOnlyAutomations automations;
-    mervo::CockpitModel model({notifier, workspace, loginItem, automations, archive});
-    Window window(model, QGuiApplication::arguments());
+    mervo::CockpitModel model({desktop, desktop, desktop, automations, desktop});
+    Window window(model);
     if (window.rootObject() == nullptr)
         return 1;
     window.show();

@@ -48,8 +48,8 @@ class Popover(unittest.TestCase):
         with sqlite3.connect(self.home / "mervo.sqlite", timeout=10) as database:
             return database.execute(statement).fetchall()
 
-    def show(self, *words):
-        self.process = DESKTOP.start([HOST, *words], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    def show(self):
+        self.process = DESKTOP.start([HOST], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         self.addCleanup(DESKTOP.end, self.process)
         self.view = DESKTOP.application(self.process, pathlib.Path(HOST).name)
         find(self.view, "push button", "Settings")
