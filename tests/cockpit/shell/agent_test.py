@@ -5,7 +5,6 @@
 
 import json
 import os
-import pathlib
 import sqlite3
 import subprocess
 import sys
@@ -48,13 +47,13 @@ class Agent:
 
 class AnAgentAndAPerson(unittest.TestCase):
     def setUp(self):
-        self.desk = Desk(pathlib.Path(SERVER).parent, settings='trash = "Trash"')
+        self.desk = Desk(settings='trash = "Trash"')
         self.addCleanup(self.desk.close)
         self.desk.maildir(folder=".Trash")
         for number, sender in enumerate(("news@shop.example",) * 3 + ("anna@home.example",)):
             self.desk.deliver(MESSAGE % (sender, "Number %d" % number), name="%d.host" % number, flags="S")
-        self.home = self.desk.root / "mervo"
-        os.environ.update(MERVO_HOME=str(self.home), XDG_CONFIG_HOME=str(self.desk.root / "config"))
+        self.home = self.desk.home
+        os.environ.update(MERVO_HOME=str(self.home), XDG_CONFIG_HOME=str(self.desk.folder / "config"))
 
     def senders(self, folder=""):
         return sorted(path.read_text().split("\n")[0][6:].strip()

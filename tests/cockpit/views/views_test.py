@@ -27,13 +27,11 @@ class Popover(unittest.TestCase):
     """A home over a desk with one mail account, and the views over it."""
 
     def setUp(self):
-        desk = Desk(PROGRAMS)
+        desk = Desk()
         self.addCleanup(desk.close)
         desk.maildir()
-        os.environ.update(HOME=str(desk.root), MERVO_HOME=str(desk.root / "mervo"))
-        for name in ("config", "cache", "data"):
-            os.environ["XDG_%s_HOME" % name.upper()] = str(desk.root / name)
-        self.home = desk.root / "mervo"
+        os.environ.update(desk.environment)
+        self.home = desk.home
         subprocess.run([PROGRAMS + "/mervo", "run", "how_it_works"], check=True, capture_output=True)  # makes the home
 
     def write_action(self, **action):
