@@ -1,3 +1,5 @@
+#include "platform/desk/mail/MailAddress.h"
+#include "platform/desk/mail/MessageHead.h"
 #include "platform/desk/mime/MimeReader.h"
 #include "platform/unicode.h"
 #include "tests/support/Growth.h"
@@ -97,15 +99,24 @@ TEST(MimeReader, endsForHostileMessages)
     for (int i = 0; i < 20'000; ++i)
         deep += "Content-Type: multipart/mixed; boundary=b" + std::to_string(i) + "\n\n--b" + std::to_string(i) + "\n";
     EXPECT_TRUE(platform::isValidUtf8(readMime(deep).text));
+}
+
+TEST(Messages, giveWellFormedTextForAnyBytes)
+{
     std::mt19937 random(11);
-    const std::string_view pieces[] = {"Content-Type: ", "multipart/mixed; boundary=b", "text/html; charset=utf-7",
-        "\n", "\n\n", "--b\n", "--b--\n", "Content-Transfer-Encoding: base64", "=?utf-8?B?", "filename*0*=x''%", "\xFF",
-        "message/rfc822", ";", "\"", "Content-Disposition: attachment", "charset=iso-2022-jp\n\n\x1B$B",
-        std::string_view("\0", 1)};
-    for (int round = 0; round < 5'000; ++round) {
+    const std::string_view pieces[] = {"Subject:", "From:", "To:", "Date:", "=?", "?=", "=?utf-8?Q?", "=0D=0A", "?Q?",
+        "?B?", "utf-8", "\n", "\n", "\n\n", "\r\n", " ", "<", ">", "(", "\"", "\\", "\xFF", "\xC3", "=E9",
+        std::string_view("\0", 1), ";", ":", ",", "@", "utf-7", "Content-Type: ", "multipart/mixed; boundary=b",
+        "text/html; charset=utf-7", "--b\n", "--b--\n", "Content-Transfer-Encoding: base64", "filename*0*=x''%",
+        "message/rfc822", "Content-Disposition: attachment", "charset=iso-2022-jp\n\n\x1B$B"};
+    for (int round = 0; round < 30'000; ++round) {
         std::string message;
-        for (int i = 0; i < 25; ++i)
+        for (int i = 0; i < 30; ++i)
             message += pieces[random() % std::size(pieces)];
+        const MessageHead head = readMessageHead(message);
+        ASSERT_TRUE(platform::isValidUtf8(head.subject) && platform::isValidUtf8(head.sender)) << message;
+        ASSERT_EQ(head.subject.find_first_of("\r\n"), std::string::npos) << message;
+        parseAddressList(head.to);
         ASSERT_TRUE(platform::isValidUtf8(readMime(message).text)) << message;
     }
 }
