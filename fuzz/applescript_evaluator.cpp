@@ -2,6 +2,7 @@
 #include "platform/applescript/syntax/Parser.h"
 #include "platform/applescript/values/Display.h"
 #include "platform/applescript/values/Limits.h"
+#include "platform/ascii.h"
 #include "tests/platform/applescript/ToyPost.h"
 
 #include <cstddef>
@@ -14,10 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::uint64_t kSteps = 5000;
     constexpr std::size_t kBytes = std::size_t(4) << 20;
     std::string source(reinterpret_cast<const char*>(data), size);
-    std::string lowered = source;
-    for (char& c : lowered)
-        c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-    if (lowered.find("delay") != std::string::npos) // it would only wait
+    if (mervo::platform::ascii::lowered(source).find("delay") != std::string::npos) // it would only wait
         return 0;
     mervo::test::ToyWorld world = mervo::test::ToyWorld::sample();
     as::ApplicationRegistry registry;

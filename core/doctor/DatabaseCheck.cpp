@@ -3,6 +3,7 @@
 #include "core/foundation/Database.h"
 #include "core/foundation/DatabaseFailure.h"
 #include "core/foundation/MervoDB.h"
+#include "platform/ascii.h"
 #include "platform/health.h"
 
 #include <chrono>
@@ -161,8 +162,7 @@ Finding database()
         if (error.isDamage())
             return damaged(file);
         std::string remedy = DatabaseFailure::remedy(error);
-        remedy.front() = static_cast<char>(
-            remedy.front() >= 'a' && remedy.front() <= 'z' ? remedy.front() - 'a' + 'A' : remedy.front());
+        remedy.front() = platform::ascii::upper(remedy.front());
         return broken(DatabaseFailure::fault(error), remedy + ".");
     }
 }

@@ -2,6 +2,7 @@
 
 #include "core/foundation/Text.h"
 #include "core/foundation/Timestamps.h"
+#include "platform/ascii.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,10 +14,7 @@ namespace {
 /// 8 lower-case hexadecimal digits.
 std::string newItemId()
 {
-    std::string id = Text::newShortId();
-    std::transform(id.begin(), id.end(), id.begin(),
-        [](char digit) { return digit >= 'A' && digit <= 'F' ? static_cast<char>(digit + ('a' - 'A')) : digit; });
-    return id;
+    return platform::ascii::lowered(Text::newShortId());
 }
 
 std::optional<std::string> after(Timestamps::Time time, std::optional<std::int64_t> hours)

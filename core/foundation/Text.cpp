@@ -1,5 +1,6 @@
 #include "core/foundation/Text.h"
 
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -10,22 +11,9 @@ namespace mervo {
 
 namespace {
 
+namespace ascii = platform::ascii;
+
 constexpr std::size_t kShortIdLength = 8;
-
-char lower(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-bool isAscii(std::string_view text)
-{
-    return std::all_of(text.begin(), text.end(), [](unsigned char byte) { return byte < 0x80; });
-}
-
-bool sameLetter(char a, char b)
-{
-    return lower(a) == lower(b);
-}
 
 bool isWhiteSpace(char32_t point)
 {
@@ -47,16 +35,15 @@ std::size_t lastStart(std::string_view text)
 
 bool Text::equalsIgnoringCase(std::string_view a, std::string_view b)
 {
-    if (isAscii(a) && isAscii(b))
-        return std::equal(a.begin(), a.end(), b.begin(), b.end(), sameLetter);
+    if (ascii::isAscii(a) && ascii::isAscii(b))
+        return ascii::equalsIgnoringCase(a, b);
     return platform::foldCase(a) == platform::foldCase(b);
 }
 
 bool Text::containsIgnoringCase(std::string_view text, std::string_view part)
 {
-    if (isAscii(text) && isAscii(part)) {
-        return std::search(text.begin(), text.end(), part.begin(), part.end(), sameLetter) != text.end()
-            || part.empty();
+    if (ascii::isAscii(text) && ascii::isAscii(part)) {
+        return part.empty() || !std::ranges::search(text, part, {}, ascii::lower, ascii::lower).empty();
     }
     return platform::foldCase(text).find(platform::foldCase(part)) != std::string::npos;
 }

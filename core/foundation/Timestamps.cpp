@@ -1,5 +1,7 @@
 #include "core/foundation/Timestamps.h"
 
+#include "platform/ascii.h"
+
 #include <algorithm>
 #include <fmt/format.h>
 
@@ -11,15 +13,10 @@ using namespace std::chrono;
 
 constexpr std::string_view kForm = "0000-00-00T00:00:00Z";
 
-bool isDigit(char letter)
-{
-    return letter >= '0' && letter <= '9';
-}
-
 bool hasForm(std::string_view text)
 {
     return std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(),
-        [](char letter, char form) { return form == '0' ? isDigit(letter) : letter == form; });
+        [](char letter, char form) { return form == '0' ? platform::ascii::isDigit(letter) : letter == form; });
 }
 
 int number(std::string_view digits)

@@ -1,6 +1,7 @@
 #include "core/imap/ImapText.h"
 
-#include <algorithm>
+#include "platform/ascii.h"
+
 #include <charconv>
 
 namespace mervo::ImapText {
@@ -9,16 +10,9 @@ namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
 
-char upper(char c) noexcept
+bool startsWith(std::string_view text, std::string_view word)
 {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-/// Compares with an upper-case word; only ASCII letters have a case here.
-bool startsWith(std::string_view text, std::string_view upperCase)
-{
-    return text.size() >= upperCase.size()
-        && std::equal(upperCase.begin(), upperCase.end(), text.begin(), [](char a, char b) { return a == upper(b); });
+    return platform::ascii::equalsIgnoringCase(text.substr(0, word.size()), word);
 }
 
 /// Takes the first line off; the last one need not be ended.

@@ -1,6 +1,7 @@
 #include "core/policy/Argument.h"
 
 #include "core/foundation/Text.h"
+#include "platform/ascii.h"
 
 #include <algorithm>
 #include <charconv>
@@ -16,7 +17,7 @@ std::optional<int> digits(std::string_view text, std::size_t from, std::size_t c
 {
     int number = 0;
     const std::string_view part = text.size() < from + count ? std::string_view() : text.substr(from, count);
-    if (part.empty() || !std::ranges::all_of(part, [](char c) { return c >= '0' && c <= '9'; }))
+    if (part.empty() || !std::ranges::all_of(part, platform::ascii::isDigit))
         return std::nullopt;
     std::from_chars(part.data(), part.data() + part.size(), number);
     return number;

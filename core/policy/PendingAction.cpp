@@ -1,6 +1,7 @@
 #include "core/foundation/ServiceError.h"
 #include "core/foundation/Text.h"
 #include "core/policy/PendingStore.h"
+#include "platform/ascii.h"
 
 #include <algorithm>
 #include <array>
@@ -104,7 +105,7 @@ bool isPlain(std::string_view word)
 {
     constexpr std::string_view kPlainSigns = "@%+,-./:_";
     return !word.empty() && std::ranges::all_of(word, [&](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')
+        return platform::ascii::isDigit(c) || platform::ascii::isLetter(c)
             || kPlainSigns.find(c) != std::string_view::npos;
     });
 }

@@ -1,6 +1,7 @@
 #include "core/policy/TodayCount.h"
 
-#include <algorithm>
+#include "platform/ascii.h"
+
 #include <utility>
 
 namespace mervo {
@@ -13,17 +14,10 @@ constexpr std::string_view kCountAllowRuleExecutionsToday = "SELECT COUNT(*) FRO
                                                             "  AND timestamp >= ?;";
 constexpr std::string_view kAllowed = "rule_allow:";
 
-bool isLowerLetter(char c)
-{
-    return c >= 'a' && c <= 'z';
-}
-
 /// What LIKE says: letters of ASCII match in any case.
 bool isAllowed(std::string_view reason)
 {
-    return reason.size() >= kAllowed.size()
-        && std::equal(kAllowed.begin(), kAllowed.end(), reason.begin(),
-            [](char wanted, char c) { return c == wanted || (isLowerLetter(wanted) && c == wanted - 'a' + 'A'); });
+    return platform::ascii::equalsIgnoringCase(reason.substr(0, kAllowed.size()), kAllowed);
 }
 
 std::int64_t versionOf(Database& database)

@@ -2,12 +2,12 @@
 
 #include "core/catalogue/Catalogue.h"
 #include "core/foundation/Text.h"
+#include "platform/ascii.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <utility>
 
 namespace mervo::mcp {
@@ -41,24 +41,14 @@ bool meetsStrangers(std::string_view id)
     return std::find(kClosedFamilies.begin(), kClosedFamilies.end(), family(id)) == kClosedFamilies.end();
 }
 
-bool isUpper(char letter)
-{
-    return std::isupper(static_cast<unsigned char>(letter)) != 0;
-}
-
-char lower(char letter)
-{
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-}
-
 /// "replyAll" is "reply all", "how_it_works" is "how it works".
 std::string words(std::string_view name)
 {
     std::string text;
     for (const char letter : name) {
-        if (isUpper(letter))
+        if (platform::ascii::isUpper(letter))
             text += ' ';
-        text += letter == '_' ? ' ' : lower(letter);
+        text += letter == '_' ? ' ' : platform::ascii::lower(letter);
     }
     return text;
 }
@@ -66,7 +56,7 @@ std::string words(std::string_view name)
 std::string capitalised(std::string text)
 {
     if (!text.empty())
-        text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
+        text.front() = platform::ascii::upper(text.front());
     return text;
 }
 

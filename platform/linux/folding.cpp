@@ -1,6 +1,6 @@
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
-#include <algorithm>
 #include <array>
 #include <span>
 #include <utf8proc.h>
@@ -92,16 +92,6 @@ std::string mapped(std::string_view text, utf8proc_option_t options)
     return appendMapped(result, text, options) == text.size() ? result : std::string(text);
 }
 
-bool isAscii(std::string_view text) noexcept
-{
-    return std::all_of(text.begin(), text.end(), [](unsigned char byte) { return byte < 0x80; });
-}
-
-char asciiLower(char letter) noexcept
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 /// Single characters of Latin, Greek and Cyrillic, kana and Han: neither they nor their folded forms join with a
 /// neighbour, so a text of nothing else is folded character by character.
 bool foldsAlone(char32_t point) noexcept
@@ -120,7 +110,7 @@ void appendFoldedCharacter(std::string& result, std::string_view character, char
     constexpr char32_t kAlphabetsEnd = 0x530; // what foldsAlone() accepts above it is its own folded form
     constinit static thread_local std::array<Folded, kAlphabetsEnd> known{};
     if (point < 0x80) {
-        result += asciiLower(static_cast<char>(point));
+        result += ascii::lower(static_cast<char>(point));
         return;
     }
     if (point >= kAlphabetsEnd) {
@@ -156,12 +146,10 @@ bool appendFoldedAlone(std::string& result, std::string_view text)
 
 std::string foldCase(std::string_view text)
 {
+    if (ascii::isAscii(text))
+        return ascii::lowered(text);
     std::string result;
     result.reserve(text.size());
-    if (isAscii(text)) {
-        std::transform(text.begin(), text.end(), std::back_inserter(result), asciiLower);
-        return result;
-    }
     if (appendFoldedAlone(result, text))
         return result;
     while (!text.empty()) {

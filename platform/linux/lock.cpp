@@ -1,10 +1,10 @@
 #include "platform/lock.h"
 
+#include "platform/ascii.h"
 #include "platform/files.h"
 #include "platform/linux/Descriptor.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <fcntl.h>
 #include <random>
@@ -69,7 +69,7 @@ std::optional<FileLock> FileLock::acquire(
 std::string FileLock::lastHolder(const std::filesystem::path& file)
 {
     const auto number = readFile(file, kLongestNumber);
-    const bool isNumber = number && std::ranges::all_of(*number, [](unsigned char c) { return std::isdigit(c) != 0; });
+    const bool isNumber = number && std::ranges::all_of(*number, ascii::isDigit);
     return isNumber ? *number : std::string();
 }
 

@@ -1,6 +1,7 @@
 #include "core/tools/mail/MailBody.h"
 
 #include "core/foundation/Text.h"
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -60,22 +61,9 @@ void replaceAll(std::string& text, std::string_view part, std::string_view by)
     text = std::move(result);
 }
 
-char lowerAscii(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
-}
-
-/// `text` in lower-case ASCII letters; offsets stay those of the original.
-std::string lowered(std::string_view text)
-{
-    std::string low(text);
-    std::transform(low.begin(), low.end(), low.begin(), lowerAscii);
-    return low;
-}
-
 bool looksLikeHTML(std::string_view text)
 {
-    const std::string low = lowered(text);
+    const std::string low = platform::ascii::lowered(text);
     const auto tags = {"<div", "<p>", "<p ", "<table", "<html", "<br", "<span", "<td", "<a "};
     return std::any_of(tags.begin(), tags.end(), [&](const char* tag) { return low.find(tag) != std::string::npos; });
 }
@@ -100,7 +88,7 @@ std::size_t quotedTail(const std::string& text)
         re2::RE2("(?m)^Le .{0,200}?(a écrit|écrit)[\\s\\p{Z}]*:[\\s\\p{Z}]*$", quiet()),
         re2::RE2("(?m)^>.*$", quiet()),
     };
-    const std::string low = lowered(text);
+    const std::string low = platform::ascii::lowered(text);
     std::size_t end = text.size();
     for (const auto* mark :
         {"-----original message-----", "-----message d'origine-----", "________________________________"})

@@ -1,8 +1,8 @@
 #include "platform/applescript/syntax/Token.h"
+#include "platform/ascii.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <charconv>
 #include <cstdlib>
 
@@ -19,13 +19,11 @@ constexpr auto kReserved =
 
 bool isLetter(char c) noexcept
 {
-    return std::isalpha(static_cast<unsigned char>(c)) || c == '_';
+    return platform::ascii::isLetter(c) || c == '_';
 }
 
-bool isDigit(char c) noexcept
-{
-    return c >= '0' && c <= '9';
-}
+using platform::ascii::isDigit;
+using platform::ascii::lowered;
 
 /// One sign of more than one byte or of one, and its ASCII spelling.
 struct Sign {
@@ -300,14 +298,6 @@ std::string nameOf(const Token& token)
         return "end of script";
     }
     return {};
-}
-
-std::string lowered(std::string_view text)
-{
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return result;
 }
 
 void failExpected(std::string_view expected, const Token& found)

@@ -1,4 +1,5 @@
 #include "platform/applescript/syntax/ParserState.h"
+#include "platform/ascii.h"
 
 namespace mervo::applescript {
 
@@ -68,7 +69,8 @@ Parser::Label Parser::matchLabel(const CommandTerm& command) const
 {
     Label longest;
     for (const ParameterTerm& parameter : command.parameters) {
-        if (const std::size_t words = matchWords(rest(), lowered(parameter.label)); words > longest.words)
+        if (const std::size_t words = matchWords(rest(), platform::ascii::lowered(parameter.label));
+            words > longest.words)
             longest = {&parameter, words};
     }
     return longest;

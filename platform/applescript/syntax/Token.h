@@ -41,8 +41,6 @@ std::vector<Token> tokensOf(std::string_view source);
 [[noreturn]] void failExpected(std::string_view expected, const Token& found);
 /// The token as an error names it: `identifier`, `“end”`, `end of line`.
 std::string nameOf(const Token& token);
-/// Letters of ASCII in lower case, as in the text of a word.
-std::string lowered(std::string_view text);
 /// Words that are never a name.
 bool isReserved(std::string_view word) noexcept;
 

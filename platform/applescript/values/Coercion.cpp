@@ -6,6 +6,7 @@
 #include "platform/applescript/values/List.h"
 #include "platform/applescript/values/Reference.h"
 #include "platform/applescript/values/ScriptError.h"
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 #include <charconv>
@@ -31,7 +32,7 @@ std::optional<Value> parsedNumber(std::string_view text)
     std::string_view digits = text;
     if (!digits.empty() && (digits.front() == '+' || digits.front() == '-'))
         digits.remove_prefix(1);
-    if (digits.empty() || !(std::isdigit(static_cast<unsigned char>(digits.front())) || digits.front() == '.'))
+    if (digits.empty() || !(platform::ascii::isDigit(digits.front()) || digits.front() == '.'))
         return {}; // from_chars would take "inf" and "nan"
     if (text.front() == '+')
         text.remove_prefix(1);

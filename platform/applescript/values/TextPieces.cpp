@@ -1,5 +1,6 @@
 #include "platform/applescript/values/TextPieces.h"
 
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -45,9 +46,9 @@ std::vector<TextRange> wordsOf(std::string_view text)
             const auto after = static_cast<std::int32_t>(platform::firstCodePoint(text.substr(next)).value);
             const bool joinsLetters = point.value == '\'' || point.value == 0x2019 || point.value == '.';
             const bool joinsDigits =
-                (point.value == ',' || point.value == '.') && std::isdigit(static_cast<unsigned char>(text[at - 1]));
+                (point.value == ',' || point.value == '.') && platform::ascii::isDigit(text[at - 1]);
             belongs = (joinsDigits && after >= '0' && after <= '9')
-                || (joinsLetters && isWordPart(after) && !std::isdigit(static_cast<unsigned char>(text[at - 1])));
+                || (joinsLetters && isWordPart(after) && !platform::ascii::isDigit(text[at - 1]));
         }
         if (belongs && !isInside)
             words.push_back({at, next});

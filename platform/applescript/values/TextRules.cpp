@@ -1,6 +1,7 @@
 #include "platform/applescript/values/TextRules.h"
 
 #include "platform/applescript/values/Limits.h"
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -12,15 +13,9 @@ namespace mervo::applescript {
 
 namespace {
 
-constexpr char lower(char c) noexcept
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-constexpr bool isDigit(char c) noexcept
-{
-    return c >= '0' && c <= '9';
-}
+using platform::ascii::isDigit;
+using platform::ascii::lower;
+using platform::ascii::lowered;
 
 /// Places of ASCII in dictionary order: spaces, signs, digits, letters; whatever is not ASCII comes after.
 constexpr std::array<unsigned char, 256> kWeights = [] {
@@ -39,12 +34,6 @@ constexpr std::array<unsigned char, 256> kWeights = [] {
     return weights;
 }();
 
-bool equalIgnoringCase(std::string_view left, std::string_view right) noexcept
-{
-    return left.size() == right.size()
-        && std::equal(left.begin(), left.end(), right.begin(), [](char a, char b) { return lower(a) == lower(b); });
-}
-
 /// In linear time, whatever the texts are; std::string_view::find is quadratic at worst.
 std::size_t findBytes(std::string_view text, std::string_view part, std::size_t from = 0) noexcept
 {
@@ -52,13 +41,6 @@ std::size_t findBytes(std::string_view text, std::string_view part, std::size_t 
         return std::string_view::npos;
     const void* found = memmem(text.data() + from, text.size() - from, part.data(), part.size());
     return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data()) : std::string_view::npos;
-}
-
-std::string lowered(std::string_view text)
-{
-    std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), lower);
-    return result;
 }
 
 constexpr std::size_t kShortPart = 64; // found without a copy: the work is at most so many times the text's length
@@ -71,7 +53,7 @@ bool containsIgnoringCase(std::string_view text, std::string_view part)
         return findBytes(lowered(text), lowered(part)) != std::string_view::npos;
     const char first = lower(part.front());
     for (std::size_t i = 0; i + part.size() <= text.size(); ++i) {
-        if (lower(text[i]) == first && equalIgnoringCase(text.substr(i, part.size()), part))
+        if (lower(text[i]) == first && platform::ascii::equalsIgnoringCase(text.substr(i, part.size()), part))
             return true;
     }
     return false;
@@ -238,7 +220,7 @@ bool areEqual(const Text& left, const Text& right, const TextRules& rules)
 {
     Limits::passed(std::min(left.view().size(), right.view().size()));
     if (rules.areDefault() && areAscii(left, right))
-        return equalIgnoringCase(left.view(), right.view());
+        return platform::ascii::equalsIgnoringCase(left.view(), right.view());
     if (rules.numericStrings)
         return compareWeights(keyOf(left.view(), rules), keyOf(right.view(), rules), true) == 0;
     return Key(left, rules).view() == Key(right, rules).view();
@@ -272,7 +254,7 @@ bool contains(const Text& text, const Text& part, const TextRules& rules)
 bool startsWith(const Text& text, const Text& part, const TextRules& rules)
 {
     if (rules.areDefault() && areAscii(text, part))
-        return equalIgnoringCase(text.view().substr(0, part.view().size()), part.view());
+        return platform::ascii::equalsIgnoringCase(text.view().substr(0, part.view().size()), part.view());
     return Key(text, rules).view().starts_with(Key(part, rules).view());
 }
 
@@ -281,7 +263,7 @@ bool endsWith(const Text& text, const Text& part, const TextRules& rules)
     if (rules.areDefault() && areAscii(text, part)) {
         const std::size_t length = part.view().size();
         return length <= text.view().size()
-            && equalIgnoringCase(text.view().substr(text.view().size() - length), part.view());
+            && platform::ascii::equalsIgnoringCase(text.view().substr(text.view().size() - length), part.view());
     }
     return Key(text, rules).view().ends_with(Key(part, rules).view());
 }

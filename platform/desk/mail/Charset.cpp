@@ -1,8 +1,8 @@
 #include "platform/desk/mail/Charset.h"
 
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
@@ -13,11 +13,6 @@ namespace mervo::desk {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-
-bool isAscii(std::string_view bytes)
-{
-    return std::all_of(bytes.begin(), bytes.end(), [](unsigned char c) { return c < 0x80; });
-}
 
 /// 0x80 to 0x9F of windows-1252; the holes stay control characters, as browsers do it.
 constexpr std::array<std::uint16_t, 32> kWindows1252 = {0x20AC, 0x81, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
@@ -55,10 +50,10 @@ std::string normalName(std::string_view charset)
 {
     std::string name;
     for (const char c : charset) {
-        const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-        if (!letter && c != '-' && c != '_' && c != '.' && c != ':')
+        const bool plain = platform::ascii::isLetter(c) || platform::ascii::isDigit(c);
+        if (!plain && c != '-' && c != '_' && c != '.' && c != ':')
             return {}; // "//TRANSLIT" and the like are none of a message's business
-        name.push_back(c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c);
+        name.push_back(platform::ascii::lower(c));
     }
     for (const auto& [mail, iconvName] : kOtherNames) {
         if (name == mail)
@@ -124,7 +119,8 @@ std::string toUtf8(std::string_view bytes, std::string_view charset)
     const std::string name = normalName(charset);
     const bool plain = name.empty() || name == "utf-8" || name == "utf8" || name == "us-ascii" || name == "ascii";
     if (plain)
-        return isAscii(bytes) || platform::isValidUtf8(bytes) ? std::string(bytes) : fromWindows1252(bytes);
+        return platform::ascii::isAscii(bytes) || platform::isValidUtf8(bytes) ? std::string(bytes)
+                                                                               : fromWindows1252(bytes);
     if (name == "iso-8859-1" || name == "latin1" || name == "windows-1252" || name == "cp1252")
         return fromWindows1252(bytes);
     Converter converter(name);

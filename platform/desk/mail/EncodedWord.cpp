@@ -1,5 +1,6 @@
 #include "platform/desk/mail/EncodedWord.h"
 
+#include "platform/ascii.h"
 #include "platform/desk/mail/Charset.h"
 
 #include <algorithm>
@@ -42,7 +43,7 @@ std::optional<Word> wordAt(std::string_view raw, std::size_t at)
 
 int hexDigit(char c)
 {
-    if (c >= '0' && c <= '9')
+    if (platform::ascii::isDigit(c))
         return c - '0';
     c = static_cast<char>(c | 0x20);
     return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
@@ -62,11 +63,11 @@ void appendQuoted(std::string& bytes, std::string_view text)
 
 int base64Digit(char c)
 {
-    if (c >= 'A' && c <= 'Z')
+    if (platform::ascii::isUpper(c))
         return c - 'A';
-    if (c >= 'a' && c <= 'z')
+    if (platform::ascii::isLower(c))
         return c - 'a' + 26;
-    if (c >= '0' && c <= '9')
+    if (platform::ascii::isDigit(c))
         return c - '0' + 52;
     return c == '+' ? 62 : c == '/' ? 63 : -1;
 }

@@ -1,5 +1,7 @@
 #include "platform/desk/mail/MailDate.h"
 
+#include "platform/ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -40,15 +42,12 @@ public:
     }
 
 private:
-    static bool isDigit(char c) { return c >= '0' && c <= '9'; }
-    static bool isLetter(char c) { return ((c | 0x20) >= 'a') && ((c | 0x20) <= 'z'); }
-
     bool isPart(char c, std::size_t at) const
     {
         const char first = text_[0];
         if (at == 0)
-            return isDigit(c) || isLetter(c) || c == '+' || c == '-';
-        return isLetter(first) ? isLetter(c) : isDigit(c);
+            return platform::ascii::isDigit(c) || platform::ascii::isLetter(c) || c == '+' || c == '-';
+        return platform::ascii::isLetter(first) ? platform::ascii::isLetter(c) : platform::ascii::isDigit(c);
     }
 
     void skipBlanksAndComments()
@@ -131,7 +130,7 @@ std::int64_t daysBefore(int year, int monthIndex)
 std::optional<std::int64_t> readDay(Tokens& tokens)
 {
     std::string_view token = tokens.next();
-    if (!token.empty() && !(token[0] >= '0' && token[0] <= '9'))
+    if (!token.empty() && !platform::ascii::isDigit(token[0]))
         token = tokens.next(); // the day of the week
     const int day = number(token, 2).value_or(0);
     token = tokens.next();

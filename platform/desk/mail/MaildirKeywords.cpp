@@ -1,5 +1,6 @@
 #include "platform/desk/mail/MaildirKeywords.h"
 
+#include "platform/ascii.h"
 #include "platform/desk/mail/MessageFile.h"
 
 #include <algorithm>
@@ -22,13 +23,6 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kWait{2000}, kPause{10}; // for the lock, as long as Dovecot waits
 constexpr std::time_t kStale = 10; // seconds; a lock that is older was left behind
-
-bool isSame(std::string_view left, std::string_view right) noexcept
-{
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::equal(
-        left.begin(), left.end(), right.begin(), right.end(), [&](char a, char b) { return lower(a) == lower(b); });
-}
 
 fs::path keywordFile(const fs::path& maildir)
 {
@@ -125,8 +119,8 @@ MaildirKeywords MaildirKeywords::read(const fs::path& maildir)
 
 char MaildirKeywords::letter(std::string_view keyword) const noexcept
 {
-    const auto found =
-        std::find_if(keywords_.begin(), keywords_.end(), [&](const std::string& one) { return isSame(one, keyword); });
+    const auto found = std::find_if(keywords_.begin(), keywords_.end(),
+        [&](const std::string& one) { return platform::ascii::equalsIgnoringCase(one, keyword); });
     return found == keywords_.end() ? '\0' : static_cast<char>('a' + (found - keywords_.begin()));
 }
 

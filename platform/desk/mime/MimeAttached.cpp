@@ -1,5 +1,6 @@
 #include "platform/desk/mime/MimeAttached.h"
 
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -48,12 +49,10 @@ void collect(GMimeObject* object, Place place, std::vector<GMimeObject*>& found)
 std::string typeName(GMimeObject* object)
 {
     GMimeContentType* type = g_mime_object_get_content_type(object);
-    std::string name = type == nullptr ? "text/plain"
-                                       : validText(g_mime_content_type_get_media_type(type)) + "/"
+    const std::string name = type == nullptr ? "text/plain"
+                                             : validText(g_mime_content_type_get_media_type(type)) + "/"
             + validText(g_mime_content_type_get_media_subtype(type));
-    std::transform(name.begin(), name.end(), name.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return name;
+    return platform::ascii::lowered(name);
 }
 
 bool isMessage(GMimeObject* object)

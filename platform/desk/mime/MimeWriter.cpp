@@ -1,5 +1,6 @@
 #include "platform/desk/mime/MimeWriter.h"
 
+#include "platform/ascii.h"
 #include "platform/desk/mail/MailError.h"
 #include "platform/desk/mime/CarriedLines.h"
 #include "platform/desk/mime/GMimeObjects.h"
@@ -39,10 +40,7 @@ constexpr NamedType kTypes[] = {{"pdf", "application", "pdf"}, {"png", "image", 
 
 NamedType typeOf(const std::filesystem::path& file)
 {
-    std::string ending = file.extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) {
-        return c < 0x80 ? static_cast<char>(g_ascii_tolower(static_cast<char>(c))) : static_cast<char>(c);
-    });
+    const std::string ending = platform::ascii::lowered(file.extension().string());
     for (const NamedType& known : kTypes) {
         if (!ending.empty() && ending.substr(1) == known.ending)
             return known;
