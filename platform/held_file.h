@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptor.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -9,7 +11,8 @@
 namespace mervo::platform {
 
 /// A file that tells whether its maker still lives: it is locked from before it has its name until its maker removes it
-/// or has ended, however that came about. Belongs to one thread.
+/// or has ended, however that came about. Destroying the object lets go
+/// of the file, which stays. Belongs to one thread.
 class HeldFile {
 public:
     /// Makes the file (mode 0600) with these bytes. Throws std::system_error. What is left of a maker that was killed
@@ -20,11 +23,6 @@ public:
     /// it is held, gone, or no regular file.
     static std::optional<HeldFile> takeOver(const std::filesystem::path& file) noexcept;
 
-    HeldFile(HeldFile&& other) noexcept;
-    HeldFile& operator=(HeldFile&& other) = delete;
-    /// Lets go of the file, which stays.
-    ~HeldFile();
-
     /// All of it; nothing when it is longer than `limit` or cannot be read.
     std::optional<std::string> read(std::size_t limit) const;
     /// Adds bytes at its end; false when the system does not take them.
@@ -33,9 +31,9 @@ public:
     bool remove() const noexcept;
 
 private:
-    HeldFile(int descriptor, std::filesystem::path file);
+    HeldFile(Descriptor descriptor, std::filesystem::path file);
 
-    int descriptor_;
+    Descriptor descriptor_;
     std::filesystem::path file_;
 };
 

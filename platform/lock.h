@@ -1,10 +1,13 @@
 #pragma once
 
+#include "platform/descriptor.h"
+
 #include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace mervo::platform {
 
@@ -19,16 +22,12 @@ public:
     /// The process that took the lock last, by its number as text; empty when the file does not say.
     static std::string lastHolder(const std::filesystem::path& file);
 
-    FileLock(FileLock&& other) noexcept;
-    FileLock& operator=(FileLock&&) = delete;
-    ~FileLock();
-
 private:
-    explicit FileLock(int descriptor)
-        : descriptor_(descriptor)
+    explicit FileLock(Descriptor descriptor)
+        : descriptor_(std::move(descriptor))
     {
     }
-    int descriptor_;
+    Descriptor descriptor_;
 };
 
 } // namespace mervo::platform

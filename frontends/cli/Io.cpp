@@ -1,6 +1,7 @@
 #include "frontends/cli/Io.h"
 
 #include "core/foundation/ServiceError.h"
+#include "platform/descriptor.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -91,14 +92,10 @@ Io standardIo()
 std::string readText(const std::string& path)
 {
     const std::string what = fmt::format("the file \"{}\"", path);
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
+    const platform::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file.open())
         throw ServiceError(fmt::format("{} cannot be read: {}", what, describe(errno)));
-    struct Closer {
-        int descriptor;
-        ~Closer() { ::close(descriptor); }
-    } const closer{descriptor};
-    return readAll(descriptor, what);
+    return readAll(file.get(), what);
 }
 
 } // namespace mervo::cli

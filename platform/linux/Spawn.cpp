@@ -44,6 +44,7 @@ public:
         pthread_sigmask(SIG_SETMASK, &all, &before_);
     }
     NoSignals(const NoSignals&) = delete;
+    NoSignals& operator=(const NoSignals&) = delete;
     ~NoSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/Descriptor.h"
+#include "platform/descriptor.h"
 #include "platform/process.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #include "platform/files.h"
 
-#include "platform/linux/Descriptor.h"
+#include "platform/descriptor.h"
 
 #include <array>
 #include <cerrno>

@@ -1,7 +1,6 @@
 #include "platform/held_file.h"
 
 #include "platform/files.h"
-#include "platform/linux/Descriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -37,22 +36,10 @@ bool writeAll(int to, std::string_view bytes) noexcept
 
 } // namespace
 
-HeldFile::HeldFile(int descriptor, std::filesystem::path file)
-    : descriptor_(descriptor)
+HeldFile::HeldFile(Descriptor descriptor, std::filesystem::path file)
+    : descriptor_(std::move(descriptor))
     , file_(std::move(file))
 {
-}
-
-HeldFile::HeldFile(HeldFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1))
-    , file_(std::move(other.file_))
-{
-}
-
-HeldFile::~HeldFile()
-{
-    if (descriptor_ >= 0)
-        ::close(descriptor_);
 }
 
 HeldFile HeldFile::make(const std::filesystem::path& file, std::string_view bytes)
@@ -64,7 +51,7 @@ HeldFile HeldFile::make(const std::filesystem::path& file, std::string_view byte
     if (::flock(descriptor.get(), LOCK_EX | LOCK_NB) != 0 || !writeAll(descriptor.get(), bytes)
         || ::rename(fresh.c_str(), file.c_str()) != 0)
         fail(fresh);
-    return {descriptor.release(), file};
+    return {std::move(descriptor), file};
 }
 
 std::optional<HeldFile> HeldFile::takeOver(const std::filesystem::path& file) noexcept
@@ -75,17 +62,17 @@ std::optional<HeldFile> HeldFile::takeOver(const std::filesystem::path& file) no
     struct stat status = {};
     if (::fstat(descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_nlink == 0)
         return std::nullopt; // whoever held it before has removed it
-    return HeldFile(descriptor.release(), file);
+    return HeldFile(std::move(descriptor), file);
 }
 
 std::optional<std::string> HeldFile::read(std::size_t limit) const
 {
-    return readFile("/proc/self/fd/" + std::to_string(descriptor_), limit);
+    return readFile("/proc/self/fd/" + std::to_string(descriptor_.get()), limit);
 }
 
 bool HeldFile::append(std::string_view bytes) const noexcept
 {
-    return writeAll(descriptor_, bytes);
+    return writeAll(descriptor_.get(), bytes);
 }
 
 bool HeldFile::remove() const noexcept

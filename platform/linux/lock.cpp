@@ -2,7 +2,6 @@
 
 #include "platform/ascii.h"
 #include "platform/files.h"
-#include "platform/linux/Descriptor.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -59,7 +58,7 @@ std::optional<FileLock> FileLock::acquire(
         if (why)
             return std::nullopt;
         nameHolder(descriptor.get());
-        return FileLock(descriptor.release());
+        return FileLock(std::move(descriptor));
     } catch (const std::exception&) {
         why = std::make_error_code(std::errc::not_enough_memory);
         return std::nullopt;
@@ -71,17 +70,6 @@ std::string FileLock::lastHolder(const std::filesystem::path& file)
     const auto number = readFile(file, kLongestNumber);
     const bool isNumber = number && std::ranges::all_of(*number, ascii::isDigit);
     return isNumber ? *number : std::string();
-}
-
-FileLock::FileLock(FileLock&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1))
-{
-}
-
-FileLock::~FileLock()
-{
-    if (descriptor_ >= 0)
-        ::close(descriptor_);
 }
 
 } // namespace mervo::platform

@@ -1,6 +1,6 @@
 #include "platform/process.h"
 
-#include "platform/linux/Descriptor.h"
+#include "platform/descriptor.h"
 #include "platform/linux/Spawn.h"
 #include "platform/stop.h"
 
@@ -77,6 +77,7 @@ public:
     {
     }
     Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
     ~Child()
     {
         if (id_ > 0) {

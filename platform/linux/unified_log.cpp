@@ -1,6 +1,6 @@
 #include "platform/unified_log.h"
 
-#include "platform/linux/Descriptor.h"
+#include "platform/descriptor.h"
 
 #include <cstdint>
 #include <cstring>

@@ -26,25 +26,6 @@ constexpr std::size_t kMostThreads = 4;
 // A message may be a link, never a device or a pipe: opening one of those must not wait.
 constexpr int kOpenFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor)
-        : descriptor_(descriptor)
-    {
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (descriptor_ >= 0)
-            close(descriptor_);
-    }
-    int get() const noexcept { return descriptor_; }
-
-private:
-    int descriptor_;
-};
-
 /// Appends up to `most` bytes; false on a read error.
 bool readSome(int descriptor, char* to, std::size_t most, std::size_t& got)
 {
@@ -66,14 +47,6 @@ HeadReader::HeadReader(const std::filesystem::path& maildir)
 {
 }
 
-HeadReader::~HeadReader()
-{
-    if (cur_ >= 0)
-        close(cur_);
-    if (new_ >= 0)
-        close(new_);
-}
-
 /// Reads until the head's end is seen, the file ends, or the head is longer than any sender's.
 MessageHead HeadReader::readHead(int descriptor, std::size_t fileSize)
 {
@@ -92,11 +65,12 @@ MessageHead HeadReader::readHead(int descriptor, std::size_t fileSize)
 
 std::optional<MessageHeader> HeadReader::read(const MaildirEntry& entry, TextStore& texts)
 {
-    const Descriptor file(openat(entry.isNew ? new_ : cur_, entry.fileName.c_str(), kOpenFlags));
+    const int folder = entry.isNew ? new_.get() : cur_.get();
+    const platform::Descriptor file(openat(folder, entry.fileName.c_str(), kOpenFlags));
     struct stat status { };
     if (file.get() < 0) {
         // A file that is there but may not be read is still a message with a size and a date.
-        if (errno == ENOENT || fstatat(entry.isNew ? new_ : cur_, entry.fileName.c_str(), &status, 0) != 0)
+        if (errno == ENOENT || fstatat(folder, entry.fileName.c_str(), &status, 0) != 0)
             return std::nullopt;
     } else if (fstat(file.get(), &status) != 0) {
         return std::nullopt;
@@ -180,7 +154,7 @@ std::vector<MessageHeader> readHeads(
 
 std::string readMessageFile(const std::filesystem::path& path)
 {
-    const Descriptor file(open(path.c_str(), kOpenFlags));
+    const platform::Descriptor file(open(path.c_str(), kOpenFlags));
     struct stat status { };
     if (file.get() < 0 || fstat(file.get(), &status) != 0) {
         if (errno == ENOENT)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/descriptor.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/desk/mail/MessageRecord.h"
 #include "platform/desk/mail/TextStore.h"
@@ -16,9 +17,6 @@ namespace mervo::desk {
 class HeadReader {
 public:
     explicit HeadReader(const std::filesystem::path& maildir);
-    ~HeadReader();
-    HeadReader(const HeadReader&) = delete;
-    HeadReader& operator=(const HeadReader&) = delete;
 
     /// Everything but the id. A file whose head makes no sense still has its size, date and name. The texts are
     /// kept in `texts`. Nothing when the file has vanished or is no file.
@@ -27,7 +25,7 @@ public:
 private:
     MessageHead readHead(int descriptor, std::size_t fileSize);
 
-    int cur_, new_;
+    platform::Descriptor cur_, new_;
     std::string buffer_;
 };
 

@@ -43,31 +43,22 @@ Addresses resolveInTime(const std::string& host, std::uint16_t port, const Deadl
     return result.get();
 }
 
-/// An open descriptor, or the negated error number.
-int connectTo(const addrinfo& address, const Deadline& deadline)
+/// None when it fails: `failure` is the system's error number.
+Descriptor connectTo(const addrinfo& address, const Deadline& deadline, int& failure)
 {
-    const int descriptor =
-        socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol);
-    if (descriptor < 0)
-        return -errno;
-    int failure = connect(descriptor, address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
-    try {
-        if (failure == EINPROGRESS) {
-            deadline.await(descriptor, POLLOUT);
-            socklen_t size = sizeof failure;
-            if (getsockopt(descriptor, SOL_SOCKET, SO_ERROR, &failure, &size) != 0)
-                failure = errno;
-        }
-    } catch (...) {
-        close(descriptor);
-        throw;
+    Descriptor descriptor(
+        socket(address.ai_family, address.ai_socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.ai_protocol));
+    failure = descriptor.open() && connect(descriptor.get(), address.ai_addr, address.ai_addrlen) == 0 ? 0 : errno;
+    if (failure == EINPROGRESS) {
+        deadline.await(descriptor.get(), POLLOUT);
+        socklen_t size = sizeof failure;
+        if (getsockopt(descriptor.get(), SOL_SOCKET, SO_ERROR, &failure, &size) != 0)
+            failure = errno;
     }
-    if (failure != 0) {
-        close(descriptor);
-        return -failure;
-    }
+    if (failure != 0)
+        return {};
     const int on = 1; // lines are short and wait for their answers
-    setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(descriptor.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     return descriptor;
 }
 
@@ -75,11 +66,13 @@ int connectTo(const addrinfo& address, const Deadline& deadline)
 
 Socket::Socket(const std::string& host, std::uint16_t port, const Deadline& deadline)
 {
+    int failure = 0;
     const Addresses addresses = resolveInTime(host, port, deadline);
-    for (const addrinfo* address = addresses.get(); address != nullptr && descriptor_ < 0; address = address->ai_next)
-        descriptor_ = connectTo(*address, deadline);
-    if (descriptor_ < 0)
-        throw TlsFailure(host + " port " + std::to_string(port) + ": " + std::strerror(-descriptor_));
+    for (const addrinfo* address = addresses.get(); address != nullptr && !descriptor_.open();
+         address = address->ai_next)
+        descriptor_ = connectTo(*address, deadline, failure);
+    if (!descriptor_.open())
+        throw TlsFailure(host + " port " + std::to_string(port) + ": " + std::strerror(failure));
 }
 
 } // namespace mervo::platform

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "platform/descriptor.h"
 #include "platform/linux/tls/Deadline.h"
 
 #include <string>
-#include <unistd.h>
-#include <utility>
 
 namespace mervo::platform {
 
@@ -13,18 +12,11 @@ class Socket {
 public:
     /// Throws TlsFailure in the words of the last address tried, TlsTimeout.
     Socket(const std::string& host, std::uint16_t port, const Deadline& deadline);
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-    ~Socket()
-    {
-        if (descriptor_ >= 0)
-            close(descriptor_);
-    }
 
-    int descriptor() const noexcept { return descriptor_; }
+    int descriptor() const noexcept { return descriptor_.get(); }
 
 private:
-    int descriptor_ = -1;
+    Descriptor descriptor_;
 };
 
 } // namespace mervo::platform
