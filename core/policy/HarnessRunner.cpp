@@ -1,5 +1,6 @@
 #include "core/policy/HarnessRunner.h"
 
+#include "core/foundation/FailureOf.h"
 #include "core/foundation/HarnessConfig.h"
 #include "core/foundation/ServiceError.h"
 #include "core/foundation/StoreFailures.h"
@@ -26,21 +27,7 @@ using HarnessRunner::Pending;
 using HarnessRunner::Result;
 using HarnessRunner::Stores;
 
-constexpr std::string_view kUnnamedFailure = "the tool failed without saying why";
-
-/// The description of whatever `work` throws, nothing when it returns.
-template <typename Work>
-std::optional<std::string> failureOf(Work&& work)
-{
-    try {
-        work();
-        return std::nullopt;
-    } catch (const std::exception& error) {
-        return error.what();
-    } catch (...) {
-        return std::string(kUnnamedFailure);
-    }
-}
+constexpr const char* kUnnamedFailure = "the tool failed without saying why";
 
 /// What the work gives; `unread` is the sentence of what failed in it.
 template <typename Work>
@@ -65,10 +52,11 @@ std::string reasonOf(const std::string& failure)
 Explanation judge(const Tool& tool, const Args& args, Stores stores)
 {
     Explanation found;
-    found.refusal = failureOf([&] {
+    const auto checked = [&] {
         checkLength(args);
         (void)tool.build(args);
-    });
+    };
+    found.refusal = failureOf(checked, kUnnamedFailure);
     if (found.refusal)
         return found;
     const HarnessConfig config = HarnessConfig::load();
@@ -130,13 +118,13 @@ Result ask(
     const Call& call, const ActionPolicy::Outcome& verdict, AutonomyMode mode, const std::filesystem::path& configDir)
 {
     PendingAction action;
-    const auto failure = failureOf([&] {
+    const auto save = [&] {
         const PendingStore store(configDir);
         action = {Text::newShortId(), call.tool.id, call.args, summary(call), {}, preview(call.tool, call.args)};
         action.createdAt = Timestamps::now();
         store.save(action);
-    });
-    if (failure)
+    };
+    if (const auto failure = failureOf(save, kUnnamedFailure))
         return Error{"could not save pending: " + *failure};
     const bool bySlider = verdict.reason == "policy_" + std::string(rawValue(mode));
     call.record(action.preview ? call.argsAnd("impact", *action.preview) : call.args, "pending_approval",
@@ -202,13 +190,13 @@ Execution execute(const Tool& tool, const Args& args, Notices* notices)
     if (const char* ended = platform::Stop::reason())
         return {false, {}, std::string(ended) + " before it ran"};
     Execution execution;
-    const auto failure = failureOf([&] {
+    const auto run = [&] {
         std::string raw = output(tool, args);
         if (notices != nullptr)
             std::ranges::move(Remarks::after(tool, args, raw), std::back_inserter(notices->remarks));
         execution.output = tool.transform ? tool.transform(raw) : std::move(raw);
-    });
-    if (failure)
+    };
+    if (const auto failure = failureOf(run, kUnnamedFailure))
         return {false, {}, reasonOf(*failure)};
     execution.ok = true;
     return execution;

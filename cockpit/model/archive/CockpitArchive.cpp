@@ -1,6 +1,6 @@
 #include "cockpit/model/archive/CockpitArchive.h"
 
-#include "cockpit/model/operations/FailureOf.h"
+#include "core/foundation/FailureOf.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,8 +1,8 @@
 #include "cockpit/model/automations/CockpitAutomations.h"
 
 #include "cockpit/model/automations/PromptBlocks.h"
-#include "cockpit/model/operations/FailureOf.h"
 #include "cockpit/model/shown/ShownText.h"
+#include "core/foundation/FailureOf.h"
 
 #include <QTimer>
 

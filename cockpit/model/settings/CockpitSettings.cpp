@@ -1,7 +1,7 @@
 #include "cockpit/model/settings/CockpitSettings.h"
 
-#include "cockpit/model/operations/FailureOf.h"
 #include "core/foundation/ConfigDir.h"
+#include "core/foundation/FailureOf.h"
 #include "core/foundation/Text.h"
 
 #include <algorithm>
