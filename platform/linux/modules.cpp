@@ -7,13 +7,13 @@
 
 namespace mervo::platform {
 
-void* moduleEntry(const std::string& module, const char* entry)
+void* functionOf(const std::string& file, const char* function)
 {
-    void* handle = dlopen(platformProgram(module).c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* found = handle == nullptr ? nullptr : dlsym(handle, entry);
+    void* handle = dlopen(platformProgram(file).c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* found = handle == nullptr ? nullptr : dlsym(handle, function);
     if (found == nullptr) {
         const char* reason = dlerror();
-        throw std::runtime_error(reason == nullptr ? "there is no " + module : reason);
+        throw std::runtime_error(reason == nullptr ? "there is no " + file : reason);
     }
     return found;
 }

@@ -1,7 +1,6 @@
 #include "platform/desk/mail/MimeEngine.h"
 
 #include "platform/desk/mail/MailError.h"
-#include "platform/modules.h"
 
 #include <fmt/format.h>
 #include <stdexcept>
@@ -12,7 +11,7 @@ namespace {
 const MimeEngine* load()
 {
     try {
-        return reinterpret_cast<MimeEntry*>(platform::moduleEntry(kMimeModule, kMimeEntry))();
+        return platform::load(kMimeModule)();
     } catch (const std::runtime_error& error) {
         throw MailError(fmt::format("The message reader cannot be loaded: {}.", error.what()));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/desk/mail/MailAddress.h"
+#include "platform/modules.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -55,9 +56,8 @@ public:
 /// Loads the engine on first use. Throws MailError when the module is missing from the bundle.
 const MimeEngine& mimeEngine();
 
-/// The module in the bundle's folder Helpers/platform, and its function that returns the engine.
-inline constexpr const char* kMimeModule = "mervo-mime.so";
-inline constexpr const char* kMimeEntry = "mervoMimeEngine";
-using MimeEntry = const MimeEngine*();
+/// The module of the bundle that holds the engine, and its function that returns it.
+extern "C" const MimeEngine* mervoMimeEngine();
+inline constexpr auto kMimeModule = MERVO_MODULE("mervo-mime.so", mervoMimeEngine);
 
 } // namespace mervo::desk

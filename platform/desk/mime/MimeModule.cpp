@@ -1,21 +1,21 @@
 #include "platform/desk/mime/MimeReader.h"
 #include "platform/desk/mime/MimeWriter.h"
 
+namespace mervo::desk {
 namespace {
 
-class Engine final : public mervo::desk::MimeEngine {
+class Engine final : public MimeEngine {
 public:
-    mervo::desk::MimeContent read(std::string_view message) const override { return mervo::desk::readMime(message); }
-    void write(const mervo::desk::MimeDraft& draft, int descriptor) const override
-    {
-        mervo::desk::writeMime(draft, descriptor);
-    }
+    MimeContent read(std::string_view message) const override { return readMime(message); }
+    void write(const MimeDraft& draft, int descriptor) const override { writeMime(draft, descriptor); }
 };
 
 } // namespace
 
-extern "C" const mervo::desk::MimeEngine* mervoMimeEngine()
+const MimeEngine* mervoMimeEngine()
 {
     static const Engine engine;
     return &engine;
 }
+
+} // namespace mervo::desk

@@ -183,10 +183,11 @@ public:
 };
 
 } // namespace
-} // namespace mervo::platform::keychain
 
-extern "C" const mervo::platform::keychain::Backend* mervoKeychain()
+const Backend* mervoKeychain()
 {
-    static const mervo::platform::keychain::SecretServiceBackend backend;
+    static const SecretServiceBackend backend;
     return &backend;
 }
+
+} // namespace mervo::platform::keychain

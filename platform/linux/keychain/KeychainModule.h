@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/keychain.h"
+#include "platform/modules.h"
 
 namespace mervo::platform::keychain {
 
@@ -19,8 +20,7 @@ public:
     virtual Status remove(const std::string& service, const std::string& account) const = 0;
 };
 
-inline constexpr const char* kKeychainModule = "mervo-keychain.so";
-inline constexpr const char* kKeychainEntry = "mervoKeychain";
-using KeychainEntry = const Backend*();
+extern "C" const Backend* mervoKeychain();
+inline constexpr auto kKeychainModule = MERVO_MODULE("mervo-keychain.so", mervoKeychain);
 
 } // namespace mervo::platform::keychain

@@ -1,7 +1,6 @@
 #include "platform/keychain.h"
 
 #include "platform/linux/keychain/KeychainModule.h"
-#include "platform/modules.h"
 #include "platform/unified_log.h"
 
 #include <stdexcept>
@@ -10,10 +9,10 @@
 namespace mervo::platform::keychain {
 namespace {
 
-const Backend* load()
+const Backend* loadBackend()
 {
     try {
-        return reinterpret_cast<KeychainEntry*>(moduleEntry(kKeychainModule, kKeychainEntry))();
+        return load(kKeychainModule)();
     } catch (const std::runtime_error& error) {
         logError("Keychain", std::string("the keychain module cannot be loaded: ") + error.what());
         return nullptr;
@@ -23,7 +22,7 @@ const Backend* load()
 /// Null when the module is missing from the bundle: then no service can be reached.
 const Backend* backend()
 {
-    static const Backend* const loaded = load();
+    static const Backend* const loaded = loadBackend();
     return loaded;
 }
 

@@ -199,10 +199,10 @@ private:
 };
 
 } // namespace
-} // namespace mervo::platform
 
-extern "C" mervo::platform::TlsStream* mervoConnectTls(
-    const std::string& host, std::uint16_t port, std::chrono::milliseconds limit, int stop)
+TlsStream* mervoConnectTls(const std::string& host, std::uint16_t port, std::chrono::milliseconds limit, int stop)
 {
-    return new mervo::platform::Stream(host, port, mervo::platform::Deadline(limit, stop));
+    return new Stream(host, port, Deadline(limit, stop));
 }
+
+} // namespace mervo::platform

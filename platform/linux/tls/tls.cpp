@@ -1,7 +1,6 @@
 #include "platform/tls.h"
 
 #include "platform/linux/tls/TlsModule.h"
-#include "platform/modules.h"
 #include "platform/stop.h"
 
 namespace mervo::platform {
@@ -10,7 +9,7 @@ std::unique_ptr<TlsStream> connectTls(const std::string& host, std::uint16_t por
 {
     static const auto connect = [] {
         try {
-            return reinterpret_cast<TlsEntry*>(moduleEntry(kTlsModule, kTlsEntry));
+            return load(kTlsModule);
         } catch (const std::runtime_error& error) {
             throw TlsFailure(std::string("secure connections cannot be loaded: ") + error.what());
         }
