@@ -36,7 +36,7 @@ struct Silence final : platform::Notifier, platform::Workspace, platform::LoginI
     void setBadge(const std::string&) override { }
     bool isEnabled() const override { return false; }
     void setEnabled(bool) override { }
-    void storePassword(const std::string&, const std::string&) override { }
+    void storePassword(const std::string&, const platform::Secret&) override { }
     void removePassword(const std::string&) override { }
     std::vector<GmailAccount> gmail() override { return {}; }
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/secret.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -19,12 +21,12 @@ inline constexpr Status kLocked = -25308; ///< the keyring is locked and was not
 
 struct Found {
     Status status = kNotAvailable;
-    std::string secret; ///< bytes; empty unless the status is success
+    Secret secret; ///< empty unless the status is success
 };
 
 /// Adds a secret, or replaces the one with the same service and account. `label` is what keyring programs show.
 [[nodiscard]] Status set(
-    const std::string& service, const std::string& account, const std::string& label, const std::string& secret);
+    const std::string& service, const std::string& account, const std::string& label, const Secret& secret);
 [[nodiscard]] Found get(const std::string& service, const std::string& account);
 /// Success when there is one. Does not touch the secret and unlocks nothing.
 [[nodiscard]] Status find(const std::string& service, const std::string& account);
@@ -32,8 +34,5 @@ struct Found {
 
 /// The sentence for a status, with the remedy; nothing for an unknown one.
 std::optional<std::string> message(Status status);
-
-/// Overwrites a secret that is not needed any more.
-void wipe(std::string& secret) noexcept;
 
 } // namespace mervo::platform::keychain

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/secret.h"
+
 #include <string>
 
 /// A person at a terminal, for what must not be seen.
@@ -10,6 +12,6 @@ bool isTerminalInput();
 
 /// Shows the prompt and reads one line without showing it, without its line end. The terminal is as it was afterwards,
 /// also when a signal ends the program. Empty at the end of input.
-std::string readHidden(const std::string& prompt);
+Secret readHidden(const std::string& prompt);
 
 } // namespace mervo::platform

@@ -38,7 +38,7 @@ IMAPClient::IMAPClient(const std::string& host, std::uint16_t port, std::chrono:
 }
 
 std::size_t IMAPClient::archiveByMessageID(const std::string& host, std::uint16_t port, const std::string& email,
-    const std::string& password, const std::vector<std::string>& messageIDs, std::chrono::milliseconds ioTimeout)
+    const platform::Secret& password, const std::vector<std::string>& messageIDs, std::chrono::milliseconds ioTimeout)
 {
     IMAPClient client(host, port, ioTimeout);
     client.login(email, password);
@@ -52,25 +52,28 @@ std::size_t IMAPClient::archiveByMessageID(const std::string& host, std::uint16_
 }
 
 void IMAPClient::verifyLogin(const std::string& host, std::uint16_t port, const std::string& email,
-    const std::string& password, std::chrono::milliseconds ioTimeout)
+    const platform::Secret& password, std::chrono::milliseconds ioTimeout)
 {
     IMAPClient client(host, port, ioTimeout);
     client.login(email, password);
     client.logout();
 }
 
-void IMAPClient::login(const std::string& email, const std::string& password)
+void IMAPClient::login(const std::string& email, const platform::Secret& password)
 {
-    if (!ImapText::isQuotable(email) || !ImapText::isQuotable(password))
+    if (!ImapText::isQuotable(email) || !ImapText::isQuotable(password.view()))
         throw IMAPError::connect("the address or the password holds a line end, which no server takes");
-    secrets_ = {ImapText::quoted(password), password};
-    command("LOGIN " + ImapText::quoted(email) + " " + secrets_.front());
+    password_ = password.copy();
+    quotedPassword_ = ImapText::quoted(password);
+    platform::Secret text("LOGIN " + ImapText::quoted(email) + " ");
+    text.append(quotedPassword_.view());
+    command(text.view());
 }
 
 std::string IMAPClient::shown(std::string_view line) const
 {
     std::string text(line);
-    for (const std::string& secret : secrets_) {
+    for (const std::string_view secret : {quotedPassword_.view(), password_.view()}) {
         for (auto at = secret.empty() ? std::string::npos : text.find(secret); at != std::string::npos;
              at = text.find(secret, at + kHidden.size()))
             text.replace(at, secret.size(), kHidden);
@@ -113,7 +116,10 @@ std::string IMAPClient::command(std::string_view text)
 {
     const std::string tag = "a" + std::to_string(++tagSeq_);
     try {
-        conn_->send(tag + " " + std::string(text) + "\r\n", ioTimeout_);
+        platform::Secret line(tag + " "); // one of the commands holds the password
+        line.append(text);
+        line.append("\r\n");
+        conn_->send(line.view(), ioTimeout_);
     } catch (const platform::TlsTimeout&) {
         throw IMAPError::timeout("write");
     } catch (const platform::TlsFailure& failure) {

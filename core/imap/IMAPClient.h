@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/imap/IMAPError.h"
+#include "platform/secret.h"
 #include "platform/tls.h"
 
 #include <chrono>
@@ -27,31 +28,31 @@ public:
     /// logs out. How many were moved; an id that the server does not have counts nothing. Throws IMAPError: what was
     /// moved until then stays moved.
     static std::size_t archiveByMessageID(const std::string& host, std::uint16_t port, const std::string& email,
-        const std::string& password, const std::vector<std::string>& messageIDs,
+        const platform::Secret& password, const std::vector<std::string>& messageIDs,
         std::chrono::milliseconds ioTimeout = kPatience);
 
     /// Logs in and out. Throws IMAPError.
     static void verifyLogin(const std::string& host, std::uint16_t port, const std::string& email,
-        const std::string& password, std::chrono::milliseconds ioTimeout = kPatience);
+        const platform::Secret& password, std::chrono::milliseconds ioTimeout = kPatience);
 
     void close() noexcept { conn_.reset(); }
 
 private:
-    void login(const std::string& email, const std::string& password);
+    void login(const std::string& email, const platform::Secret& password);
     void logout() noexcept;
     std::string allMailFolder();
     std::size_t moveById(const std::string& messageID, const std::string& folder);
     /// Sends one command; gives the whole answer. Throws IMAPError, also when the server does not say OK.
     std::string command(std::string_view text);
     void receive();
-    /// A line of the server's for a person, without the secrets that some servers repeat in their refusals.
+    /// A line of the server's for a person, without the password, which some servers repeat in their refusals.
     std::string shown(std::string_view line) const;
 
     std::unique_ptr<platform::TlsStream> conn_;
     std::chrono::milliseconds ioTimeout_;
     std::int64_t tagSeq_ = 0;
     std::string buffer_; ///< received and not yet used
-    std::vector<std::string> secrets_; ///< as sent and as they are
+    platform::Secret password_, quotedPassword_;
 };
 
 } // namespace mervo

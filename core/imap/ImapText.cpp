@@ -55,17 +55,29 @@ std::string folderName(std::string_view line)
     return std::string(line.substr(line.rfind('"') + 1));
 }
 
+template <typename Text>
+Text quotedAs(std::string_view text)
+{
+    Text result(std::string_view("\""));
+    for (const char& c : text) {
+        if (c == '\\' || c == '"')
+            result.append(std::string_view("\\"));
+        result.append(std::string_view(&c, 1));
+    }
+    result.append(std::string_view("\""));
+    return result;
+}
+
 } // namespace
 
 std::string quoted(std::string_view text)
 {
-    std::string result = "\"";
-    for (const char c : text) {
-        if (c == '\\' || c == '"')
-            result += '\\';
-        result += c;
-    }
-    return result + '"';
+    return quotedAs<std::string>(text);
+}
+
+platform::Secret quoted(const platform::Secret& text)
+{
+    return quotedAs<platform::Secret>(text.view());
 }
 
 bool isQuotable(std::string_view text) noexcept

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/secret.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,6 +14,7 @@ namespace mervo::ImapText {
 
 /// A quoted string: backslashes and double quotes are escaped.
 std::string quoted(std::string_view text);
+platform::Secret quoted(const platform::Secret& text);
 
 /// Whether a quoted string can carry the text: no line end and no NUL.
 bool isQuotable(std::string_view text) noexcept;

@@ -23,7 +23,7 @@ KeychainError KeychainError::unexpectedStatus(std::int32_t status)
         "keychain error " + std::to_string(status) + ": " + keychain::message(status).value_or("unknown"));
 }
 
-void setPassword(const std::string& password, const std::string& account)
+void setPassword(const platform::Secret& password, const std::string& account)
 {
     if (!isAccount(account))
         throw KeychainError::unexpectedStatus(keychain::kRefused);
@@ -34,10 +34,10 @@ void setPassword(const std::string& password, const std::string& account)
         throw KeychainError::unexpectedStatus(status);
 }
 
-std::optional<std::string> password(const std::string& account)
+std::optional<platform::Secret> password(const std::string& account)
 {
     auto found = isAccount(account) ? keychain::get(kService, account) : keychain::Found{};
-    if (found.status != keychain::kSuccess || !platform::isValidUtf8(found.secret))
+    if (found.status != keychain::kSuccess || !platform::isValidUtf8(found.secret.view()))
         return std::nullopt;
     return std::move(found.secret);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/foundation/ServiceError.h"
+#include "platform/secret.h"
 
 #include <cstdint>
 #include <optional>
@@ -22,10 +23,10 @@ private:
 };
 
 /// Takes the place of a password that was there. Throws KeychainError.
-void setPassword(const std::string& password, const std::string& account);
+void setPassword(const platform::Secret& password, const std::string& account);
 
 /// Nothing for every reason that there can be; `status` below tells them apart.
-std::optional<std::string> password(const std::string& account);
+std::optional<platform::Secret> password(const std::string& account);
 
 /// Asks without touching the secret. Never throws.
 bool hasPassword(const std::string& account);

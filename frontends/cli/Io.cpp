@@ -36,25 +36,34 @@ int writeAll(int descriptor, std::string_view bytes) noexcept
     return 0;
 }
 
-std::string readAll(int descriptor, const std::string& what)
+/// A block for reading that holds nothing afterwards.
+struct Block {
+    ~Block() { platform::wipe(bytes); }
+    std::array<char, 65536> bytes;
+};
+
+/// `Text` is std::string or platform::Secret.
+template <typename Text>
+Text readAll(int descriptor, const std::string& what)
 {
-    std::string text;
-    std::array<char, 65536> block;
+    Text text;
+    Block block;
     for (;;) {
-        const ssize_t count = ::read(descriptor, block.data(), block.size());
+        const ssize_t count = ::read(descriptor, block.bytes.data(), block.bytes.size());
         if (count == 0)
             break;
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
             throw ServiceError(fmt::format("{} cannot be read: {}", what, describe(errno)));
-        text.append(block.data(), static_cast<std::size_t>(count));
+        text.append(std::string_view(block.bytes.data(), static_cast<std::size_t>(count)));
         if (text.size() > kTextLimit)
             throw ServiceError(fmt::format("{} is longer than {} MiB", what, kTextLimit / (1024 * 1024)));
     }
-    if (!platform::isValidUtf8(text))
+    const std::string_view all(text.data(), text.size());
+    if (!platform::isValidUtf8(all))
         throw ServiceError(fmt::format("{} is no text: its bytes are not valid UTF-8", what));
-    if (text.find('\0') != std::string::npos)
+    if (all.find('\0') != std::string::npos)
         throw ServiceError(fmt::format("{} is no text: it holds a zero byte", what));
     return text;
 }
@@ -81,7 +90,8 @@ Io standardIo()
             throw OutputFailed(error);
     };
     io.err = [](std::string_view text) { writeAll(STDERR_FILENO, text); };
-    io.input = [] { return readAll(STDIN_FILENO, "standard input"); };
+    io.input = [] { return readAll<std::string>(STDIN_FILENO, "standard input"); };
+    io.secretInput = [] { return readAll<platform::Secret>(STDIN_FILENO, "standard input"); };
     io.terminal = ::isatty(STDOUT_FILENO) == 1;
     winsize size{};
     if (io.terminal && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
@@ -95,7 +105,7 @@ std::string readText(const std::string& path)
     const platform::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file.open())
         throw ServiceError(fmt::format("{} cannot be read: {}", what, describe(errno)));
-    return readAll(file.get(), what);
+    return readAll<std::string>(file.get(), what);
 }
 
 } // namespace mervo::cli

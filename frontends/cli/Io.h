@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/secret.h"
+
 #include <cstddef>
 #include <functional>
 #include <stdexcept>
@@ -24,6 +26,7 @@ struct Io {
     std::function<void(std::string_view)> out; ///< throws OutputFailed
     std::function<void(std::string_view)> err; ///< never throws
     std::function<std::string()> input; ///< standard input to its end; throws ServiceError
+    std::function<platform::Secret()> secretInput; ///< the same
     bool terminal = false; ///< `out` goes straight to a person's screen
     std::size_t width = 80; ///< characters of a line of that screen, 40 to 120; 80 elsewhere
 };

@@ -3,7 +3,6 @@
 #include "core/secrets/Keychain.h"
 #include "core/tools/mail/MailArchiveService.h"
 #include "frontends/cli/Commands.h"
-#include "platform/keychain.h"
 #include "platform/terminal_input.h"
 
 #include <fmt/format.h>
@@ -30,22 +29,21 @@ void requireAddress(const std::string& email)
         throw UsageError(fmt::format("\"{}\" is no e-mail address", email));
 }
 
-std::string askFor(const std::string& email, Io& io)
+platform::Secret askFor(const std::string& email, Io& io)
 {
     if (platform::isTerminalInput())
         return platform::readHidden(fmt::format("App password of {}: ", email));
-    std::string line = io.input();
-    line.resize(std::min(line.size(), line.find_first_of("\r\n")));
+    platform::Secret line = io.secretInput();
+    line.shorten(line.view().find_first_of("\r\n"));
     return line;
 }
 
 void set(const std::string& email, Io& io)
 {
-    std::string password = askFor(email, io);
+    const platform::Secret password = askFor(email, io);
     if (password.empty())
         throw ServiceError("no password was given, and nothing was changed");
     Keychain::setPassword(password, email);
-    platform::keychain::wipe(password);
     io.out(fmt::format("the app password of {} is kept\n", email));
 }
 
@@ -56,14 +54,13 @@ void test(const std::string& email, Io& io)
         throw ServiceError(fmt::format(
             "{} is no account of config.json (\"imapAccounts\") and no Gmail account; add it there first", email));
     }
-    auto password = Keychain::password(account->email);
+    const auto password = Keychain::password(account->email);
     if (!password) {
         throw ServiceError(
             Keychain::trouble(account->email)
                 .value_or(fmt::format("there is no app password of {0}; keep one with: mervo secret set {0}", email)));
     }
     IMAPClient::verifyLogin(account->host, MailArchiveService::portOf(*account), account->email, *password);
-    platform::keychain::wipe(*password);
     io.out(fmt::format("{} accepts the app password of {}\n", account->host, email));
 }
 

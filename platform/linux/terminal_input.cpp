@@ -62,17 +62,17 @@ bool isTerminalInput()
     return isatty(STDIN_FILENO) == 1;
 }
 
-std::string readHidden(const std::string& prompt)
+Secret readHidden(const std::string& prompt)
 {
     say(prompt);
-    std::string line;
+    Secret line;
     {
         const WithoutEcho quiet;
         char c = 0;
         while (caught == 0 && read(STDIN_FILENO, &c, 1) == 1 && c != '\n')
-            line.push_back(c);
+            line.append({&c, 1});
         if (caught != 0)
-            line.clear();
+            line = Secret();
         say("\n");
     }
     return line;

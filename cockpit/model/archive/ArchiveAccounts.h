@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/tools/mail/MailAccounts.h"
+#include "platform/secret.h"
 
 #include <string>
 #include <vector>
@@ -18,7 +19,7 @@ public:
     ArchiveAccounts& operator=(const ArchiveAccounts&) = delete;
     virtual ~ArchiveAccounts() = default;
 
-    virtual void storePassword(const std::string& email, const std::string& password) = 0; ///< throws a sentence
+    virtual void storePassword(const std::string& email, const platform::Secret& password) = 0; ///< throws a sentence
     virtual void removePassword(const std::string& email) = 0; ///< throws a sentence
     virtual std::vector<GmailAccount> gmail() = 0; ///< empty when they cannot be asked for
 };

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace mervo {
@@ -12,6 +13,14 @@ namespace mervo {
 namespace {
 
 constexpr std::int64_t kImapsPort = 993;
+
+platform::Secret secretFrom(const QString& text)
+{
+    QByteArray bytes = text.toUtf8();
+    platform::Secret secret(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+    platform::wipe({bytes.data(), static_cast<std::size_t>(bytes.size())});
+    return secret;
+}
 
 } // namespace
 
@@ -29,7 +38,7 @@ void CockpitArchive::addIMAPAccount(const QString& mailAccountName, const QStrin
         .port = kImapsPort};
     outside_.operations.work.chore(
         *this,
-        [&accounts = outside_.accounts, address = account.email, secret = password.toStdString()] {
+        [&accounts = outside_.accounts, address = account.email, secret = secretFrom(password)] {
             return failureOf([&] { accounts.storePassword(address, secret); });
         },
         [this, account](const std::optional<std::string>& failure) {

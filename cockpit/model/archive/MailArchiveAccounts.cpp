@@ -4,7 +4,7 @@
 
 namespace mervo {
 
-void MailArchiveAccounts::storePassword(const std::string& email, const std::string& password)
+void MailArchiveAccounts::storePassword(const std::string& email, const platform::Secret& password)
 {
     Keychain::setPassword(password, email);
 }

@@ -36,7 +36,7 @@ std::string moveToFolder(const Args& args, const std::string& mailbox)
 }
 
 std::size_t moveOverImap(
-    const IMAPArchiveAccount& account, const std::string& password, const std::vector<std::string>& ids)
+    const IMAPArchiveAccount& account, const platform::Secret& password, const std::vector<std::string>& ids)
 {
     try {
         return IMAPClient::archiveByMessageID(account.host, portOf(account), account.email, password, ids);

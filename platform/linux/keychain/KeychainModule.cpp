@@ -115,7 +115,7 @@ Items search(SecretService* service, const std::string& name, const std::string&
 class SecretServiceBackend final : public Backend {
 public:
     Status set(const std::string& service, const std::string& account, const std::string& label,
-        const std::string& secret) const override
+        const Secret& secret) const override
     {
         const Patience patience;
         Status status = kSuccess;
@@ -152,7 +152,7 @@ public:
             return {secret_item_get_locked(item) != FALSE ? kLocked : kRefused, {}};
         gsize size = 0;
         const char* bytes = secret_value_get(value.get(), &size);
-        found.secret.assign(bytes, size);
+        found.secret = Secret({bytes, size});
         return found;
     }
 

@@ -14,7 +14,7 @@ public:
     virtual ~Backend() = default;
 
     virtual Status set(const std::string& service, const std::string& account, const std::string& label,
-        const std::string& secret) const = 0;
+        const Secret& secret) const = 0;
     virtual Found get(const std::string& service, const std::string& account) const = 0;
     virtual Status find(const std::string& service, const std::string& account) const = 0;
     virtual Status remove(const std::string& service, const std::string& account) const = 0;

@@ -4,7 +4,6 @@
 #include "platform/unified_log.h"
 
 #include <stdexcept>
-#include <string.h>
 
 namespace mervo::platform::keychain {
 namespace {
@@ -28,7 +27,7 @@ const Backend* backend()
 
 } // namespace
 
-Status set(const std::string& service, const std::string& account, const std::string& label, const std::string& secret)
+Status set(const std::string& service, const std::string& account, const std::string& label, const Secret& secret)
 {
     return backend() == nullptr ? kNotAvailable : backend()->set(service, account, label, secret);
 }
@@ -64,12 +63,6 @@ std::optional<std::string> message(Status status)
     default:
         return std::nullopt;
     }
-}
-
-void wipe(std::string& secret) noexcept
-{
-    explicit_bzero(secret.data(), secret.size());
-    secret.clear();
 }
 
 } // namespace mervo::platform::keychain

@@ -78,11 +78,11 @@ struct FakeAutomations final : AutomationOperations {
 };
 
 struct FakeArchive final : ArchiveAccounts {
-    void storePassword(const std::string& email, const std::string& password) override
+    void storePassword(const std::string& email, const platform::Secret& password) override
     {
         if (refuses)
             throw std::runtime_error("the keyring is locked");
-        passwords[email] = password;
+        passwords[email] = password.view();
     }
     void removePassword(const std::string& email) override { passwords.erase(email); }
     std::vector<GmailAccount> gmail() override { return {{"Home", "me@mail.example", "imap"}}; }

@@ -28,7 +28,7 @@ struct Nothing final : mervo::platform::Notifier,
     void setBadge(const std::string&) override { }
     bool isEnabled() const override { return false; }
     void setEnabled(bool) override { }
-    void storePassword(const std::string&, const std::string&) override { }
+    void storePassword(const std::string&, const mervo::platform::Secret&) override { }
     void removePassword(const std::string&) override { }
     std::vector<mervo::GmailAccount> gmail() override { return {}; }
 };

@@ -13,8 +13,8 @@ int main(int argc, char** argv)
         const std::vector<std::string> ids(argv + 6, argv + argc);
         const std::chrono::milliseconds patience(std::atoi(argv[5]));
         std::printf("%zu\n",
-            mervo::IMAPClient::archiveByMessageID(
-                argv[1], static_cast<std::uint16_t>(std::atoi(argv[2])), argv[3], argv[4], ids, patience));
+            mervo::IMAPClient::archiveByMessageID(argv[1], static_cast<std::uint16_t>(std::atoi(argv[2])), argv[3],
+                mervo::platform::Secret(argv[4]), ids, patience));
         return 0;
     } catch (const mervo::IMAPError& error) {
         std::fprintf(stderr, "%s\n", error.what());
