@@ -11,9 +11,9 @@
 namespace mervo::platform {
 
 struct Command {
-    std::string program; ///< path of the executable; no search through PATH
-    std::vector<std::string> arguments; ///< without the program's own name
-    std::string input; ///< what the program reads on standard input, to its end; nobody else can see it
+    std::string program = {}; ///< path of the executable; no search through PATH
+    std::vector<std::string> arguments = {}; ///< without the program's own name
+    std::string input = {}; ///< what the program reads on standard input, to its end; nobody else can see it
     bool inheritStandardError = false; ///< true: the child writes to our standard error, and `error` stays empty
     /// Whether it leads a session and process group of its own. Without: whoever ends our group ends it too.
     bool ownSession = true;

@@ -10,12 +10,12 @@ namespace mervo::AskTools {
 
 namespace {
 
-constexpr Argument kAutomation{"automation", false, "name of the loop"};
+constexpr Argument kAutomation = optional("automation", "name of the loop");
 /// What a harvest says that found no reply.
 constexpr std::string_view kNothingHarvested = "✅ 0 reply(ies) harvested";
 
-constexpr Argument kExpires{"expiresHours", false, "gone after so many hours",
-    Formats::whole(1, {"it never expires", true}, {"it is gone at once"})};
+constexpr Argument kExpires = optional("expiresHours", "gone after so many hours",
+    Formats::whole(1, Formats::withoutEffect("it never expires"), {"it is gone at once"}));
 
 std::string channelIds()
 {
@@ -41,9 +41,9 @@ const Tool& ask()
                   "pushed via the chosen channel; the owner's reply is harvested back and injected into this "
                   "loop's NEXT run - do NOT block waiting. effect=create (owner-only, low-stakes).",
             .effect = Effect::create,
-            .arguments = {{"text", true, "the question"},
-                {"channel", false, "how it is asked: mail or cockpit",
-                    Formats::words("mail|cockpit", {"it goes by mail"})},
+            .arguments = {required("text", "the question"),
+                optional(
+                    "channel", "how it is asked: mail or cockpit", Formats::words("mail|cockpit", {"it goes by mail"})),
                 kAutomation, kExpires},
             .build = Arguments::requiring({"text"}),
         });
@@ -59,7 +59,7 @@ const Tool& answer()
                        "or the cockpit, instead of replying by mail. Writes the answer so the asking loop sees it next "
                        "run.",
             .effect = Effect::create,
-            .arguments = {{"id", true, "id of the question"}, {"text", true, "the answer"}},
+            .arguments = {required("id", "id of the question"), required("text", "the answer")},
             .build = Arguments::requiring({"id", "text"}),
         });
     return tool;
@@ -75,7 +75,7 @@ const Tool& answers()
                 "([automation=<loop name>] to scope). Read-only inspection - does NOT consume; the loop's prompt "
                 "is auto-injected with what it needs.",
             .effect = Effect::read,
-            .arguments = {{"automation", false, "only what concerns this loop"}},
+            .arguments = {optional("automation", "only what concerns this loop")},
             .build = Arguments::acceptAll(),
         });
     return tool;
@@ -106,7 +106,7 @@ const Tool& tell()
                        "every run until it expires. Args: text, [automation=<loop name>] (omit = all loops), "
                        "[expiresHours=N]. e.g. text=\"stop replying to recruiters\".",
             .effect = Effect::create,
-            .arguments = {{"text", true, "the directive"}, kAutomation, kExpires},
+            .arguments = {required("text", "the directive"), kAutomation, kExpires},
             .build = Arguments::requiring({"text"}),
         });
     return tool;
@@ -120,7 +120,7 @@ const Tool& remove()
             .summary = "Drop a feedback item by id (a stale directive, an obsolete question). Housekeeping; the "
                        "harvester also auto-prunes expired/old items. Args: id.",
             .effect = Effect::create,
-            .arguments = {{"id", true, "id of the item"}},
+            .arguments = {required("id", "id of the item")},
             .build = Arguments::requiring({"id"}),
         });
     return tool;

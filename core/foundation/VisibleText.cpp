@@ -39,7 +39,8 @@ constexpr std::array kHidden{
     Range{0xE0000, 0xE0FFF}, // tags and more variation selectors
 };
 
-std::string shown(std::string_view text, bool keepLines)
+/// `kept` are hidden characters that stay as they are.
+std::string shown(std::string_view text, std::string_view kept = {})
 {
     std::string result;
     result.reserve(text.size());
@@ -47,7 +48,7 @@ std::string shown(std::string_view text, bool keepLines)
         const platform::CodePoint point = platform::firstCodePoint(text);
         if (!point.valid)
             result += fmt::format("<0x{:02X}>", static_cast<unsigned>(point.value));
-        else if (Text::isHidden(point.value) && !(keepLines && (point.value == '\n' || point.value == '\t')))
+        else if (Text::isHidden(point.value) && kept.find(text.front()) == std::string_view::npos)
             result += fmt::format("<U+{:04X}>", static_cast<unsigned>(point.value));
         else
             result += text.substr(0, point.length);
@@ -67,12 +68,12 @@ bool Text::isHidden(char32_t point) noexcept
 
 std::string Text::visible(std::string_view text)
 {
-    return shown(text, true);
+    return shown(text, "\n\t");
 }
 
 std::string Text::visibleLine(std::string_view text)
 {
-    return shown(text, false);
+    return shown(text);
 }
 
 } // namespace mervo

@@ -81,11 +81,12 @@ bool areAbsolute(std::string_view text)
 }
 
 /// The number of a text; nothing where it has another form.
-std::optional<double> numberOf(std::string_view text, bool whole)
+std::optional<double> numberOf(std::string_view text, Format::Kind kind)
 {
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
-    if (text.empty() || text.find_first_not_of(whole ? "0123456789-" : "0123456789.eE+-") != std::string_view::npos)
+    const std::string_view signs = kind == Format::Kind::whole ? "0123456789-" : "0123456789.eE+-";
+    if (text.empty() || text.find_first_not_of(signs) != std::string_view::npos)
         return std::nullopt;
     double number = 0;
     const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -117,9 +118,8 @@ bool hasForm(const Format& format, std::string_view value)
     case time:
         return isTime(value);
     case whole:
-        return numberOf(value, true).has_value();
     case number:
-        return numberOf(value, false).has_value();
+        return numberOf(value, format.kind).has_value();
     case hours:
         return areHours(value);
     case paths:
@@ -146,7 +146,7 @@ Format::Fault Format::fault(std::string_view value) const
         return Fault::malformed;
     if (!isNumeric(kind))
         return Fault::none;
-    const double number = numberOf(value, kind == Kind::whole).value_or(0);
+    const double number = numberOf(value, kind).value_or(0);
     return number < least || number > most ? Fault::outside : Fault::none;
 }
 

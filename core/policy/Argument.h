@@ -49,6 +49,13 @@ struct Format {
 namespace Formats {
 
 using Consequence = Format::Consequence;
+
+/// The call does what it would do without the argument.
+constexpr Consequence withoutEffect(std::string_view text)
+{
+    return {.text = text, .noEffect = true};
+}
+
 inline constexpr Format needle{.kind = Format::Kind::needle};
 inline constexpr Format day{.kind = Format::Kind::day};
 inline constexpr Format moment{.kind = Format::Kind::moment, .malformed = {"the tool fails"}};
@@ -63,7 +70,7 @@ constexpr Format words(std::string_view list, Consequence otherwise = {})
 
 /// A switch that is on unless its value is "false", and one that is off unless its value is "true".
 inline constexpr Format onUnlessFalse = words("true|false", {"it counts as true: only \"false\" is off"});
-inline constexpr Format offUnlessTrue = words("true|false", {"it counts as false: only \"true\" is on", true});
+inline constexpr Format offUnlessTrue = words("true|false", withoutEffect("it counts as false: only \"true\" is on"));
 
 constexpr Format whole(double least, Consequence malformed = {}, Consequence outside = {})
 {
@@ -91,7 +98,7 @@ constexpr Format nativeLimit(std::int64_t absent, Consequence outside)
 {
     return {.kind = Format::Kind::whole,
         .least = 1,
-        .malformed = {"it counts as not given", true},
+        .malformed = withoutEffect("it counts as not given"),
         .outside = outside,
         .limit = absent};
 }
@@ -105,5 +112,15 @@ struct Argument {
     std::string_view help; ///< one line
     Format format = {};
 };
+
+constexpr Argument required(std::string_view name, std::string_view help, const Format& format = {})
+{
+    return {.name = name, .required = true, .help = help, .format = format};
+}
+
+constexpr Argument optional(std::string_view name, std::string_view help, const Format& format = {})
+{
+    return {.name = name, .required = false, .help = help, .format = format};
+}
 
 } // namespace mervo

@@ -188,7 +188,7 @@ std::string output(const Tool& tool, const Args& args)
 Execution execute(const Tool& tool, const Args& args, Notices* notices)
 {
     if (const char* ended = platform::Stop::reason())
-        return {false, {}, std::string(ended) + " before it ran"};
+        return {.error = std::string(ended) + " before it ran"};
     Execution execution;
     const auto run = [&] {
         std::string raw = output(tool, args);
@@ -197,7 +197,7 @@ Execution execute(const Tool& tool, const Args& args, Notices* notices)
         execution.output = tool.transform ? tool.transform(raw) : std::move(raw);
     };
     if (const auto failure = failureOf(run, kUnnamedFailure))
-        return {false, {}, reasonOf(*failure)};
+        return {.error = reasonOf(*failure)};
     execution.ok = true;
     return execution;
 }

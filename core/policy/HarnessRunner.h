@@ -48,8 +48,8 @@ struct Stores {
 /// What running a tool came to: `error` is empty when `ok`, `output` when not.
 struct Execution {
     bool ok = false;
-    std::string output;
-    std::string error;
+    std::string output = {};
+    std::string error = {};
 };
 
 /// The only place that runs a tool; no policy, no audit, no queue. Never throws.

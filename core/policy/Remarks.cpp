@@ -93,7 +93,7 @@ Remark ofValue(const Argument& argument, std::string_view value)
     case Fault::none:
         return {};
     case Fault::empty:
-        return {name, argument.required ? "" : name + " is empty, which counts as not given", true};
+        return Remark::withoutEffect(name, argument.required ? "" : name + " is empty, which counts as not given");
     case Fault::blank:
         return {name, value.empty() ? name + " is empty" : blank(argument)};
     case Fault::malformed: {
@@ -173,7 +173,7 @@ std::vector<Remark> of(const Tool& tool, const Args& args)
     std::vector<Remark> all;
     for (const auto& [key, value] : args) {
         if (!knows(tool, key) && !isSaid(key))
-            all.push_back({key, unknown(tool, key), true});
+            all.push_back(Remark::withoutEffect(key, unknown(tool, key)));
     }
     for (const Argument& argument : tool.arguments) {
         const auto given = args.find(argument.name);

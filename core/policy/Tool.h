@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace mervo {
@@ -45,6 +46,12 @@ struct Remark {
     std::string argument;
     std::string sentence; ///< names the argument and what the tool makes of it
     bool noEffect = false; ///< the call does the same without the argument
+
+    /// Of an argument without effect.
+    static Remark withoutEffect(std::string_view argument, std::string sentence)
+    {
+        return {.argument = std::string(argument), .sentence = std::move(sentence), .noEffect = true};
+    }
 };
 
 /// Throws ToolError for arguments that are longer than kMostArgumentBytes.

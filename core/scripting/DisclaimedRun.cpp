@@ -8,7 +8,8 @@ namespace mervo {
 DisclaimedRun::Output DisclaimedRun::run(const std::string& path, const std::vector<std::string>& arguments)
 {
     try {
-        platform::Outcome outcome = platform::run({path, arguments, {}, true});
+        platform::Outcome outcome =
+            platform::run({.program = path, .arguments = arguments, .inheritStandardError = true});
         if (!platform::isValidUtf8(outcome.output))
             outcome.output.clear();
         return {outcome.status, std::move(outcome.output)};

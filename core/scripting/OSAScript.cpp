@@ -21,7 +21,7 @@ constexpr std::array<std::string_view, 6> kNoise{"TISFileInterrogator", "Connect
 
 OSAScript::Result failure(std::string text)
 {
-    return {false, {}, std::move(text), -1};
+    return {.error = std::move(text)};
 }
 
 /// Why the host gave nothing, in place of the line that it could not write.

@@ -70,7 +70,7 @@ std::string attachments(const Args& args)
 std::function<std::vector<Remark>(const Args&)> ignoringRecipient(std::string tool, std::string where)
 {
     return [sentence = tool + " ignores to: it reaches only the owner's configured " + where](const Args& args) {
-        return args.contains("to") ? std::vector<Remark>{{"to", sentence, true}} : std::vector<Remark>();
+        return args.contains("to") ? std::vector{Remark::withoutEffect("to", sentence)} : std::vector<Remark>();
     };
 }
 

@@ -47,7 +47,7 @@ CallPool::Submission CallPool::submit(ToolCall call)
             return Submission::duplicate;
         if (waiting_.size() >= kMostWaiting || waitingBytes_ + bytes > kMostWaitingBytes)
             return Submission::full;
-        waiting_.push_back({std::move(call), bytes, false});
+        waiting_.push_back({.call = std::move(call), .bytes = bytes});
         waitingBytes_ += bytes;
         if (!startWorkerIfNeeded()) {
             waiting_.pop_back();

@@ -150,7 +150,7 @@ void Dispatcher::callTool(Request request, Era era)
     }
     auto arguments = ArgumentReader::read(std::move(given));
     if (const auto* refusal = std::get_if<ArgumentReader::Refusal>(&arguments)) {
-        outlets_.send(Reply::toolResult(request.id, refusal->text, true, era));
+        outlets_.send(Reply::toolError(request.id, refusal->text, era));
         return;
     }
     answerSubmission(

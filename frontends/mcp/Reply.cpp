@@ -83,6 +83,28 @@ std::string paragraph(const Notices& notices)
     return bounded(platform::withValidUtf8(text), kLongestLine / 4);
 }
 
+/// `isError` is the member that says so.
+std::string toolAnswer(
+    const RequestId& id, std::string_view text, std::string_view isError, Era era, const Notices& notices)
+{
+    std::string content = "{";
+    content.append(Protocol::resultOpening(era, metaOf(notices)));
+    content.append(R"("content":[)");
+    std::string end;
+    if (!notices.empty()) {
+        end.append(",");
+        appendText(end, paragraph(notices));
+    }
+    end.append("],").append(isError).append("}");
+    const std::size_t taken = id.size() + content.size() + end.size() + kEnvelope;
+    const std::size_t room = taken + kLeastRoom < kLongestLine ? kLongestLine - taken : kLeastRoom;
+    // Repaired before it is measured: a replacement character is longer than the byte that it stands for.
+    appendText(
+        content, platform::isValidUtf8(text) ? bounded(text, room) : bounded(platform::withValidUtf8(text), room));
+    content.append(end);
+    return Reply::result(id, content);
+}
+
 } // namespace
 
 std::string result(const RequestId& id, std::string_view result)
@@ -113,24 +135,14 @@ std::string error(const RequestId& id, int code, std::string_view text, std::str
     return line.append("}}\n");
 }
 
-std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era, const Notices& notices)
+std::string toolResult(const RequestId& id, std::string_view text, Era era, const Notices& notices)
 {
-    std::string content = "{";
-    content.append(Protocol::resultOpening(era, metaOf(notices)));
-    content.append(R"("content":[)");
-    std::string end;
-    if (!notices.empty()) {
-        end.append(",");
-        appendText(end, paragraph(notices));
-    }
-    end.append(isError ? R"(],"isError":true})" : R"(],"isError":false})");
-    const std::size_t taken = id.size() + content.size() + end.size() + kEnvelope;
-    const std::size_t room = taken + kLeastRoom < kLongestLine ? kLongestLine - taken : kLeastRoom;
-    // Repaired before it is measured: a replacement character is longer than the byte that it stands for.
-    appendText(
-        content, platform::isValidUtf8(text) ? bounded(text, room) : bounded(platform::withValidUtf8(text), room));
-    content.append(end);
-    return result(id, content);
+    return toolAnswer(id, text, R"("isError":false)", era, notices);
+}
+
+std::string toolError(const RequestId& id, std::string_view text, Era era, const Notices& notices)
+{
+    return toolAnswer(id, text, R"("isError":true)", era, notices);
 }
 
 std::string_view echo(std::string_view word)

@@ -24,7 +24,9 @@ std::string error(const RequestId& id, int code, std::string_view text, std::str
 
 /// The outcome of a call as one text for the model. A text too long for a line is cut at a character, and says at its
 /// end how many bytes were left out. Notices stand in a second text, and one by one in `_meta`.
-std::string toolResult(const RequestId& id, std::string_view text, bool isError, Era era, const Notices& notices = {});
+std::string toolResult(const RequestId& id, std::string_view text, Era era, const Notices& notices = {});
+/// The same for a call that failed.
+std::string toolError(const RequestId& id, std::string_view text, Era era, const Notices& notices = {});
 
 /// A word of the client's, short enough to be repeated in an error.
 std::string_view echo(std::string_view word);

@@ -15,21 +15,22 @@ struct Answer {
     const ToolCall& call;
     const Notices& notices;
 
-    std::string operator()(const HarnessRunner::Executed& executed) const { return line(executed.output, false); }
+    std::string operator()(const HarnessRunner::Executed& executed) const
+    {
+        return Reply::toolResult(call.id, executed.output, call.era, notices);
+    }
 
     std::string operator()(const HarnessRunner::Pending& pending) const
     {
         std::string text = "pending " + pending.id + ": waits for the owner's approval in the cockpit.";
         if (pending.preview)
             text += " Preview: " + *pending.preview;
-        return line(text, false);
+        return Reply::toolResult(call.id, text, call.era, notices);
     }
 
-    std::string operator()(const HarnessRunner::Error& error) const { return line(error.text, true); }
-
-    std::string line(std::string_view text, bool isError) const
+    std::string operator()(const HarnessRunner::Error& error) const
     {
-        return Reply::toolResult(call.id, text, isError, call.era, notices);
+        return Reply::toolError(call.id, error.text, call.era, notices);
     }
 };
 
@@ -45,7 +46,7 @@ std::string answer(const ToolCall& call)
             logLine(call.tool->id + ": " + warning);
         return std::visit(Answer{call, notices}, result);
     } catch (const std::exception& failure) {
-        return Reply::toolResult(call.id, failure.what(), true, call.era);
+        return Reply::toolError(call.id, failure.what(), call.era);
     }
 }
 

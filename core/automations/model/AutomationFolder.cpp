@@ -39,10 +39,10 @@ std::optional<std::int64_t> number(const Json& object, const char* key)
                                                                : std::nullopt;
 }
 
-bool flag(const Json& object, const char* key, bool otherwise)
+std::optional<bool> flag(const Json& object, const char* key)
 {
     const auto found = object.find(key);
-    return found != object.end() && found->is_boolean() ? found->get<bool>() : otherwise;
+    return found != object.end() && found->is_boolean() ? std::optional(found->get<bool>()) : std::nullopt;
 }
 
 std::vector<std::int64_t> numbers(const Json& object, const char* key)
@@ -89,7 +89,7 @@ void addState(Automation& automation, const fs::path& home)
 {
     const auto file = runtimeFile(home, "state", automation.name, ".json");
     const Json state = file ? objectIn(*file) : Json::object();
-    automation.enabled = flag(state, "enabled", true);
+    automation.enabled = flag(state, "enabled").value_or(true);
     if (const auto lastRun = text(state, "lastRun"))
         automation.lastRun = Timestamps::date(*lastRun);
     automation.lastExit = number(state, "lastExit");
@@ -112,10 +112,10 @@ std::optional<Automation> read(const fs::path& loopFile, const fs::path& home)
     automation.effort = text(loop, "effort");
     automation.cwd = text(loop, "cwd");
     automation.schedule = scheduleOf(loop);
-    automation.visible = flag(loop, "visible", true);
+    automation.visible = flag(loop, "visible").value_or(true);
     automation.screen = number(loop, "screen");
-    automation.notifyOnFail = flag(loop, "notifyOnFail", false);
-    automation.isSystem = flag(loop, "system", false);
+    automation.notifyOnFail = flag(loop, "notifyOnFail").value_or(false);
+    automation.isSystem = flag(loop, "system").value_or(false);
     addState(automation, home);
     return automation;
 }

@@ -92,7 +92,7 @@ std::vector<Remark> remarks(const Args& args)
     std::vector<Remark> all;
     const auto unused = [&](std::string_view name, std::string_view why) {
         if (args.contains(name))
-            all.push_back({std::string(name), fmt::format("{} has no effect {}", name, why), true});
+            all.push_back(Remark::withoutEffect(name, fmt::format("{} has no effect {}", name, why)));
     };
     /// The first of these that is given counts; gives its name.
     const auto onlyFirst = [&](std::initializer_list<std::string_view> names) {

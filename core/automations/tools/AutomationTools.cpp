@@ -10,8 +10,8 @@ namespace mervo::AutomationTools {
 
 namespace {
 
-constexpr Argument kName{"name", true, "name of the automation, see auto.list"};
-constexpr Argument kNewName{"name", true, "name of the new automation"};
+constexpr Argument kName = required("name", "name of the automation, see auto.list");
+constexpr Argument kNewName = required("name", "name of the new automation");
 
 /// A check as a tool's build.
 template <void (*Check)(const Args&)>
@@ -27,24 +27,24 @@ constexpr auto* checkChange = checked<AutomationArguments::checkChange>;
 
 std::vector<Argument> whole(const Argument& name)
 {
-    return {name, {"every", false, "schedule: every so many minutes", Formats::whole(1)},
-        {"everyMinutes", false, "another name of every", Formats::whole(1)},
-        {"at", false, "schedule: daily at HH:MM", Formats::time},
-        {"hours", false, "schedule: daily at these hours, 8,12,16", Formats::hours},
-        {"prompt", false, "work of an agent: its instructions"},
-        {"command", false, "work of a script: a shell command"}, {"tool", false, "work of a tool: its id"},
-        {"args", false, "the tool's arguments, k=v k=v"},
-        {"client", false, "the agent's client: claude, codex, agy or grok (claude)",
-            Formats::words("claude|codex|agy|grok")},
-        {"model", false, "the agent's model"},
-        {"effort", false, "low, medium, high, xhigh or max",
-            Formats::words("low|medium|high|xhigh|max", {"the agent's client may refuse it"})},
-        {"background", false, "true: the agent runs without a window", Formats::onUnlessFalse},
-        {"screen", false, "number of the screen for the agent's window",
-            Formats::whole(std::numeric_limits<double>::lowest(), {"it counts as not given", true})},
-        {"notifyOnFail", false, "true: a failed script or tool mails the owner", Formats::onUnlessFalse},
-        {"cwd", false, "working directory", Formats::paths},
-        {"disabled", false, "true: made, but paused", Formats::onUnlessFalse}};
+    return {name, optional("every", "schedule: every so many minutes", Formats::whole(1)),
+        optional("everyMinutes", "another name of every", Formats::whole(1)),
+        optional("at", "schedule: daily at HH:MM", Formats::time),
+        optional("hours", "schedule: daily at these hours, 8,12,16", Formats::hours),
+        optional("prompt", "work of an agent: its instructions"),
+        optional("command", "work of a script: a shell command"), optional("tool", "work of a tool: its id"),
+        optional("args", "the tool's arguments, k=v k=v"),
+        optional("client", "the agent's client: claude, codex, agy or grok (claude)",
+            Formats::words("claude|codex|agy|grok")),
+        optional("model", "the agent's model"),
+        optional("effort", "low, medium, high, xhigh or max",
+            Formats::words("low|medium|high|xhigh|max", {"the agent's client may refuse it"})),
+        optional("background", "true: the agent runs without a window", Formats::onUnlessFalse),
+        optional("screen", "number of the screen for the agent's window",
+            Formats::whole(std::numeric_limits<double>::lowest(), Formats::withoutEffect("it counts as not given"))),
+        optional("notifyOnFail", "true: a failed script or tool mails the owner", Formats::onUnlessFalse),
+        optional("cwd", "working directory", Formats::paths),
+        optional("disabled", "true: made, but paused", Formats::onUnlessFalse)};
 }
 
 } // namespace
@@ -77,7 +77,7 @@ const Tool& log()
             .summary = "Tail an automation's log (name, [lines=80]). Read-only.",
             .effect = Effect::read,
             .arguments = {kName,
-                {"lines", false, "so many of the last lines (80)", Formats::nativeLimit(80, {"the answer is empty"})}},
+                optional("lines", "so many of the last lines (80)", Formats::nativeLimit(80, {"the answer is empty"}))},
             .build = checkName,
         });
     return tool;

@@ -33,7 +33,7 @@ const Tool& finderReveal()
             .summary = "Reveal a file/folder in Finder and bring it forward (path = POSIX path). Read-only (no file "
                        "change).",
             .effect = Effect::read,
-            .arguments = {{"path", true, "path of the file or folder"}},
+            .arguments = {required("path", "path of the file or folder")},
             .build = Arguments::requiring({"path"}),
         });
     return tool;
@@ -49,8 +49,8 @@ const Tool& appQuit()
                        "unsaved work; no-op if it isn't running. Reversible (it relaunches on next use). Use to leave "
                        "no app open after a batch, e.g. quit Mail after triage.",
             .effect = Effect::create,
-            .arguments = {{"name", true, "Mail, Contacts, Calendar, Notes, Messages or Reminders",
-                Formats::words("Mail|Contacts|Calendar|Notes|Messages|Reminders")}},
+            .arguments = {required("name", "Mail, Contacts, Calendar, Notes, Messages or Reminders",
+                Formats::words("Mail|Contacts|Calendar|Notes|Messages|Reminders"))},
             .build = buildQuit,
         });
     return tool;

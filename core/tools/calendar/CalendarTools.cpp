@@ -11,7 +11,7 @@ namespace mervo::Tools {
 namespace {
 
 constexpr double kAnySign = -std::numeric_limits<double>::infinity();
-constexpr Format kDays = Formats::whole(kAnySign, {"it counts as not given", true});
+constexpr Format kDays = Formats::whole(kAnySign, Formats::withoutEffect("it counts as not given"));
 constexpr Format kScriptNumber{
     .kind = Format::Kind::whole, .malformed = {"the tool rounds it or fails"}, .emptyStands = true};
 constexpr Format kHour{.kind = Format::Kind::whole,
@@ -37,8 +37,8 @@ const Tool& calFind()
                 "the PAST, e.g. days=-7 = last 7 days, [contains=text]). Read-only - native EventKit "
                 "(AppleScript can't read iCloud).",
             .effect = Effect::read,
-            .arguments = {{"days", false, "the next so many days (7); negative looks back", kDays},
-                {"contains", false, "text that the title contains", Formats::needle}},
+            .arguments = {optional("days", "the next so many days (7); negative looks back", kDays),
+                optional("contains", "text that the title contains", Formats::needle)},
             .build = Arguments::acceptAll(),
         });
     return tool;
@@ -54,10 +54,10 @@ const Tool& calUpdate()
                        "\"message://%3C<Message-ID>%3E\", or any https://, file://...). Native EventKit; refuses on 0 "
                        "or >1 match.",
             .effect = Effect::create,
-            .arguments = {{"contains", true, "text that the title of exactly one event contains", Formats::needle},
-                {"days", false, "within the next so many days (14)", kDays}, {"title", false, "new title"},
-                {"location", false, "new location"}, {"notes", false, "new notes"},
-                {"url", false, "a link back to a source (message://, https://, file://)"}},
+            .arguments = {required("contains", "text that the title of exactly one event contains", Formats::needle),
+                optional("days", "within the next so many days (14)", kDays), optional("title", "new title"),
+                optional("location", "new location"), optional("notes", "new notes"),
+                optional("url", "a link back to a source (message://, https://, file://)")},
             .build = Arguments::requiring({"contains"}),
         });
     return tool;
@@ -74,11 +74,11 @@ const Tool& calAdd()
                 "source - when created from an email pass url=\"message://%3C<Message-ID>%3E\" to link the event "
                 "to the mail (also https://, file://...).",
             .effect = Effect::create,
-            .arguments = {{"calendar", true, "name of the calendar"}, {"summary", true, "title of the event"},
-                {"days", false, "so many days from today (0)", kScriptNumber},
-                {"hour", false, "0-23; without it the present time of day", kHour},
-                {"duration", false, "minutes (60)", kMinutes}, {"location", false, "where"}, {"notes", false, "notes"},
-                {"url", false, "a link back to a source (message://, https://, file://)"}},
+            .arguments = {required("calendar", "name of the calendar"), required("summary", "title of the event"),
+                optional("days", "so many days from today (0)", kScriptNumber),
+                optional("hour", "0-23; without it the present time of day", kHour),
+                optional("duration", "minutes (60)", kMinutes), optional("location", "where"),
+                optional("notes", "notes"), optional("url", "a link back to a source (message://, https://, file://)")},
             .build = Arguments::requiring({"calendar", "summary"}),
         });
     return tool;
@@ -94,8 +94,8 @@ const Tool& calDelete()
                 "refuses on 0 or >1 match so a vague filter can't delete the wrong event. Irreversible -> "
                 "approval.",
             .effect = Effect::destructive,
-            .arguments = {{"contains", true, "text that the title of exactly one event contains", Formats::needle},
-                {"days", false, "within the next so many days (14)", kDays}},
+            .arguments = {required("contains", "text that the title of exactly one event contains", Formats::needle),
+                optional("days", "within the next so many days (14)", kDays)},
             .build = Arguments::requiring({"contains"}),
         });
     return tool;

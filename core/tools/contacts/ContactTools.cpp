@@ -26,7 +26,7 @@ std::vector<Remark> remarksOnAdd(const Args& args)
     const bool split = Arguments::isPresent(args, "first") || Arguments::isPresent(args, "last");
     if (!split || !Arguments::isPresent(args, "name"))
         return {};
-    return {{"name", "name has no effect beside first or last", true}};
+    return {Remark::withoutEffect("name", "name has no effect beside first or last")};
 }
 
 } // namespace
@@ -41,9 +41,9 @@ const Tool& contactFind()
                 "email-only scans the whole address book (slower). [limit=20]. Read-only. One line per hit: name "
                 "|| org || emails || phones. Use to resolve a sender to a known contact.",
             .effect = Effect::read,
-            .arguments = {{"query", false, "text that the name contains", Formats::needle},
-                {"email", false, "text that an address contains", Formats::needle},
-                {"limit", false, "at most so many (20)", Formats::scriptLimit(20)}},
+            .arguments = {optional("query", "text that the name contains", Formats::needle),
+                optional("email", "text that an address contains", Formats::needle),
+                optional("limit", "at most so many (20)", Formats::scriptLimit(20))},
             .build = buildFind,
         });
     return tool;
@@ -58,9 +58,9 @@ const Tool& contactAdd()
                        "AS-IS in the first-name field (no auto-split) - for a full name pass first= and last= "
                        "separately.",
             .effect = Effect::create,
-            .arguments = {{"first", false, "first name"}, {"last", false, "last name"},
-                {"name", false, "whole name, kept as first name when first and last are empty"},
-                {"email", false, "address"}, {"phone", false, "phone number"}, {"org", false, "organisation"}},
+            .arguments = {optional("first", "first name"), optional("last", "last name"),
+                optional("name", "whole name, kept as first name when first and last are empty"),
+                optional("email", "address"), optional("phone", "phone number"), optional("org", "organisation")},
             .build = buildAdd,
             .remarks = remarksOnAdd,
         });

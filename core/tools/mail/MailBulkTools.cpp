@@ -75,14 +75,14 @@ const Colour* knownColour(const Args& args)
     return found == kColours.end() ? nullptr : &*found;
 }
 
-constexpr Format kColour =
-    Formats::words("red|orange|yellow|green|blue|purple|gray|grey", {"the flag's colour stays as it is", true});
+constexpr Format kColour = Formats::words(
+    "red|orange|yellow|green|blue|purple|gray|grey", Formats::withoutEffect("the flag's colour stays as it is"));
 
 std::vector<Remark> remarksOnFlag(const Args& args)
 {
     std::vector<Remark> all = MailCriteria::remarks(args);
     if (Arguments::isPresent(args, "color") && !Arguments::isOn(args, "flag"))
-        all.push_back({"color", "color has no effect where flag is false", true});
+        all.push_back(Remark::withoutEffect("color", "color has no effect where flag is false"));
     return all;
 }
 
@@ -140,7 +140,7 @@ const Tool& mailMove()
             + MailCriteria::kSentence + "). Reversible; Approval.",
         .effect = Effect::destructive,
         .arguments = MailCriteria::arguments(
-            {MailSelector::kAccount, MailSelector::kMailbox, {"dest", true, "mailbox of the same account"}}),
+            {MailSelector::kAccount, MailSelector::kMailbox, required("dest", "mailbox of the same account")}),
         .build = buildMove,
         .preview = previewMove,
         .remarks = MailCriteria::remarks,
@@ -157,8 +157,8 @@ const Tool& mailArchive()
             + "). Gmail removes \\Inbox over IMAP (transparent); other accounts move to \"Archive\". Approval.",
         .effect = Effect::destructive,
         .arguments = MailCriteria::arguments(
-            {MailSelector::kAccount, {"mailbox", false, "name of the mailbox (INBOX)", {.emptyStands = true}}},
-            {{"dest", false, "mailbox of an account without IMAP (Archive)"}}),
+            {MailSelector::kAccount, optional("mailbox", "name of the mailbox (INBOX)", {.emptyStands = true})},
+            {optional("dest", "mailbox of an account without IMAP (Archive)")}),
         .build = buildArchive,
         .nativeRun = MailArchiveService::archive,
         .preview = previewArchive,
@@ -175,8 +175,8 @@ const Tool& mailFlag()
             + ", [flag=true|false], [color=red|orange|yellow|green|blue|purple|gray]). Reversible; Approval.",
         .effect = Effect::destructive,
         .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox},
-            {{"flag", false, "false takes the flag away (true)", Formats::onUnlessFalse},
-                {"color", false, "red, orange, yellow, green, blue, purple or gray", kColour}}),
+            {optional("flag", "false takes the flag away (true)", Formats::onUnlessFalse),
+                optional("color", "red, orange, yellow, green, blue, purple or gray", kColour)}),
         .build = buildFlag,
         .preview = previewFlag,
         .remarks = remarksOnFlag,
@@ -192,7 +192,7 @@ const Tool& mailJunk()
             + MailCriteria::kSentence + ", [junk=true|false]). Reversible; Approval.",
         .effect = Effect::destructive,
         .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox},
-            {{"junk", false, "false takes the mark away (true)", Formats::onUnlessFalse}}),
+            {optional("junk", "false takes the mark away (true)", Formats::onUnlessFalse)}),
         .build = buildJunk,
         .preview = previewJunk,
         .remarks = MailCriteria::remarks,

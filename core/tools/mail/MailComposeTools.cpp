@@ -83,10 +83,10 @@ const Tool& mailDraft()
             "Create a draft (to, subject, body, [attachments=comma-separated POSIX paths], [from=sender email of "
             "one of your accounts]).",
         .effect = Effect::create,
-        .arguments = {{"to", true, "address of the recipient"}, {"subject", true, "subject"},
-            {"body", false, "text of the message"},
-            {"attachments", false, "paths of files, comma-separated", Formats::paths},
-            {"from", false, "address of one of your accounts"}},
+        .arguments = {required("to", "address of the recipient"), required("subject", "subject"),
+            optional("body", "text of the message"),
+            optional("attachments", "paths of files, comma-separated", Formats::paths),
+            optional("from", "address of one of your accounts")},
         .build = buildDraft,
     };
     return tool;
@@ -99,10 +99,10 @@ const Tool& mailSend()
         .summary = "Send an email (to, subject, body, [attachments=comma-separated POSIX paths], [from=sender email "
                    "of one of your accounts]). Irreversible -> approval.",
         .effect = Effect::destructive,
-        .arguments = {{"to", true, "address of the recipient"}, {"subject", true, "subject"},
-            {"body", false, "text of the message"},
-            {"attachments", false, "paths of files, comma-separated", Formats::paths},
-            {"from", false, "address of one of your accounts"}},
+        .arguments = {required("to", "address of the recipient"), required("subject", "subject"),
+            optional("body", "text of the message"),
+            optional("attachments", "paths of files, comma-separated", Formats::paths),
+            optional("from", "address of one of your accounts")},
         .build = buildSend,
     };
     return tool;
@@ -119,8 +119,8 @@ const Tool& mailNotify()
                    "push you a daily digest or an alert. Errors if no owner email is configured. The recipient "
                    "comes from config; any `to=` is ignored.",
         .effect = Effect::create,
-        .arguments = {{"subject", true, "subject"}, {"body", true, "text, not blank"},
-            {"attachments", false, "paths of files, comma-separated", Formats::paths}},
+        .arguments = {required("subject", "subject"), required("body", "text, not blank"),
+            optional("attachments", "paths of files, comma-separated", Formats::paths)},
         .build = buildNotify,
         .remarks = Arguments::ignoringRecipient("mail.notify", "address"),
     };
@@ -135,7 +135,7 @@ const Tool& mailReply()
                    "subjectContains, [from], body). On a recurring subject use exact subject= to pin one message. "
                    "Irreversible -> approval.",
         .effect = Effect::destructive,
-        .arguments = MailSelector::arguments({{"body", true, "text of the reply"}}),
+        .arguments = MailSelector::arguments({required("body", "text of the reply")}),
         .build = buildReply,
     };
     return tool;
@@ -148,7 +148,7 @@ const Tool& mailReplyAll()
         .summary = "Reply-all to the newest matching message - threaded + quoted (same args as mail.reply). "
                    "Irreversible -> approval.",
         .effect = Effect::destructive,
-        .arguments = MailSelector::arguments({{"body", true, "text of the reply"}}),
+        .arguments = MailSelector::arguments({required("body", "text of the reply")}),
         .build = buildReplyAll,
     };
     return tool;
@@ -163,7 +163,7 @@ const Tool& mailForward()
                    "message. Irreversible -> approval.",
         .effect = Effect::destructive,
         .arguments = MailSelector::arguments(
-            {{"to", true, "address of the new recipient"}, {"body", false, "note before the forwarded text"}}),
+            {required("to", "address of the new recipient"), optional("body", "note before the forwarded text")}),
         .build = buildForward,
     };
     return tool;

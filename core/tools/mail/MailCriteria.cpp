@@ -14,22 +14,22 @@ namespace {
 
 /// What is less than a byte counts as no bound.
 constexpr Format kMegabytes =
-    Formats::number(1.0 / 1048576, {"the tool reads it as bytes or fails"}, {"it sets no bound", true});
+    Formats::number(1.0 / 1048576, {"the tool reads it as bytes or fails"}, Formats::withoutEffect("it sets no bound"));
 
 constexpr std::array kCriteria{
-    Argument{"from", false, "text that the sender contains", Formats::needle},
-    Argument{"to", false, "text that the address of a recipient contains", Formats::needle},
-    Argument{"before", false, "received before this day, YYYY-MM-DD", Formats::day},
-    Argument{"after", false, "received after the start of this day, YYYY-MM-DD", Formats::day},
-    Argument{"olderThan", false, "received more than so many days ago; takes the place of before",
-        Formats::whole(1, {"the tool rounds it or fails"}, {"it leaves no message out", true})},
-    Argument{"minSize", false, "at least so many megabytes; fractions allowed", kMegabytes},
-    Argument{"maxSize", false, "at most so many megabytes; fractions allowed", kMegabytes},
-    Argument{"subject", false, "the whole subject"},
-    Argument{"subjectContains", false, "text that the subject contains", Formats::needle},
-    Argument{"status", false, "unread or read", Formats::words("unread|read", {"it filters nothing", true})},
-    Argument{"hasAttachment", false, "any value: only messages with an attachment",
-        Formats::words("true", {"it counts as true: only messages with an attachment match"})},
+    optional("from", "text that the sender contains", Formats::needle),
+    optional("to", "text that the address of a recipient contains", Formats::needle),
+    optional("before", "received before this day, YYYY-MM-DD", Formats::day),
+    optional("after", "received after the start of this day, YYYY-MM-DD", Formats::day),
+    optional("olderThan", "received more than so many days ago; takes the place of before",
+        Formats::whole(1, {"the tool rounds it or fails"}, Formats::withoutEffect("it leaves no message out"))),
+    optional("minSize", "at least so many megabytes; fractions allowed", kMegabytes),
+    optional("maxSize", "at most so many megabytes; fractions allowed", kMegabytes),
+    optional("subject", "the whole subject"),
+    optional("subjectContains", "text that the subject contains", Formats::needle),
+    optional("status", "unread or read", Formats::words("unread|read", Formats::withoutEffect("it filters nothing"))),
+    optional("hasAttachment", "any value: only messages with an attachment",
+        Formats::words("true", {"it counts as true: only messages with an attachment match"})),
 };
 
 /// A day of the calendar after today's, by the local clock.
@@ -87,11 +87,11 @@ std::vector<Remark> remarks(const Args& args)
 {
     std::vector<Remark> all;
     if (liesAhead(args, "before"))
-        all.push_back({"before", "before lies ahead, so it leaves no message out", true});
+        all.push_back(Remark::withoutEffect("before", "before lies ahead, so it leaves no message out"));
     if (liesAhead(args, "after"))
         all.push_back({"after", "after lies ahead, so no message matches"});
     if (Arguments::isPresent(args, "before") && Arguments::isPresent(args, "olderThan"))
-        all.push_back({"before", "before has no effect beside olderThan", true});
+        all.push_back(Remark::withoutEffect("before", "before has no effect beside olderThan"));
     return all;
 }
 

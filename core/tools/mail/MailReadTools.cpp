@@ -89,7 +89,7 @@ const Tool& mailHeaders()
                    "dumping a huge mailbox]). Read-only.",
         .effect = Effect::read,
         .arguments = {MailSelector::kAccount, MailSelector::kMailbox,
-            {"limit", false, "at most so many; 0 means all (0)", Formats::scriptLimit(0)}},
+            optional("limit", "at most so many; 0 means all (0)", Formats::scriptLimit(0))},
         .build = buildHeaders,
     };
     return tool;
@@ -104,7 +104,7 @@ const Tool& mailAudit()
             + MailCriteria::kSentence + "). Read-only - space audit / delete-move dry-run.",
         .effect = Effect::read,
         .arguments = MailCriteria::arguments({MailSelector::kAccount, MailSelector::kMailbox,
-            {"limit", false, "at most so many; 0 means all (0)", Formats::scriptLimit(0)}}),
+            optional("limit", "at most so many; 0 means all (0)", Formats::scriptLimit(0))}),
         .build = buildAudit,
         .remarks = MailCriteria::remarks,
     };
@@ -120,9 +120,9 @@ const Tool& mailSearch()
             + MailCriteria::kSentence
             + ", [limit=50]. Read-only. One line per hit: account/mailbox || date || size || from || subject.",
         .effect = Effect::read,
-        .arguments = MailCriteria::arguments({{"account", false, "name of an account, or all (all)"},
-                                                 {"mailbox", false, "name of a mailbox, or all (all)"}},
-            {{"limit", false, "at most so many; 0 means all (50)", Formats::scriptLimit(50)}}),
+        .arguments = MailCriteria::arguments({optional("account", "name of an account, or all (all)"),
+                                                 optional("mailbox", "name of a mailbox, or all (all)")},
+            {optional("limit", "at most so many; 0 means all (50)", Formats::scriptLimit(50))}),
         .build = buildSearch,
         .remarks = MailCriteria::remarks,
     };

@@ -6,9 +6,9 @@ namespace mervo::MailSelector {
 
 std::vector<Argument> arguments(std::vector<Argument> last)
 {
-    std::vector<Argument> all{kAccount, kMailbox, {"subject", false, "the whole subject"},
-        {"subjectContains", false, "text that the subject contains", Formats::needle},
-        {"from", false, "text that the sender contains", Formats::needle}};
+    std::vector<Argument> all{kAccount, kMailbox, optional("subject", "the whole subject"),
+        optional("subjectContains", "text that the subject contains", Formats::needle),
+        optional("from", "text that the sender contains", Formats::needle)};
     all.insert(all.end(), last.begin(), last.end());
     return all;
 }

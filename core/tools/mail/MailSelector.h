@@ -8,8 +8,8 @@
 /// How the tools that work on one message name it: the newest in a mailbox with this subject.
 namespace mervo::MailSelector {
 
-inline constexpr Argument kAccount{"account", true, "name of the account, see mail.accounts"};
-inline constexpr Argument kMailbox{"mailbox", true, "name of the mailbox, see mail.accounts"};
+inline constexpr Argument kAccount = required("account", "name of the account, see mail.accounts");
+inline constexpr Argument kMailbox = required("mailbox", "name of the mailbox, see mail.accounts");
 
 /// The selector's arguments, and the tool's own behind them.
 std::vector<Argument> arguments(std::vector<Argument> last = {});

@@ -91,7 +91,7 @@ const Tool& imessageNotify()
                    "recipients). Errors if no handle is configured. The recipient comes from config; any `to=` is "
                    "ignored.",
         .effect = Effect::create,
-        .arguments = {{"text", true, "what the owner gets to read"}},
+        .arguments = {required("text", "what the owner gets to read")},
         .build = buildNotify,
         .remarks = Arguments::ignoringRecipient("imessage.notify", "handle"),
     };
@@ -106,7 +106,7 @@ const Tool& imessageSend()
                    "green-bubble SMS fallback. Irreversible -> approval. NOTE: Messages scripting is "
                    "version-sensitive; verify once before relying on it.",
         .effect = Effect::destructive,
-        .arguments = {{"to", true, "phone number or address of the recipient"}, {"text", true, "what is sent"}},
+        .arguments = {required("to", "phone number or address of the recipient"), required("text", "what is sent")},
         .build = buildSend,
     };
     return tool;
@@ -121,12 +121,12 @@ const Tool& imessageRead()
                    "handle || text. Read-only. Requires Full Disk Access (chat.db is TCC-protected); errors clearly if "
                    "not granted.",
         .effect = Effect::read,
-        .arguments = {{"from", false, "the sender's handle, spaces or not"},
-            {"since", false, "only the last so many minutes",
-                Formats::whole(1, {"it counts as not given", true}, {"no message is recent enough"})},
-            {"contains", false, "text that the message contains", Formats::needle},
-            {"limit", false, "at most so many (50)",
-                Formats::nativeLimit(kDefaultLimit, {"the answer is empty for 0 and has no limit below"})}},
+        .arguments = {optional("from", "the sender's handle, spaces or not"),
+            optional("since", "only the last so many minutes",
+                Formats::whole(1, Formats::withoutEffect("it counts as not given"), {"no message is recent enough"})),
+            optional("contains", "text that the message contains", Formats::needle),
+            optional("limit", "at most so many (50)",
+                Formats::nativeLimit(kDefaultLimit, {"the answer is empty for 0 and has no limit below"}))},
         .build = Arguments::acceptAll(),
         .nativeRun = readInbound,
     };

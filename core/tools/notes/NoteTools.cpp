@@ -40,9 +40,9 @@ const Tool& noteFind()
                        "Case-insensitive. With no name/body it lists every note (bounded by limit) - the way to browse "
                        "all notes. Read-only. One line per hit: folder || name || modified.",
             .effect = Effect::read,
-            .arguments = {{"name", false, "text that the name contains", Formats::needle},
-                {"body", false, "text that the plain body contains", Formats::needle},
-                {"limit", false, "at most so many (30)", Formats::scriptLimit(30)}},
+            .arguments = {optional("name", "text that the name contains", Formats::needle),
+                optional("body", "text that the plain body contains", Formats::needle),
+                optional("limit", "at most so many (30)", Formats::scriptLimit(30))},
             .build = Arguments::acceptAll(),
         });
     return tool;
@@ -57,7 +57,7 @@ const Tool& noteRead()
                        "substring; refuses on 0 or >1 match so a vague filter can't read the wrong note). Read-only. "
                        "Use note.find first to pin an exact title.",
             .effect = Effect::read,
-            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle}},
+            .arguments = {required("name", "text that the name of the note contains", Formats::needle)},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -74,8 +74,8 @@ const Tool& noteAdd()
                        "multi-line plain text still keeps its line breaks. Escape literal <, >, & in non-HTML text "
                        "yourself.",
             .effect = Effect::create,
-            .arguments = {{"title", true, "title, set in bold"},
-                {"body", false, "the text; HTML, line ends become <br>"}},
+            .arguments = {required("title", "title, set in bold"),
+                optional("body", "the text; HTML, line ends become <br>")},
             .build = Arguments::requiring({"title"}),
         });
     return tool;
@@ -91,7 +91,7 @@ const Tool& noteOpen()
                 "Read-only - only brings the app/note to the front. Use after note.add to surface a note for the "
                 "human.",
             .effect = Effect::read,
-            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle}},
+            .arguments = {required("name", "text that the name of the note contains", Formats::needle)},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -107,9 +107,9 @@ const Tool& noteUpdate()
                        "additive option), [body] (HTML that REPLACES the body, title kept). HTML rules as in note.add; "
                        "newlines → <br>.",
             .effect = Effect::create,
-            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle},
-                {"append", false, "added at the end; HTML, line ends become <br>"},
-                {"body", false, "takes the place of the body; HTML, line ends become <br>"}},
+            .arguments = {required("name", "text that the name of the note contains", Formats::needle),
+                optional("append", "added at the end; HTML, line ends become <br>"),
+                optional("body", "takes the place of the body; HTML, line ends become <br>")},
             .build = buildUpdate,
         });
     return tool;
@@ -124,7 +124,7 @@ const Tool& noteDelete()
                        "Recently Deleted (recoverable ~30 days). The preview lists exactly which notes match - keep "
                        "`name` specific so it can't sweep more than intended. Approval.",
             .effect = Effect::destructive,
-            .arguments = {{"name", true, "text that the name of the note contains", Formats::needle}},
+            .arguments = {required("name", "text that the name of the note contains", Formats::needle)},
             .build = Arguments::requiring({"name"}),
         });
     return tool;

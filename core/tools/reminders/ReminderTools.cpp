@@ -31,9 +31,9 @@ const Tool& reminderFind()
                        "Read-only - native EventKit (sees grouped lists too). One line per reminder: list || todo|done "
                        "|| due || name.",
             .effect = Effect::read,
-            .arguments = {{"list", false, "name of one list; without it all lists"},
-                {"includeCompleted", false, "true: completed ones too", Formats::offUnlessTrue},
-                {"limit", false, "at most so many (50)", Formats::nativeLimit(50, {"the answer is empty"})}},
+            .arguments = {optional("list", "name of one list; without it all lists"),
+                optional("includeCompleted", "true: completed ones too", Formats::offUnlessTrue),
+                optional("limit", "at most so many (50)", Formats::nativeLimit(50, {"the answer is empty"}))},
             .build = Arguments::acceptAll(),
         });
     return tool;
@@ -47,9 +47,9 @@ const Tool& reminderAdd()
             .summary = "Create a reminder (name, [list], [due=YYYY-MM-DD], [notes]). Targets the named list (default: "
                        "the Reminders default list).",
             .effect = Effect::create,
-            .arguments = {{"name", true, "what to be reminded of"},
-                {"list", false, "name of the list; without it the default list"},
-                {"due", false, "YYYY-MM-DD", Formats::day}, {"notes", false, "notes"}},
+            .arguments = {required("name", "what to be reminded of"),
+                optional("list", "name of the list; without it the default list"),
+                optional("due", "YYYY-MM-DD", Formats::day), optional("notes", "notes")},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -63,7 +63,7 @@ const Tool& reminderAddList()
             .summary = "Create a Reminders list (name). No-op if a list with that name already exists (won't create a "
                        "duplicate). Use before reminder.add when the target list doesn't exist yet.",
             .effect = Effect::create,
-            .arguments = {{"name", true, "name of the new list"}},
+            .arguments = {required("name", "name of the new list")},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -77,7 +77,7 @@ const Tool& reminderRenameList()
             .summary = "Rename a Reminders list (from=<current name>, to=<new name>). Reversible. Errors if no list "
                        "named from= exists.",
             .effect = Effect::create,
-            .arguments = {{"from", true, "present name"}, {"to", true, "new name"}},
+            .arguments = {required("from", "present name"), required("to", "new name")},
             .build = Arguments::requiring({"from", "to"}),
         });
     return tool;
@@ -94,9 +94,9 @@ const Tool& reminderUpdate()
                 "(reaches grouped lists); shifts existing alarms with the due date. Reversible, runs immediately "
                 "(no approval).",
             .effect = Effect::create,
-            .arguments = {{"name", true, "text that the name of exactly one open reminder contains", Formats::needle},
-                {"due", true, "YYYY-MM-DD or YYYY-MM-DD HH:MM", Formats::moment},
-                {"list", false, "name of one list; without it all lists"}},
+            .arguments = {required("name", "text that the name of exactly one open reminder contains", Formats::needle),
+                required("due", "YYYY-MM-DD or YYYY-MM-DD HH:MM", Formats::moment),
+                optional("list", "name of one list; without it all lists")},
             .build = Arguments::requiring({"name", "due"}),
         });
     return tool;
@@ -111,9 +111,9 @@ const Tool& reminderComplete()
                        "[list=<name>] or - if list= omitted - EVERY match across ALL lists. Keep `name` specific. "
                        "Reversible, runs immediately (no approval).",
             .effect = Effect::create,
-            .arguments = {{"name", true, "text that the name contains", Formats::needle},
-                {"list", false, "name of one list; without it all lists"},
-                {"complete", false, "false reopens (true)", Formats::onUnlessFalse}},
+            .arguments = {required("name", "text that the name contains", Formats::needle),
+                optional("list", "name of one list; without it all lists"),
+                optional("complete", "false reopens (true)", Formats::onUnlessFalse)},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -127,8 +127,8 @@ const Tool& reminderDelete()
             .summary = "Delete reminder(s) whose name contains `name`, in [list=<name>] or all lists. Irreversible -> "
                        "approval.",
             .effect = Effect::destructive,
-            .arguments = {{"name", true, "text that the name contains", Formats::needle},
-                {"list", false, "name of one list; without it all lists"}},
+            .arguments = {required("name", "text that the name contains", Formats::needle),
+                optional("list", "name of one list; without it all lists")},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -143,7 +143,7 @@ const Tool& reminderDeleteList()
                        "grouped/archived lists AppleScript can't. Deletes all lists sharing that exact title. "
                        "Irreversible -> approval.",
             .effect = Effect::destructive,
-            .arguments = {{"name", true, "exact name of the list"}},
+            .arguments = {required("name", "exact name of the list")},
             .build = Arguments::requiring({"name"}),
         });
     return tool;
@@ -157,7 +157,7 @@ const Tool& reminderClearCompleted()
             .summary = "Delete COMPLETED reminders only, in [list=<name>] or across all lists - native EventKit (sees "
                        "grouped lists). Active reminders are NEVER touched. Irreversible -> approval.",
             .effect = Effect::destructive,
-            .arguments = {{"list", false, "name of one list; without it all lists"}},
+            .arguments = {optional("list", "name of one list; without it all lists")},
             .build = Arguments::acceptAll(),
         });
     return tool;

@@ -130,7 +130,7 @@ TEST_F(Gate, takes16MiBOfArgumentsAndNotAByteMore)
 TEST_F(Gate, remarksStandBesideEveryResultAndChangeNone)
 {
     open();
-    tool.arguments = {{"to", true, ""}};
+    tool.arguments = {required("to", "")};
     tool.remarks = [](const Args&) -> std::vector<Remark> { throw ServiceError("no remark"); };
     tool.omissions = [](const std::string& raw) { return std::vector{"cut from" + raw}; };
     tool.transform = [](const std::string&) { return "short"; };

@@ -25,8 +25,8 @@ std::string textOf(const std::string& line)
 
 TEST(Reply, repairsWhatIsNoUtf8)
 {
-    EXPECT_EQ(textOf(Reply::toolResult("1", "caf\xE9 \xF0\x9F\x98", false, Era::session)).substr(0, 7), "caf\uFFFD ");
-    EXPECT_EQ(textOf(Reply::toolResult("1", "a\n\r\t\x01\"\\\u2028", false, Era::session)), "a\n\r\t\x01\"\\\u2028");
+    EXPECT_EQ(textOf(Reply::toolResult("1", "caf\xE9 \xF0\x9F\x98", Era::session)).substr(0, 7), "caf\uFFFD ");
+    EXPECT_EQ(textOf(Reply::toolResult("1", "a\n\r\t\x01\"\\\u2028", Era::session)), "a\n\r\t\x01\"\\\u2028");
     EXPECT_EQ(Reply::echo(std::string(127, 'a') + "\u00E9").size(), 127U) << "no half character is repeated";
 }
 
@@ -44,7 +44,7 @@ TEST(Reply, cutsATextThatWouldNotFitALineAndSaysHowMuch)
             text.reserve(bytes + 4);
             while (text.size() < bytes)
                 text += unit;
-            const std::string seen = textOf(Reply::toolResult(id, text, false, Era::stateless));
+            const std::string seen = textOf(Reply::toolResult(id, text, Era::stateless));
             const std::size_t note = seen.find("\n[cut here: ");
             if (note == std::string::npos) {
                 EXPECT_GE(seen.size(), text.size()) << name;

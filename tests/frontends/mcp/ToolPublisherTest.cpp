@@ -13,9 +13,9 @@ TEST(ToolPublisher, describesAToolByItsRecordAndItsEffect)
     tool.id = "mail.replyAll";
     tool.summary = "Reply - \"quoted\"\xE2\x89\xA5 1.";
     tool.effect = Effect::destructive;
-    tool.arguments = {{"subject", true, "Exact subject."}, {"body", false, "Text."},
-        {"before", false, "A day.", Formats::day}, {"status", false, "Which.", Formats::words("unread|read")},
-        {"limit", false, "Lines.", Formats::scriptLimit(0)}, {"minSize", false, "MB.", Formats::number(1, {}, {})}};
+    tool.arguments = {required("subject", "Exact subject."), optional("body", "Text."),
+        optional("before", "A day.", Formats::day), optional("status", "Which.", Formats::words("unread|read")),
+        optional("limit", "Lines.", Formats::scriptLimit(0)), optional("minSize", "MB.", Formats::number(1, {}, {}))};
     EXPECT_EQ(Json::parse(ToolPublisher::describe(tool, Naming::underscores)), Json::parse(R"({
         "name": "mail_replyAll", "title": "Mail: reply all", "description": "Reply - \"quoted\"≥ 1.",
         "inputSchema": {"type": "object", "required": ["subject"], "additionalProperties": false, "properties": {
