@@ -38,14 +38,14 @@ IMAPClient::IMAPClient(const std::string& host, std::uint16_t port, std::chrono:
 }
 
 std::size_t IMAPClient::archiveByMessageID(const std::string& host, std::uint16_t port, const std::string& email,
-    const platform::Secret& password, const std::vector<std::string>& messageIDs, std::chrono::milliseconds ioTimeout)
+    const platform::Secret& password, const std::vector<std::string>& messageIds, std::chrono::milliseconds ioTimeout)
 {
     IMAPClient client(host, port, ioTimeout);
     client.login(email, password);
     const std::string folder = client.allMailFolder();
     client.command("SELECT INBOX");
     std::size_t moved = 0;
-    for (const std::string& id : messageIDs)
+    for (const std::string& id : messageIds)
         moved += client.moveById(id, folder);
     client.logout();
     return moved;
@@ -98,9 +98,9 @@ std::string IMAPClient::allMailFolder()
     return folder;
 }
 
-std::size_t IMAPClient::moveById(const std::string& messageID, const std::string& folder)
+std::size_t IMAPClient::moveById(const std::string& messageId, const std::string& folder)
 {
-    const std::string id = isBracketed(messageID) ? messageID : "<" + messageID + ">";
+    const std::string id = isBracketed(messageId) ? messageId : "<" + messageId + ">";
     if (!ImapText::isQuotable(id))
         return 0; // no header of a message can hold this
     std::size_t moved = 0;

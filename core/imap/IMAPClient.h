@@ -28,7 +28,7 @@ public:
     /// logs out. How many were moved; an id that the server does not have counts nothing. Throws IMAPError: what was
     /// moved until then stays moved.
     static std::size_t archiveByMessageID(const std::string& host, std::uint16_t port, const std::string& email,
-        const platform::Secret& password, const std::vector<std::string>& messageIDs,
+        const platform::Secret& password, const std::vector<std::string>& messageIds,
         std::chrono::milliseconds ioTimeout = kPatience);
 
     /// Logs in and out. Throws IMAPError.
@@ -41,7 +41,7 @@ private:
     void login(const std::string& email, const platform::Secret& password);
     void logout() noexcept;
     std::string allMailFolder();
-    std::size_t moveById(const std::string& messageID, const std::string& folder);
+    std::size_t moveById(const std::string& messageId, const std::string& folder);
     /// Sends one command; gives the whole answer. Throws IMAPError, also when the server does not say OK.
     std::string command(std::string_view text);
     void receive();

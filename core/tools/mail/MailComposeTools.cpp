@@ -12,7 +12,7 @@ namespace mervo::Tools {
 
 namespace {
 
-Invocation letter(const std::string& script, const Args& args)
+Invocation newMessage(const std::string& script, const Args& args)
 {
     const std::string& to = Arguments::required(args, "to");
     const std::string& subject = Arguments::required(args, "subject");
@@ -23,12 +23,12 @@ Invocation letter(const std::string& script, const Args& args)
 
 Invocation buildDraft(const Args& args)
 {
-    return letter(MailScripts::draft(), args);
+    return newMessage(MailScripts::draft(), args);
 }
 
 Invocation buildSend(const Args& args)
 {
-    return letter(MailScripts::send(), args);
+    return newMessage(MailScripts::send(), args);
 }
 
 /// The recipient is the owner's configured address and nothing else: a `to` of the caller's is never looked at.

@@ -6,7 +6,7 @@ namespace mervo::MailScripts {
 
 namespace {
 
-constexpr std::string_view kLetterHead = R"AS(
+constexpr std::string_view kMessageHead = R"AS(
 on run argv
 	set toAddr to item 1 of argv
 	set subjText to item 2 of argv
@@ -16,7 +16,7 @@ on run argv
 )AS";
 
 // Files are looked up outside of the tell: inside, Mail would take the path for one of its own objects.
-constexpr std::string_view kNewLetter = R"AS(
+constexpr std::string_view kNewMessage = R"AS(
 	set attachFiles to my filesOf(attachText)
 	tell application "Mail"
 		set msg to make new outgoing message with properties {subject:subjText, content:bodyText, visible:false}
@@ -57,7 +57,7 @@ end filesOf
 
 const std::string& draft()
 {
-    static const std::string script = assembled({kLetterHead, kNewLetter, R"AS(
+    static const std::string script = assembled({kMessageHead, kNewMessage, R"AS(
 		save msg
 	end tell
 	return "OK draft saved"
@@ -69,7 +69,7 @@ end run
 
 const std::string& send()
 {
-    static const std::string script = assembled({kLetterHead, kNewLetter, R"AS(
+    static const std::string script = assembled({kMessageHead, kNewMessage, R"AS(
 		send msg
 	end tell
 	return "OK sent"
@@ -89,7 +89,7 @@ on run argv
 	set fromAddr to item 4 of argv
 	set attachText to item 5 of argv
 )AS",
-        kNewLetter, R"AS(
+        kNewMessage, R"AS(
 		send msg
 	end tell
 	return "OK notify sent to " & toAddr
