@@ -8,7 +8,7 @@
 #include <string_view>
 #include <system_error>
 
-/// Whole files, read and written the careful way. Nothing here throws; a failure is the system's error code, whose
+/// Reads and writes whole files safely. Nothing here throws; a failure is the system's error code, whose
 /// message() is its description. New files are the owner's alone (mode 0600).
 namespace mervo::platform {
 
@@ -24,21 +24,21 @@ std::optional<std::string> readFile(
 struct FileStamp {
     std::uint64_t device = 0, number = 0; ///< which file it is
     std::int64_t bytes = 0;
-    std::int64_t changed = 0; ///< when, by the system's own account (nanoseconds since 1970): nobody can set it back
+    std::int64_t changed = 0; ///< the inode's change time (nanoseconds since 1970), which nobody can set back
 
     bool operator==(const FileStamp&) const = default;
-    /// True when no later writing can leave this stamp. A file's time has the grain of the system's tick or, on other
-    /// file systems, of up to two seconds: a file written again within it may look as before.
+    /// True when no later writing can leave this stamp. A file's time has the resolution of the system's tick or, on
+    /// other file systems, of up to two seconds: a file written again within it may look as before.
     bool isSettled() const noexcept;
     bool isSameFile(const FileStamp& other) const { return device == other.device && number == other.number; }
 };
 /// Nothing when there is no such file. Links are followed.
 std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept;
 
-/// Whether the bytes must outlive a power cut. A file of the moment need not, and is written much faster.
+/// Whether the bytes must survive a power failure. A temporary file need not, and is written much faster.
 enum class Keep { throughPowerCut, whileRunning };
 
-/// Replaces or creates the file in one step: whoever reads it meets the old bytes or the new ones, also after a crash
+/// Replaces or creates the file in one step: a reader sees the old bytes or the new ones, also after a crash
 /// or on a full disk. A symbolic link stays, and the file that it leads to is replaced.
 std::error_code replaceFile(
     const std::filesystem::path& file, std::string_view bytes, Keep keep = Keep::throughPowerCut) noexcept;
@@ -46,8 +46,8 @@ std::error_code replaceFile(
 /// Writes the file itself, without a temporary one, down to the disk. What could not be written whole is removed.
 std::error_code writeInPlace(const std::filesystem::path& file, std::string_view bytes) noexcept;
 
-/// Creates the file, empty, where there is none; takes group's and others' rights from one that is there and is ours.
-/// The error when it is not there and cannot be created; the rights of somebody else's file are left as they are.
+/// Creates an empty file where there is none; removes the permissions of group and others from one that is ours. Gives
+/// the error when it is not there and cannot be created; the permissions of somebody else's file stay as they are.
 std::error_code makeFilePrivate(const std::filesystem::path& file) noexcept;
 
 /// Creates a folder for the owner alone (mode 0700), with what is above it. A folder that is there is left as it is.

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-/// What the platform's own parts say of themselves: the local applications and whatever they are made of.
+/// The state of the platform's own parts: the local applications and what they consist of.
 namespace mervo::platform {
 
-/// One thing that was looked at.
+/// The result of one check.
 struct Finding {
     enum class State {
         works,

@@ -10,16 +10,16 @@
 
 namespace mervo::platform {
 
-/// A file that tells whether its maker still lives: it is locked from before it has its name until its maker removes it
-/// or has ended, however that came about. Destroying the object lets go
-/// of the file, which stays. Belongs to one thread.
+/// A file that shows whether the process that made it is still alive: it is locked from before it has its name until
+/// that process removes it or ends, in whatever way. Destroying the object unlocks the file, which stays. Belongs to
+/// one thread.
 class HeldFile {
 public:
-    /// Makes the file (mode 0600) with these bytes. Throws std::system_error. What is left of a maker that was killed
-    /// in here has the same name with ".new" behind it.
+    /// Makes the file (mode 0600) with these bytes. Throws std::system_error. A process that is killed in here
+    /// leaves a file of the same name with ".new" appended.
     static HeldFile make(const std::filesystem::path& file, std::string_view bytes);
 
-    /// A file whose maker has ended, held by this process from now on: of several that try, one gets it. Nothing when
+    /// A file whose process has ended, held by this one from now on: of several that try, one gets it. Nothing when
     /// it is held, gone, or no regular file.
     static std::optional<HeldFile> takeOver(const std::filesystem::path& file) noexcept;
 

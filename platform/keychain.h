@@ -8,8 +8,8 @@
 
 /// Secrets of the owner, kept by the desktop's Secret Service and found by a service and an account.
 ///
-/// Every operation ends in a status. Where a keyring is locked the service asks the owner to unlock it; an answer is
-/// waited for at most a minute. Blocks; any thread, not the one that shows windows.
+/// Every operation returns a status. Where a keyring is locked the service asks the owner to unlock it, and the
+/// operation waits for at most a minute. Blocks; any thread, not the one that shows windows.
 namespace mervo::platform::keychain {
 
 using Status = std::int32_t;

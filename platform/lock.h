@@ -11,8 +11,8 @@
 
 namespace mervo::platform {
 
-/// A lock between processes, and between threads, that all ask for it by the name of one file. It binds nobody who does
-/// not ask. The system takes it from a process that ends, however it ends; one that is only stopped keeps it.
+/// A lock between processes, and between threads, that all ask for it by the name of one file. It is
+/// advisory. The system releases it when its process ends, in whatever way; a process that is stopped keeps it.
 class FileLock {
 public:
     /// Waits until the lock is free, up to `limit`. Nothing when it could not be had: `why` is errc::timed_out, or what

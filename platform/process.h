@@ -15,7 +15,7 @@ struct Command {
     std::vector<std::string> arguments = {}; ///< without the program's own name
     std::string input = {}; ///< what the program reads on standard input, to its end; nobody else can see it
     bool inheritStandardError = false; ///< true: the child writes to our standard error, and `error` stays empty
-    /// Whether it leads a session and process group of its own. Without: whoever ends our group ends it too.
+    /// Whether it leads a session and process group of its own. Otherwise it ends with our group.
     bool ownSession = true;
 };
 
@@ -53,9 +53,9 @@ private:
 /// thread may call it, also several at once.
 Outcome run(const Command& command);
 
-/// Starts a program in a session of its own, which outlives this process, and waits a little while for it. Its standard
-/// input is empty, its output goes nowhere, and of its standard error `error` holds what came until its end. Nothing
-/// when it still runs at the end of the patience. Throws NotStarted.
+/// Starts a program in a session of its own, which outlives this process, and waits for it up to `patience`. Its
+/// standard input is empty, its output is discarded, and `error` holds what it wrote to standard error. Nothing when it
+/// still runs after that. Throws NotStarted.
 std::optional<Outcome> runDetached(const Command& command, std::chrono::milliseconds patience);
 
 /// What the system calls a signal ("Killed").

@@ -8,12 +8,12 @@
 
 namespace mervo::platform {
 
-/// Overwrites memory; the compiler does not leave it out.
+/// Overwrites memory, also where a compiler could leave that out.
 void wipe(std::span<char> bytes) noexcept;
 
 /// Bytes that must not stay in memory that is no longer used. The whole of every buffer that held them is overwritten
 /// before it is released: at the end of the object's life, by an assignment, and when it grows. Moving hands the buffer
-/// over and leaves nothing behind. `view` is for handing the bytes on; whoever copies them answers for the copy.
+/// over and leaves nothing behind. `view` is for handing the bytes on; a copy is the caller's responsibility.
 class Secret {
 public:
     Secret() noexcept = default;
@@ -24,7 +24,7 @@ public:
     Secret& operator=(const Secret&) = delete;
     ~Secret();
 
-    /// A second one with the same bytes.
+    /// Another secret with the same bytes.
     Secret copy() const { return Secret(view()); }
     void append(std::string_view bytes);
     /// Cuts the end off.

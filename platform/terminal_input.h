@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// A person at a terminal, for what must not be seen.
+/// Input from a person at a terminal that must not be echoed.
 namespace mervo::platform {
 
 /// Standard input is a terminal.

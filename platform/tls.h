@@ -17,7 +17,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Nothing came of it within the time that the caller gave. The stream is of no further use.
+/// The operation did not complete within the caller's limit. The stream is of no further use.
 class TlsTimeout final : public std::runtime_error {
 public:
     TlsTimeout()

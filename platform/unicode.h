@@ -18,8 +18,8 @@ struct CodePoint {
 CodePoint firstCodePoint(std::string_view text) noexcept;
 
 /// The key under which two texts that differ only in letter case (or in how an accent is composed) are equal:
-/// canonical composition and full case folding. ASCII takes a short way. Takes time in proportion to the text, as do
-/// the two below: a run of more than 30 combining marks is parted by U+034F.
+/// canonical composition and full case folding. ASCII takes a fast path. Takes time in proportion to the text, as do
+/// the two below: a run of more than 30 combining marks is split by U+034F.
 std::string foldCase(std::string_view text);
 
 /// Canonical composition. A text that is not all well-formed is given back as it stands.

@@ -39,7 +39,7 @@ struct HarnessConfig {
 
     bool operator==(const HarnessConfig&) const = default;
 
-    /// What an agent's request to change the slider came to.
+    /// The result of an agent's request to change the slider.
     enum class AutonomyChange { applied, refusedHumanOnly };
 
     /// `config.json` of the home directory. Missing, unreadable, longer than 1 MiB, or no JSON object: the defaults.
@@ -52,19 +52,19 @@ struct HarnessConfig {
     /// Whether the value of a known member, as JSON, counts as it stands. Null counts as absent.
     static bool takes(std::string_view key, std::string_view value);
 
-    /// What came of an update.
+    /// The result of an update.
     struct Update {
         std::string failure; ///< why the file was not changed, as a sentence; empty when it says what it should
         std::string notice; ///< where the old file was kept, which could not be taken over whole; else empty
     };
     /// Changes settings: reads the file, lets `change` work on what it says, and replaces it atomically, all under the
-    /// home's lock, so that of several who do so at once each sees what the one before has written. Only a member whose
+    /// home's lock, so that each of several concurrent writers sees what the previous one wrote. Only a member whose
     /// value changed is written; all else stays as it stands, to the byte, known or not, usable or not. A change that
     /// changes nothing writes nothing. The older `yoloMode` is replaced by `autonomyMode` at the first writing.
     ///
-    /// What would be lost, because it is no JSON object or because the changed member's old value could not be used, is
-    /// first kept beside as `config.json.damaged` (or with a number behind; no earlier one is overwritten). A file that
-    /// cannot be read is not touched. Waits up to `patience` for the lock. Throws only what `change` throws.
+    /// What would be lost, because it is not a JSON object or because the changed member's old value could not be used,
+    /// is first kept next to it as `config.json.damaged` (or with a number behind; no earlier one is overwritten). A
+    /// file that cannot be read is not touched. Waits up to `patience` for the lock. Throws only what `change` throws.
     static Update update(const std::function<void(HarnessConfig&)>& change,
         std::chrono::milliseconds patience = std::chrono::seconds(10));
 

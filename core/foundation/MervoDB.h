@@ -29,7 +29,7 @@ public:
     /// The one connection of this process to the file in the home directory. Opened when it is first wanted, again at
     /// each call until that succeeds, and anew when the file was deleted or another put in its place: a row written to
     /// a file without a name would be lost. Never empty; throws as the constructor does. Any thread; threads that open
-    /// at the same time wait for a lock side by side.
+    /// at the same time wait for a lock concurrently.
     static std::shared_ptr<MervoDB> shared();
 
     Database& database() { return database_; }

@@ -8,8 +8,8 @@
 
 namespace mervo {
 
-/// The one boundary of all stores, where failures end: what `work` gives, else the fallback. Why it failed goes to the
-/// log and to whoever listens (StoreFailures::Scope), under the clause `task`, which says what was not done: "the rules
+/// The one place where failures of all stores end: returns what `work` returns, else the fallback. The reason goes to
+/// the log and to StoreFailures::Scope, under the clause `task`, which says what was not done: "the rules
 /// could not be read".
 template <typename Result, typename Work>
 Result orElse(std::string_view task, Result fallback, Work&& work) noexcept

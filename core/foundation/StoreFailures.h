@@ -5,11 +5,11 @@
 #include <string_view>
 #include <vector>
 
-/// What the stores could not do. Stores never throw and go on with a fallback; the person hears of it all the same:
-/// from the platform's log, and from whoever listens on the thread at the time.
+/// What the stores could not do. Stores never throw and continue with a fallback; the failure is reported all the
+/// same: to the platform's log, and to the scopes that are open on the thread.
 namespace mervo::StoreFailures {
 
-/// Hears every failure on its thread while it lives. Scopes may stand one inside the other: all of them hear it.
+/// Collects every failure on its thread during its lifetime. Scopes may be nested: each of them collects it.
 ///
 ///     StoreFailures::Scope failures;
 ///     stores.audit.log(...);
@@ -21,7 +21,7 @@ public:
     Scope(const Scope&) = delete;
     Scope& operator=(const Scope&) = delete;
 
-    /// In the order in which they were heard, each once: "the audit row could not be written: " and the reason with
+    /// In the order in which they occurred, each once: "the audit row could not be written: " and the reason with
     /// its remedy. They begin with a small letter, end without a full stop and are one line for one person.
     const std::vector<std::string>& sentences() const { return sentences_; }
     /// The first of them; empty when nothing failed.
@@ -38,7 +38,7 @@ private:
 /// Tells the log and every scope of this thread. `what` is a clause: "the audit row could not be written".
 void report(std::string_view what, const std::exception& reason) noexcept;
 
-/// The reason for a person, never an exception's raw text where better is known.
+/// The reason in words for a person; an exception's raw text only where there is nothing better.
 std::string inWords(const std::exception& reason);
 
 } // namespace mervo::StoreFailures

@@ -15,7 +15,7 @@ using Pairs = std::vector<std::pair<std::string, std::string>>;
 /// The members of a JSON object whose values are all texts, in their order; nothing for any other text.
 std::optional<Pairs> decodePairs(std::string_view json);
 
-/// A compact JSON object of the pairs as they stand; nothing when a text is no UTF-8.
+/// A compact JSON object of the pairs as they stand; nothing when a text is not UTF-8.
 std::optional<std::string> encodePairs(const std::vector<std::pair<std::string_view, std::string_view>>& pairs);
 
 /// The same for a map: keys in sorted order; of a key that stands twice, the last value counts.

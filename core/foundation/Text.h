@@ -18,7 +18,7 @@ std::string_view trimmed(std::string_view text);
 /// The first `limit` characters (as a reader counts them) followed by "..." when there are more, else the text.
 std::string cut(std::string_view text, std::size_t limit);
 
-/// The first `limit` characters, with nothing behind.
+/// The first `limit` characters, without an ellipsis.
 std::string_view firstCharacters(std::string_view text, std::size_t limit);
 
 /// What no output for people contains as it stands: controls, and characters that take no room of their own or change
@@ -31,7 +31,7 @@ std::string visible(std::string_view text);
 /// The same for a text that must stay on one line: line feeds and tabs are made visible too.
 std::string visibleLine(std::string_view text);
 
-/// The lines of a text as one: trimmed, empty ones dropped, joined by a blank behind a sentence's end and "; "
+/// The lines of a text as one: trimmed, empty ones dropped, joined by a space after the end of a sentence and "; "
 /// elsewhere.
 std::string oneLine(std::string_view text);
 

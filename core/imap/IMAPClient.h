@@ -13,7 +13,7 @@
 
 namespace mervo {
 
-/// A small IMAP client (RFC 9051, MOVE of RFC 6851) that knows one conversation: logging in and taking messages out of
+/// A small IMAP client (RFC 9051, MOVE of RFC 6851) for one purpose: logging in and taking messages out of
 /// the inbox by their Message-ID. One object serves one call. Blocks its caller, who must not be the main thread of a
 /// program with windows.
 class IMAPClient {
@@ -25,7 +25,7 @@ public:
     IMAPClient(const std::string& host, std::uint16_t port, std::chrono::milliseconds ioTimeout = kPatience);
 
     /// Logs in, moves each message with one of these ids out of the inbox into the server's folder for all mail, and
-    /// logs out. How many were moved; an id that the server does not have counts nothing. Throws IMAPError: what was
+    /// logs out. Returns how many were moved; an id unknown to the server is not counted. Throws IMAPError: what was
     /// moved until then stays moved.
     static std::size_t archiveByMessageID(const std::string& host, std::uint16_t port, const std::string& email,
         const platform::Secret& password, const std::vector<std::string>& messageIds,
@@ -45,7 +45,7 @@ private:
     /// Sends one command; gives the whole answer. Throws IMAPError, also when the server does not say OK.
     std::string command(std::string_view text);
     void receive();
-    /// A line of the server's for a person, without the password, which some servers repeat in their refusals.
+    /// A line from the server for a person, without the password, which some servers repeat in their refusals.
     std::string shown(std::string_view line) const;
 
     std::unique_ptr<platform::TlsStream> conn_;

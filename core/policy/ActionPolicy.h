@@ -23,18 +23,18 @@ enum class Decision { deny, ask, automatic };
 
 struct Outcome {
     Decision decision = Decision::deny;
-    std::optional<std::string> ruleID; ///< the rule that settled it; absent when the mode did
+    std::optional<std::string> ruleID; ///< the rule that decided; absent when the mode did
     std::string reason; ///< machine-readable; stored in the audit trail and searched there
 
     bool operator==(const Outcome&) const = default;
 };
 
-/// Where one rule ended up in a decision, and why it did not settle it.
+/// What became of one rule in a decision, and why it did not decide.
 enum class Standing {
-    won, ///< this rule settled the verdict
+    won, ///< this rule decided
     cappedWinner, ///< an allow rule that won, but the day's cap is reached
     doesNotMatch, ///< see the fit
-    outrankedByDeny, ///< a deny rule spoke; it always wins
+    outrankedByDeny, ///< a deny rule matched; it always wins
     lessSpecific, ///< a more specific rule of its group won
     olderTie, ///< as specific as the winner, but later in the list: the newer rule wins
     readsAlwaysRun, ///< allow and ask rules have no power over a read

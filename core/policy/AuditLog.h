@@ -33,8 +33,8 @@ struct AuditEntry {
 
 /// The append-only record of what the system did, on whose behalf, and why; newest first.
 ///
-/// Never throws: a row that cannot be written is dropped, a read that fails gives an empty list or 0; the boundary of
-/// the stores says why (StoreFailures). Any thread.
+/// Never throws: a row that cannot be written is dropped, a read that fails gives an empty list or 0; the reason
+/// is reported to StoreFailures. Any thread.
 class AuditLog {
 public:
     explicit AuditLog(StoreDatabase db) noexcept;
@@ -55,7 +55,7 @@ public:
     std::int64_t mutationsToday() noexcept;
     /// Rows with action "send" and outcome "sent" since midnight UTC, as earlier versions wrote them.
     std::int64_t sentToday() noexcept;
-    /// Deletes rows older than so many days; the number of rows that went.
+    /// Deletes rows older than so many days; the number of deleted rows.
     std::int64_t prune(std::int64_t olderThanDays) noexcept;
 
 private:

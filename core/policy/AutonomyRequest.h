@@ -8,9 +8,9 @@
 
 /// An agent's request to change the slider. Raising it is for a person alone: a request for a higher level changes
 /// nothing. One for the current level is applied and writes nothing; a lower one is written and audited. The level is
-/// compared and written under the home's lock: whoever lowers it further in the meantime is not undone. Throws
+/// compared and written under the home's lock: a lower level set in the meantime is not undone. Throws
 /// ServiceError when the configuration cannot be written; the level then stays, and there is no row. `notices` receives
-/// what a person should hear of the file.
+/// what a person should know about the file.
 namespace mervo::AutonomyRequest {
 
 [[nodiscard]] HarnessConfig::AutonomyChange make(

@@ -12,13 +12,13 @@
 #include <string_view>
 #include <variant>
 
-/// The one door through which a call reaches the owner's applications.
+/// The only path by which a call reaches the owner's applications.
 ///
 /// A call is validated, judged, and then does exactly one of four things: it is refused, it waits in the queue, it
 /// runs, or it reports why it could not be queued. Everything that touches the world leaves one audit row. Nothing is
 /// kept between calls that another process could change: configuration, rules and the day's count are those of the
-/// moment. Calls block their thread for as long
-/// as the tool runs, take no lock, and may be made from many threads and processes at once.
+/// moment. Calls block their thread for as long as the tool runs, take no lock, and may be made from many threads and
+/// processes at once.
 namespace mervo::HarnessRunner {
 
 struct Executed {
@@ -41,11 +41,11 @@ struct Stores {
 };
 
 /// `actor` is recorded as it stands; the queue lies under `configDir`. With `notices`, adds there what the caller
-/// should hear beside the result. Never throws.
+/// should be told besides the result. Never throws.
 [[nodiscard]] Result run(const Tool& tool, const Args& args, std::string_view actor,
     const std::filesystem::path& configDir, Stores stores = Stores::shared(), Notices* notices = nullptr);
 
-/// What running a tool came to: `error` is empty when `ok`, `output` when not.
+/// The result of running a tool: `error` is empty when `ok`, `output` when not.
 struct Execution {
     bool ok = false;
     std::string output = {};

@@ -29,12 +29,12 @@ struct PendingAction {
     std::string line(std::size_t limit) const;
 
     /// The compact JSON object of the file, and back; decoding gives nothing for anything else. Encoding throws
-    /// ServiceError when a text is no UTF-8.
+    /// ServiceError when a text is not UTF-8.
     std::string encode() const;
     static std::optional<PendingAction> decode(std::string_view json);
 };
 
-/// The waiting room: `<home>/pending/<id>.json`, one file for each action, without index or lock. Any number of
+/// The queue: `<home>/pending/<id>.json`, one file for each action, without index or lock. Any number of
 /// processes may queue at once. An id that cannot be a base name (empty, or with a "/") names no action.
 ///
 /// A file is damaged when it cannot be read, is longer than kLongest, holds no whole action, or one whose id is not the

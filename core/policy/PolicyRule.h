@@ -28,7 +28,7 @@ private:
 /// The owner's answer for particular actions. A plain value, identified by `id`.
 struct PolicyRule {
     enum class Decision { allow, deny, ask };
-    enum class Source { user, learned }; ///< where it came from; without effect on matching or ranking
+    enum class Source { user, learned }; ///< its origin; without effect on matching or ranking
 
     std::string id;
     bool enabled = true;
@@ -46,7 +46,7 @@ struct PolicyRule {
     std::string encode() const;
     static std::optional<PolicyRule> decode(std::string_view json);
 
-    /// Why a rule does not speak of a call; the first failed condition, in this order.
+    /// Why a rule does not apply to a call; the first failed condition, in this order.
     enum class Mismatch { none, disabled, tool, account, missingArgument, argumentText };
     struct Fit {
         Mismatch mismatch = Mismatch::none;

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// What a caller should hear of a call beside its result: arguments without an effect or with an unlikely one, and what
-/// the answer leaves out. Nothing here refuses a call or changes what runs. Nothing throws but for want of memory.
+/// What a caller should know about a call besides its result: arguments without an effect or with an unlikely one, and
+/// what the answer leaves out. Nothing here refuses a call or changes what runs. Throws only std::bad_alloc.
 ///
 /// Sentences quote the caller's own texts shortened and made visible, each on one line.
 namespace mervo::Remarks {

@@ -11,7 +11,7 @@
 namespace mervo {
 
 /// The owner's rules, newest first. Never throws: a read that fails gives an empty list, a write that fails is
-/// dropped; the boundary of the stores says why (StoreFailures). Read whole on every call of the gate; a change applies
+/// dropped; the reason is reported to StoreFailures. Read whole on every call of the gate; a change applies
 /// to the next call in any process.
 class RuleStore {
 public:

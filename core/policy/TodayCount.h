@@ -22,7 +22,8 @@ public:
     /// Throws sqlite::Error.
     std::int64_t since(const std::shared_ptr<MervoDB>& db, std::string_view moment);
 
-    /// After a row was committed, in the same turn of the connection. `changesBefore`: totalChanges() before it.
+    /// After a row was committed, before the connection is used for anything else. `changesBefore`: totalChanges()
+    /// before it.
     void added(const std::shared_ptr<MervoDB>& db, std::int64_t changesBefore, std::string_view timestamp,
         std::string_view outcome, std::string_view reason);
 

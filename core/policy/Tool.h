@@ -23,7 +23,7 @@ struct Invocation {
     std::vector<std::string> argv;
 };
 
-/// How many bytes the arguments of one call may have, names and values together. No way that a call takes holds less:
+/// How many bytes the arguments of one call may have, names and values together. No part of a call's path holds less:
 /// command line (body-file), protocol, queue, trail, script host.
 inline constexpr std::size_t kMostArgumentBytes = 16 * 1024 * 1024;
 
@@ -41,7 +41,7 @@ private:
     using std::runtime_error::runtime_error;
 };
 
-/// What should be heard of one argument of a call. It never changes what runs.
+/// What the caller is told about one argument of a call. It never changes what runs.
 struct Remark {
     std::string argument;
     std::string sentence; ///< names the argument and what the tool makes of it
@@ -70,7 +70,7 @@ struct Tool {
     std::function<Invocation(const Args&)> build;
     /// When present, the tool runs in this process and the script of `build` is not run. May throw.
     std::function<std::string(const Args&)> nativeRun = nullptr;
-    /// A line for the approval card, found out by read-only work; nothing rather than a failure.
+    /// A line for the approval card, obtained by read-only work; nothing when that fails.
     std::function<std::optional<std::string>(const Args&)> preview = nullptr;
     /// Works on a successful output.
     std::function<std::string(const std::string&)> transform = nullptr;

@@ -10,7 +10,7 @@ namespace mervo::OSAScript {
 
 struct Result {
     bool ok = false; ///< the script ran and exited with status 0
-    std::string output = {}; ///< standard output, trimmed at both ends; empty when it is no UTF-8
+    std::string output = {}; ///< standard output, trimmed at both ends; empty when it is not UTF-8
     std::string error = {}; ///< the cleaned error line; may hold a warning when `ok`
     std::int32_t code = -1; ///< exit status, -1 when the script never ran or died by a signal
 };

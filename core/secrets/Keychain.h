@@ -22,10 +22,10 @@ private:
     using ServiceError::ServiceError;
 };
 
-/// Takes the place of a password that was there. Throws KeychainError.
+/// Replaces a password that was there. Throws KeychainError.
 void setPassword(const platform::Secret& password, const std::string& account);
 
-/// Nothing for every reason that there can be; `status` below tells them apart.
+/// Nothing when there is none or it cannot be read, for whatever reason; `trouble` says which.
 std::optional<platform::Secret> password(const std::string& account);
 
 /// Asks without touching the secret. Never throws.

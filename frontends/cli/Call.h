@@ -17,7 +17,7 @@ struct Call {
 ///
 /// A word is split at its first "=", and the value is taken as it stands. body-file=<path> becomes `body` with the text
 /// of the file, "-" being standard input. A key that the tool does not know is passed on. Throws UsageError for an
-/// unknown tool, a word without "=", a key given twice and for bytes that are no UTF-8; ServiceError when the file
+/// unknown tool, a word without "=", a key given twice and for bytes that are not UTF-8; ServiceError when the file
 /// cannot be read.
 Call readCall(const Arguments& arguments, Io& io);
 

@@ -13,8 +13,8 @@ public:
     /// Ends the process by the signal that was held back, if there was one.
     ~HeldSignals();
 
-    /// The row is written: signals act at once from here on. After one that was held back there are a few seconds left
-    /// for the output, whose reader may not read.
+    /// The row is written: signals act at once from here on. After one that was held back the output has a few
+    /// seconds, since its reader may not read.
     void letGo() noexcept;
 };
 

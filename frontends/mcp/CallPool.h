@@ -14,10 +14,10 @@
 
 namespace mervo::mcp {
 
-/// Runs calls beside each other, each on a thread of its own, up to a bound; further ones wait their turn.
+/// Runs calls concurrently, each on a thread of its own, up to a bound; further ones are queued.
 ///
-/// A call that is cancelled while it waits never runs. One that is cancelled while it runs finishes its work, since a
-/// change half made is worse than one too many, and is not answered. Any thread may use it.
+/// A call that is cancelled while it waits never runs. One that is cancelled while it runs finishes its work, since
+/// half a change is worse than an unwanted one, and is not answered. Any thread may use it.
 class CallPool {
 public:
     struct Outlets {

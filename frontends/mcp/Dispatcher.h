@@ -15,7 +15,7 @@ namespace mervo::mcp {
 
 /// One client's conversation: takes its lines, answers at once what needs no tool, and hands the calls on.
 ///
-/// For one thread. Knows nothing of files and threads: what leaves it leaves through the outlets.
+/// For one thread. Knows nothing of files and threads: all output goes through the outlets.
 class Dispatcher {
 public:
     struct Outlets {

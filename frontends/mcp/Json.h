@@ -44,10 +44,10 @@ enum class Outcome {
     malformed ///< no JSON, or no UTF-8
 };
 
-/// Reads one text. Never throws but for want of memory.
+/// Reads one text. Throws only std::bad_alloc.
 Outcome parse(std::string_view text, Value& value);
 
-/// A text as a JSON string, quotation marks included. Bytes that are no UTF-8 become U+FFFD.
+/// A text as a JSON string, quotation marks included. Bytes that are not UTF-8 become U+FFFD.
 std::string quoted(std::string_view text);
 
 /// The same at the end of `out`, for a text that is known to be UTF-8.

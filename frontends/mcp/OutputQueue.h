@@ -9,11 +9,11 @@
 
 namespace mervo::mcp {
 
-/// The one way out to the client: whole lines, one after the other, from any thread.
+/// The only output to the client: whole lines, one after the other, from any thread.
 ///
 /// `send` never waits for the client. A short line is written at once where the client has room for it; what has to
-/// wait is written by a thread of the queue's own. A client that does not read makes the queue grow: whoever feeds it
-/// stops at `congested`.
+/// wait is written by a thread of the queue's own. A client that does not read makes the queue grow: the
+/// producer stops at `congested`.
 class OutputQueue {
 public:
     static constexpr std::size_t kCongestion = std::size_t{16} * 1024 * 1024;

@@ -18,7 +18,7 @@ struct ToolCall {
 };
 
 /// Takes the call through the gate and gives the line that answers it. Blocks for as long as the tool runs; any
-/// thread may call it. Never throws but for want of memory.
+/// thread may call it. Throws only std::bad_alloc.
 std::string answer(const ToolCall& call);
 
 } // namespace mervo::mcp

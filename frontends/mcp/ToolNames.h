@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-/// Under which names the tools are published, and how a name of a call is understood.
+/// The names under which the tools are published, and how a name in a call is resolved.
 ///
-/// A tool's id has a dot ("mail.search"). Everywhere behind this server (rules, queue, audit trail) the id stands. Some
+/// A tool's id has a dot ("mail.search"). Rules, queue and audit trail always use the id. Some
 /// hosts refuse a dot in a name; for them the same tools are published with "_" in its place.
 namespace mervo::mcp {
 

@@ -17,7 +17,7 @@
 /// Readers are tolerant: a damaged runtime file gives defaults and never hides an automation.
 namespace mervo::AutomationFolder {
 
-/// The automation of a loop.json; nothing when that cannot be read, is no JSON object or has no name. Never throws.
+/// The automation of a loop.json; nothing when that cannot be read, is not a JSON object or has no name. Never throws.
 std::optional<Automation> load(const std::filesystem::path& loopFile, const std::filesystem::path& home) noexcept;
 
 /// Whether a living process holds the automation's lock.

@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// The system explains itself in two texts, resources of the bundle. Read on every call; never fails: a resource that
-/// cannot be read as UTF-8 gives way to a short built-in text.
+/// cannot be read as UTF-8 is replaced by a short built-in text.
 namespace mervo::MervoGuides {
 
 std::string llm(); ///< for the agent

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// Turns a message's content into text that is fit to lay before an agent. The text is anyone's: every step takes time
-/// in proportion to its length, whatever it holds.
+/// Turns a message's content into text for an agent. The content is untrusted: every step takes time in proportion to
+/// its length, whatever it holds.
 namespace mervo::MailBody {
 
 inline constexpr std::size_t byteCap = 8192;
@@ -14,7 +14,7 @@ inline constexpr std::size_t byteCap = 8192;
 /// Without markup, quoted history and blanks at the ends; at most `byteCap` bytes, and a note of what was cut.
 std::string clean(const std::string& text);
 
-/// What `clean` takes away beside markup, in sentences: the quoted history. A cut at `byteCap` is said in the text
+/// What `clean` removes besides markup, in sentences: the quoted history. A cut at `byteCap` is said in the text
 /// itself.
 std::vector<std::string> omissions(const std::string& text);
 

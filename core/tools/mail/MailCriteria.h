@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-/// The eleven criteria by which eight mail tools select messages, and what their scripts get of them.
+/// The eleven criteria by which eight mail tools select messages, and the form in which their scripts receive them.
 namespace mervo::MailCriteria {
 
 /// The sentence that names the criteria in every summary and in the refusal of a call without any.
@@ -26,7 +26,7 @@ std::string bytesOfMegabytes(const std::string& megabytes);
 std::vector<std::string> argv(
     const Args& args, std::string_view accountFallback = {}, std::string_view mailboxFallback = {});
 
-/// A criterion that another one takes the place of.
+/// Criteria that are overridden by another one.
 std::vector<Remark> remarks(const Args& args);
 
 /// The criteria as a tool's arguments, between its own first and last ones.
