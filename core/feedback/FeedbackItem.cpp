@@ -1,5 +1,7 @@
 #include "core/feedback/FeedbackItem.h"
 
+#include "core/foundation/Json.h"
+
 #include <array>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -61,12 +63,12 @@ std::string FeedbackItem::encode() const
         if (this->*field)
             object[column] = *(this->*field);
     }
-    return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return compactJson(object);
 }
 
 std::optional<FeedbackItem> FeedbackItem::decode(std::string_view json)
 {
-    const auto object = nlohmann::json::parse(json, nullptr, false);
+    const auto object = parsedJson<nlohmann::json>(json);
     if (!object.is_object())
         return std::nullopt;
     const auto text = [&](const char* column) -> const std::string* {

@@ -1,5 +1,6 @@
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/HarnessConfig.h"
+#include "core/foundation/Json.h"
 #include "core/foundation/JsonText.h"
 #include "core/foundation/Text.h"
 #include "platform/files.h"
@@ -168,7 +169,7 @@ std::string keptNotice(const fs::path& file, const fs::path& kept, bool isObject
 std::string write(
     const fs::path& file, const std::string& text, const HarnessConfig& before, const HarnessConfig& after)
 {
-    const bool isObject = Json::parse(text, nullptr, false).is_object();
+    const bool isObject = parsedJson<Json>(text).is_object();
     const Edit edit = isObject ? edited(text, before, after) : Edit{after.encode(), !text.empty()};
     const std::string notice = edit.losesSomething ? keptNotice(file, keepBeside(file, text), isObject) : "";
     replace(file, edit.text);
@@ -193,7 +194,7 @@ std::string HarnessConfig::complaint()
     std::error_code why;
     const auto text = platform::readFile(file, kLongest, &why);
     if (text) {
-        return Json::parse(*text, nullptr, false).is_object()
+        return parsedJson<Json>(*text).is_object()
             ? ""
             : fmt::format("\"{}\" is no JSON object; every setting counts as its default", file.string());
     }
@@ -204,7 +205,7 @@ std::string HarnessConfig::complaint()
 
 bool HarnessConfig::takes(std::string_view key, std::string_view value)
 {
-    const Json written = Json::parse(value, nullptr, false);
+    const Json written = parsedJson<Json>(value);
     if (written.is_null())
         return true;
     if (key == kOlderKey)

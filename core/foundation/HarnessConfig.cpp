@@ -1,5 +1,7 @@
 #include "core/foundation/HarnessConfig.h"
 
+#include "core/foundation/Json.h"
+
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -105,7 +107,7 @@ void write(OrderedJson& object, const char* key, const std::optional<std::string
 HarnessConfig HarnessConfig::decode(std::string_view json)
 {
     HarnessConfig config;
-    const Json object = Json::parse(json, nullptr, false);
+    const Json object = parsedJson<Json>(json);
     if (!object.is_object())
         return config;
     config.autonomyMode = mode(object);
@@ -135,7 +137,7 @@ std::string HarnessConfig::encode() const
     object["askChannel"] = askChannel;
     object["askCleanup"] = askCleanup;
     // A byte that is no UTF-8 becomes U+FFFD: one bad text must not keep the other settings from being stored.
-    return object.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+    return compactJson(object);
 }
 
 } // namespace mervo

@@ -1,5 +1,7 @@
 #include "core/foundation/JsonText.h"
 
+#include "core/foundation/Json.h"
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
@@ -67,7 +69,7 @@ std::vector<Member> members(std::string_view object)
     std::size_t at = skipBlanks(object, object.find('{') + 1);
     while (at < object.size() && object[at] == '"') {
         Member member{{}, at, endOfString(object, at), 0, 0};
-        const auto name = nlohmann::json::parse(object.substr(at, member.nameEnd - at), nullptr, false);
+        const auto name = parsedJson<nlohmann::json>(object.substr(at, member.nameEnd - at));
         member.name = name.is_string() ? name.get<std::string>() : "";
         member.value = skipBlanks(object, skipBlanks(object, member.nameEnd) + 1);
         member.end = endOfValue(object, member.value);

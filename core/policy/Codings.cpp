@@ -1,5 +1,6 @@
 /// The JSON codings of the gate's records. An absent text is left out; a member of the wrong type, or one that is
 /// missing and must be there, makes the whole object nothing; further members are ignored.
+#include "core/foundation/Json.h"
 #include "core/policy/AuditLog.h"
 #include "core/policy/PolicyRule.h"
 
@@ -15,14 +16,14 @@ using Json = nlohmann::ordered_json;
 
 std::string compact(const Json& object)
 {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return compactJson(object);
 }
 
 /// Takes the members of an object one by one; remembers whether all were there and right.
 class Members {
 public:
     explicit Members(std::string_view json)
-        : object_(Json::parse(json, nullptr, false))
+        : object_(parsedJson<Json>(json))
         , good_(object_.is_object())
     {
     }

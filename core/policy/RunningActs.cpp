@@ -1,5 +1,6 @@
 #include "core/policy/RunningActs.h"
 
+#include "core/foundation/Json.h"
 #include "core/foundation/StoreBoundary.h"
 #include "core/foundation/Text.h"
 #include "core/foundation/Timestamps.h"
@@ -40,7 +41,7 @@ std::string encode(const Act& act)
 {
     const Json object{
         {"actor", act.actor}, {"args", act.args}, {"startedAt", act.startedAt}, {"tool", act.tool}, {"why", act.why}};
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return compactJson(object);
 }
 
 std::optional<Act> decode(const std::optional<std::string>& bytes)

@@ -1,5 +1,6 @@
 #include "frontends/cli/Json.h"
 
+#include "core/foundation/Json.h"
 #include "core/foundation/Text.h"
 #include "platform/unicode.h"
 
@@ -39,7 +40,7 @@ std::string withEscapes(std::string_view compactJson)
 
 std::string jsonLine(const nlohmann::ordered_json& value)
 {
-    return withEscapes(value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) + "\n";
+    return withEscapes(compactJson(value)) + "\n";
 }
 
 } // namespace mervo::cli

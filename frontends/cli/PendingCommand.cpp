@@ -1,5 +1,6 @@
 #include "core/catalogue/Catalogue.h"
 #include "core/foundation/ConfigDir.h"
+#include "core/foundation/Json.h"
 #include "core/foundation/ServiceError.h"
 #include "core/foundation/Text.h"
 #include "core/policy/PendingStore.h"
@@ -104,7 +105,7 @@ std::string object(const PendingAction& action)
 
 std::string quoted(const std::string& text)
 {
-    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return compactJson(nlohmann::json(text));
 }
 
 /// The objects, and one {"damaged":<file>,"reason":...} for each file that cannot be read.

@@ -1,6 +1,7 @@
 #include "frontends/mcp/ToolPublisher.h"
 
 #include "core/catalogue/Catalogue.h"
+#include "core/foundation/Json.h"
 #include "core/foundation/Text.h"
 #include "platform/ascii.h"
 
@@ -138,7 +139,7 @@ std::string ToolPublisher::describe(const Tool& tool, Naming naming)
 {
     const OrderedJson entry{{"name", ToolNames::published(tool.id, naming)}, {"title", title(tool.id)},
         {"description", tool.summary}, {"inputSchema", schema(tool)}, {"annotations", hints(tool)}};
-    return entry.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
+    return compactJson(entry);
 }
 
 const std::string& ToolPublisher::list(Naming naming, Era era)

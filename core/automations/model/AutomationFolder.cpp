@@ -1,5 +1,6 @@
 #include "core/automations/model/AutomationFolder.h"
 
+#include "core/foundation/Json.h"
 #include "core/foundation/Text.h"
 #include "platform/files.h"
 #include "platform/process.h"
@@ -22,7 +23,7 @@ constexpr std::size_t kLongestNumber = 64;
 Json objectIn(const fs::path& file)
 {
     const auto bytes = platform::readFile(file, kLongestObject);
-    Json parsed = bytes ? Json::parse(*bytes, nullptr, false) : Json();
+    Json parsed = bytes ? parsedJson<Json>(*bytes) : Json();
     return parsed.is_object() ? parsed : Json::object();
 }
 
