@@ -16,13 +16,6 @@ namespace {
 constexpr std::string_view kBody = "body";
 constexpr std::string_view kBodyFile = "body-file";
 
-const Tool& findTool(const std::string& id)
-{
-    if (const Tool* tool = Tools::find(id))
-        return *tool;
-    throw UsageError(fmt::format("there is no tool \"{}\"{}", id, didYouMean(Tools::closest(id))));
-}
-
 void add(Args& args, std::string_view word)
 {
     const auto split = word.find('=');
@@ -54,6 +47,13 @@ void takeBodyFile(Args& args, Io& io)
 }
 
 } // namespace
+
+const Tool& findTool(const std::string& id)
+{
+    if (const Tool* tool = Tools::find(id))
+        return *tool;
+    throw UsageError(fmt::format("there is no tool \"{}\"{}", id, didYouMean(Tools::closest(id))));
+}
 
 Call readCall(const Arguments& arguments, Io& io)
 {

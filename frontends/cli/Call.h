@@ -13,6 +13,9 @@ struct Call {
     Args args;
 };
 
+/// The tool with this id. Throws UsageError, which names the nearest ones, when there is none.
+const Tool& findTool(const std::string& id);
+
 /// Reads the words of `run` and `explain`: a tool's id, then key=value words.
 ///
 /// A word is split at its first "=", and the value is taken as it stands. body-file=<path> becomes `body` with the text

@@ -1,5 +1,5 @@
 #include "core/catalogue/Catalogue.h"
-#include "core/foundation/Nearest.h"
+#include "frontends/cli/Call.h"
 #include "frontends/cli/Commands.h"
 #include "frontends/cli/Json.h"
 #include "frontends/cli/Wrap.h"
@@ -137,10 +137,7 @@ ExitCode run(const Arguments& arguments, Io& io)
         throw UsageError("only one of --json, --ids and --arguments can be given");
     if (arguments.words.empty())
         return showAll(arguments, io);
-    const std::string& id = arguments.words.front();
-    if (const Tool* tool = Tools::find(id))
-        return showOne(*tool, arguments, io);
-    throw UsageError(fmt::format("there is no tool \"{}\"{}", id, didYouMean(Tools::closest(id))));
+    return showOne(findTool(arguments.words.front()), arguments, io);
 }
 
 } // namespace
