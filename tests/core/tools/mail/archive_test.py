@@ -232,10 +232,12 @@ class Archive(unittest.TestCase):
                    5: b"a5 OK\r\n", 6: b"a6 OK\r\n", 7: b"* SEARCH\r\na7 OK\r\n", 8: b"a8 OK\r\n"}
 
         def probe(port, milliseconds="300"):
-            return self.person.run("Tests/imap-probe", "localhost", str(port), USER, "p", milliseconds, "a\r\nb", "<x@y>", "z")
+            return self.person.run("Tests/imap-probe", "localhost", str(port), USER, "what the probe logs in with",
+                                   milliseconds, "a\r\nb", "<x@y>", "z")
 
         with self.relay(None, answers=answers) as relay:
-            self.assertEqual(probe(relay.port, "5000").stdout, "2\n")
+            moved = probe(relay.port, "5000")
+            self.assertEqual((moved.stdout, moved.stderr), ("2\n", ""))
             self.assertEqual([line.split(" ", 1)[1].strip() for line in relay.lines[3:]],
                              ['UID SEARCH HEADER MESSAGE-ID "<x@y>"', 'UID MOVE 7 "[Gmail]/All Mail"',
                               'UID MOVE 8 "[Gmail]/All Mail"', 'UID SEARCH HEADER MESSAGE-ID "<z>"', "LOGOUT"])
