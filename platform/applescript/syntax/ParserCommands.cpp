@@ -132,7 +132,6 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
     auto node = make<CommandExpr>();
     node->command = command;
     node->dictionary = dictionary();
-    const auto setDirect = [&](ExprPtr direct) { adopt(*node, node->direct, std::move(direct)); };
     switch (command) {
     case LanguageCommand::none:
     case LanguageCommand::currentDate:
@@ -146,27 +145,21 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
     case LanguageCommand::round:
         parseRound(*node);
         break;
+    case LanguageCommand::randomNumber:
+        parseRandomNumber(*node);
+        break;
     case LanguageCommand::count:
         if (takeWord("of") || takeWord("in"))
-            setDirect(parsePostfix());
+            adopt(*node, node->direct, parsePostfix());
         else
-            setDirect(parseBinary(kOperandLevel));
+            adopt(*node, node->direct, parseBinary(kOperandLevel));
         break;
     case LanguageCommand::exists:
-        setDirect(parsePostfix());
+        adopt(*node, node->direct, parsePostfix());
         break;
     case LanguageCommand::pathTo:
         if (!takeWords("home folder"))
             fail("“home folder”");
-        break;
-    case LanguageCommand::randomNumber:
-        if (takeWord("from")) {
-            parseLabelled(*node, "from", parseBinary(kOperandLevel));
-            expectWord("to");
-            parseLabelled(*node, "to", parseBinary(kOperandLevel));
-        } else if (startsOperand()) {
-            setDirect(parseBinary(kOperandLevel));
-        }
         break;
     case LanguageCommand::activate:
     case LanguageCommand::launch:
@@ -174,23 +167,22 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
     case LanguageCommand::reopen:
     case LanguageCommand::run:
         if (startsOperand() && !isWord("saving"))
-            setDirect(parsePostfix());
+            adopt(*node, node->direct, parsePostfix());
         break;
     case LanguageCommand::close:
     case LanguageCommand::delay:
+    case LanguageCommand::log:
+        if (startsOperand())
+            adopt(*node, node->direct, parseExpression());
+        break;
     case LanguageCommand::doShellScript:
     case LanguageCommand::duplicate:
     case LanguageCommand::get:
-    case LanguageCommand::log:
     case LanguageCommand::move:
     case LanguageCommand::remove:
-        if (!startsOperand()) {
-            if (command != LanguageCommand::delay && command != LanguageCommand::log
-                && command != LanguageCommand::close)
-                fail("expression");
-            break;
-        }
-        setDirect(parseExpression());
+        if (!startsOperand())
+            fail("expression");
+        adopt(*node, node->direct, parseExpression());
         break;
     }
     if ((command == LanguageCommand::move || command == LanguageCommand::duplicate) && takeWord("to"))
@@ -198,6 +190,18 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
     if ((command == LanguageCommand::close || command == LanguageCommand::quit) && takeWord("saving"))
         parseLabelled(*node, "saving", parseExpression());
     return node;
+}
+
+/// "random number" [ expr | "from" expr "to" expr ]
+void Parser::parseRandomNumber(CommandExpr& node)
+{
+    if (takeWord("from")) {
+        parseLabelled(node, "from", parseBinary(kOperandLevel));
+        expectWord("to");
+        parseLabelled(node, "to", parseBinary(kOperandLevel));
+    } else if (startsOperand()) {
+        adopt(node, node.direct, parseBinary(kOperandLevel));
+    }
 }
 
 /// "make" [ "new" ] class { "at" PLACE | "with properties" expr | "with data" expr }

@@ -113,60 +113,82 @@ std::unique_ptr<ElementExpr> Parser::startElement(const Match& found)
     return element;
 }
 
-/// class index | class "named" expr | class "id" expr | class expr "thru" expr | class "from" expr "to" expr | plural,
-/// or the class itself as a value
+/// Whether `date`, `file`, `alias` or `POSIX file` has its text behind it.
+bool Parser::startsLiteral(const Match& found)
+{
+    switch (found.language->languageClass) {
+    case LanguageClass::file:
+    case LanguageClass::alias:
+    case LanguageClass::posixFile:
+    case LanguageClass::date:
+        return startsIndexAfter(found.words);
+    default:
+        return false;
+    }
+}
+
+/// class keys | plural, or the class itself as a value
 ExprPtr Parser::parseClassTerm(const Match& found)
 {
-    const Meaning& meaning = found.application && found.application->isClass() ? *found.application : *found.language;
-    if (found.language && found.language->isClass() && !(found.application && found.application->isClass())) {
-        const LanguageClass which = meaning.languageClass;
-        if (which == LanguageClass::application && !meaning.isPlural)
+    const bool isOfApplication = found.application && found.application->isClass();
+    const Meaning& meaning = isOfApplication ? *found.application : *found.language;
+    if (!isOfApplication && !meaning.isPlural) {
+        if (meaning.languageClass == LanguageClass::application)
             return parseApplication();
-        if (!meaning.isPlural
-            && (which == LanguageClass::file || which == LanguageClass::alias || which == LanguageClass::posixFile
-                || which == LanguageClass::date)) {
-            if (startsIndexAfter(found.words))
-                return parseFileLiteral(found.words);
-        }
+        if (startsLiteral(found))
+            return parseFileLiteral(found.words);
     }
     auto element = startElement(found);
-    if (isWord("id") && !isWord("of", 1)) {
-        skip();
-        element->form = ElementExpr::Form::id;
-        element->key = isSymbol("{") ? parseBraces() : parseIndex();
-    } else if (takeWord("named")) {
-        element->form = ElementExpr::Form::index;
-        element->isNamed = true;
-        element->key = parseIndex();
-    } else if (takeWord("from")) {
-        element->form = ElementExpr::Form::range;
-        element->key = parseRangeBound();
-        expectWord("to");
-        element->lastKey = parseRangeBound();
-    } else if (startsIndex()) {
-        element->form = ElementExpr::Form::index;
-        element->key = parseIndex();
-        if (takeThru()) {
-            element->form = ElementExpr::Form::range;
-            element->lastKey = parseRangeBound();
-        }
-    } else if (!meaning.isPlural) {
-        // The class as a value; `text of x` is a property in spirit.
-        if (meaning.languageClass == LanguageClass::text && isOfOrIn()) {
-            element->form = ElementExpr::Form::range;
-            element->key = makeLiteral(Value::integer(1));
-            element->lastKey = makeLiteral(Value::integer(-1));
-            return attach(std::move(element));
-        }
-        ExprPtr literal = makeLiteral(Value::classTerm(meaning.className));
-        literal->place = element->place;
-        return literal;
-    }
+    if (!parseKeys(*element) && !meaning.isPlural)
+        return parseClassValue(meaning, std::move(element));
     if (element->key)
         adopt(*element, element->key);
     if (element->lastKey)
         adopt(*element, element->lastKey);
     return attach(std::move(element));
+}
+
+/// "id" index | "named" index | "from" bound "to" bound | index [ "thru" bound ]; false when there is none of these.
+bool Parser::parseKeys(ElementExpr& element)
+{
+    if (isWord("id") && !isWord("of", 1)) {
+        skip();
+        element.form = ElementExpr::Form::id;
+        element.key = isSymbol("{") ? parseBraces() : parseIndex();
+    } else if (takeWord("named")) {
+        element.form = ElementExpr::Form::index;
+        element.isNamed = true;
+        element.key = parseIndex();
+    } else if (takeWord("from")) {
+        element.form = ElementExpr::Form::range;
+        element.key = parseRangeBound();
+        expectWord("to");
+        element.lastKey = parseRangeBound();
+    } else if (startsIndex()) {
+        element.form = ElementExpr::Form::index;
+        element.key = parseIndex();
+        if (takeThru()) {
+            element.form = ElementExpr::Form::range;
+            element.lastKey = parseRangeBound();
+        }
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// The class as a value; `text of x` is a property in spirit.
+ExprPtr Parser::parseClassValue(const Meaning& meaning, std::unique_ptr<ElementExpr> element)
+{
+    if (meaning.languageClass == LanguageClass::text && isOfOrIn()) {
+        element->form = ElementExpr::Form::range;
+        element->key = makeLiteral(Value::integer(1));
+        element->lastKey = makeLiteral(Value::integer(-1));
+        return attach(std::move(element));
+    }
+    ExprPtr literal = makeLiteral(Value::classTerm(meaning.className));
+    literal->place = element->place;
+    return literal;
 }
 
 Parser::Match Parser::expectClassTerm()

@@ -176,6 +176,9 @@ private:
     ExprPtr parseTerm(const Match& found);
     ExprPtr parsePropertyTerm(const Match& found);
     ExprPtr parseClassTerm(const Match& found);
+    bool startsLiteral(const Match& found);
+    bool parseKeys(ElementExpr& element);
+    ExprPtr parseClassValue(const Meaning& meaning, std::unique_ptr<ElementExpr> element);
     std::unique_ptr<ElementExpr> startElement(const Match& found);
     Match expectClassTerm();
     ExprPtr parseEvery();
@@ -210,6 +213,7 @@ private:
     void parseMake(CommandExpr& node);
     void parseOffset(CommandExpr& node);
     void parseRound(CommandExpr& node);
+    void parseRandomNumber(CommandExpr& node);
     ExprPtr parseArgument();
     bool startsOperand() const;
 
