@@ -62,10 +62,9 @@ Ref<List> listOf(const Value& value, std::size_t more)
     return list;
 }
 
-Value arithmetic(BinaryOp op, const Value& leftValue, const Value& rightValue)
+/// Of two numbers.
+Value arithmetic(BinaryOp op, const Value& left, const Value& right)
 {
-    const Value left = leftValue.isNumber() ? leftValue : toNumber(leftValue);
-    const Value right = rightValue.isNumber() ? rightValue : toNumber(rightValue);
     const bool isWhole = left.is(Kind::integer) && right.is(Kind::integer);
     const double a = left.asNumber();
     const double b = right.asNumber();
@@ -187,8 +186,14 @@ Value applied(BinaryOp op, const Value& left, const Value& right, const TextSett
     case BinaryOp::greaterOrEqual:
         return Value::boolean(compare(op, left, right, texts));
     default:
-        return left.is(Kind::date) ? dateArithmetic(op, left, right) : arithmetic(op, left, right);
+        break;
     }
+    if (left.isNumber() && right.isNumber())
+        return arithmetic(op, left, right);
+    if (left.is(Kind::date))
+        return dateArithmetic(op, left, right);
+    const Value number = toNumber(left); // fails before the right operand does
+    return arithmetic(op, number, toNumber(right));
 }
 
 Value negated(const Value& value)

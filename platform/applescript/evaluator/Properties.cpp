@@ -49,25 +49,34 @@ std::optional<Value> textProperty(const Value& owner, LanguageProperty property)
     }
 }
 
+Value restOf(const List& list)
+{
+    auto rest = makeRef<List>();
+    rest->reserve(list.size() - 1);
+    for (std::size_t i = 1; i < list.size(); ++i)
+        rest->append(list[i]);
+    return Value::list(rest);
+}
+
+Value reversed(const List& list)
+{
+    auto result = makeRef<List>();
+    result->reserve(list.size());
+    for (std::size_t i = list.size(); i > 0; --i)
+        result->append(list[i - 1]);
+    return Value::list(result);
+}
+
 std::optional<Value> listProperty(const Value& owner, LanguageProperty property)
 {
     const List& list = owner.asList();
-    auto result = makeRef<List>();
     switch (property) {
     case LanguageProperty::length:
         return Value::integer(static_cast<std::int64_t>(list.size()));
     case LanguageProperty::rest:
-        if (list.size() == 0)
-            return {};
-        result->reserve(list.size() - 1);
-        for (std::size_t i = 1; i < list.size(); ++i)
-            result->append(list[i]);
-        return Value::list(result);
+        return list.size() > 0 ? std::optional(restOf(list)) : std::nullopt;
     case LanguageProperty::reverse:
-        result->reserve(list.size());
-        for (std::size_t i = list.size(); i > 0; --i)
-            result->append(list[i - 1]);
-        return Value::list(result);
+        return reversed(list);
     default:
         return {};
     }
