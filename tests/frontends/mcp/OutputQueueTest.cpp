@@ -78,3 +78,24 @@ TEST(OutputQueue, neverWaitsForTheClientAndKeepsEveryLineWhole)
     }
     EXPECT_EQ(lines, kSenders * kLines);
 }
+
+TEST(OutputQueue, saysWhenTheClientHasLeft)
+{
+    const auto previous = std::signal(SIGPIPE, SIG_IGN);
+    for (const std::size_t size : {std::size_t{10}, std::size_t{1'000'000}}) {
+        std::array<int, 2> ends{};
+        ASSERT_EQ(::pipe(ends.data()), 0);
+        std::atomic<bool> told = false;
+        OutputQueue queue(ends[1], [&] { told = true; });
+        ::close(ends[0]);
+        queue.send(std::string(size, 'x') + "\n");
+        while (!told)
+            std::this_thread::yield();
+        EXPECT_TRUE(queue.broken());
+        EXPECT_TRUE(queue.empty());
+        queue.send("dropped\n");
+        EXPECT_TRUE(queue.empty());
+        ::close(ends[1]);
+    }
+    std::signal(SIGPIPE, previous);
+}

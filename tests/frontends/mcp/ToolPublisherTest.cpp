@@ -1,7 +1,11 @@
 #include "frontends/mcp/ToolPublisher.h"
+#include "core/catalogue/Catalogue.h"
+#include "frontends/mcp/ToolNames.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+
+#include <set>
 
 using namespace mervo;
 using namespace mervo::mcp;
@@ -40,4 +44,17 @@ TEST(ToolPublisher, describesAToolByItsRecordAndItsEffect)
 
     tool.effect = Effect::create;
     EXPECT_EQ(Json::parse(ToolPublisher::describe(tool, Naming::dots))["annotations"]["destructiveHint"], false);
+}
+
+TEST(ToolNames, bothFormsOfEveryNameMeanOneTool)
+{
+    std::set<std::string> underscored;
+    for (const Tool* tool : Tools::all()) {
+        const std::string name = ToolNames::published(tool->id, Naming::underscores);
+        EXPECT_TRUE(underscored.insert(name).second) << name;
+        EXPECT_EQ(ToolNames::find(tool->id), tool);
+        EXPECT_EQ(ToolNames::find(name), tool);
+    }
+    EXPECT_EQ(ToolNames::find("mail"), nullptr);
+    EXPECT_EQ(ToolNames::find(""), nullptr);
 }
