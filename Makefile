@@ -8,7 +8,7 @@ JOBS ?= $(shell nproc)
 
 .DEFAULT_GOAL := build
 
-.PHONY: build run test screenshots bench fuzz format check-format check-home install uninstall clean help check-home setup setup-tests
+.PHONY: build run test screenshots bench fuzz format check-format tidy check-home install uninstall clean help setup setup-tests
 
 help:
 	@echo "make run       set up, build, play an agent's morning against a sample desk, open the cockpit over it"
@@ -18,10 +18,11 @@ help:
 	@echo "make screenshots  take the pictures of docs/screenshots anew"
 	@echo "make fuzz      run every fuzz target for a minute (FUZZ_SECONDS=60)"
 	@echo "make format    format the sources"
+	@echo "make tidy      look over the sources with clang-tidy; takes long"
 	@echo "make install   install below PREFIX (/usr/local)"
 	@echo "make uninstall remove what that installed below the same PREFIX, and nothing else"
 	@echo "make clean     remove the build folder"
-	@echo "PRESET=debug|release|asan chooses how; release is the default."
+	@echo "PRESET=debug|release|asan|tsan chooses how; release is the default."
 
 setup:
 	@scripts/setup
@@ -62,6 +63,13 @@ format: setup-tests
 
 check-format: setup-tests
 	@git ls-files -- '*.cpp' '*.h' | xargs -r clang-format --dry-run -Werror
+
+# The build comes first: some headers of the cockpit are generated.
+tidy:
+	@scripts/setup --tests --tidy
+	@cmake --preset $(PRESET) -DBUILD_TESTING=ON -DMERVO_BENCH=ON >/dev/null
+	@cmake --build --preset $(PRESET) -j $(JOBS)
+	@git ls-files -- '*.cpp' ':!fuzz' | xargs -P $(JOBS) -n 1 clang-tidy -p $(BUILD) --quiet
 
 PREFIX ?= /usr/local
 install: check-home build
