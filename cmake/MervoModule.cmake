@@ -1,10 +1,11 @@
 # A folder is a library, and its CMakeLists.txt says what it may see.
 #
-#   mervo_module(SOURCES a.cpp b.cpp MAY_USE core/foundation platform LIBRARIES SQLite::SQLite3)
+#   mervo_module(SOURCES a.cpp b.cpp EXPOSES core/foundation MAY_USE platform LIBRARIES SQLite::SQLite3)
 #
 # SOURCES    the files of this folder
-# MAY_USE    the folders whose headers its files may include; a test compares this list with every #include
-# LIBRARIES  outside libraries
+# EXPOSES    the folders and outside libraries whose types stand in its headers: whoever links it sees them
+# MAY_USE    the folders that only its sources include; a test compares both lists with every #include
+# LIBRARIES  the outside libraries that only its sources use
 #
 # The bundle of the build tree has the layout of the installed one:
 #   mervo_program(mervo AT Helpers SOURCES main.cpp MAY_USE frontends/cli ON_PATH)
@@ -18,21 +19,27 @@ function(mervo_target_name folder result)
 endfunction()
 
 function(mervo_link target)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "MAY_USE;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "EXPOSES;MAY_USE;LIBRARIES")
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
-    foreach(folder IN LISTS ARG_MAY_USE)
-        mervo_target_name(${folder} used)
+    foreach(used IN LISTS ARG_EXPOSES)
+        if(NOT used MATCHES "::")
+            mervo_target_name(${used} used)
+        endif()
         target_link_libraries(${target} PUBLIC ${used})
     endforeach()
-    target_link_libraries(${target} PUBLIC ${ARG_LIBRARIES})
+    foreach(folder IN LISTS ARG_MAY_USE)
+        mervo_target_name(${folder} used)
+        target_link_libraries(${target} PRIVATE ${used})
+    endforeach()
+    target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES})
 endfunction()
 
 function(mervo_module)
-    cmake_parse_arguments(PARSE_ARGV 0 ARG "" "" "SOURCES;MAY_USE;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 0 ARG "" "" "SOURCES;EXPOSES;MAY_USE;LIBRARIES")
     file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
     mervo_target_name(${folder} target)
     add_library(${target} STATIC ${ARG_SOURCES})
-    mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
+    mervo_link(${target} EXPOSES ${ARG_EXPOSES} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
 endfunction()
 
 # mervo_qt_module(...): a module on QtCore, whose classes may have signals.

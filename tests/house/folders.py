@@ -1,8 +1,8 @@
 """Who may include whom: the layers against every #include.
 
 A folder is a library when its CMakeLists.txt calls one of the mervo_ functions (mervo_module, mervo_program,
-mervo_test...); folders below it that have no such file of their own belong to it. Its MAY_USE lines name all that its
-files may include.
+mervo_test...); folders below it that have no such file of their own belong to it. Its EXPOSES lines name what its headers
+may include, its MAY_USE lines what only its sources may.
 """
 
 import dataclasses
@@ -11,6 +11,7 @@ import pathlib
 import re
 
 # The layers, from the lowest up. An include leads to a lower one, or to a neighbour as long as no circle comes of it.
+# Launching, supervising and the registration of clients have their floor before they have a library.
 # "/*" stands for the libraries below a folder that have no entry of their own.
 FLOORS = [
     {"platform", "platform/sqlite"},
@@ -21,8 +22,8 @@ FLOORS = [
     {"core/policy", "core/automations/engine", "platform/desk/mime", "platform/desk/applications",
      "platform/desk/applications/*", "platform/applescript/evaluator"},
     {"core/tools", "platform/applescript", "platform/desk"},
-    {"core/automations/tools", "core/feedback"},
-    {"core/catalogue"},
+    {"core/automations/tools", "core/automations/launch", "core/clients", "core/feedback"},
+    {"core/catalogue", "core/automations/supervisor"},
     {"core/approval", "core/doctor"},
     {"cockpit/model/icon", "cockpit/model/shown"},
     {"cockpit/model/operations"},
@@ -38,29 +39,35 @@ ROOMS = ("core", "platform", "frontends", "cockpit")  # what is layered
 ANNEXES = ("tests", "bench", "fuzz", "demo")  # may look at everything that they name
 SOURCES = {".h", ".cpp"}
 
+DRAWING = "docs/architecture.md"
+DRAWN = re.compile(r"^    ((?:%s)(?:/[\w/]+)?) {2,}\S.+$" % "|".join(ROOMS), re.M)
+
 INCLUDE = re.compile(r'^\s*#\s*include\s+"((?:%s)/[^"]+)"' % "|".join(ROOMS + ANNEXES), re.M)
 QT_INCLUDE = re.compile(r"^\s*#\s*include\s+<(Q[A-Z]\w*(?:/\w+)?)>", re.M)
 CALL = re.compile(r"\bmervo_\w+\s*\(([^)]*)\)")
 LIBRARY = re.compile(r"\bmervo_(?!script_test)\w+\s*\(|\badd_library\s*\(mervo-")
-KEYWORDS = {"SOURCES", "MAY_USE", "LIBRARIES", "AT", "ON_PATH"}
+LINKED = re.compile(r"\bmervo_(?:qt_)?module\s*\(")
+KEYWORDS = {"SOURCES", "EXPOSES", "MAY_USE", "LIBRARIES", "AT", "ON_PATH"}
 
 
 @dataclasses.dataclass
 class Folder:
     name: str  # "core/policy"
-    may_use: set
+    may_use: set  # EXPOSES as well
+    exposes: set
+    is_linked: bool  # others link it: no program, and no module that is loaded
     borrowed: set  # headers of sources of another folder that this one compiles itself
     files: list
 
 
-def may_use(cmake_text):
-    """The folders named by MAY_USE in all calls of one CMakeLists.txt."""
+def named_by(keywords, cmake_text):
+    """The folders named by these keywords in all calls of one CMakeLists.txt."""
     named, keyword = set(), None
     for call in CALL.findall(re.sub(r"#.*", "", cmake_text)):
         for word in call.split():
             if word in KEYWORDS:
                 keyword = word
-            elif keyword == "MAY_USE" and "$" not in word:
+            elif keyword in keywords and "$" not in word and "::" not in word:
                 named.add(word)
         keyword = None
     return named
@@ -81,7 +88,9 @@ def read(root):
             text = cmake.read_text(encoding="utf-8")
             if LIBRARY.search(text):
                 name = cmake.parent.relative_to(root).as_posix()
-                found[name] = Folder(name, may_use(text) - {name}, borrowed(text, name), [])
+                used = named_by({"EXPOSES", "MAY_USE"}, text) - {name}
+                found[name] = Folder(name, used, named_by({"EXPOSES"}, text), bool(LINKED.search(text)),
+                                     borrowed(text, name), [])
     for top in ROOMS + ANNEXES:
         for path in sorted((root / top).rglob("*")):
             if path.suffix in SOURCES and path.is_file():
@@ -131,6 +140,22 @@ def check_includes(root):
     return complaints
 
 
+def check_headers(root):
+    """What the headers of a library include is what it EXPOSES: whoever links the library needs that too."""
+    root, complaints = pathlib.Path(root), []
+    folders = read(root)
+    for folder in folders.values():
+        if folder.name.startswith(ANNEXES) or not folder.is_linked:
+            continue
+        shown = {owner(target, folders) for path in folder.files if path.suffix == ".h"
+                 for target in INCLUDE.findall(path.read_text(encoding="utf-8"))} - {folder.name, None}
+        complaints += [f"{folder.name} includes {used} in a header and does not name it in EXPOSES"
+                       for used in sorted(shown - folder.exposes)]
+        complaints += [f"{folder.name} names {used} in EXPOSES, and no header of it includes that"
+                       for used in sorted(folder.exposes - shown)]
+    return complaints
+
+
 def check_floors(root):
     """MAY_USE lists point down, in no circle, and the agents' side cannot reach what approves."""
     complaints = []
@@ -153,6 +178,16 @@ def check_floors(root):
         if name.startswith("frontends/") and "core/approval" in reach(name, folders):
             complaints.append(f"{name} can reach core/approval; what an agent runs must not be able to approve")
     return complaints
+
+
+def check_drawing(root):
+    """Every library has its line in the drawing of the layers: its name, two blanks or more, what it is for."""
+    root = pathlib.Path(root)
+    drawn = DRAWN.findall((root / DRAWING).read_text(encoding="utf-8"))
+    there = {name for name in read(root) if not name.startswith(ANNEXES)}
+    return ([f"{DRAWING} has no line for {name}" for name in sorted(there - set(drawn))]
+            + [f"{DRAWING} draws {name}, which is no library" for name in sorted(set(drawn) - there)]
+            + [f"{DRAWING} draws {name} twice" for name in sorted(set(drawn)) if drawn.count(name) > 1])
 
 
 def check_systems(root):

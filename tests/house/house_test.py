@@ -24,8 +24,8 @@ SOUND = {
                                       "    LIBRARIES fmt::fmt)",
     "core/foundation/Home.h": "",
     "core/foundation/Home.cpp": '#include "core/foundation/Home.h"\n#include "platform/clock.h"\n',
-    "core/policy/CMakeLists.txt": "mervo_module(SOURCES Gate.cpp MAY_USE core/foundation)",
-    "core/policy/Gate.h": "",
+    "core/policy/CMakeLists.txt": "mervo_module(SOURCES Gate.cpp EXPOSES core/foundation fmt::fmt)",
+    "core/policy/Gate.h": '#include "core/foundation/Home.h"\n',
     "core/policy/inner/Gate.cpp": '#include "core/foundation/Home.h"\n',
     "core/approval/CMakeLists.txt": "mervo_module(SOURCES Approval.cpp MAY_USE core/policy)",
     "core/approval/Approval.h": "",
@@ -35,6 +35,8 @@ SOUND = {
     "tests/core/policy/CMakeLists.txt": "mervo_test(policy SOURCES GateTest.cpp MAY_USE core/policy)",
     "tests/core/policy/GateTest.cpp": '#include "core/policy/Gate.h"\n',
     "README.md": "See [the plan](docs/plan.md), `core/{policy,foundation}`, and `core/policy/<name>.h`.\n",
+    "docs/architecture.md": "    frontends/cli    asks\n    core/approval    approves\n    core/policy  judges\n"
+                            "    core/foundation  holds\n    platform         gives\n",
     "docs/plan.md": "Nothing but `platform/linux/*.cpp`; back to [the start](../README.md).\n",
 }
 
@@ -47,6 +49,10 @@ FAULTS = [
      folders.check_includes, "tests/core/policy may not use platform"),
     ("an include in a folder below", {"core/policy/inner/Gate.cpp": '#include "platform/clock.h"\n'},
      folders.check_includes, "core/policy may not use platform"),
+    ("a header that shows what is hidden",
+     {"core/policy/CMakeLists.txt": "mervo_module(SOURCES Gate.cpp MAY_USE core/foundation)"},
+     folders.check_headers, "core/policy includes core/foundation in a header"),
+    ("a library shown for nothing", {"core/policy/Gate.h": ""}, folders.check_headers, "no header of it includes that"),
     ("a list that points up",
      {"core/foundation/CMakeLists.txt": "mervo_module(SOURCES Home.cpp MAY_USE platform core/policy)"},
      folders.check_floors, "core/policy, which is not below it"),
@@ -63,6 +69,9 @@ FAULTS = [
      {"platform/desk/CMakeLists.txt": "mervo_module(SOURCES Desk.cpp)",
       "core/policy/CMakeLists.txt": "mervo_module(SOURCES Gate.cpp MAY_USE core/foundation platform/desk)"},
      folders.check_floors, "the core knows only the facilities"),
+    ("a library that is not drawn", {"core/attic/CMakeLists.txt": "mervo_module(SOURCES Attic.cpp)"},
+     folders.check_drawing, "has no line for core/attic"),
+    ("a drawing of what is gone", {"core/approval/CMakeLists.txt": None}, folders.check_drawing, "is no library"),
     ("a core that knows its system", {"core/foundation/Home.cpp": '#include "platform/linux/inner.h"\n'},
      folders.check_systems, "ask for the facility"),
     ("Qt in the core", {"core/policy/Gate.h": "#include <QString>\n"}, folders.check_systems, "Qt belongs to"),
@@ -75,8 +84,8 @@ FAULTS = [
     ("unfinished work", {"tests/core/policy/GateTest.cpp": "// TO" "DO\n"}, texts.check_words, "unfinished work"),
     ("a file that holds everything", {"core/policy/Gate.h": "\n" * 601}, texts.check_sizes, "601 lines"),
 ]
-CHECKS = [folders.check_includes, folders.check_floors, folders.check_systems, texts.check_paths, texts.check_words,
-          texts.check_sizes]
+CHECKS = [folders.check_includes, folders.check_headers, folders.check_floors, folders.check_drawing,
+          folders.check_systems, texts.check_paths, texts.check_words, texts.check_sizes]
 
 
 class MadeUpTree(tempfile.TemporaryDirectory):
@@ -109,8 +118,14 @@ class OnTheTree(unittest.TestCase):
     def test_includes_obey_the_lists(self):
         self.agrees(folders.check_includes)
 
+    def test_headers_show_what_the_lists_say(self):
+        self.agrees(folders.check_headers)
+
     def test_lists_point_down(self):
         self.agrees(folders.check_floors)
+
+    def test_every_library_is_drawn(self):
+        self.agrees(folders.check_drawing)
 
     def test_the_core_knows_no_system(self):
         self.agrees(folders.check_systems)
