@@ -75,7 +75,6 @@ TEST_F(OutputTest, theCatalogueIsPublishedInOneOrder)
     for (const auto& record : records)
         ids += record["id"].get<std::string>() + "\n";
     EXPECT_EQ(mervo({"tools", "--ids"}).out, ids);
-    EXPECT_EQ(records.size(), 61U);
 
     const std::string one = mervo({"tools", "mail.send", "--json"}).out;
     EXPECT_THAT(one, StartsWith(R"([{"id":"mail.send","effect":"destructive","summary":)"));
