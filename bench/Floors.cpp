@@ -179,10 +179,11 @@ private:
             const std::string_view name = entry->d_name;
             if (name == "." || name == "..")
                 continue;
-            if (entry->d_type == DT_DIR)
+            if (entry->d_type == DT_DIR) {
                 enter(openat(descriptor, entry->d_name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-            else
+            } else {
                 look(openat(descriptor, entry->d_name, O_RDONLY | O_CLOEXEC));
+            }
         }
         closedir(folder);
     }

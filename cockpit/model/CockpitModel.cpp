@@ -80,10 +80,11 @@ void CockpitModel::recordEndedActs()
 void CockpitModel::readDatabase()
 {
     auto reading = operations_.stores.read(databaseFailure_);
-    if (databaseFailure_.empty())
+    if (databaseFailure_.empty()) {
         unreadSince_.reset();
-    else if (!unreadSince_)
+    } else if (!unreadSince_) {
         unreadSince_ = outside_.clock.steady();
+    }
     if (!reading)
         return;
     if (reading->audit && *reading->audit != audit_) {

@@ -62,10 +62,11 @@ void Popover::toggle(const QRect& icon)
 {
     // Where a click on the icon takes the focus first, the popover has just closed, and that was what was wanted.
     const bool hasJustLeft = sinceLeft_.isValid() && sinceLeft_.elapsed() < kSameClick;
-    if (isVisible())
+    if (isVisible()) {
         hide();
-    else if (!hasJustLeft)
+    } else if (!hasJustLeft) {
         open(icon);
+    }
     sinceLeft_.invalidate();
 }
 

@@ -108,10 +108,11 @@ Finding ofTheContent(const fs::path& file, Database& database)
     }
     Finding finding;
     finding.state = State::works;
-    if (isWhole(database))
+    if (isWhole(database)) {
         finding.detail = fmt::format("{} opens, is whole and takes rows", file.string());
-    else
+    } else {
         finding.detail = fmt::format("{} is brought up to date at the next call", file.string());
+    }
     return finding;
 }
 

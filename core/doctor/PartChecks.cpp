@@ -58,10 +58,11 @@ Finding tools()
     std::map<std::string, std::vector<std::string>> missing; // application to ids
     std::size_t working = 0;
     for (const Tool* tool : Tools::all()) {
-        if (tool->missingBridge.empty())
+        if (tool->missingBridge.empty()) {
             ++working;
-        else
+        } else {
             missing[tool->missingBridge].push_back(tool->id);
+        }
     }
     Finding finding;
     finding.state = missing.empty() ? State::works : State::limited;

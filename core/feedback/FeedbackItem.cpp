@@ -87,10 +87,11 @@ std::optional<FeedbackItem> FeedbackItem::decode(std::string_view json)
         item.*field = *text(column);
     }
     for (const auto& [column, field] : kOptionals) {
-        if (text(column) != nullptr)
+        if (text(column) != nullptr) {
             item.*field = *text(column);
-        else if (object.contains(column) && !object[column].is_null())
+        } else if (object.contains(column) && !object[column].is_null()) {
             return std::nullopt;
+        }
     }
     return item;
 }

@@ -39,10 +39,11 @@ std::size_t endOfNest(std::string_view text, std::size_t at)
     while (at < text.size()) {
         const char c = text[at];
         at = c == '"' ? endOfString(text, at) : at + 1;
-        if (c == '{' || c == '[')
+        if (c == '{' || c == '[') {
             ++depth;
-        else if ((c == '}' || c == ']') && --depth == 0)
+        } else if ((c == '}' || c == ']') && --depth == 0) {
             break;
+        }
     }
     return at;
 }
@@ -127,10 +128,11 @@ std::string without(std::string_view object, std::string_view name)
     for (const Member& member : all) {
         // What is left stands behind the brace or, with the comma, behind what is left before it.
         const std::string_view gap = object.substr(previousEnd, member.begin - previousEnd);
-        if (previousEnd == 0)
+        if (previousEnd == 0) {
             text = gap;
-        else if (!isFirst && member.name != name)
+        } else if (!isFirst && member.name != name) {
             text += gap;
+        }
         if (member.name != name) {
             text += object.substr(member.begin, member.end - member.begin);
             isFirst = false;

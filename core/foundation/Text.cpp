@@ -42,9 +42,8 @@ bool Text::equalsIgnoringCase(std::string_view a, std::string_view b)
 
 bool Text::containsIgnoringCase(std::string_view text, std::string_view part)
 {
-    if (ascii::isAscii(text) && ascii::isAscii(part)) {
+    if (ascii::isAscii(text) && ascii::isAscii(part))
         return part.empty() || !std::ranges::search(text, part, {}, ascii::lower, ascii::lower).empty();
-    }
     return platform::foldCase(text).find(platform::foldCase(part)) != std::string::npos;
 }
 

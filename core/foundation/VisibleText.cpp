@@ -46,12 +46,13 @@ std::string shown(std::string_view text, std::string_view kept = {})
     result.reserve(text.size());
     while (!text.empty()) {
         const platform::CodePoint point = platform::firstCodePoint(text);
-        if (!point.valid)
+        if (!point.valid) {
             result += fmt::format("<0x{:02X}>", static_cast<unsigned>(point.value));
-        else if (Text::isHidden(point.value) && kept.find(text.front()) == std::string_view::npos)
+        } else if (Text::isHidden(point.value) && kept.find(text.front()) == std::string_view::npos) {
             result += fmt::format("<U+{:04X}>", static_cast<unsigned>(point.value));
-        else
+        } else {
             result += text.substr(0, point.length);
+        }
         text.remove_prefix(point.length);
     }
     return result;

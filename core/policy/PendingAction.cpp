@@ -30,12 +30,13 @@ public:
 
     bool string(std::string& value) override
     {
-        if (isArgument())
+        if (isArgument()) {
             args_->insert_or_assign(argument_, std::move(value));
-        else if (std::optional<std::string>* field = textField())
+        } else if (std::optional<std::string>* field = textField()) {
             *field = std::move(value);
-        else
+        } else {
             return isIgnored();
+        }
         return true;
     }
     bool null() override { return isIgnored() || textField() == &preview_; }
@@ -56,10 +57,11 @@ public:
     bool end_object() override { return --depth_ >= 0; }
     bool key(std::string& name) override
     {
-        if (depth_ == 1)
+        if (depth_ == 1) {
             field_ = std::move(name);
-        else if (isArgument())
+        } else if (isArgument()) {
             argument_ = std::move(name);
+        }
         return true;
     }
     bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }

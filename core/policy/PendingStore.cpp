@@ -44,10 +44,11 @@ std::vector<std::filesystem::path> actionFiles(const std::filesystem::path& dir,
 void add(const std::filesystem::path& file, PendingStore::Listing& to)
 {
     std::string why;
-    if (auto action = PendingStore::read(file, &why))
+    if (auto action = PendingStore::read(file, &why)) {
         to.actions.push_back(*std::move(action));
-    else if (platform::fileStamp(file))
+    } else if (platform::fileStamp(file)) {
         to.damaged.push_back({file.filename(), std::move(why)});
+    }
 }
 
 bool mayBeUnfinished(const std::filesystem::path& file)

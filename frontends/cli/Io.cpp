@@ -28,10 +28,11 @@ int writeAll(int descriptor, std::string_view bytes) noexcept
 {
     while (!bytes.empty()) {
         const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-        if (count >= 0)
+        if (count >= 0) {
             bytes.remove_prefix(static_cast<std::size_t>(count));
-        else if (errno != EINTR)
+        } else if (errno != EINTR) {
             return errno;
+        }
     }
     return 0;
 }

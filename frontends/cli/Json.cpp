@@ -29,10 +29,11 @@ std::string withEscapes(std::string_view compactJson)
     result.reserve(compactJson.size());
     while (!compactJson.empty()) {
         const platform::CodePoint point = platform::firstCodePoint(compactJson);
-        if (point.valid && Text::isHidden(point.value))
+        if (point.valid && Text::isHidden(point.value)) {
             result += escaped(point.value);
-        else
+        } else {
             result += compactJson.substr(0, point.length);
+        }
         compactJson.remove_prefix(point.length);
     }
     return result;

@@ -139,14 +139,16 @@ ExitCode run(const Arguments& arguments, Io& io)
 {
     PendingStore::Listing found = PendingStore::listing(ConfigDir::url());
     const bool one = !arguments.words.empty();
-    if (one)
+    if (one) {
         found = {{named(found, arguments.words.front())}, {}, {}};
-    else if (found.failure && arguments.has(kJson))
+    } else if (found.failure && arguments.has(kJson)) {
         throw ServiceError(fmt::format("the queue cannot be read: {}", found.failure.message()));
-    if (arguments.has(kJson))
+    }
+    if (arguments.has(kJson)) {
         io.out(json(found));
-    else
+    } else {
         io.out(one ? page(found.actions.front()) : list(found));
+    }
     return ExitCode::done;
 }
 

@@ -93,10 +93,11 @@ ExitCode runTool(const Arguments& arguments, Io& io)
         HarnessRunner::run(*call.tool, call.args, actor(), ConfigDir::url(), HarnessRunner::Stores::shared(), &notices);
     signals.letGo();
     printNotices(notices, io);
-    if (arguments.has(kJson))
+    if (arguments.has(kJson)) {
         printJson(result, notices, io);
-    else
+    } else {
         printText(result, io);
+    }
     return std::holds_alternative<HarnessRunner::Error>(result) ? ExitCode::failed : ExitCode::done;
 }
 

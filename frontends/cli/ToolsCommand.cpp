@@ -99,14 +99,15 @@ std::string argumentNames(const Tool& tool)
 
 ExitCode showOne(const Tool& tool, const Arguments& arguments, Io& io)
 {
-    if (arguments.has(kArguments))
+    if (arguments.has(kArguments)) {
         io.out(argumentNames(tool));
-    else if (arguments.has(kIds))
+    } else if (arguments.has(kIds)) {
         io.out(tool.id + "\n");
-    else if (arguments.has(kJson))
+    } else if (arguments.has(kJson)) {
         io.out(jsonLine(nlohmann::ordered_json::array({record(tool)})));
-    else
+    } else {
         io.out(page(tool, io.width));
+    }
     return ExitCode::done;
 }
 

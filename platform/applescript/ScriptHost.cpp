@@ -62,12 +62,13 @@ int readAll(int descriptor, std::string& text)
 bool applyFlags(std::string_view flags, Options& options)
 {
     for (const char flag : flags) {
-        if (flag == 'h' || flag == 's')
+        if (flag == 'h' || flag == 's') {
             options.inSourceForm = flag == 's';
-        else if (flag == 'e' || flag == 'o')
+        } else if (flag == 'e' || flag == 'o') {
             options.errorsToOutput = flag == 'o';
-        else
+        } else {
             return false;
+        }
     }
     return true;
 }

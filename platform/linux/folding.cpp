@@ -22,10 +22,11 @@ public:
     void add(utf8proc_int32_t point)
     {
         const auto order = static_cast<unsigned short>(utf8proc_get_property(point)->combining_class);
-        if (order == 0)
+        if (order == 0) {
             run_ = 0;
-        else
+        } else {
             beginRunIfFull();
+        }
         points_.push_back(point);
         if (order == 0)
             return;

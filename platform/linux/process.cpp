@@ -162,10 +162,11 @@ void drain(Descriptor& from, std::string& to)
 {
     std::array<char, 65536> buffer;
     const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
-    if (count > 0)
+    if (count > 0) {
         to.append(buffer.data(), static_cast<std::size_t>(count));
-    else if (count == 0 || !wouldBlock())
+    } else if (count == 0 || !wouldBlock()) {
         from.close();
+    }
 }
 
 void drainAll(Descriptor& output, Descriptor& error, Outcome& outcome, Ending& ending)
@@ -194,10 +195,11 @@ void awaitEnd(const Child& child, Ending& ending)
 
 void setStatus(Outcome& outcome, int status)
 {
-    if (WIFEXITED(status))
+    if (WIFEXITED(status)) {
         outcome.status = WEXITSTATUS(status);
-    else if (WIFSIGNALED(status))
+    } else if (WIFSIGNALED(status)) {
         outcome.signal = WTERMSIG(status);
+    }
 }
 
 } // namespace

@@ -169,20 +169,22 @@ private:
     {
         std::array<char, 65536> block{};
         const ssize_t count = ::read(descriptor, block.data(), block.size());
-        if (count > 0)
+        if (count > 0) {
             into.append(block.data(), static_cast<std::size_t>(count));
-        else if (count == 0 || errno != EINTR)
+        } else if (count == 0 || errno != EINTR) {
             closeOnce(descriptor);
+        }
     }
 
     void feed()
     {
         ::signal(SIGPIPE, SIG_IGN); // a program that stops reading is its own business
         const ssize_t count = ::write(input_, unsent_.data(), unsent_.size());
-        if (count > 0)
+        if (count > 0) {
             unsent_.erase(0, static_cast<std::size_t>(count));
-        else if (errno != EAGAIN && errno != EINTR)
+        } else if (errno != EAGAIN && errno != EINTR) {
             closeOnce(input_);
+        }
     }
 
     void pump(Clock::time_point deadline)

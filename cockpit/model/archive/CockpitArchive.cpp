@@ -67,10 +67,11 @@ void CockpitArchive::removeIMAPAccount(const QString& email)
         *this,
         [&accounts = outside_.accounts, address] { return failureOf([&] { accounts.removePassword(address); }); },
         [this, address](const std::optional<std::string>& failure) {
-            if (failure)
+            if (failure) {
                 outside_.operations.lastResult.show(StatusMessage::Kind::Failed, address + " - " + *failure);
-            else
+            } else {
                 finishRemoving(address);
+            }
         });
 }
 

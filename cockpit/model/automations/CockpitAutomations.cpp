@@ -114,10 +114,11 @@ void CockpitAutomations::openLog(const QString& shown)
     const std::string name = shown.toStdString();
     const std::filesystem::path log = outside_.automations.logFile(name);
     std::error_code unreadable;
-    if (!std::filesystem::exists(log, unreadable))
+    if (!std::filesystem::exists(log, unreadable)) {
         outside_.operations.lastResult.show(Kind::Note, "no log yet for '" + name + "'");
-    else if (!outside_.workspace.openFile(log))
+    } else if (!outside_.workspace.openFile(log)) {
         outside_.operations.lastResult.showNotOpened(log.string());
+    }
 }
 
 const Automation* CockpitAutomations::automation(const QString& name) const

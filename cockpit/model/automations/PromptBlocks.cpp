@@ -16,12 +16,13 @@ class Document {
 public:
     void read(const std::string& line)
     {
-        if (line.starts_with(kFence))
+        if (line.starts_with(kFence)) {
             fence();
-        else if (insideCode_)
+        } else if (insideCode_) {
             code_.push_back(line);
-        else
+        } else {
             readText(line);
+        }
     }
 
     std::vector<PromptBlock> finish()
@@ -35,10 +36,11 @@ public:
 private:
     void fence()
     {
-        if (insideCode_)
+        if (insideCode_) {
             endCode();
-        else
+        } else {
             endParagraph();
+        }
         insideCode_ = !insideCode_;
     }
 

@@ -117,14 +117,16 @@ std::optional<Email> email(const PendingAction& action)
     const bool isReply = action.tool.starts_with("mail.reply");
     Email email;
     email.body = *body;
-    if (const std::string* to = find(args, "to"))
+    if (const std::string* to = find(args, "to")) {
         email.to = *to;
-    else if (isReply)
+    } else if (isReply) {
         email.to = find(args, "from") != nullptr ? *find(args, "from") : std::string(kOriginalSender);
-    if (const std::string* subject = find(args, "subject"))
+    }
+    if (const std::string* subject = find(args, "subject")) {
         email.subject = *subject;
-    else if (isReply)
+    } else if (isReply) {
         email.subject = "Re: " + (find(args, "subjectContains") != nullptr ? *find(args, "subjectContains") : "");
+    }
     email.canOpenInMail = email.to != kOriginalSender;
     return email;
 }

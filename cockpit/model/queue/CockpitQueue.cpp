@@ -107,12 +107,13 @@ void CockpitQueue::respond(const std::string& buttonId, const std::string& actio
     if (!action || verdicts_.isRejecting(actionId))
         return;
     const PendingAction* announced = notices_.announced(actionId);
-    if (announced == nullptr || *announced != *action)
+    if (announced == nullptr || *announced != *action) {
         Q_EMIT activationRequested();
-    else if (QueueNotices::isApprove(buttonId))
+    } else if (QueueNotices::isApprove(buttonId)) {
         verdicts_.approve(*action);
-    else
+    } else {
         verdicts_.reject(*action, "rejected from notification");
+    }
 }
 
 } // namespace mervo

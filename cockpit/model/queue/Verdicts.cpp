@@ -109,10 +109,11 @@ void Verdicts::reject(const PendingAction& action, const std::string& reason)
             rejecting_.erase(action.id);
             Q_EMIT reloadRequested();
             Q_EMIT rejectingChanged(); // also where its file is still the same
-            if (removed)
+            if (removed) {
                 operations_.lastResult.show(Kind::Rejected, "rejected " + action.tool);
-            else
+            } else {
                 showNotTaken(action);
+            }
         });
     });
 }
@@ -120,10 +121,11 @@ void Verdicts::reject(const PendingAction& action, const std::string& reason)
 /// Of an action whose file this cockpit did not remove.
 void Verdicts::showNotTaken(const PendingAction& action)
 {
-    if (PendingStore().load(action.id))
+    if (PendingStore().load(action.id)) {
         operations_.lastResult.show(Kind::Failed, action.tool + " - could not be taken from the queue");
-    else
+    } else {
         operations_.lastResult.show(Kind::Note, action.tool + " - no longer waiting");
+    }
 }
 
 } // namespace mervo

@@ -34,10 +34,11 @@ std::string joinLines(std::string_view text)
     std::string joined;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const bool isPair = text.substr(at, 2) == "\r\n";
-        if (isPair || text[at] == '\n')
+        if (isPair || text[at] == '\n') {
             joined += sign;
-        else
+        } else {
             joined += text[at];
+        }
         at += isPair ? 1 : 0;
     }
     return joined;

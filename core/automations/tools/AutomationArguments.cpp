@@ -98,10 +98,11 @@ std::vector<Remark> remarks(const Args& args)
     const auto onlyFirst = [&](std::initializer_list<std::string_view> names) {
         std::string_view first;
         for (const std::string_view name : names) {
-            if (!first.empty())
+            if (!first.empty()) {
                 unused(name, fmt::format("beside {}", first));
-            else if (args.contains(name))
+            } else if (args.contains(name)) {
                 first = name;
+            }
         }
         return first;
     };

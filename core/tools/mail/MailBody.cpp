@@ -171,10 +171,11 @@ std::string plainText(const std::string& text)
     std::string plain = text;
     replaceAll(plain, "\r\n", "\n");
     std::replace(plain.begin(), plain.end(), '\r', '\n');
-    if (looksLikeHTML(plain))
+    if (looksLikeHTML(plain)) {
         plain = stripHTMLToText(plain);
-    else
+    } else {
         normaliseBlanks(plain);
+    }
     return plain;
 }
 

@@ -88,10 +88,11 @@ Value Evaluator::invoke(const Handler& handler, std::vector<Value> arguments)
 
 void Evaluator::bindPattern(const Expr& pattern, const Value& value)
 {
-    if (pattern.kind == ExprKind::variable)
+    if (pattern.kind == ExprKind::variable) {
         slot(as<Variable>(pattern).use) = value;
-    else
+    } else {
         assignList(as<ListExpr>(pattern), value);
+    }
 }
 
 } // namespace mervo::applescript

@@ -135,9 +135,8 @@ Value Evaluator::make(const CommandExpr& expr)
     } else {
         request.place.anchor = targetObject();
     }
-    if (!request.place.anchor || &request.place.anchor->application().dictionary() != expr.dictionary) {
+    if (!request.place.anchor || &request.place.anchor->application().dictionary() != expr.dictionary)
         request.place.anchor = applications_.launchedOf(*expr.dictionary).root();
-    }
     Application& application = request.place.anchor->application();
     if (const Expr* data = labelled(expr, "with data"))
         request.data = argument(*data);
@@ -204,10 +203,11 @@ Value Evaluator::dictionaryCommand(const CommandExpr& expr)
     const auto valueOf = [&](const Expr& written) {
         return written.kind == ExprKind::insertion ? Value::object(insertion(written).anchor) : argument(written);
     };
-    if (expr.direct)
+    if (expr.direct) {
         call.direct = valueOf(*expr.direct);
-    else if (expr.commandTerm->direct == CommandTerm::Direct::required && call.target)
+    } else if (expr.commandTerm->direct == CommandTerm::Direct::required && call.target) {
         call.direct = Value::object(call.target);
+    }
     for (const auto& [parameter, written] : expr.arguments)
         call.arguments.emplace_back(parameter, valueOf(*written));
     const bool isForTarget = call.target && &call.target->application().dictionary() == expr.dictionary;

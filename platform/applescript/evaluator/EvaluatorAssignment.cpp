@@ -136,10 +136,11 @@ void Evaluator::assignInsertion(const InsertionExpr& target, const Value& value)
     const bool isEnd = target.where == InsertionExpr::Where::end;
     if (!list.is(Kind::list) || (!isEnd && target.where != InsertionExpr::Where::beginning))
         throw ScriptError::cannotSet((isEnd ? "end of " : "beginning of ") + quoted(list), value);
-    if (isEnd)
+    if (isEnd) {
         list.asList().append(value);
-    else
+    } else {
         list.asList().prepend(value);
+    }
 }
 
 } // namespace mervo::applescript

@@ -22,12 +22,13 @@ Value singleElement(const Ref<Object>& owner, const ClassTerm& term, const Eleme
         expr.form == Form::index && keys.first.is(Kind::integer) && keys.first.asInteger() > 0 ? 0
                                                                                                : owner->count(term.id));
     std::int64_t index = 0;
-    if (expr.form == Form::middle)
+    if (expr.form == Form::middle) {
         index = (count + 1) / 2;
-    else if (expr.form == Form::some)
+    } else if (expr.form == Form::some) {
         index = count > 0 ? 1 + static_cast<std::int64_t>(std::random_device()() % static_cast<unsigned>(count)) : 0;
-    else
+    } else {
         index = toInteger(keys.first);
+    }
     if (index < 0)
         index += count + 1;
     return index < 1 ? Value() : owner->at(term.id, static_cast<std::size_t>(index - 1));

@@ -149,10 +149,11 @@ ExprPtr Parser::parseLanguageCommand(LanguageCommand command)
         parseRandomNumber(*node);
         break;
     case LanguageCommand::count:
-        if (takeWord("of") || takeWord("in"))
+        if (takeWord("of") || takeWord("in")) {
             adopt(*node, node->direct, parsePostfix());
-        else
+        } else {
             adopt(*node, node->direct, parseBinary(kOperandLevel));
+        }
         break;
     case LanguageCommand::exists:
         adopt(*node, node->direct, parsePostfix());
@@ -215,14 +216,15 @@ void Parser::parseMake(CommandExpr& node)
     node.newClass = found.application->classTerm;
     skip(found.words);
     for (;;) {
-        if (takeWord("at"))
+        if (takeWord("at")) {
             parseLabelled(node, "at", parseArgument());
-        else if (takeWords("with properties"))
+        } else if (takeWords("with properties")) {
             parseLabelled(node, "with properties", parseExpression());
-        else if (takeWords("with data"))
+        } else if (takeWords("with data")) {
             parseLabelled(node, "with data", parseExpression());
-        else
+        } else {
             return;
+        }
     }
 }
 

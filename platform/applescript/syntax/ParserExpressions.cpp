@@ -268,9 +268,8 @@ TargetClass Parser::parseTargetClass()
 ExprPtr Parser::parseUnary()
 {
     const Nesting nesting(*this);
-    if (isSymbol("-") || isSymbol("+")) {
+    if (isSymbol("-") || isSymbol("+"))
         return parsePrefix(isSymbol("-") ? Unary::Op::negate : Unary::Op::plus, [&] { return parseUnary(); });
-    }
     if (matchWords(rest(), "a reference to") > 0 || matchWords(rest(), "a ref to") > 0)
         return parseReferenceTo();
     ExprPtr operand = parsePostfix();
@@ -394,16 +393,16 @@ ExprPtr Parser::parseBraces()
         return finish(std::move(list));
     do {
         const std::optional<Symbol> label = takeLabel();
-        if (label && !list->items.empty()) {
+        if (label && !list->items.empty())
             failExpected("“,” or “}”", previous());
-        }
         if (!label && !record->fields.empty())
             fail("the name of a property and “:”");
         ExprPtr value = parseExpression();
-        if (label)
+        if (label) {
             adopt(*record, record->fields.emplace_back(*label, std::move(value)).second);
-        else
+        } else {
             adopt(*list, list->items.emplace_back(std::move(value)));
+        }
     } while (takeSymbol(","));
     expectSymbol("}");
     if (record->fields.empty())
@@ -483,12 +482,10 @@ ExprPtr Parser::parseWord()
         skip();
         return parsePrimary();
     }
-    if (word == "true" || word == "false") {
+    if (word == "true" || word == "false")
         return takeLiteral(Value::boolean(word == "true"));
-    }
-    if (word == "return") {
+    if (word == "return")
         return takeLiteral(Value::text("\r"));
-    }
     const auto target = [&](TargetExpr::Which which, std::size_t words) {
         ExprPtr expression = makeTarget(which);
         skip(words);

@@ -254,9 +254,8 @@ ExprPtr Parser::parseOrdinal(Value position, ElementExpr::Form form)
     auto element = startElement(expectClassTerm());
     element->place.start = start.start;
     element->form = form;
-    if (form == ElementExpr::Form::index) {
+    if (form == ElementExpr::Form::index)
         adopt(*element, element->key, std::move(key));
-    }
     return attach(std::move(element));
 }
 
@@ -312,9 +311,8 @@ ExprPtr Parser::parseIndex()
 /// An index, `beginning`, `end`, or an element that marks a place: `word 2`.
 ExprPtr Parser::parseRangeBound()
 {
-    if (isWord("end") || isWord("beginning")) {
+    if (isWord("end") || isWord("beginning"))
         return takeLiteral(Value::integer(isWord("end") ? -1 : 1));
-    }
     const Match found = match();
     if (found.words == 0 || !found.isClass())
         return parseIndex();

@@ -65,10 +65,11 @@ private:
         for (VariableUse* use : handler.uses) {
             const bool isLocal = has(handler.locals, use->name)
                 || !(undeclared == Names::ofScript || has(handler.globals, use->name) || isProperty(use->name));
-            if (!use->isGlobal && isLocal)
+            if (!use->isGlobal && isLocal) {
                 use->slot = locals.of(use->name);
-            else
+            } else {
                 bindGlobal(*use);
+            }
         }
         handler.localCount = locals.count();
     }

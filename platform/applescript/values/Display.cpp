@@ -186,10 +186,11 @@ void Writer::write(const Value& value)
         writeObject(value.asObject());
         break;
     case Kind::reference:
-        if (isSource_)
+        if (isSource_) {
             out_ += value.asReference().specifier();
-        else
+        } else {
             write(dereferenced(value));
+        }
         break;
     case Kind::script:
         out_ += "«script»";

@@ -50,10 +50,11 @@ std::vector<TextRange> wordsOf(std::string_view text)
             belongs = (joinsDigits && after >= '0' && after <= '9')
                 || (joinsLetters && isWordPart(after) && !platform::ascii::isDigit(text[at - 1]));
         }
-        if (belongs && !isInside)
+        if (belongs && !isInside) {
             words.push_back({at, next});
-        else if (belongs)
+        } else if (belongs) {
             words.back().end = next;
+        }
         isInside = belongs;
         at = next;
     }

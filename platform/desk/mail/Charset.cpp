@@ -118,9 +118,10 @@ std::string toUtf8(std::string_view bytes, std::string_view charset)
 {
     const std::string name = normalName(charset);
     const bool plain = name.empty() || name == "utf-8" || name == "utf8" || name == "us-ascii" || name == "ascii";
-    if (plain)
+    if (plain) {
         return platform::ascii::isAscii(bytes) || platform::isValidUtf8(bytes) ? std::string(bytes)
                                                                                : fromWindows1252(bytes);
+    }
     if (name == "iso-8859-1" || name == "latin1" || name == "windows-1252" || name == "cp1252")
         return fromWindows1252(bytes);
     Converter converter(name);

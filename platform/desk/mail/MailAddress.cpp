@@ -76,12 +76,13 @@ private:
         int depth = 1;
         for (++at_; at_ < raw_.size(); ++at_) {
             char c = raw_[at_];
-            if (c == '\\' && at_ + 1 < raw_.size())
+            if (c == '\\' && at_ + 1 < raw_.size()) {
                 c = raw_[++at_];
-            else if (c == '(')
+            } else if (c == '(') {
                 ++depth;
-            else if (c == ')' && --depth == 0)
+            } else if (c == ')' && --depth == 0) {
                 break;
+            }
             text.push_back(c);
         }
         ++at_;

@@ -55,12 +55,13 @@ private:
         int depth = 0;
         while (!text_.empty()) {
             const char c = text_[0];
-            if (c == '(')
+            if (c == '(') {
                 ++depth;
-            else if (c == ')' && depth > 0)
+            } else if (c == ')' && depth > 0) {
                 --depth;
-            else if (depth == 0 && c != ' ' && c != '\t' && c != '\r' && c != '\n' && c != ',')
+            } else if (depth == 0 && c != ' ' && c != '\t' && c != '\r' && c != '\n' && c != ',') {
                 return;
+            }
             text_.remove_prefix(1);
         }
     }

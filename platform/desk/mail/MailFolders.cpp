@@ -135,10 +135,11 @@ std::vector<MailFolder> listMailFolders(const MailAccountSettings& account)
     }
     std::sort(found.begin(), found.end(), byPath);
     auto inbox = std::find_if(found.begin(), found.end(), [](const MailFolder& f) { return f.name == kInbox; });
-    if (inbox == found.end() || looksLikeMaildir(account.root))
+    if (inbox == found.end() || looksLikeMaildir(account.root)) {
         found.insert(found.begin(), MailFolder{std::string(kInbox), account.root});
-    else
+    } else {
         std::rotate(found.begin(), inbox, inbox + 1);
+    }
     return found;
 }
 

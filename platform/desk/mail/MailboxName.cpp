@@ -70,10 +70,11 @@ std::optional<std::string> decode(std::string_view text)
         const std::size_t end = text.find('-', i);
         if (end == std::string_view::npos)
             return std::nullopt;
-        if (end == i + 1)
+        if (end == i + 1) {
             out.push_back('&');
-        else if (!appendRun(out, text.substr(i + 1, end - i - 1)))
+        } else if (!appendRun(out, text.substr(i + 1, end - i - 1))) {
             return std::nullopt;
+        }
         i = end;
     }
     for (const unsigned char c : out) {

@@ -110,10 +110,11 @@ void Outbox::send(const OutgoingMail& mail)
     const MimeEngine& engine = mimeEngine();
     const fs::path maildir = specialMaildir(account, SpecialMailbox::sent);
     MaildirDelivery copy(maildir, [&](int descriptor) { engine.write(draft, descriptor); });
-    if (account.sendmail.empty())
+    if (account.sendmail.empty()) {
         deliverLocally(account, draft, all);
-    else
+    } else {
         submit(account, readMessageFile(copy.file()));
+    }
     store_.changedByUs(maildir);
     try {
         copy.commit("S");

@@ -59,10 +59,11 @@ private:
         const std::size_t end = std::min(text.find_first_of(isQuoted ? "\"" : "; \t\r\n(", start), text.size());
         const std::string_view value = text.substr(std::min(start, end), end - std::min(start, end));
         if (!text.starts_with('=') || value.empty() || value.find_first_of("\\\r\n") != std::string_view::npos
-            || value.find("=?") != std::string_view::npos)
+            || value.find("=?") != std::string_view::npos) {
             any_ = true;
-        else
+        } else {
             known_.insert(std::string(withoutBlanks(value)));
+        }
     }
 
     std::unordered_set<std::string> known_;
@@ -99,10 +100,11 @@ private:
     void cutFields(std::string_view head)
     {
         forEachField(head, [&](std::string_view name, std::string_view value) {
-            if (value.size() > kLongestValue)
+            if (value.size() > kLongestValue) {
                 leaveOut(value);
-            else if (platform::foldCase(name) == "content-type")
+            } else if (platform::foldCase(name) == "content-type") {
                 boundaries_.noteType(value);
+            }
         });
     }
 

@@ -24,14 +24,15 @@ std::string execWord(std::string_view word)
 {
     std::string text = "\"";
     for (const char c : word) {
-        if (c == '%')
+        if (c == '%') {
             text += "%%";
-        else if (c == '\\')
+        } else if (c == '\\') {
             text += "\\\\\\\\";
-        else if (c == '"' || c == '`' || c == '$')
+        } else if (c == '"' || c == '`' || c == '$') {
             text += std::string("\\\\") + c;
-        else
+        } else {
             text += c;
+        }
     }
     return text + '"';
 }

@@ -44,10 +44,11 @@ QStringList actionsOf(const Notification& notification)
 QVariantMap hintsOf(const Notification& notification)
 {
     QVariantMap hints{{"urgency", QVariant::fromValue(kNormal)}, {"desktop-entry", "mervo"}};
-    if (notification.hasSound)
+    if (notification.hasSound) {
         hints["sound-name"] = "message-new-instant";
-    else
+    } else {
         hints["suppress-sound"] = true;
+    }
     return hints;
 }
 

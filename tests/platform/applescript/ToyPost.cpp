@@ -209,16 +209,17 @@ void Thing::set(TermId property, const Value& value)
 {
     if (kind_ == CommonTerm::applicationClass)
         throw ScriptError(ErrorNumber::accessNotAllowed);
-    if (kind_ == kAccount)
+    if (kind_ == kAccount) {
         account().name = toString(value);
-    else if (kind_ == kLetter && property == kSubject)
+    } else if (kind_ == kLetter && property == kSubject) {
         letter().subject = toString(value);
-    else if (kind_ == kLetter && property == kRead)
+    } else if (kind_ == kLetter && property == kRead) {
         letter().isRead = toBoolean(value);
-    else if (kind_ == kLetter && property == kNote)
+    } else if (kind_ == kLetter && property == kNote) {
         letter().note = toString(value);
-    else
+    } else {
         throw ScriptError(ErrorNumber::cannotSet);
+    }
 }
 
 Value Thing::every(TermId elementClass)

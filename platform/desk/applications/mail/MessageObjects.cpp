@@ -53,14 +53,15 @@ std::optional<FlagChange> changeTo(TermId property, const Value& value)
         return change;
     }
     const bool on = applescript::toBoolean(value);
-    if (property == MailTerm::readStatus)
+    if (property == MailTerm::readStatus) {
         change.seen = on;
-    else if (property == MailTerm::flaggedStatus)
+    } else if (property == MailTerm::flaggedStatus) {
         change.flagged = on;
-    else if (property == MailTerm::deletedStatus)
+    } else if (property == MailTerm::deletedStatus) {
         change.trashed = on;
-    else
+    } else {
         change.junk = on;
+    }
     return change;
 }
 

@@ -228,12 +228,13 @@ Value OutgoingPart::get(TermId property)
 void OutgoingPart::set(TermId property, const Value& value)
 {
     const std::string text = applescript::toString(value);
-    if (property == CommonTerm::name)
+    if (property == CommonTerm::name) {
         recipient().name = text;
-    else if (property == MailTerm::address && isPlainAddress(text))
+    } else if (property == MailTerm::address && isPlainAddress(text)) {
         recipient().address = text;
-    else
+    } else {
         throw ScriptError(cannotSet);
+    }
 }
 
 Value OutgoingPart::every(TermId elementClass)
