@@ -1,7 +1,5 @@
 #include "tests/cockpit/model/World.h"
-
-#include <csignal>
-#include <sys/resource.h>
+#include "tests/support/SmallFiles.h"
 
 namespace mervo {
 namespace {
@@ -44,24 +42,6 @@ private:
     }
 
     MervoDB db_;
-};
-
-/// No file can grow, as on a full disk.
-class FullDisk {
-public:
-    FullDisk()
-    {
-        ::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit none{0, before_.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &none);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-    ~FullDisk() { ::setrlimit(RLIMIT_FSIZE, &before_); }
-
-private:
-    rlimit before_{};
 };
 
 TEST_F(Faults, aLockedDatabaseStopsNeitherTicksNorVerdicts)
@@ -182,7 +162,7 @@ TEST_F(Faults, aFullDiskIsToldOfAndRoomAgainIsUsed)
     queue(draft("B", "later"));
     start();
     {
-        const FullDisk full;
+        const test::SmallFiles full(0);
         model->queue()->approve(key());
         ASSERT_TRUE(until([&] { return result().starts_with("❌ mail.draft - "); })) << result();
     }

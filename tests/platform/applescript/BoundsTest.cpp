@@ -10,30 +10,22 @@ namespace {
 
 using namespace mervo::test;
 
-std::string repeated(const std::string& text, int times)
-{
-    std::string result;
-    for (int i = 0; i < times; ++i)
-        result += text;
-    return result;
-}
-
 TEST(Bounds, deepSourcesAreSyntaxErrors)
 {
     constexpr int kDeep = 100000;
     const std::string tooDeep = "error -2741: The script is nested too deeply here.";
     for (const char* opening :
         {"(", "{", "- ", "not ", "(a of ", "{a:", "item (", "h(", "2 ^ ", "my h(", "a of ", "{{a:"})
-        EXPECT_EQ(runAlone("return " + repeated(opening, kDeep) + "1"), tooDeep) << opening;
+        EXPECT_EQ(runAlone("return " + repeated(kDeep, opening) + "1"), tooDeep) << opening;
     for (const char* opening : {"tell me\n", "repeat\n", "if true then\n", "if true then if true then ", "try\n",
              "tell me to tell it to ", "considering case\n"})
-        EXPECT_EQ(runAlone(repeated(opening, kDeep)), tooDeep) << opening;
+        EXPECT_EQ(runAlone(repeated(kDeep, opening)), tooDeep) << opening;
     for (const char* link : {" + 1", "'s a", " as text", " and true"})
-        EXPECT_EQ(runAlone("return a" + repeated(link, kDeep)), tooDeep) << link;
-    EXPECT_EQ(runAlone("(*" + repeated("(*", kDeep)), "error -2741: Expected “*)” but found end of script.");
-    EXPECT_EQ(runAlone("return length of (" + repeated("\"a\" & ", kDeep) + "\"\")"), "100000");
-    EXPECT_EQ(runAlone(repeated("if false then\n1\nelse if true then\n2\nend if\n", 5000)), "2");
-    EXPECT_EQ(runAlone("return " + repeated("(", 100) + "1" + repeated(")", 100)), "1");
+        EXPECT_EQ(runAlone("return a" + repeated(kDeep, link)), tooDeep) << link;
+    EXPECT_EQ(runAlone("(*" + repeated(kDeep, "(*")), "error -2741: Expected “*)” but found end of script.");
+    EXPECT_EQ(runAlone("return length of (" + repeated(kDeep, "\"a\" & ") + "\"\")"), "100000");
+    EXPECT_EQ(runAlone(repeated(5000, "if false then\n1\nelse if true then\n2\nend if\n")), "2");
+    EXPECT_EQ(runAlone("return " + repeated(100, "(") + "1" + repeated(100, ")")), "1");
 }
 
 TEST(Bounds, recursionIsAnError)
@@ -123,7 +115,7 @@ TEST(Bounds, processorTimeCountsWithinFiltersAndLongComparisons)
     using Clock = std::chrono::steady_clock;
     ToyWorld world = ToyWorld::large(4000);
     for (ToyLetter& letter : world.accounts[0].boxes[0].letters)
-        letter.subject = repeated("\U0001F600 e\u0301 ", 2000);
+        letter.subject = repeated(2000, "\U0001F600 e\u0301 ");
     const std::string stopped = "error -1712: The script was stopped after 1 s of processor time.";
     const std::string letters = "tell application \"Post\" to return count of (letters of first box whose subject ";
     for (const std::string& script :
@@ -159,7 +151,7 @@ TEST(Bounds, longRunsOfMarksTakeLinearTime)
              "set n to 0\nrepeat with i from 1 to 16\nset n to n + (count of (character i of (t & "
              "\"0123456789abcdef\")))\nend repeat"}) {
         const auto work = [&](std::size_t pairs) {
-            const std::string marks = repeated("\u0300\u0323", static_cast<int>(pairs));
+            const std::string marks = repeated(pairs, "\u0300\u0323");
             const std::string script = "set m to \"" + marks + "\"\nset t to \"q\" & m\n";
             EXPECT_EQ(runAlone(script + use).find("error"), std::string::npos) << use;
         };
