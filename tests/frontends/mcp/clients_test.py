@@ -7,8 +7,7 @@ import sys
 import tempfile
 import unittest
 
-import peer as peers
-from peer import Case
+from case import PROGRAM, TOOLS, Case
 
 FOLDER = os.path.dirname(os.path.abspath(__file__))
 MODULES = os.path.join(FOLDER, "node_modules")
@@ -32,7 +31,7 @@ class Clients(Case):
         self.assertEqual(seen["version"], version)
         self.assertEqual(seen["server"], "mervo")
         self.assertTrue(seen["instructions"].startswith("Mervo: you propose"))
-        self.assertEqual((seen["tools"], seen["first"]), (len(peers.TOOLS), peers.TOOLS[0]))
+        self.assertEqual((seen["tools"], seen["first"]), (len(TOOLS), TOOLS[0]))
         self.assertIn("Mervo", seen["executed"]["content"][0]["text"])
         self.assertFalse(seen["executed"]["isError"])
         self.assertRegex(seen["pending"]["content"][0]["text"], r"^pending [0-9A-F]{8}: waits for the owner's approval")
@@ -43,19 +42,19 @@ class Clients(Case):
         self.assertEqual(len(self.pending()), 1)
 
     def test_the_official_client_in_a_session(self):
-        self.check(self.node(os.path.join(FOLDER, "session_client.mjs"), peers.PROGRAM), "2025-11-25")
+        self.check(self.node(os.path.join(FOLDER, "session_client.mjs"), PROGRAM), "2025-11-25")
 
     def test_the_official_client_without_a_session(self):
-        self.check(self.node(os.path.join(FOLDER, "stateless_client.mjs"), peers.PROGRAM), "2026-07-28")
+        self.check(self.node(os.path.join(FOLDER, "stateless_client.mjs"), PROGRAM), "2026-07-28")
 
     def play(self, desk, *calls):
-        return self.node(os.path.join(FOLDER, "morning_client.mjs"), peers.PROGRAM, environment=desk.environment,
+        return self.node(os.path.join(FOLDER, "morning_client.mjs"), PROGRAM, environment=desk.environment,
                          stdin=json.dumps(calls))
 
     def test_the_official_client_plays_the_demos_morning(self):
         folder = tempfile.TemporaryDirectory(prefix="mervo-mcp-test-")
         self.addCleanup(folder.cleanup)
-        desk = Desk(folder.name, os.path.dirname(peers.PROGRAM))
+        desk = Desk(folder.name, os.path.dirname(PROGRAM))
         desk.set_up()
         self.home = str(desk.home)
         accounts, found = self.play(desk, ("mail.accounts", {}), ("mail.search", {"subjectContains": "invoice"}))
@@ -81,11 +80,11 @@ class Clients(Case):
     def inspect(self, *arguments):
         # Looks for its own version in the folder above the one that it is started in.
         folder = os.path.join(MODULES, "@modelcontextprotocol", "inspector-cli", "build")
-        return self.node("index.js", peers.PROGRAM, *arguments, folder=folder)
+        return self.node("index.js", PROGRAM, *arguments, folder=folder)
 
     def test_the_inspector(self):
         listed = [tool["name"] for tool in self.inspect("--method", "tools/list")["tools"]]
-        self.assertEqual(listed, peers.TOOLS)
+        self.assertEqual(listed, TOOLS)
         called = self.inspect("--method", "tools/call", "--tool-name", "how_it_works")
         self.assertIn("Mervo", self.text({"result": called}))
         waiting = self.inspect("--method", "tools/call", "--tool-name", "mail.send", "--tool-arg", "to=ann@example.org",

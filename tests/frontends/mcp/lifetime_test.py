@@ -7,8 +7,8 @@ import subprocess
 import time
 import unittest
 
-import peer as peers
-from peer import TOOLS, Case, call, cancelled, initialize, request
+from case import PROGRAM, TOOLS, Case
+from peer import PATIENCE, call, cancelled, initialize, request
 
 
 class LockedHome(Case):
@@ -28,7 +28,7 @@ class LockedHome(Case):
                     with open(f"/proc/{peer.process.pid}/task/{thread}/status", encoding="ascii") as status:
                         total += next(int(line.split()[1]) for line in status if line.startswith("voluntary"))
             return total
-        before, deadline = switches(), time.monotonic() + peers.PATIENCE
+        before, deadline = switches(), time.monotonic() + PATIENCE
         peer.send(message)
         while switches() < before + 30:
             self.assertLess(time.monotonic(), deadline, "the call does not wait for the lock")
@@ -89,7 +89,7 @@ class Ends(LockedHome):
         while (answer := peer.answer()) is not None:
             ids.append(answer["id"])
         self.assertEqual(sorted(map(str, ids)), sorted([*map(str, range(40)), "last"]))
-        self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+        self.assertEqual(peer.process.wait(PATIENCE), 0)
 
     def test_half_a_message_at_the_end_is_answered_as_one(self):
         peer = self.session()
@@ -101,7 +101,7 @@ class Ends(LockedHome):
         for number in (signal.SIGTERM, signal.SIGINT):
             peer = self.session()
             peer.process.send_signal(number)
-            self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+            self.assertEqual(peer.process.wait(PATIENCE), 0)
 
     def test_a_signal_does_not_wait_for_a_call_that_hangs(self):
         peer = self.session()
@@ -109,7 +109,7 @@ class Ends(LockedHome):
         self.hang(peer, call(1, "how_it_works"))
         began = time.monotonic()
         peer.process.send_signal(signal.SIGTERM)
-        self.assertEqual(peer.process.wait(peers.PATIENCE), 128 + signal.SIGTERM)
+        self.assertEqual(peer.process.wait(PATIENCE), 128 + signal.SIGTERM)
         self.assertLess(time.monotonic() - began, 5)
         self.release()
 
@@ -121,7 +121,7 @@ class Ends(LockedHome):
         time.sleep(0.2)
         self.release()
         self.assertTrue(self.text(peer.answer()))
-        self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+        self.assertEqual(peer.process.wait(PATIENCE), 0)
 
     def test_a_closed_output_ends_it(self):
         for wakes in (False, True):  # noticed while idle, and on writing
@@ -136,7 +136,7 @@ class Ends(LockedHome):
                     peer.send(*[request(i, "tools/list") for i in range(50)])
                 except BrokenPipeError:
                     pass
-            self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+            self.assertEqual(peer.process.wait(PATIENCE), 0)
 
     def test_a_client_that_reads_nothing_loses_nothing(self):
         ours, theirs = os.pipe()
@@ -150,7 +150,7 @@ class Ends(LockedHome):
             lines = stream.read().splitlines()
         self.assertEqual(len(lines), 102)
         self.assertTrue(lines[-1].startswith(b'{"jsonrpc":"2.0","id":"end"'))
-        self.assertEqual(peer.process.wait(peers.PATIENCE), 0)
+        self.assertEqual(peer.process.wait(PATIENCE), 0)
 
     def test_a_signal_ends_it_while_the_client_reads_nothing(self):
         ours, theirs = os.pipe()
@@ -159,7 +159,7 @@ class Ends(LockedHome):
         peer.send(initialize(), *[request(i, "tools/list") for i in range(100)])
         time.sleep(0.3)
         peer.process.send_signal(signal.SIGTERM)
-        self.assertEqual(peer.process.wait(peers.PATIENCE), 128 + signal.SIGTERM)
+        self.assertEqual(peer.process.wait(PATIENCE), 128 + signal.SIGTERM)
         os.close(ours)
 
 
@@ -168,8 +168,8 @@ class CommandLine(Case):
         for arguments, status, stream in [(["--help"], 0, "stdout"), (["--version"], 0, "stdout"), (["extra"], 2, "stderr"),
                                           (["--tool-names=camel"], 2, "stderr"), (["--nothing"], 2, "stderr"),
                                           (["--tool-names"], 2, "stderr")]:
-            run = subprocess.run([peers.PROGRAM, *arguments], stdin=subprocess.DEVNULL, capture_output=True,
-                                 env=dict(os.environ, MERVO_HOME=self.home), timeout=peers.PATIENCE)
+            run = subprocess.run([PROGRAM, *arguments], stdin=subprocess.DEVNULL, capture_output=True,
+                                 env=dict(os.environ, MERVO_HOME=self.home), timeout=PATIENCE)
             self.assertEqual(run.returncode, status, arguments)
             self.assertTrue(getattr(run, stream))
             self.assertFalse(run.stdout if stream == "stderr" else run.stderr)
@@ -178,13 +178,13 @@ class CommandLine(Case):
     def test_a_person_at_a_terminal_is_told_what_it_waits_for(self):
         ours, theirs = pty.openpty()
         os.write(ours, b"\x04")  # Ctrl-D: the end of input
-        run = subprocess.run([peers.PROGRAM], stdin=theirs, capture_output=True, timeout=peers.PATIENCE,
+        run = subprocess.run([PROGRAM], stdin=theirs, capture_output=True, timeout=PATIENCE,
                              env=dict(os.environ, MERVO_HOME=self.home))
         os.close(ours)
         os.close(theirs)
         self.assertEqual((run.returncode, run.stdout), (0, b""))
         self.assertIn(b"waits for the client's messages", run.stderr)
-        piped = subprocess.run([peers.PROGRAM], input=b"", capture_output=True, timeout=peers.PATIENCE,
+        piped = subprocess.run([PROGRAM], input=b"", capture_output=True, timeout=PATIENCE,
                                env=dict(os.environ, MERVO_HOME=self.home))
         self.assertEqual(piped.stderr, b"")
 

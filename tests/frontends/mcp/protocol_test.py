@@ -4,7 +4,8 @@ import json
 import os
 import unittest
 
-from peer import TOOLS, Case, call, initialize, request
+from case import TOOLS, Case
+from peer import call, initialize, request
 
 META = "io.modelcontextprotocol/"
 SUPPORTED = ["2026-07-28", "2025-11-25", "2025-06-18", "2025-03-26", "2024-11-05"]

@@ -1,20 +1,10 @@
-"""A client that speaks in raw lines to the real server, in a home of its own."""
+"""A client that speaks in raw lines to the real server."""
 
 import json
-import os
 import queue
-import shutil
-import sqlite3
 import subprocess
-import sys
-import tempfile
 import threading
-import unittest
 
-PROGRAM = sys.argv.pop(1) if __name__ != "__main__" and len(sys.argv) > 1 else ""
-with open(os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../core/catalogue/catalogue.txt"),
-          encoding="utf-8") as catalogue:
-    TOOLS = [line.split()[0] for line in catalogue]  # every id, in the order of publication
 PATIENCE = 60  # seconds until a test gives up; nothing waits that long when all is well
 
 
@@ -41,10 +31,9 @@ def cancelled(id_):
 class Peer:
     """One server. Every line of its standard output must be one JSON object in UTF-8; anything else is a failure."""
 
-    def __init__(self, home, *options, stdout=subprocess.PIPE):
-        environment = dict(os.environ, MERVO_HOME=home)
-        self.process = subprocess.Popen([PROGRAM, *options], stdin=subprocess.PIPE, stdout=stdout,
-                                        stderr=subprocess.PIPE, env=environment)
+    def __init__(self, *words, environment=None, stdout=subprocess.PIPE):
+        self.process = subprocess.Popen(words, stdin=subprocess.PIPE, stdout=stdout, stderr=subprocess.PIPE,
+                                        env=environment)
         self.lines = queue.Queue()
         self.reader = threading.Thread(target=self._read, daemon=True)
         self.errors = threading.Thread(target=self._drain, daemon=True)
@@ -104,44 +93,3 @@ class Peer:
                     stream.close()
                 except BrokenPipeError:
                     pass
-
-
-class Case(unittest.TestCase):
-    """A test with a home and any number of servers, all gone at its end."""
-
-    maxDiff = None
-
-    def setUp(self):
-        self.home = tempfile.mkdtemp(prefix="mervo-mcp-test-")
-        self.addCleanup(shutil.rmtree, self.home, ignore_errors=True)
-
-    def peer(self, *options, **more):
-        peer = Peer(self.home, *options, **more)
-        self.addCleanup(peer.kill)
-        return peer
-
-    def session(self, *options, client="test-client"):
-        peer = self.peer(*options)
-        self.assertIn("result", peer.ask(initialize(client=client)))
-        peer.send({"jsonrpc": "2.0", "method": "notifications/initialized"})
-        return peer
-
-    def text(self, answer, error=False):
-        self.assertIn("result", answer)
-        self.assertEqual(answer["result"]["isError"], error, answer)
-        (content,) = answer["result"]["content"]
-        self.assertEqual(content["type"], "text")
-        return content["text"]
-
-    def database(self):
-        connection = sqlite3.connect(os.path.join(self.home, "mervo.sqlite"), isolation_level=None)
-        self.addCleanup(connection.close)
-        return connection
-
-    def audit(self):
-        rows = self.database().execute("SELECT actor, action, outcome, details FROM audit ORDER BY id").fetchall()
-        return [(actor, action, outcome, json.loads(details)) for actor, action, outcome, details in rows]
-
-    def pending(self):
-        folder = os.path.join(self.home, "pending")
-        return sorted(os.listdir(folder)) if os.path.isdir(folder) else []
