@@ -123,13 +123,27 @@ class Desk:
     def call(self, tool, **arguments):
         return Call(json.loads(self.tool(tool, "--json", **arguments).stdout))
 
+    def queue(self, id, tool="mail.delete", args=None, **fields):
+        """An action that waits, as if a call had left it; its file."""
+        file = self.home / "pending" / f"{id}.json"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(json.dumps({"id": id, "tool": tool, "args": args or {}, "summary": tool,
+                                    "createdAt": "2026-01-01T10:00:00Z"} | fields))
+        return file
+
+    def waiting(self):
+        return sorted(file.stem for file in (self.home / "pending").glob("*.json"))
+
     def approve(self, pending):
         return self.run("Demo/demo-approve", pending)
 
-    def audit(self):
+    def rows(self, statement, home=None):
+        with sqlite3.connect(f"file:{home or self.home}/mervo.sqlite?mode=ro", uri=True, timeout=10) as database:
+            return database.execute(statement).fetchall()
+
+    def audit(self, home=None):
         """(actor, action, outcome, reason, details), the oldest first."""
-        with sqlite3.connect(f"file:{self.home}/mervo.sqlite?mode=ro", uri=True) as database:
-            return database.execute("SELECT actor, action, outcome, reason, details FROM audit ORDER BY id").fetchall()
+        return self.rows("SELECT actor, action, outcome, reason, details FROM audit ORDER BY id", home)
 
     def health(self):
         """The findings of the desk by their ids."""

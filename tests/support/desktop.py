@@ -8,6 +8,8 @@ import pathlib
 import subprocess
 import tempfile
 import time
+import unittest
+import warnings
 
 PATIENCE = 20  # seconds until something that must come has come
 
@@ -57,6 +59,8 @@ class Desktop:
         return process
 
     def end(self, process):
+        if process not in self._running:
+            return  # somebody else was quicker
         self._running.remove(process)
         process.terminate()
         try:
@@ -85,6 +89,29 @@ class Desktop:
             return None
 
         return wait(name + " on the accessibility bus", found)
+
+
+class DesktopTest(unittest.TestCase):
+    """One desktop for all: the library of the accessibility bus stays with the first that it has met."""
+
+    desktop = None
+
+    @classmethod
+    def setUpClass(cls):
+        if DesktopTest.desktop is None:
+            DesktopTest.desktop = Desktop()
+            unittest.addModuleCleanup(DesktopTest.desktop.close)
+        warnings.simplefilter("ignore", DeprecationWarning)  # of pyatspi's own
+
+    def start(self, *words, **how):
+        process = self.desktop.start(words, **how)
+        self.addCleanup(self.desktop.end, process)
+        return process
+
+    def play(self, service):
+        """A service of this test, one of the doubles."""
+        self.addCleanup(service.close)
+        return service
 
 
 def walk(node):

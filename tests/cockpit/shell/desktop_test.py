@@ -12,20 +12,19 @@ import sys
 import tempfile
 import unittest
 
-import desktop
+from desktop import DesktopTest
 from doubles import FileManager, Notifications, Portal, bus, pump, wait_pumping
 from gi.repository import Gio, GLib
 
-PROBE, DESKTOP = "", None
+PROBE = ""  # from the command line
 ASK = [["APPROVE", "Approve"], ["REJECT", "Reject"]]
 
 
 class Probe:
     """The program under test, on a line."""
 
-    def __init__(self, login="/bin/true", **environment):
-        self.process = DESKTOP.start([PROBE, login], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
-                                     env=dict(os.environ, QT_QPA_PLATFORM="offscreen", **environment))
+    def __init__(self, process):
+        self.process = process
         os.set_blocking(self.process.stdout.fileno(), False)
         self.heard = []
         self.hear("ready")
@@ -46,15 +45,10 @@ class Probe:
         return found
 
 
-class OnTheDesktop(unittest.TestCase):
-    def start(self, *words, **environment):
-        probe = Probe(*words, **environment)
-        self.addCleanup(DESKTOP.end, probe.process)
-        return probe
-
-    def play(self, service):
-        self.addCleanup(service.close)
-        return service
+class OnTheDesktop(DesktopTest):
+    def probe(self, login="/bin/true", **environment):
+        return Probe(self.start(PROBE, login, stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+                                env=dict(os.environ, QT_QPA_PLATFORM="offscreen", **environment)))
 
     def folder(self):
         folder = tempfile.TemporaryDirectory(prefix="mervo-desktop-", ignore_cleanup_errors=True)
@@ -65,7 +59,7 @@ class OnTheDesktop(unittest.TestCase):
 class TestNotices(OnTheDesktop):
     def test_a_message_is_replaced_answered_once_and_taken_away(self):
         service = self.play(Notifications("actions", "body"))
-        probe = self.start()
+        probe = self.probe()
         probe.do("post", id="one", title="Approve mail.delete?", body="<b>3</b> & more", actions=ASK, context="AB12")
         wait_pumping("a message", lambda: service.shown)
         (number, shown), = service.shown.items()
@@ -90,7 +84,7 @@ class TestNotices(OnTheDesktop):
 
     def test_a_removed_message_goes_also_while_it_is_on_its_way(self):
         service = self.play(Notifications("actions", "body-markup"))
-        probe = self.start()
+        probe = self.probe()
         probe.do("post", id="a", title="stays", body="1 < 2 & <i>x</i>")
         wait_pumping("a", lambda: service.shown)
         self.assertEqual(list(service.shown.values())[0]["body"], "1 &lt; 2 &amp; &lt;i&gt;x&lt;/i&gt;")
@@ -103,7 +97,7 @@ class TestNotices(OnTheDesktop):
 
     def test_a_service_that_dies_takes_its_numbers_along(self):
         first = self.play(Notifications("actions"))
-        probe = self.start()
+        probe = self.probe()
         probe.do("post", id="one", title="before", context="old")
         wait_pumping("a message", lambda: first.shown)
         number, = first.shown
@@ -134,7 +128,7 @@ class TestNotices(OnTheDesktop):
                                  GLib.Variant("(s)", (Notifications.name,)), None, 0, 10_000, None).unpack()[0]
 
         def start():
-            daemon = DESKTOP.start(["dunst", "-conf", settings], stderr=subprocess.DEVNULL)
+            daemon = self.start("dunst", "-conf", settings, stderr=subprocess.DEVNULL)
             wait_pumping("dunst", is_there)  # a message to it before that would have the bus start another one
             return daemon
 
@@ -143,16 +137,16 @@ class TestNotices(OnTheDesktop):
             return run.stdout.strip()
 
         daemon = start()
-        probe = self.start()
+        probe = self.probe()
         probe.do("post", id="one", title="Approve mail.delete?", body="3 messages", actions=ASK, context="AB12")
         wait_pumping("the message", lambda: displayed() == "1")
         subprocess.run(["dunstctl", "context"], check=True)
         self.assertEqual(probe.hear("action"), {"action": "REJECT", "context": "AB12"})
         wait_pumping("nothing on the screen", lambda: displayed() == "0")
         daemon.send_signal(signal.SIGKILL)
-        DESKTOP.end(daemon)
+        self.desktop.end(daemon)
         wait_pumping("no dunst", lambda: not is_there())
-        self.addCleanup(DESKTOP.end, start())
+        start()
         probe.do("post", id="one", title="2 actions to approve")
         wait_pumping("a message of the new one", lambda: displayed() == "1")
 
@@ -164,7 +158,7 @@ class TestTheRest(OnTheDesktop):
         program.write_text('#!/bin/sh\necho "$@" > "$RECORD"\n')
         program.chmod(0o755)
         os.environ["RECORD"] = str(root / "record")
-        probe = self.start(program, XDG_CONFIG_HOME=str(root / "config"))
+        probe = self.probe(program, XDG_CONFIG_HOME=str(root / "config"))
         probe.do("login", on=True)
         self.assertTrue(probe.hear("login")["login"])
         entry = root / "config/autostart/mervo.desktop"
@@ -195,7 +189,7 @@ class TestTheRest(OnTheDesktop):
         opener = root / "xdg-open"
         opener.write_text('#!/bin/sh\nprintf "%%s\\n" "$@" >> %s/opened\n' % root)
         opener.chmod(0o755)
-        probe = self.start(PATH="%s:%s" % (root, os.environ["PATH"]))
+        probe = self.probe(PATH="%s:%s" % (root, os.environ["PATH"]))
         for what, word, opens in (("url", "mailto:a@b.example?subject=x", True), ("url", "--help", False),
                                   ("url", "no scheme", False), ("file", "/tmp/a b", True)):
             probe.do(what, **{what: word})
@@ -223,7 +217,7 @@ class TestTheRest(OnTheDesktop):
 
     def test_small_settings_outlive_the_program(self):
         place = {"XDG_CONFIG_HOME": str(self.folder())}
-        probe = Probe(**place)
+        probe = self.probe(**place)
         probe.do("recall", key="mervo.onboarding.completed")
         self.assertFalse(probe.hear("default")["default"])
         probe.do("remember", key="mervo.onboarding.completed")
@@ -232,13 +226,13 @@ class TestTheRest(OnTheDesktop):
         probe.process.stdin.close()
         probe.process.stdin = None
         self.assertEqual(probe.process.wait(10), 0)
-        again = self.start(**place)
+        again = self.probe(**place)
         again.do("recall", key="mervo.onboarding.completed")
         self.assertTrue(again.hear("default")["default"])
 
     def test_the_look_follows_the_portal(self):
         portal = self.play(Portal())
-        probe = self.start()
+        probe = self.probe()
         self.assertEqual(probe.hear("dark"), {"dark": True, "animated": True})
         portal.change("org.freedesktop.appearance", "color-scheme", GLib.Variant("u", 2))
         self.assertFalse(probe.hear("dark")["dark"])
@@ -248,7 +242,5 @@ class TestTheRest(OnTheDesktop):
 
 
 if __name__ == "__main__":
-    PROBE = sys.argv[1]
-    DESKTOP = desktop.Desktop()
-    unittest.addModuleCleanup(DESKTOP.close)
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    PROBE = sys.argv.pop()
+    unittest.main()

@@ -3,21 +3,17 @@
 `shell_test.py <mervo-cockpit>`
 """
 
-import json
 import os
-import pathlib
 import signal
-import sqlite3
 import subprocess
 import sys
-import tempfile
 import unittest
 
-import desktop
-from desktop import find, keys, press
-from doubles import Notifications, Panel, Watcher, wait_pumping
+from desk import Desk
+from desktop import DesktopTest, find, keys, press
+from doubles import Panel, Watcher, wait_pumping
 
-COCKPIT, DESKTOP = "", None
+COCKPIT = ""  # from the command line
 ORANGE = (255, 255, 149, 0)
 
 
@@ -33,63 +29,39 @@ def place(window):
     return [int(words[name]) for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")]
 
 
-class Application(unittest.TestCase):
+class Application(DesktopTest):
     """A home, and a runtime folder, of each test's own."""
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="mervo-shell-", ignore_cleanup_errors=True)
-        self.addCleanup(folder.cleanup)
-        root = pathlib.Path(folder.name)
-        self.home = root / "mervo"
-        (root / "run").mkdir(mode=0o700)
-        self.environment = dict(os.environ, MERVO_HOME=str(self.home), XDG_RUNTIME_DIR=str(root / "run"),
-                                XDG_CONFIG_HOME=str(root / "config"), XDG_DATA_HOME=str(root / "data"))
+        self.desk = Desk(accounts=())
+        self.addCleanup(self.desk.close)
+        runtime = self.desk.folder / "run"
+        runtime.mkdir(mode=0o700)
+        self.environment = os.environ | self.desk.environment | {"XDG_RUNTIME_DIR": str(runtime)}
 
-    def start(self, *words, ends=True):
-        process = DESKTOP.start([COCKPIT, *words], env=self.environment, stderr=subprocess.PIPE, text=True)
-        if ends:
-            self.addCleanup(lambda: process.poll() is not None or DESKTOP.end(process))
-        return process
+    def cockpit(self, *words):
+        return self.start(COCKPIT, *words, env=self.environment, stderr=subprocess.PIPE, text=True)
 
     def run_to_its_end(self, *words, **environment):
         return subprocess.run([COCKPIT, *words], env=dict(self.environment, **environment), capture_output=True,
                               text=True, timeout=30)
 
-    def tray(self):
-        watcher = Watcher()
-        self.addCleanup(watcher.close)
-        return watcher
-
     def panel(self, edge):
-        return DESKTOP.start(["trayer", "--edge", edge, "--align", "right", "--widthtype", "request", "--height", "26",
-                              "--SetDockType", "true", "--transparent", "false"], stderr=subprocess.DEVNULL)
-
-    def queue(self, number="0A1B2C3D", **fields):
-        action = {"id": number, "tool": "mail.delete", "args": {"from": "shop"}, "effect": "destructive",
-                  "summary": "Delete <b>mail</b>", "source": "mcp:test", "createdAt": "2026-01-01T10:00:00.000Z"}
-        (self.home / "pending").mkdir(parents=True, exist_ok=True)
-        (self.home / "pending" / (number + ".json")).write_text(json.dumps(dict(action, **fields)))
-        return self.home / "pending" / (number + ".json")
-
-    def audit(self):
-        try:
-            with sqlite3.connect(self.home / "mervo.sqlite") as database:
-                return database.execute("SELECT actor, action, outcome, reason FROM audit").fetchall()
-        except sqlite3.OperationalError:
-            return []
+        return self.start("trayer", "--edge", edge, "--align", "right", "--widthtype", "request", "--height", "26",
+                          "--SetDockType", "true", "--transparent", "false", stderr=subprocess.DEVNULL)
 
 
 class TestInATray(Application):
     def test_the_icon_says_what_waits_and_opens_the_popover(self):
-        tray = self.tray()
-        cockpit = self.start()
+        tray = self.play(Watcher())
+        cockpit = self.cockpit()
         wait_pumping("an icon", lambda: tray.items)
         wait_pumping("its picture", lambda: tray.pixels(22))
         dot = tray.pixels(22)[11][11]
         self.assertTrue(dot[0] > 150 and max(dot[1:]) < 60, "a dark dot on a light panel: %s" % (dot,))
         self.assertEqual(tray.pixels(22)[0][0], (0, 0, 0, 0))
         wait_pumping("a tip", lambda: "nothing waits" in tray.look()["ToolTip"][2])
-        self.queue()
+        self.desk.queue("0A1B2C3D")
         wait_pumping("an orange mark", lambda: tray.pixels(22)[11][11] == ORANGE)
         self.assertIn("Mervo (Copilote): 1 waits for you", tray.look()["ToolTip"][2])
 
@@ -106,12 +78,11 @@ class TestInATray(Application):
         self.assertIsNone(cockpit.poll())
 
     def test_the_icon_moves_no_more_than_the_eye_follows(self):
-        tray = Panel()
-        self.addCleanup(tray.close)
-        self.start()
+        tray = self.play(Panel())
+        self.cockpit()
         wait_pumping("an icon", lambda: tray.items and "nothing waits" in tray.look()["ToolTip"][2])
         self.assertEqual(tray.watch(2), 0, "it stands still")
-        self.queue()
+        self.desk.queue("0A1B2C3D")
         wait_pumping("an orange mark", lambda: tray.pixels(22)[11][11] == ORANGE)
         self.assertTrue(0 < tray.watch(4) <= 48)
         self.assertEqual([picture[0] for picture in tray.look()["IconPixmap"]], [22, 24])
@@ -119,7 +90,7 @@ class TestInATray(Application):
     def test_the_older_kind_of_tray(self):
         panel = self.panel("top")
         wait_pumping("a panel", lambda: windows("^panel$"))
-        cockpit = self.start()
+        cockpit = self.cockpit()
         wait_pumping("an icon", lambda: place(windows("^panel$")[0])[2] > 10)
         self.assertEqual(windows(), [])
 
@@ -132,41 +103,21 @@ class TestInATray(Application):
         wait_pumping("the popover by a click", click)
         x, y, width, height = place(windows()[0])
         self.assertTrue(26 <= y < 60 and x + width <= 1280, "below the icon: %s" % ((x, y, width, height),))
-        DESKTOP.end(panel)
+        self.desktop.end(panel)
         wait_pumping("a window and the popover", lambda: len(windows()) == 2)
-        panel = self.panel("bottom")
-        self.addCleanup(DESKTOP.end, panel)
+        self.panel("bottom")
         wait_pumping("the icon again", lambda: len(windows()) < 2)
         self.assertIsNone(cockpit.poll())
-
-    def test_an_action_is_announced_and_decided_from_there(self):
-        tray = self.tray()
-        notices = Notifications("actions", "body", "body-markup")
-        self.addCleanup(notices.close)
-        self.start()
-        wait_pumping("an icon", lambda: tray.items and "nothing waits" in tray.look()["ToolTip"][2])
-        file = self.queue(preview="3 messages <i>from</i> a shop")
-        wait_pumping("a notification", lambda: notices.shown)
-        (number, shown), = notices.shown.items()
-        self.assertEqual((shown["title"], shown["body"]),
-                         ("Approve mail.delete?", "3 messages &lt;i&gt;from&lt;/i&gt; a shop"))
-        notices.act(number, "REJECT")
-        notices.act(number, "APPROVE")  # too late
-        wait_pumping("a row", self.audit)
-        self.assertEqual(self.audit(), [("cockpit", "mail.delete", "rejected", "rejected from notification")])
-        wait_pumping("nothing queued, nothing shown", lambda: not file.exists() and number in notices.closed)
-        notices.act(number, "default")
-        self.assertEqual(windows(), [], "an answer to what is gone opens nothing")
 
 
 class TestWithoutATray(Application):
     def test_a_window_takes_its_place_whenever_there_is_none(self):
-        self.queue()
-        cockpit = self.start()
-        tree = DESKTOP.application(cockpit, "mervo-cockpit")
+        self.desk.queue("0A1B2C3D")
+        cockpit = self.cockpit()
+        tree = self.desktop.application(cockpit, "mervo-cockpit")
         find(tree, "label", "Mervo (Copilote): 1 waits for you")
         for _ in range(2):  # a tray comes and goes
-            tray = self.tray()
+            tray = self.play(Watcher())
             wait_pumping("the icon", lambda: tray.items)
             wait_pumping("no window in its place", lambda: not windows())
             wait_pumping("a picture", lambda: tray.pixels(22))
@@ -178,7 +129,7 @@ class TestWithoutATray(Application):
         self.assertIsNone(cockpit.poll())
 
     def test_closing_it_ends_the_cockpit(self):
-        cockpit = self.start()
+        cockpit = self.cockpit()
         window, = wait_pumping("the window", windows)
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", "--clearmodifiers", "alt+F4"], check=True)
         self.assertEqual(cockpit.wait(20), 0)
@@ -186,8 +137,8 @@ class TestWithoutATray(Application):
 
 class TestStartAndEnd(Application):
     def test_one_for_each_person(self):
-        tray = self.tray()
-        first = self.start("--hidden")
+        tray = self.play(Watcher())
+        first = self.cockpit("--hidden")
         wait_pumping("an icon", lambda: tray.items)
         self.assertEqual(self.run_to_its_end("--hidden").returncode, 0)
         self.assertEqual(windows(), [], "a log-in disturbs nobody")
@@ -195,21 +146,21 @@ class TestStartAndEnd(Application):
         wait_pumping("the first one's popover", windows)
         self.assertEqual(len(tray.items), 1)
         self.environment["MERVO_HOME"] += "-other"
-        other = self.start()
+        other = self.cockpit()
         wait_pumping("an icon for another home", lambda: len(tray.items) == 2)
-        DESKTOP.end(other)
-        self.environment["MERVO_HOME"] = str(self.home)
+        self.desktop.end(other)
+        self.environment["MERVO_HOME"] = str(self.desk.home)
 
         first.send_signal(signal.SIGKILL)
         first.wait()
-        several = [self.start() for _ in range(6)]
+        several = [self.cockpit() for _ in range(6)]
         wait_pumping("one is left", lambda: [one.poll() for one in several].count(None) == 1)
         self.assertEqual(sorted(one.returncode for one in several if one.poll() is not None), [0] * 5)
         wait_pumping("its icon", lambda: len(tray.items) == 3)
 
     def test_it_can_be_ended_politely(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
-            cockpit = self.start("--open")
+            cockpit = self.cockpit("--open")
             wait_pumping("the popover", lambda: len(windows()) == 2)
             cockpit.send_signal(number)
             _, complaints = cockpit.communicate(timeout=20)
@@ -226,10 +177,10 @@ class TestStartAndEnd(Application):
             self.assertEqual((run.returncode, run.stdout, run.stderr), (status, "", "mervo-cockpit: %s\n" % sentence))
 
     def test_a_home_that_cannot_be_made_is_told_of(self):
-        self.home.parent.joinpath("file").write_text("")
-        self.environment["MERVO_HOME"] = str(self.home.parent / "file/home")
-        tray = self.tray()
-        cockpit = self.start()
+        self.desk.folder.joinpath("file").write_text("")
+        self.environment["MERVO_HOME"] = str(self.desk.folder / "file/home")
+        tray = self.play(Watcher())
+        cockpit = self.cockpit()
         wait_pumping("an icon all the same", lambda: tray.items)
         cockpit.terminate()
         _, complaints = cockpit.communicate(timeout=20)
@@ -237,7 +188,5 @@ class TestStartAndEnd(Application):
 
 
 if __name__ == "__main__":
-    COCKPIT = sys.argv[1]
-    DESKTOP = desktop.Desktop()
-    unittest.addModuleCleanup(DESKTOP.close)
-    unittest.main(argv=sys.argv[:1], verbosity=2)
+    COCKPIT = sys.argv.pop()
+    unittest.main()

@@ -3,7 +3,6 @@
 `views_test.py <host of the views> <folder of the programs>`
 """
 
-import json
 import os
 import pathlib
 import sqlite3
@@ -11,45 +10,29 @@ import subprocess
 import sys
 import time
 import unittest
-import warnings
 
 import desktop
 from desk import Desk
-from desktop import click, find, focused, hold, keys, look, middle, press, type_text, wait
+from desktop import DesktopTest, click, find, focused, hold, keys, look, middle, press, type_text, wait
 
 HOST, PROGRAMS = "", ""  # from the command line
 SETTLED = 0.9  # seconds: the time of a double click, and some more
 AWAY = ("5", "5")
-DESKTOP = None  # one for all: the library of the accessibility bus stays with the first that it has met
 
 
-class Popover(unittest.TestCase):
+class Popover(DesktopTest):
     """A home over a desk with one mail account, and the views over it."""
 
     def setUp(self):
-        desk = Desk()
-        self.addCleanup(desk.close)
-        desk.maildir()
-        os.environ.update(desk.environment)
-        self.home = desk.home
+        self.desk = Desk()
+        self.addCleanup(self.desk.close)
+        self.desk.maildir()
+        os.environ.update(self.desk.environment)
         subprocess.run([PROGRAMS + "/mervo", "run", "how_it_works"], check=True, capture_output=True)  # makes the home
 
-    def write_action(self, **action):
-        folder = self.home / "pending"
-        folder.mkdir(parents=True, exist_ok=True)
-        (folder / (action["id"] + ".json")).write_text(json.dumps(action))
-
-    def waiting(self):
-        return sorted(path.stem for path in (self.home / "pending").glob("*.json"))
-
-    def rows(self, statement):
-        with sqlite3.connect(self.home / "mervo.sqlite", timeout=10) as database:
-            return database.execute(statement).fetchall()
-
     def show(self):
-        self.process = DESKTOP.start([HOST], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.addCleanup(DESKTOP.end, self.process)
-        self.view = DESKTOP.application(self.process, pathlib.Path(HOST).name)
+        self.process = self.start(HOST, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.view = self.desktop.application(self.process, pathlib.Path(HOST).name)
         find(self.view, "push button", "Settings")
         return self.view
 
@@ -60,22 +43,21 @@ class Popover(unittest.TestCase):
         return find(self.view, "label", lambda name: name.startswith(start)).name
 
     def write(self, number):
-        self.write_action(id="AAAA00%02d" % number, tool="mail.draft", summary="Write", effect="create",
-                          args={"to": "%d@x.example" % number, "subject": "s", "body": "b"},
-                          createdAt="2026-01-01T10:%02d:00Z" % number)
+        self.desk.queue("AAAA00%02d" % number, "mail.draft", {"to": "%d@x.example" % number, "subject": "s", "body": "b"},
+                        effect="create", createdAt="2026-01-01T10:%02d:00Z" % number)
 
     def delete(self, number, **more):
-        self.write_action(id="AAAA00%02d" % number, tool="mail.delete", summary="Delete", createdAt="2026-01-01T00:00:00Z",
-                          args={"account": "Work", "mailbox": "INBOX", "from": "news@shop.example", **more})
+        self.desk.queue("AAAA00%02d" % number, createdAt="2026-01-01T00:00:00Z",
+                        args={"account": "Work", "mailbox": "INBOX", "from": "news@shop.example", **more})
 
     def ask(self, name):
-        with sqlite3.connect(self.home / "mervo.sqlite") as database:
+        with sqlite3.connect(self.desk.home / "mervo.sqlite") as database:
             database.execute("INSERT INTO feedback (id, kind, text, automation, channel, created_at, source) "
                              "VALUES (?, 'question', ?, 'triage', 'cockpit', '2026-01-01T00:00:00Z', 'triage')",
                              (name, "May I, " + name + "?"))
 
     def decided(self):
-        return [row[0] for row in self.rows("SELECT outcome FROM audit WHERE actor = 'cockpit' ORDER BY id")]
+        return [row[0] for row in self.desk.rows("SELECT outcome FROM audit WHERE actor = 'cockpit' ORDER BY id")]
 
 
 class Questions(Popover):
@@ -92,7 +74,7 @@ class Questions(Popover):
         type_text("on Monday")
         keys("Return")
         find(self.view, "label", "All clear")
-        self.assertEqual(self.rows("SELECT answer FROM feedback ORDER BY id"), [("Oui",), ("on Monday",)])
+        self.assertEqual(self.desk.rows("SELECT answer FROM feedback ORDER BY id"), [("Oui",), ("on Monday",)])
 
 
 class Mouse(Popover):
@@ -116,7 +98,7 @@ class Mouse(Popover):
         click(place, times=2, apart=450)
         wait("one left", lambda: len(look(self.view, "push button", "Oui")) == 1)
         time.sleep(SETTLED)
-        self.assertEqual(self.rows("SELECT id FROM feedback WHERE answer IS NOT NULL"), [("first",)])
+        self.assertEqual(self.desk.rows("SELECT id FROM feedback WHERE answer IS NOT NULL"), [("first",)])
         click(AWAY)
         click(place)
         wait("none left", lambda: not look(self.view, "push button", "Oui"))
@@ -141,7 +123,7 @@ class Mouse(Popover):
         click(place, times=3, apart=380)
         wait("a rejection", lambda: self.decided() == done + ["rejected"])
         time.sleep(SETTLED)
-        self.assertEqual(len(self.waiting()), 1)
+        self.assertEqual(len(self.desk.waiting()), 1)
 
     def test_a_card_that_slides_or_comes_under_the_mouse_is_not_approved(self):
         self.show()
@@ -152,7 +134,7 @@ class Mouse(Popover):
             self.refreshed()
             click(place)
             time.sleep(SETTLED)
-            self.assertNotIn("executed", str(self.rows("SELECT outcome FROM audit WHERE actor = 'cockpit'")))
+            self.assertNotIn("executed", str(self.desk.rows("SELECT outcome FROM audit WHERE actor = 'cockpit'")))
         first = middle(find(self.card("mail.draft"), "push button", "Approve"))
         click(first)
         self.result("✅ mail.draft")
@@ -186,12 +168,12 @@ class Keyboard(Popover):
         for key in ("Return", "space"):
             wait("the button", lambda: keys("Tab") or focused(self.view) == approve)
             keys("Tab", "Tab", "Tab", "Tab", "shift+Tab", "shift+Tab", "shift+Tab", "shift+Tab")
-            before = len(self.waiting())
+            before = len(self.desk.waiting())
             self.assertEqual(focused(self.view), approve)
             hold(key)
-            wait("an approval", lambda: len(self.waiting()) < before)
+            wait("an approval", lambda: len(self.desk.waiting()) < before)
             time.sleep(0.3)
-            self.assertEqual(len(self.waiting()), before - 1, key)
+            self.assertEqual(len(self.desk.waiting()), before - 1, key)
         wait("the other button", lambda: keys("shift+Tab") or focused(self.view) == ("push button", "Reject"))
         hold("Return")
         self.assertEqual(focused(self.view), ("text", "Reason (optional)"))
@@ -200,9 +182,8 @@ class Keyboard(Popover):
     def test_the_order_is_that_of_reading_and_escape_closes_the_form_first(self):
         self.delete(1)
         for number in range(2, 30):
-            self.write_action(id="AAAA%04d" % number, tool="cal.add", summary="cal.add",
-                              args={"account": "Home"} if number == 2 else {"title": str(number)},
-                              createdAt="29%02d-01-01T00:00:00Z" % number)
+            self.desk.queue("AAAA%04d" % number, "cal.add", {"account": "Home"} if number == 2 else {"title": str(number)},
+                            createdAt="29%02d-01-01T00:00:00Z" % number)
         self.show()
         find(self.view, "page tab", "Approvals, 29")
         visited = []
@@ -231,14 +212,14 @@ class Keyboard(Popover):
         wait("the card again", lambda: focused(self.view) == ("push button", "Reject"))
         keys("Escape")
         self.assertEqual(self.process.stdout.readline().decode().strip(), "close")
-        self.assertEqual(len(self.waiting()), 29)
+        self.assertEqual(len(self.desk.waiting()), 29)
 
 
 class Hostile(Popover):
     def test_texts_are_shown_as_they_are_and_whole(self):
         body = "x" * 100_000 + "<b>end</b>"
-        self.write_action(id="AAAA0001", tool="mail.send", summary="mail.send", createdAt="now", preview="<h1>\u2066calm</h1>",
-                          args={"to": "<img src=x>\u202egro.elpmaxe", "subject": "a\u200bb\x07", "body": body})
+        self.desk.queue("AAAA0001", "mail.send", createdAt="now", preview="<h1>\u2066calm</h1>",
+                        args={"to": "<img src=x>\u202egro.elpmaxe", "subject": "a\u200bb\x07", "body": body})
         self.show()
         card = self.card("mail.send")
         find(card, "label", "<h1><U+2066>calm</h1>")
@@ -262,8 +243,7 @@ class Hostile(Popover):
 
 class Damage(Popover):
     def test_what_cannot_be_read_is_never_all_clear(self):
-        (self.home / "pending").mkdir(exist_ok=True)
-        (self.home / "pending/AAAA0001.json").write_text("{")
+        self.desk.queue("AAAA0001").write_text("{")
         self.show()
         find(self.view, "label", "1 waiting file cannot be read; run mervo doctor")
         self.assertFalse(look(self.view, "label", "All clear"))
@@ -278,9 +258,4 @@ class Damage(Popover):
 
 if __name__ == "__main__":
     PROGRAMS, HOST = sys.argv.pop(), sys.argv.pop()
-    warnings.simplefilter("ignore", DeprecationWarning)  # of pyatspi's own
-    DESKTOP = desktop.Desktop()
-    try:
-        unittest.main(warnings="ignore")
-    finally:
-        DESKTOP.close()
+    unittest.main()
