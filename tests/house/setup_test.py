@@ -1,6 +1,5 @@
 """scripts/setup with a package manager of the test's own: what it says beforehand is what it then does."""
 
-import os
 import pathlib
 import subprocess
 import sys

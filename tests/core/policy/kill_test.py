@@ -9,17 +9,17 @@ import json
 import os
 import pathlib
 import random
-import shutil
 import signal
-import sqlite3
 import stat
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
-CONTENTS = pathlib.Path(sys.argv.pop(1))
+from desk import Desk
+from peer import call, initialize
+
+Desk.contents = pathlib.Path(sys.argv.pop(1))
 KILLS = int(os.environ.get("MERVO_KILLS", 60))
 SEED = int(os.environ.get("MERVO_SEED", random.randrange(1 << 32)))
 SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGKILL]
@@ -33,41 +33,32 @@ sleep "${MERVO_SLOW:-0.2}"
 """
 
 
-class World:
+class World(Desk):
     """A desk whose messages go out slowly, and one home for what runs at once and one for what waits first."""
 
-    def __init__(self, folder):
-        self.folder = pathlib.Path(folder)
-        self.more = {}
+    def __init__(self):
+        super().__init__(accounts=())
+        for name in ("tmp", "runs", "waits"):
+            (self.folder / name).mkdir()
+        self.environment |= {"TMPDIR": str(self.folder / "tmp"), "MERVO_SENT": str(self.folder / "sent")}
         sender = self.folder / "sender"
         sender.write_text(SENDER)
         sender.chmod(stat.S_IRWXU)
-        for name in ("config/mervo-desk", "user", "tmp", "runs", "waits"):
-            (self.folder / name).mkdir(parents=True)
-        (self.folder / "config/mervo-desk/desk.toml").write_text(f'[messages]\nsend = ["{sender}"]\n')
+        self.configure(f'[messages]\nsend = ["{sender}"]\n')
         (self.folder / "runs/config.json").write_text('{"autonomyMode":"yolo"}')
 
-    def environment(self, home):
-        return dict(os.environ, MERVO_HOME=str(self.folder / home), HOME=str(self.folder / "user"),
-                    TMPDIR=str(self.folder / "tmp"), XDG_CONFIG_HOME=str(self.folder / "config"),
-                    XDG_DATA_HOME=str(self.folder / "data"), XDG_CACHE_HOME=str(self.folder / "cache"),
-                    MERVO_SENT=str(self.folder / "sent"), **self.more)
-
     def start(self, home, program, *words, **more):
-        return subprocess.Popen([CONTENTS / program, *words], env=self.environment(home),
-                                stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **more)
+        return subprocess.Popen([self.contents / program, *words], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, env=self.environment | {"MERVO_HOME": str(self.folder / home)},
+                                **more)
 
     def command(self, home, *words):
         return self.start(home, "Helpers/mervo", "run", *words)
 
     def server(self, text):
         peer = self.start("runs", "Helpers/mervo-mcp")
-        for message in (
-            {"id": 0, "method": "initialize", "params": {"protocolVersion": "2025-11-25", "capabilities": {},
-                                                         "clientInfo": {"name": "test", "version": "1"}}},
-            {"id": 1, "method": "tools/call",
-             "params": {"name": "imessage.send", "arguments": {"to": "ada@example.org", "text": text}}}):
-            peer.stdin.write(json.dumps({"jsonrpc": "2.0", **message}).encode() + b"\n")
+        for message in initialize(), call(1, "imessage.send", {"to": "ada@example.org", "text": text}):
+            peer.stdin.write(json.dumps(message).encode() + b"\n")
         peer.stdin.flush()
         return peer
 
@@ -75,14 +66,10 @@ class World:
         queued, _ = self.command("waits", "imessage.send", "to=ada@example.org", f"text={text}").communicate()
         return self.start("waits", "Tests/approver", queued.split()[1].decode())
 
-    def rows(self, home):
-        trail = sqlite3.connect(self.folder / home / "mervo.sqlite")
-        try:
-            return [(json.loads(details)["text"], outcome, reason) for details, outcome, reason in trail.execute(
-                "SELECT details, outcome, reason FROM audit WHERE action = 'imessage.send' "
-                "AND outcome IN ('executed', 'error') ORDER BY id")]
-        finally:
-            trail.close()
+    def messages_in(self, home):
+        rows = self.audit(self.folder / home)
+        return [(json.loads(details)["text"], outcome, reason) for _, action, outcome, reason, details in rows
+                if action == "imessage.send" and outcome in ("executed", "error")]
 
     def sent(self):
         file = self.folder / "sent"
@@ -118,9 +105,8 @@ def end(kind, process, chance):
 
 class Kills(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.mkdtemp(prefix="mervo-kill-test-")
-        self.addCleanup(shutil.rmtree, folder, ignore_errors=True)
-        self.world = World(folder)
+        self.world = World()
+        self.addCleanup(self.world.close)
 
     def kill(self, number):
         chance = random.Random(SEED + number)
@@ -145,7 +131,7 @@ class Kills(unittest.TestCase):
             self.assertEqual(list((self.world.folder / home / ".runtime/acts").iterdir()), [])
         self.assertEqual(os.listdir(self.world.folder / "tmp"), [], "nothing of a call stays in a file")
 
-        rows = self.world.rows("runs") + self.world.rows("waits")
+        rows = self.world.messages_in("runs") + self.world.messages_in("waits")
         sent, counted = self.world.sent(), collections.Counter(text for text, _, _ in rows)
         summary = f"seed {SEED}: {len(ends)} ended, {len(sent)} sent, {len(rows)} rows, " \
             f"{collections.Counter((kind, end) for kind, _, end in ends)}"
@@ -162,7 +148,7 @@ class Kills(unittest.TestCase):
             time.sleep(0.01)
 
     def test_a_tool_that_does_not_end_is_ended_and_the_row_says_so(self):
-        self.world.more = {"MERVO_SLOW": "60"}
+        self.world.environment["MERVO_SLOW"] = "60"
         cases = [("run", [signal.SIGINT, signal.SIGINT], -signal.SIGINT, "ended by the person at the terminal"),
                  ("run", [signal.SIGTERM, signal.SIGTERM], -signal.SIGTERM, "ended by a second signal to end"),
                  ("server", [signal.SIGTERM], 128 + signal.SIGTERM, "ended with the server, whose client left,")]
@@ -178,7 +164,7 @@ class Kills(unittest.TestCase):
             process.communicate(timeout=PATIENCE)
             self.assertLess(time.monotonic() - began, 10)
             self.assertEqual(process.returncode, status)
-            self.assertEqual(self.world.rows("runs")[-1],
+            self.assertEqual(self.world.messages_in("runs")[-1],
                              (str(number), "error", words + " while it ran; it may have acted"))
             self.assertEqual(self.world.left(), [])
 

@@ -4,7 +4,6 @@ import json
 import os
 import pathlib
 import pty
-import re
 import select
 import shutil
 import socket
