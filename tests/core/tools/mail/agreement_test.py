@@ -5,8 +5,6 @@ the desk. What they find is compared with what Python's mail library finds in th
 """
 
 import datetime
-import email
-import email.policy
 import itertools
 import os
 import pathlib
@@ -65,17 +63,6 @@ class Agreement(unittest.TestCase):
     def expect(self, call, lines):
         self.assertEqual(call["outcome"], "executed", call)
         self.assertEqual(sorted(call.lines), sorted(lines))
-
-    def test_a_value_that_a_script_cannot_read_is_named_beside_its_error(self):
-        for argument, value, wanted in (("before", "yesterday", "a date as YYYY-MM-DD"),
-                                        ("after", "5", "a date as YYYY-MM-DD"),
-                                        ("olderThan", "a week", "a whole number from 1"),
-                                        ("minSize", "big", "a number above 0"),
-                                        ("limit", "ten", "a whole number from 0")):
-            call = self.desk.call("mail.search", subject="x", **{argument: value})
-            self.assertEqual(call["outcome"], "error", argument)
-            self.assertRegex(call["error"], r"^execution error: .* \(-17\d\d\) - %s wants %s, not \"%s\"$"
-                             % (argument, wanted, value))
 
     def found(self, criteria, account=None, mailbox=None):
         return [hit for hit in self.everything(account, mailbox) if reader.matches(hit[2], criteria, self.now)]
@@ -160,11 +147,10 @@ class Agreement(unittest.TestCase):
                 ("mail.body", inbox | {"mailbox": "", "subject": "x"}, "missing required argument: mailbox"),
                 ("mail.headers", inbox | {"account": 'No" & "pe'}, no_account),
                 ("mail.search", {"account": "Nope", "from": "x"}, no_account),
-                ("mail.audit", inbox | {"before": "soon"}, "execution error: "),
-                ("mail.audit", inbox | {"after": "2026-1-5"}, "execution error: "),
-                ("mail.audit", inbox | {"olderThan": "a week"}, "execution error: "),
-                ("mail.audit", inbox | {"minSize": "big"}, "execution error: "),
-                ("mail.audit", inbox | {"limit": "some"}, "execution error: ")):
+                *(("mail.audit", inbox | {key: value}, f' - {key} wants {wanted}, not "{value}"') for key, value, wanted in (
+                    ("before", "soon", "a date as YYYY-MM-DD"), ("after", "2026-1-5", "a date as YYYY-MM-DD"),
+                    ("olderThan", "a week", "a whole number from 1"), ("minSize", "big", "a number above 0"),
+                    ("limit", "some", "a whole number from 0")))):
             with self.subTest(f"{tool} {arguments}"):
                 call = self.desk.call(tool, **arguments)
                 self.assertEqual(call["outcome"], "error")
@@ -283,48 +269,6 @@ class Boundaries(SmallTest):
             self.assertEqual([int(line.split(" || ")[1]) for line in call.lines], expected, key)
         call = desk.call("mail.delete", account="A", mailbox="INBOX", minSize="1")
         self.assertEqual(call["preview"], "1 message(s), 1.0 MB")
-
-
-class Drafts(SmallTest):
-    """What mail.draft leaves in the drafts mailbox, read by Python."""
-
-    def setUp(self):
-        super().setUp()
-        self.desk.maildir()
-
-    def drafted(self, **arguments):
-        known = set(self.desk.files(".Drafts"))
-        call = self.desk.call("mail.draft", **arguments)
-        self.assertEqual((call["outcome"], call["output"]), ("executed", "OK draft saved"))
-        (made,) = set(self.desk.files(".Drafts")) - known
-        return email.message_from_bytes(made.read_bytes(), policy=email.policy.default)
-
-    def test_it_is_what_was_asked_for(self):
-        hostile = '" & (do shell script "id") & "\\ ¬ été 😀'
-        plain = self.drafted(to="anna@example.org", subject=hostile, body=f"one\n\n{hostile}\nlast")
-        self.assertEqual(plain["to"], "anna@example.org")
-        self.assertEqual(plain["subject"], hostile)
-        self.assertEqual(plain.get_content().rstrip("\n").splitlines(), ["one", "", hostile, "last"])
-        self.assertEqual(plain["from"].addresses[0].addr_spec, "me@example.org")
-        other = self.drafted(to="a@b.example", subject="s", from_="OTHER@example.org")
-        self.assertEqual(other["from"].addresses[0].addr_spec.lower(), "other@example.org")
-        stranger = self.drafted(to="a@b.example", subject="s", from_="stranger@example.com")
-        self.assertEqual(stranger["from"].addresses[0].addr_spec, "me@example.org", "passed over in silence")
-
-    def test_attachments_go_along_whole(self):
-        files = {"été & co.bin": bytes(range(256)) * 40, "b.txt": b"text\r\n"}
-        for name, data in files.items():
-            (self.desk.folder / name).write_bytes(data)
-        for body in ("hello", ""):
-            message = self.drafted(to="a@b.example", subject="s", body=body,
-                                   attachments=", ".join(str(self.desk.folder / name) for name in files) + ", ,")
-            parts = {part.get_filename(): part.get_payload(decode=True) for part in message.iter_attachments()}
-            self.assertEqual(parts, files)
-            self.assertEqual(message.get_body(("plain",)).get_content().strip() if body else "", body)
-        call = self.desk.call("mail.draft", to="a@b.example", subject="s", attachments=f"{self.desk.folder}/not there")
-        self.assertEqual(call["outcome"], "error")
-        self.assertIn("execution error", call["error"])
-        self.assertEqual(len(self.desk.files(".Drafts")), 2, "nothing is saved without its attachment")
 
 
 if __name__ == "__main__":

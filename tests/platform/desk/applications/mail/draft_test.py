@@ -1,4 +1,4 @@
-"""Drafts, composed by scripts and read again by Python's own mail library: `draft_test.py CONTENTS-FOLDER`."""
+"""Drafts, composed by mail.draft and read again by Python's own mail library: `draft_test.py CONTENTS-FOLDER`."""
 
 import email
 import email.policy
@@ -12,29 +12,9 @@ from desk import Desk, DeskTest
 
 Desk.contents = pathlib.Path(sys.argv.pop(1)).resolve()
 
-COMPOSE = """
-set msg to make new outgoing message with properties {subject:item 2 of argv, content:item 3 of argv, visible:false}
-tell msg
-    make new to recipient at end of to recipients with properties {address:item 1 of argv}
-end tell
-if (item 5 of argv) is not "" then
-    try
-        set sender of msg to item 5 of argv
-    end try
-end if
-if (item 4 of argv) is not "" then
-    set f to POSIX file (item 4 of argv)
-    tell content of msg
-        make new attachment with properties {file name:f} at after last paragraph
-    end tell
-end if
-save msg
-return "OK"
-"""
-
 
 class Drafts(DeskTest):
-    options = {"accounts": ("Work", "Home")}
+    options = {"accounts": ("Work", "Home"), "mode": "copilote"}
 
     def setUp(self):
         super().setUp()
@@ -42,11 +22,13 @@ class Drafts(DeskTest):
             self.desk.maildir(account=account)
 
     def compose(self, to="b@x.example", subject="hello", body="text", file="", sender=""):
-        return self.desk.mail(COMPOSE, to, subject, body, str(file), sender)
+        call = self.desk.call("mail.draft", to=to, subject=subject, body=body, attachments=file, from_=sender)
+        self.assertEqual((call["outcome"], call.get("output")), ("executed", "OK draft saved"), call)
 
     def refusal(self, **change):
-        words = {"to": "b@x.example", "subject": "s", "body": "b", "file": "", "sender": ""} | change
-        return self.desk.failure(COMPOSE, *words.values())
+        call = self.desk.call("mail.draft", **{"to": "b@x.example", "subject": "s", "body": "b"} | change)
+        self.assertEqual(call["outcome"], "error", call)
+        return call["error"]
 
     def drafts(self, account="Work"):
         return self.desk.files(".Drafts", account)
@@ -64,7 +46,7 @@ class Drafts(DeskTest):
         return message
 
     def test_a_plain_draft(self):
-        self.assertEqual(self.compose(body="line\n\nFrom here\n.\n"), "OK")
+        self.compose(body="line\n\nFrom here\n.\n")
         message = self.only_draft()
         self.assertEqual(message["from"], "work@desk.example")
         self.assertEqual((message["to"], message["subject"]), ("b@x.example", "hello"))
@@ -83,28 +65,27 @@ class Drafts(DeskTest):
             self.drafts()[0].unlink()
 
     def test_every_script_and_length_of_text(self):
-        subject = "Réunion 日本語 Привет 😀 " + "long " * 60
-        body = "Größe\t日本\n" + "x" * 5000 + "\n\rold line end\n\x00 and a control"
+        subject = '" & (do shell script "id") & "\\ ¬ Réunion 日本語 Привет 😀 ' + "long " * 60
+        body = f"Größe\t日本\n{subject}\n" + "x" * 5000 + "\n\rold line end\n\x00 and a control"
         self.compose(subject=subject, body=body.replace("\x00", ""))
         message = self.only_draft()
         self.assertEqual(message["subject"].rstrip(), subject.rstrip())
         self.assertEqual(message.get_content(), body.replace("\x00", "").replace("\r", "\n") + "\n")
 
     def test_attachments_byte_for_byte(self):
-        for name in ("plain.pdf", "naïve 日本 'file' \"x\".csv", "a" * 120 + ".bin", "no-ending"):
-            with self.subTest(name):
-                file = self.desk.folder / name
-                file.write_bytes(os.urandom(70_000) + b"\r\n.\r\n")
-                self.compose(file=file)
-                message = self.only_draft()
-                self.assertEqual(message.get_content_type(), "multipart/mixed")
-                self.assertEqual(message.get_body(("plain",)).get_content(), "text\n")
-                (part,) = message.iter_attachments()
-                self.assertEqual(part.get_filename(), name)
-                raw = part.get_payload(decode=True)
-                self.assertEqual(raw, file.read_bytes())
-                self.assertEqual(part["content-transfer-encoding"], "base64")
-                self.drafts()[0].unlink()
+        files = {name: os.urandom(70_000) + b"\r\n.\r\n"
+                 for name in ("plain.pdf", "naïve 日本 'file' \"x\".csv", "a" * 120 + ".bin", "no-ending")}
+        for name, data in files.items():
+            (self.desk.folder / name).write_bytes(data)
+        for body, shown in (("text", "text\n"), ("", "")):
+            self.compose(body=body, file=", ".join(str(self.desk.folder / name) for name in files) + ", ,")
+            message = self.only_draft()
+            self.assertEqual(message.get_content_type(), "multipart/mixed")
+            self.assertEqual(message.get_body(("plain",)).get_content() if body else "", shown)
+            parts = list(message.iter_attachments())
+            self.assertEqual({part.get_filename(): part.get_payload(decode=True) for part in parts}, files)
+            self.assertEqual({part["content-transfer-encoding"] for part in parts}, {"base64"})
+            self.drafts()[0].unlink()
 
     def test_the_sender_decides_the_account(self):
         self.compose(sender="HOME@desk.example")
@@ -116,7 +97,7 @@ class Drafts(DeskTest):
 
     def test_a_missing_file_leaves_nothing(self):
         for file in ("/nowhere/a.pdf", str(self.desk.folder), "/dev/null"):
-            self.assertIn("File %s wasn\u2019t found. (-43)" % file, self.refusal(file=file))
+            self.assertIn("File %s wasn\u2019t found. (-43)" % file, self.refusal(attachments=file))
         self.assertEqual(self.drafts(), [])
 
     def test_saving_twice_keeps_one(self):
