@@ -61,23 +61,6 @@ TEST_F(ApprovalTest, runsWhatWasShownAndWritesTheRow)
     EXPECT_EQ(audit.mutationsToday(), 0) << "a person's approval does not count towards the cap";
 }
 
-TEST_F(ApprovalTest, leavesTheFileWhereNothingRan)
-{
-    const auto unknown = queued("mail.vanish");
-    const std::string bytes = test::readFile(file());
-    const auto first = Approval::approve(unknown, stores);
-    ASSERT_TRUE(std::holds_alternative<Approval::UnknownTool>(first));
-    EXPECT_EQ(std::get<Approval::UnknownTool>(first).text, "unknown tool: mail.vanish");
-    EXPECT_EQ(test::readFile(file()), bytes);
-
-    const auto refused = queued("mail.send", {{"to", "a@example.org"}});
-    const auto second = Approval::approve(refused, stores);
-    ASSERT_TRUE(std::holds_alternative<Approval::Refused>(second));
-    EXPECT_EQ(std::get<Approval::Refused>(second).text, "missing required argument: subject");
-    EXPECT_TRUE(std::filesystem::exists(file()));
-    EXPECT_EQ(audit.count(), 0);
-}
-
 TEST_F(ApprovalTest, queuesAFailedRunAgain)
 {
     const auto action = queued("cal.delete", {{"contains", "Hi"}});

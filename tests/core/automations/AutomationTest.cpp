@@ -45,22 +45,6 @@ TEST(Automations, nameTheirSchedules)
         EXPECT_EQ(scheduleLabel(schedule), label);
 }
 
-TEST(Automations, tellHowTheLastRunEnded)
-{
-    using enum Automation::Kind;
-    using Outcome = Automation::RunOutcome;
-    const std::tuple<Automation::Kind, std::optional<std::int64_t>, std::optional<Outcome>> cases[] = {
-        {agent, std::nullopt, std::nullopt}, {agent, 0, Outcome::ok}, {agent, 137, Outcome::stopped},
-        {agent, 143, Outcome::stopped}, {agent, 1, Outcome::failed}, {agent, -1, Outcome::failed},
-        {script, 143, Outcome::failed}, {tool, 137, Outcome::failed}, {tool, 0, Outcome::ok}};
-    for (const auto& [kind, exit, outcome] : cases) {
-        Automation automation;
-        automation.kind = kind;
-        automation.lastExit = exit;
-        EXPECT_EQ(automation.lastOutcome(), outcome) << rawValue(kind) << ' ' << exit.value_or(-99);
-    }
-}
-
 TEST(Automations, previewThePromptsFirstWords)
 {
     EXPECT_EQ(promptPreview("# Title\n\n> quote\n  Read **all** `mail`  \nmore"), "Read all mail");

@@ -64,16 +64,5 @@ TEST(ActionPolicy, everyCellOfTheMatrix)
     EXPECT_EQ(Outcome{}.decision, Decision::deny) << "forgotten means refused";
 }
 
-TEST(ActionPolicy, theSliderAlone)
-{
-    const bool expected[3][3]{{false, false, false}, {true, false, false}, {true, true, false}};
-    for (const Effect effect : kAllEffects) {
-        for (const AutonomyMode mode : kAllAutonomyModes) {
-            EXPECT_EQ(defaultRequiresApproval(effect, mode),
-                expected[static_cast<std::size_t>(effect)][static_cast<std::size_t>(mode)]);
-        }
-    }
-}
-
 } // namespace
 } // namespace mervo::ActionPolicy

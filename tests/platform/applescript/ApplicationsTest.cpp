@@ -1,6 +1,5 @@
 #include "tests/platform/applescript/ScriptCases.h"
 #include "tests/platform/applescript/ToyPost.h"
-#include "tests/support/Files.h"
 
 #include <gtest/gtest.h>
 
@@ -167,33 +166,6 @@ TEST(Applications, aTimeoutReachesTheCommand)
     ToyWorld world = ToyWorld::sample();
     EXPECT_EQ(runOver(world, "with timeout of 0 seconds\ntell application \"Post\" to count accounts\nend timeout"),
         "error -1712: Post got an error: AppleEvent timed out.");
-}
-
-std::string criteria(ToyWorld& world, std::vector<std::string> arguments)
-{
-    static const std::string script =
-        readFile(std::string(MERVO_SOURCE_DIR) + "/tests/platform/applescript/criteria.applescript");
-    arguments.resize(12);
-    if (arguments.back().empty())
-        arguments.back() = "0";
-    return runOver(world, script, arguments);
-}
-
-TEST(Applications, aWholeScriptSelectsByCriteria)
-{
-    ToyWorld world = ToyWorld::sample();
-    EXPECT_EQ(criteria(world, {"Home", "inbox", "ANN", "", "2024-03-09"}),
-        "2024-3-1 || 1500 || ann@example.org || Re: weekly report");
-    EXPECT_EQ(criteria(world, {"Home", "INBOX", "", "me@"}),
-        "2024-3-9 || 2000 || Ann <ann@example.org> || Weekly Report\n2024-3-5 || 300 || Bob <bob@example.org> || "
-        "Lunch");
-    EXPECT_EQ(criteria(world, {"Home", "INBOX", "", "", "", "2024-03-05", "", "0.5"}),
-        "2024-3-9 || 2000 || Ann <ann@example.org> || Weekly Report");
-    EXPECT_EQ(criteria(world, {"Home", "INBOX", "", "", "", "", "", "", "", "", "unread", "1"}),
-        "2024-3-9 || 2000 || Ann <ann@example.org> || Weekly Report");
-    EXPECT_EQ(criteria(world, {"Home", "Nope"}), "error -2700: box not found: Nope");
-    EXPECT_EQ(
-        criteria(world, {"Home", "INBOX", "", "", "next week"}), "error -1700: Can’t make \"next\" into type integer.");
 }
 
 } // namespace

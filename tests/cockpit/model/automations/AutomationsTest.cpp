@@ -79,6 +79,8 @@ TEST(AutomationRows, tellStateAndLastRun)
         {false, false, Automation::Kind::agent, 1, State::paused, "paused"},
         {false, true, Automation::Kind::script, 3, State::failed, "every 6h · last run ✗ exit 3 1 hour ago"},
         {false, true, Automation::Kind::agent, 143, State::stopped, "every 6h · last run ■ stopped 1 hour ago"},
+        {false, true, Automation::Kind::agent, 137, State::stopped, "every 6h · last run ■ stopped 1 hour ago"},
+        {false, true, Automation::Kind::agent, -1, State::failed, "every 6h · last run ✗ exit -1 1 hour ago"},
         {false, true, Automation::Kind::tool, 143, State::failed, "every 6h · last run ✗ exit 143 1 hour ago"},
         {false, true, Automation::Kind::agent, 0, State::ok, "every 6h"},
         {false, true, Automation::Kind::agent, {}, State::never, "every 6h"}};
