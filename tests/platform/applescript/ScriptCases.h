@@ -2,6 +2,7 @@
 
 #include "tests/support/Files.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace mervo::test {
