@@ -171,6 +171,8 @@ private:
 QRgb laid(QRgb under, const QColor& colour, double share)
 {
     const double alpha = colour.alphaF() * share;
+    // Nothing here is negative, and lround is a call for each of the pixels.
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings)
     const auto mix = [&](int over, int below) { return static_cast<int>(over * alpha + below * (1 - alpha) + 0.5); };
     return qRgba(mix(colour.red(), qRed(under)), mix(colour.green(), qGreen(under)), mix(colour.blue(), qBlue(under)),
         mix(255, qAlpha(under)));

@@ -45,6 +45,7 @@ public:
     /// Reads everything once and starts the timer.
     explicit CockpitModel(const Surroundings& surroundings, QObject* parent = nullptr);
     ~CockpitModel() override;
+    Q_DISABLE_COPY_MOVE(CockpitModel)
 
     StatusMessage* lastResult() { return &operations_.lastResult; }
     StatusMessage* trouble() { return &trouble_; }

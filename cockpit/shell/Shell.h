@@ -24,6 +24,7 @@ public:
     /// The icon stands when this returns. `program` is what a log-in starts.
     explicit Shell(const std::filesystem::path& program);
     ~Shell() override;
+    Q_DISABLE_COPY_MOVE(Shell)
 
     /// Brings the stores in order and starts the model.
     void start();

@@ -14,6 +14,7 @@ class TerminationSignals final : public QObject {
 public:
     TerminationSignals();
     ~TerminationSignals() override;
+    Q_DISABLE_COPY_MOVE(TerminationSignals)
 
 Q_SIGNALS:
     void received();

@@ -19,6 +19,7 @@ class ReadingOrder : public QQuickItem {
 public:
     using QQuickItem::QQuickItem;
     ~ReadingOrder() override;
+    Q_DISABLE_COPY_MOVE(ReadingOrder)
 
     /// The controls, in reading order.
     QList<QQuickItem*> controls() const;

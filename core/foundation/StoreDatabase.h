@@ -12,11 +12,11 @@ namespace mervo {
 class StoreDatabase {
 public:
     /// Implicit, so that a store can be made from an open database. Empty: there is none, and every use fails.
-    StoreDatabase(std::shared_ptr<MervoDB> db) noexcept
+    StoreDatabase(std::shared_ptr<MervoDB> db) noexcept // NOLINT(google-explicit-constructor)
         : given_(std::move(db))
     {
     }
-    StoreDatabase(std::nullptr_t) noexcept { }
+    StoreDatabase(std::nullptr_t) noexcept { } // NOLINT(google-explicit-constructor)
 
     /// The home directory's, which nobody opens before it is needed.
     static StoreDatabase ofHome() noexcept { return StoreDatabase(&MervoDB::shared); }

@@ -45,7 +45,7 @@ Look look(State state)
 
 std::string subtitle(const Automation& automation, Timestamps::Time now)
 {
-    const std::string when = scheduleLabel(automation.schedule);
+    std::string when = scheduleLabel(automation.schedule);
     switch (state(automation)) {
     case State::running:
         return "running...";
@@ -68,7 +68,7 @@ std::string lastRun(const Automation& automation, Timestamps::Time now)
     const auto outcome = automation.lastOutcome();
     if (!outcome)
         return {};
-    const std::string when = automation.lastRun ? RelativeTime::text(*automation.lastRun, now) : std::string();
+    std::string when = automation.lastRun ? RelativeTime::text(*automation.lastRun, now) : std::string();
     const std::string behind = when.empty() ? when : " " + when;
     switch (*outcome) {
     case Automation::RunOutcome::stopped:
