@@ -7,8 +7,8 @@
 namespace mervo::sqlite {
 
 /// How a connection waits for the lock of another one: it asks again after 0.5 to 1.5 ms at random, up to a bound, so
-/// that many writers at once each get their turn. SQLite's own timeout backs off in longer and longer steps, at which a
-/// waiting writer meets free moments ever more rarely.
+/// that many writers at once each get their turn. SQLite's own timeout sleeps longer after each attempt, so a
+/// waiting writer rarely wakes while the lock is free, and can starve.
 class LockWait {
 public:
     explicit LockWait(std::chrono::milliseconds longest);
