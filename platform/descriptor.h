@@ -25,6 +25,8 @@ public:
         }
         return *this;
     }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
     ~Descriptor() { close(); }
 
     int get() const { return number_; }

@@ -24,6 +24,7 @@ class Settling : public QQuickItem {
 public:
     explicit Settling(QQuickItem* parent = nullptr);
     ~Settling() override;
+    Q_DISABLE_COPY_MOVE(Settling)
 
     bool isUnsettled() const { return isUnsettled_; }
     Q_INVOKABLE void restart(); ///< cards have moved

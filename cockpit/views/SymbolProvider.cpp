@@ -16,7 +16,7 @@ QImage SymbolProvider::requestImage(const QString& id, QSize* size, const QSize&
     const int pixels = requestedSize.width() > 0 ? requestedSize.width() : usualPixels;
     const QString name = id.left(slash);
     const QColor colour("#" + id.mid(slash + 1));
-    const QImage image = name == "tile" ? Symbols::drawTile(pixels, colour) : Symbols::draw(name, pixels, colour);
+    QImage image = name == "tile" ? Symbols::drawTile(pixels, colour) : Symbols::draw(name, pixels, colour);
     if (size != nullptr)
         *size = image.size();
     return image;

@@ -78,7 +78,7 @@ Result approve(const PendingAction& action, Stores stores)
 {
     auto claimed = claim(action, stores.pending);
     if (const auto* ours = std::get_if<Claimed>(&claimed))
-        return std::visit([](auto&& end) { return Result(std::move(end)); }, run(*ours, stores));
+        return std::visit([](auto&& end) { return Result(std::forward<decltype(end)>(end)); }, run(*ours, stores));
     if (auto* unknown = std::get_if<UnknownTool>(&claimed))
         return std::move(*unknown);
     if (auto* refused = std::get_if<Refused>(&claimed))

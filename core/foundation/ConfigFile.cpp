@@ -86,7 +86,7 @@ void replace(const fs::path& file, const std::string& text)
 fs::path keepBeside(const fs::path& file, const std::string& bytes)
 {
     for (int number = 1; number <= kMostKept; ++number) {
-        const fs::path kept = file.string() + ".damaged" + (number == 1 ? "" : "." + std::to_string(number));
+        fs::path kept = file.string() + ".damaged" + (number == 1 ? "" : "." + std::to_string(number));
         std::error_code error;
         if (!fs::exists(fs::symlink_status(kept, error))) {
             if ((error = platform::replaceFile(kept, bytes))) {
@@ -171,7 +171,7 @@ std::string write(
 {
     const bool isObject = parsedJson<Json>(text).is_object();
     const Edit edit = isObject ? edited(text, before, after) : Edit{after.encode(), !text.empty()};
-    const std::string notice = edit.losesSomething ? keptNotice(file, keepBeside(file, text), isObject) : "";
+    std::string notice = edit.losesSomething ? keptNotice(file, keepBeside(file, text), isObject) : "";
     replace(file, edit.text);
     return notice;
 }

@@ -34,6 +34,7 @@ public:
         std::chrono::milliseconds longestWait = kUsualWait);
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
+    ~Database() = default;
 
     /// Runs the closure outside of any transaction: reads of one statement each.
     template <typename Closure>

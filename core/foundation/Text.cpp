@@ -42,8 +42,10 @@ bool Text::equalsIgnoringCase(std::string_view a, std::string_view b)
 
 bool Text::containsIgnoringCase(std::string_view text, std::string_view part)
 {
-    if (ascii::isAscii(text) && ascii::isAscii(part))
-        return part.empty() || !std::ranges::search(text, part, {}, ascii::lower, ascii::lower).empty();
+    if (ascii::isAscii(text) && ascii::isAscii(part)) {
+        const auto equal = [](char a, char b) { return ascii::lower(a) == ascii::lower(b); };
+        return part.empty() || std::search(text.begin(), text.end(), part.begin(), part.end(), equal) != text.end();
+    }
     return platform::foldCase(text).find(platform::foldCase(part)) != std::string::npos;
 }
 

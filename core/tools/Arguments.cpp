@@ -67,7 +67,7 @@ std::string attachments(const Args& args)
     return Text::join(paths, "\n");
 }
 
-std::function<std::vector<Remark>(const Args&)> ignoringRecipient(std::string tool, std::string where)
+std::function<std::vector<Remark>(const Args&)> ignoringRecipient(const std::string& tool, const std::string& where)
 {
     return [sentence = tool + " ignores to: it reaches only the owner's configured " + where](const Args& args) {
         return args.contains("to") ? std::vector{Remark::withoutEffect("to", sentence)} : std::vector<Remark>();

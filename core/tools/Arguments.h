@@ -35,7 +35,7 @@ std::optional<std::int64_t> wholeNumber(std::string_view text);
 std::string attachments(const Args& args);
 
 /// The remark of the two tools that reach only the owner, on a `to`; `where` is "address" or "handle".
-std::function<std::vector<Remark>(const Args&)> ignoringRecipient(std::string tool, std::string where);
+std::function<std::vector<Remark>(const Args&)> ignoringRecipient(const std::string& tool, const std::string& where);
 
 using Build = std::function<Invocation(const Args&)>;
 

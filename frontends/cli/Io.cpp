@@ -39,6 +39,9 @@ int writeAll(int descriptor, std::string_view bytes) noexcept
 
 /// A block for reading that holds nothing afterwards.
 struct Block {
+    Block() = default;
+    Block(const Block&) = delete;
+    Block& operator=(const Block&) = delete;
     ~Block() { platform::wipe(bytes); }
     std::array<char, 65536> bytes;
 };

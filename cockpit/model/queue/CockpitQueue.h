@@ -35,6 +35,7 @@ public:
     };
     explicit CockpitQueue(const Needs& needs, QObject* parent = nullptr);
     ~CockpitQueue() override;
+    Q_DISABLE_COPY_MOVE(CockpitQueue)
 
     ApprovalListModel* list() { return &list_; }
     QString unreadable() const { return unreadable_; }

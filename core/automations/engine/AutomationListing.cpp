@@ -49,13 +49,13 @@ AutomationListing::Stamps AutomationListing::stampsOf(
 void AutomationListing::refresh(const fs::path& folder, const fs::path& home, Known& known)
 {
     const std::string name = known.automation ? known.automation->name : std::string();
-    Stamps stamps = stampsOf(folder, home, name);
+    const Stamps stamps = stampsOf(folder, home, name);
     if (known.isSettled && stamps == known.stamps) {
         known.automation->running = AutomationFolder::isRunning(home, name);
         return;
     }
     known.automation = AutomationFolder::load(folder / "loop.json", home);
-    known.stamps = std::move(stamps);
+    known.stamps = stamps;
     // One that does not load, or whose name was not known when its state was looked at, is read again.
     known.isSettled = known.automation && known.automation->name == name
         && std::ranges::all_of(known.stamps, [](const auto& stamp) { return !stamp || stamp->isSettled(); });
