@@ -101,7 +101,7 @@ std::string summary(const Call& call)
 {
     std::vector<std::string> parts;
     for (const auto& [key, value] : call.args)
-        parts.push_back(key + ("=" + value));
+        parts.push_back(key + "=" + value);
     std::sort(parts.begin(), parts.end());
     return call.tool.id + " " + Text::join(parts, " ");
 }

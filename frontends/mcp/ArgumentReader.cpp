@@ -33,7 +33,7 @@ Refusal refusal(std::string_view name, std::string_view what, std::string_view r
 
 } // namespace
 
-std::variant<Args, Refusal> read(json::Value arguments)
+std::variant<Args, Refusal> read(const json::Value& arguments)
 {
     Args args;
     for (auto& [name, value] : arguments.members) {

@@ -18,6 +18,6 @@ struct Refusal {
 /// (5.0 is "5", 1e3 is "1000"), any other as it was written. A null is an argument that was not given. A list, an
 /// object, and a text with a NUL character, which no program can be given whole, are refused.
 /// `arguments` is an object, or missing for none. Keys that a tool does not know are passed on.
-std::variant<Args, Refusal> read(json::Value arguments);
+std::variant<Args, Refusal> read(const json::Value& arguments);
 
 } // namespace mervo::mcp::ArgumentReader

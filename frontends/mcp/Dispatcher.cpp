@@ -148,7 +148,7 @@ void Dispatcher::callTool(Request request, Era era)
         refuse(request.id, ErrorCode::kInvalidParams, "Invalid params: \"arguments\" is not an object.");
         return;
     }
-    auto arguments = ArgumentReader::read(std::move(given));
+    auto arguments = ArgumentReader::read(given);
     if (const auto* refusal = std::get_if<ArgumentReader::Refusal>(&arguments)) {
         outlets_.send(Reply::toolError(request.id, refusal->text, era));
         return;

@@ -22,6 +22,8 @@ namespace mervo::mcp {
 class Server {
 public:
     Server(const Options& options, std::string_view instructions);
+    Server(const Server&) = delete;
+    Server& operator=(const Server&) = delete;
     ~Server();
 
     /// Serves to the end and gives the exit status: 0, or 128 and the signal when a running call had to be ended.

@@ -19,7 +19,7 @@ std::filesystem::path findBundle()
     const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error)
         return {};
-    const std::filesystem::path own = executable.parent_path();
+    std::filesystem::path own = executable.parent_path();
     for (std::filesystem::path folder = own; folder.has_relative_path(); folder = folder.parent_path()) {
         if (folder.filename() == kBundleFolder)
             return folder;

@@ -25,6 +25,7 @@ public:
     }
     Applications(const Applications&) = delete;
     Applications& operator=(const Applications&) = delete;
+    ~Applications() = default;
 
     std::optional<double> timeout; // seconds for each question, inside `with timeout`
 

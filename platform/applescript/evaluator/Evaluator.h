@@ -33,6 +33,7 @@ public:
     Evaluator(const Script& script, ApplicationRegistry& registry, Log log);
     Evaluator(const Evaluator&) = delete;
     Evaluator& operator=(const Evaluator&) = delete;
+    ~Evaluator() = default;
 
     /// Runs the run handler. The result, fetched; none where there is none.
     Value run(const std::vector<std::string>& arguments);

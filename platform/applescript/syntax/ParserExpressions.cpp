@@ -434,9 +434,9 @@ void Parser::parseCallArguments(CallExpr& call)
     expectSymbol("(");
     if (takeSymbol(")"))
         return;
-    do
+    do {
         adopt(call, call.arguments.emplace_back(parseExpression()));
-    while (takeSymbol(","));
+    } while (takeSymbol(","));
     expectSymbol(")");
 }
 

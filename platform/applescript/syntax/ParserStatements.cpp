@@ -83,9 +83,9 @@ void Parser::parseProperty()
 void Parser::parseDeclaration(std::vector<Symbol>& names)
 {
     skip();
-    do
+    do {
         names.push_back(takeName());
-    while (takeSymbol(","));
+    } while (takeSymbol(","));
     expectLineEnd();
 }
 
@@ -102,9 +102,9 @@ ExprPtr Parser::parsePattern()
     }
     auto list = make<ListExpr>();
     skip();
-    do
+    do {
         list->items.push_back(parsePattern());
-    while (takeSymbol(","));
+    } while (takeSymbol(","));
     expectSymbol("}");
     return list;
 }
@@ -118,9 +118,9 @@ void Parser::parseParameters(Handler& handler)
     }
     if (takeSymbol(")"))
         return;
-    do
+    do {
         handler.parameters.push_back(parsePattern());
-    while (takeSymbol(","));
+    } while (takeSymbol(","));
     expectSymbol(")");
 }
 

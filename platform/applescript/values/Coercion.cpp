@@ -127,7 +127,7 @@ void appendJoined(Ref<Text>& text, const List& list, std::string_view delimiter)
 Value numberOf(const Value& original, TargetClass target)
 {
     Limits::enter();
-    const Value value = plain(original, Kind::real);
+    Value value = plain(original, Kind::real);
     if (value.isNumber())
         return value;
     if (value.is(Kind::boolean))
@@ -308,7 +308,7 @@ Value coerce(const Value& original, TargetClass target, std::string_view delimit
     case TargetClass::constant:
         break;
     }
-    const Value value = dereferenced(original);
+    Value value = dereferenced(original);
     const Kind kept = target == TargetClass::record ? Kind::record
         : target == TargetClass::classTerm          ? Kind::classTerm
                                                     : Kind::constant;

@@ -24,7 +24,8 @@ struct Date {
 
     static Date fromParts(std::int64_t year, std::int64_t month, std::int64_t day, std::int64_t secondOfDay = 0);
 
-    friend auto operator<=>(const Date&, const Date&) noexcept = default;
+    // The check takes the 0 that a comparison is compared with for a pointer.
+    friend auto operator<=>(const Date&, const Date&) noexcept = default; // NOLINT(modernize-use-nullptr)
 };
 
 /// The parts of a date; month 1-12, weekday 1 is Sunday.

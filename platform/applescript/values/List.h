@@ -12,6 +12,8 @@ namespace mervo::applescript {
 class Container : public Cell {
 public:
     Container() noexcept;
+    Container(const Container&) = delete;
+    Container& operator=(const Container&) = delete;
     ~Container() override;
 
     /// Empties every list and record that is left on this thread, and so frees the cycles. For the end of an
@@ -50,6 +52,8 @@ public:
     explicit List(std::vector<Value> items);
     /// Items are created one by one when they are read, and all at once when the list is changed or iterated over.
     explicit List(std::unique_ptr<const ItemSource> source);
+    List(const List&) = delete;
+    List& operator=(const List&) = delete;
     ~List() override;
 
     std::size_t size() const noexcept { return source_ ? source_->size() : items_.size(); }
@@ -87,6 +91,11 @@ public:
         Value value;
     };
 
+    Record() = default;
+    Record(const Record&) = delete;
+    Record& operator=(const Record&) = delete;
+    ~Record() override;
+
     std::size_t size() const noexcept { return fields_.size(); }
     const std::vector<Field>& fields() const noexcept { return fields_; }
     /// Null when there is no such label.
@@ -95,7 +104,6 @@ public:
     void set(Symbol label, Value value);
     /// Adds a field only where the label is new.
     void addMissing(Symbol label, const Value& value);
-    ~Record() override;
 
 private:
     void clear() noexcept override;

@@ -44,7 +44,7 @@ private:
 
 /// A counted pointer to a Cell. Null until set.
 template <typename T>
-class Ref {
+class Ref { // NOLINT(cppcoreguidelines-special-member-functions): one assignment takes its value and serves both
 public:
     Ref() noexcept = default;
     Ref(T* cell) noexcept // NOLINT: a fresh `new` becomes a Ref where it is made

@@ -34,6 +34,9 @@ struct Text::Buffer {
 };
 
 struct Text::Derived {
+    Derived() = default;
+    Derived(const Derived&) = delete;
+    Derived& operator=(const Derived&) = delete;
     ~Derived() { Limits::discharge(charged); }
 
     bool hasIndex = false;

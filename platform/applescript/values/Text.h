@@ -20,6 +20,8 @@ public:
     /// `left` followed by `right`. Appending to the result of an earlier `joined` takes time in proportion to `right`
     /// only, so a text built up in a loop costs what it holds.
     static Ref<Text> joined(const Ref<Text>& left, std::string_view right);
+    Text(const Text&) = delete;
+    Text& operator=(const Text&) = delete;
     ~Text() override;
 
     std::string_view view() const noexcept { return {data_, length_}; }

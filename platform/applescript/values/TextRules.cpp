@@ -81,7 +81,7 @@ std::string keyOf(std::string_view text, const TextRules& rules)
     }
     if (rules.letterCase && rules.diacriticals)
         return platform::composed(text);
-    const std::string folded = rules.letterCase ? std::string(text) : platform::foldCase(text);
+    std::string folded = rules.letterCase ? std::string(text) : platform::foldCase(text);
     if (rules.diacriticals)
         return folded;
     return platform::withoutMarks(folded);
@@ -97,6 +97,7 @@ public:
     }
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
+    ~Key() = default;
     std::string_view view() const noexcept { return view_; }
 
 private:

@@ -39,7 +39,7 @@ enum class Kind : std::uint8_t {
 
 /// One value of a script: 16 bytes, cheap to copy. Texts, lists, records, dates and objects are shared: a copy of the
 /// Value refers to the same list. `copied` (Comparison.h) makes a deep copy.
-class Value {
+class Value { // NOLINT(cppcoreguidelines-special-member-functions): one assignment takes its value and serves both
 public:
     Value() noexcept = default;
     Value(const Value& other) noexcept

@@ -65,6 +65,7 @@ public:
     MaildirDelivery(MaildirDelivery&& other) noexcept;
     MaildirDelivery(const MaildirDelivery&) = delete;
     MaildirDelivery& operator=(const MaildirDelivery&) = delete;
+    MaildirDelivery& operator=(MaildirDelivery&&) = delete;
     ~MaildirDelivery();
 
     const std::filesystem::path& file() const noexcept { return file_; } ///< in tmp

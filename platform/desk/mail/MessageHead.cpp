@@ -146,7 +146,9 @@ void forEachField(
 MessageHead readMessageHead(std::string_view head)
 {
     std::string_view subject, from, sender, to, date, messageId, type, disposition;
-    const auto wants = [](char first) { return std::memchr("tfdsmcTFDSMC", first, 12) != nullptr; };
+    const auto wants = [](char first) {
+        return std::string_view("tfdsmcTFDSMC").find(first) != std::string_view::npos;
+    };
     const bool isWhole = visitFields(head, wants, [&](std::string_view name, std::string_view value) {
         const auto keepFirst = [&](std::string_view lower, std::string_view& field) {
             if (field.empty() && isNamed(name, lower))

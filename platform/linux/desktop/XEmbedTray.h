@@ -14,6 +14,8 @@ namespace mervo::platform {
 class XEmbedTray final : public QAbstractNativeEventFilter {
 public:
     XEmbedTray();
+    XEmbedTray(const XEmbedTray&) = delete;
+    XEmbedTray& operator=(const XEmbedTray&) = delete;
     ~XEmbedTray() override;
 
     bool isPresent() const { return owner_ != 0; }

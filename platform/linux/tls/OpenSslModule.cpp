@@ -110,6 +110,8 @@ public:
             deadline, [&](SSL* session) { return SSL_connect(session); }, host);
     }
 
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
     ~Stream() override
     {
         if (isOpen_) {

@@ -16,6 +16,8 @@ class MailApplication final : public applescript::Application {
 public:
     /// `sections` must outlive it.
     explicit MailApplication(Sections sections);
+    MailApplication(const MailApplication&) = delete;
+    MailApplication& operator=(const MailApplication&) = delete;
     ~MailApplication() override;
 
     const applescript::Dictionary& dictionary() const override;

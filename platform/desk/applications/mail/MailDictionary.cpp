@@ -5,7 +5,6 @@ namespace {
 
 using applescript::ClassTerm;
 using applescript::CommandTerm;
-using applescript::PropertyTerm;
 using applescript::TermId;
 namespace CommonTerm = applescript::CommonTerm;
 using Direct = CommandTerm::Direct;
