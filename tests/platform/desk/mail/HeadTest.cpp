@@ -143,7 +143,8 @@ TEST(MessageHead, takesLinearTimeOnHostileFields)
     for (const auto& [start, part] : std::initializer_list<std::pair<const char*, const char*>>{{"Subject: x", "\n y"},
              {"From: ", "a b <a@b>, "}, {"From: =?", ":"}, {"From: ", "=?u?q?"}, {"Subject: ", "=?=?"}, {"From: ", "("},
              {"Subject: ", "=?koi8-r?q?=E9?= =?xyz?q?=E9?= "}, {"Subject: ", "\u0300\u0323"}, {"Date: ", " Mon ("}}) {
-        const auto work = [&](std::size_t times) { readMessageHead(start + test::repeated(times, part) + "\n\n"); };
+        const auto work = [&head = start, more = part](
+                              std::size_t times) { readMessageHead(head + test::repeated(times, more) + "\n\n"); };
         EXPECT_LT(test::growth(3'000, work), test::kLinear) << start << part;
     }
 }

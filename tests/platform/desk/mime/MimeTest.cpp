@@ -129,7 +129,8 @@ TEST(MimeReader, takesLinearTimeOnHostileHeads)
              {inner + "Content-Type: message/rfc822\n\nTo: ", "a: "}, {inner, "--b\nTo: x\n"},
              {"Content-Type: multipart/mixed; boundary*0=b\n\n--b\nDate: ", "Mon, 1 "},
              {"Content-Type: multipart/mixed; boundary=\"=?utf-8?Q?b?=\"\n\n--b\nDate: ", "Mon, 1 "}}) {
-        const auto work = [&](std::size_t times) { readMime(start + test::repeated(times, part) + "\n\ntext\n"); };
+        const auto work = [&head = start, more = part](
+                              std::size_t times) { readMime(head + test::repeated(times, more) + "\n\ntext\n"); };
         EXPECT_LT(test::growth(3'000, work), test::kLinear) << start << part;
     }
     const MimeContent read = readMime("To: " + test::repeated(3'000, "a@b, ") + "\n\nhello\n");

@@ -80,7 +80,7 @@ TEST(Configuration, namesLineAndKeyOfEveryMistake)
         {"x = {\n", "line 1", "desk.toml"},
     };
     for (const auto& [text, line, words] : cases) {
-        EXPECT_THAT([&] { parse(text); },
+        EXPECT_THAT([&written = text] { parse(written); },
             ThrowsMessage<ConfigurationError>(AllOf(HasSubstr("/c/desk.toml, "), HasSubstr(line), HasSubstr(words))))
             << text;
     }
