@@ -44,7 +44,7 @@ run: check-home build
 test: setup-tests check-format
 	@cmake --preset $(PRESET) -DBUILD_TESTING=ON -DMERVO_BENCH=OFF >/dev/null
 	@cmake --build --preset $(PRESET) -j $(JOBS)
-	@scripts/run-tests $(BUILD)
+	@scripts/run-tests $(PRESET)
 
 bench: setup-tests
 	@cmake --preset release -DBUILD_TESTING=OFF -DMERVO_BENCH=ON >/dev/null
