@@ -15,6 +15,10 @@ enum class Entity { events, reminders };
 /// What the owner lets this program do with an entity.
 enum class Authorization { notDetermined, restricted, denied, fullAccess, writeOnly };
 
+/// Why full access is asked for: for a use that waits, or to settle it before there is one. Where the owner wants no
+/// questions, a use goes on and nothing is recorded; settling records that it is allowed.
+enum class AccessPurpose { use, settle };
+
 /// What the store could not do; what() is one sentence for the owner.
 class EventStoreError : public std::runtime_error {
 public:
@@ -112,7 +116,7 @@ struct ReminderChange {
 };
 
 /// The store. A change is staged and becomes real with `commit`: all that was staged, or none of it. Everything but
-/// the authorization throws EventStoreError. Blocks; one thread at a time.
+/// authorization() throws EventStoreError. Blocks; one thread at a time.
 class EventStore {
 public:
     EventStore() = default;
@@ -121,8 +125,9 @@ public:
     virtual ~EventStore() = default;
 
     virtual Authorization authorization(Entity entity) const = 0;
-    /// Asks the owner where nothing was decided, and waits for the answer. True: full access.
-    virtual bool requestFullAccess(Entity entity) = 0;
+    /// Asks the owner where nothing was decided, and waits for the answer. True: full access. Throws when nobody can be
+    /// asked.
+    virtual bool requestFullAccess(Entity entity, AccessPurpose purpose) = 0;
 
     /// Calendars, or lists of reminders, in no order that means something.
     virtual std::vector<Collection> collections(Entity entity) = 0;
