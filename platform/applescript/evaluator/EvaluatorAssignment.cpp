@@ -100,7 +100,7 @@ void Evaluator::setObjectProperty(Object& object, const PropertyExpr& target, co
     const PropertyTerm* term = propertyTerm(object, target);
     const Value plain = dereferenced(value);
     const auto specifier = [&] { return writer_.whole(target, Value::object(held)); };
-    if (!term || !term->settable)
+    if (!term || term->access != kSettable)
         failIn(object.application(), ScriptError::cannotSet(specifier(), plain));
     applications_.ask(object.application(), [&] {
         try {

@@ -35,10 +35,10 @@ const Value* CommandCall::argument(TermId parameter) const noexcept
     return find(arguments, parameter);
 }
 
-bool CommandCall::flag(TermId parameter, bool otherwise) const
+bool CommandCall::isOn(TermId parameter) const
 {
     const Value* value = argument(parameter);
-    return value ? toBoolean(*value) : otherwise;
+    return value != nullptr && toBoolean(*value);
 }
 
 Value Application::make(const MakeRequest&)

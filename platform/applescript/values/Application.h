@@ -50,8 +50,8 @@ struct CommandCall {
 
     /// Null when the argument was not given.
     const Value* argument(TermId parameter) const noexcept;
-    /// A boolean argument, or the default where it was not given. -1700 when it is no boolean.
-    bool flag(TermId parameter, bool otherwise) const;
+    /// Whether a boolean argument was given and is true. -1700 when it is no boolean.
+    bool isOn(TermId parameter) const;
 };
 
 /// An application as scripts see it: a dictionary, a tree of objects, and what its commands do.

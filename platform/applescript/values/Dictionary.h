@@ -21,11 +21,15 @@ inline constexpr TermId id = -3; // the property `id`, used by `message id 7`
 } // namespace CommonTerm
 
 struct PropertyTerm {
+    enum class Access { readOnly, settable };
+
     TermId id = kNoTerm;
     std::string name;
-    bool settable = false;
+    Access access = Access::readOnly;
     std::vector<std::string> synonyms = {};
 };
+
+inline constexpr PropertyTerm::Access kSettable = PropertyTerm::Access::settable;
 
 struct ClassTerm {
     TermId id = kNoTerm;

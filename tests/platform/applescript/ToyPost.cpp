@@ -27,16 +27,16 @@ const Dictionary& dictionary()
     static const Dictionary terms("Post",
         {
             {CommonTerm::applicationClass, "application", "applications",
-                {{kFirst, "first box", false}, {kBroken, "broken part", true}}, {kAccount, kBox}},
-            {kAccount, "account", "accounts", {{name, "name", true}, {id, "id"}}, {kBox}, kNoTerm, {"service"},
+                {{kFirst, "first box"}, {kBroken, "broken part", kSettable}}, {kAccount, kBox}},
+            {kAccount, "account", "accounts", {{name, "name", kSettable}, {id, "id"}}, {kBox}, kNoTerm, {"service"},
                 {"services"}},
-            {kBox, "box", "boxes", {{name, "name", true}, {kUnread, "unread count"}}, {kLetter, kBox}},
+            {kBox, "box", "boxes", {{name, "name", kSettable}, {kUnread, "unread count"}}, {kLetter, kBox}},
             {kLetter, "letter", "letters",
-                {{id, "id"}, {kSubject, "subject", true}, {kSender, "sender"}, {kSize, "letter size"},
-                    {kReceived, "date received"}, {kRead, "read status", true}, {kNote, "letter note", true},
-                    {kBoxOf, "box", true}},
+                {{id, "id"}, {kSubject, "subject", kSettable}, {kSender, "sender"}, {kSize, "letter size"},
+                    {kReceived, "date received"}, {kRead, "read status", kSettable}, {kNote, "letter note", kSettable},
+                    {kBoxOf, "box", kSettable}},
                 {kRecipient}},
-            {kRecipient, "to recipient", "to recipients", {{kAddress, "address", true}}},
+            {kRecipient, "to recipient", "to recipients", {{kAddress, "address", kSettable}}},
         },
         {
             {kSend, "send", {{kLoudly, "loudly"}, {kToAll, "reply to all"}}},
@@ -308,10 +308,10 @@ Value Post::perform(const CommandCall& call)
     line += displayForm(call.direct);
     if (const Value* place = call.argument(kIn))
         line += " in " + displayForm(*place);
-    if (call.flag(kLoudly, false))
+    if (call.isOn(kLoudly))
         line += " loudly";
     if (call.argument(kToAll))
-        line += call.flag(kToAll, false) ? " to all" : " to one";
+        line += call.isOn(kToAll) ? " to all" : " to one";
     world_.commands.push_back(line);
     return Value::boolean(true);
 }

@@ -181,7 +181,7 @@ Value MailApplication::answer(const applescript::CommandCall& call)
         refuse("Only a message can be answered or forwarded.");
     const std::string bytes = message->bytes();
     const bool isForward = call.command == MailTerm::forward;
-    const ReplyTo whom = call.flag(MailTerm::replyToAll, false) ? ReplyTo::all : ReplyTo::sender;
+    const ReplyTo whom = call.isOn(MailTerm::replyToAll) ? ReplyTo::all : ReplyTo::sender;
     OutgoingMail begun =
         isForward ? forwardOf(bytes, message->account()) : replyTo(bytes, message->account(), store().accounts(), whom);
     return add(makeRef<OutgoingObject>(*this, static_cast<std::int64_t>(outgoing_.size()) + 1, std::move(begun),

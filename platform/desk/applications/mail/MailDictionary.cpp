@@ -5,11 +5,10 @@ namespace {
 
 using applescript::ClassTerm;
 using applescript::CommandTerm;
+using applescript::kSettable;
 using applescript::TermId;
 namespace CommonTerm = applescript::CommonTerm;
 using Direct = CommandTerm::Direct;
-
-constexpr bool kSettable = true;
 
 std::vector<ClassTerm> storedClasses()
 {
