@@ -1,14 +1,14 @@
 #pragma once
 
-#include <initializer_list>
-#include <string>
+#include "core/tools/ScriptText.h"
+
 #include <string_view>
 
 /// What the mail tools' scripts are put together from. Only their own sources include this.
 namespace mervo::MailScripts {
 
-/// One text of several, each without the line end that it begins with here.
-std::string assembled(std::initializer_list<std::string_view> fragments);
+using ScriptText::assembled;
+using ScriptText::kParseISO;
 
 inline constexpr std::string_view kOneMailboxHead = R"AS(
 on run argv
@@ -146,19 +146,6 @@ inline constexpr std::string_view kSelectNewest = R"AS(
 				set target to item i of msgs
 			end if
 		end repeat
-)AS";
-
-inline constexpr std::string_view kParseISO = R"AS(
-
-on parseISO(s)
-	set d to current date
-	set time of d to 0
-	set day of d to 1
-	set year of d to (text 1 thru 4 of s) as integer
-	set month of d to (text 6 thru 7 of s) as integer
-	set day of d to (text 9 thru 10 of s) as integer
-	return d
-end parseISO
 )AS";
 
 inline constexpr std::string_view kIsoMinute = R"AS(

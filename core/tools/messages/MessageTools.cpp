@@ -3,6 +3,7 @@
 #include "core/foundation/HarnessConfig.h"
 #include "core/foundation/Text.h"
 #include "core/tools/Arguments.h"
+#include "core/tools/OneLine.h"
 #include "core/tools/messages/MessagesDB.h"
 
 #include <algorithm>
@@ -42,27 +43,19 @@ Invocation buildNotify(const Args& args)
     return {kSend, {std::string(owner), Arguments::required(args, "text")}};
 }
 
-/// One message is one line, whatever its sender wrote: each line end in it becomes a mark.
-std::string onOneLine(std::string_view text)
+/// One message is one line, whatever its sender wrote.
+std::string line(std::string_view text)
 {
-    constexpr std::string_view kEnds[]{"\r\n", "\n", "\r", "\v", "\f", "\u0085", "\u2028", "\u2029"};
-    std::string line;
-    while (!text.empty()) {
-        const auto* const end = std::ranges::find_if(kEnds, [&](auto each) { return text.starts_with(each); });
-        const bool isEnd = end != std::end(kEnds);
-        line += isEnd ? std::string_view(" ⏎ ") : text.substr(0, 1);
-        text.remove_prefix(isEnd ? end->size() : 1);
-    }
-    return line;
+    return onOneLine(text, " ⏎ ");
 }
 
 /// The same for a column with others behind it, which no sender may add to.
 std::string column(std::string_view text)
 {
-    std::string line = onOneLine(text);
-    const auto end = std::unique(line.begin(), line.end(), [](char a, char b) { return a == '|' && b == '|'; });
-    line.erase(end, line.end());
-    return line;
+    std::string kept = line(text);
+    const auto end = std::unique(kept.begin(), kept.end(), [](char a, char b) { return a == '|' && b == '|'; });
+    kept.erase(end, kept.end());
+    return kept;
 }
 
 std::string readInbound(const Args& args)
@@ -74,7 +67,7 @@ std::string readInbound(const Args& args)
         return "(no matching inbound messages)";
     std::vector<std::string> lines;
     for (const auto& message : messages)
-        lines.push_back(message.date + " || " + column(message.handle) + " || " + onOneLine(message.text));
+        lines.push_back(message.date + " || " + column(message.handle) + " || " + line(message.text));
     return Text::join(lines, "\n");
 }
 

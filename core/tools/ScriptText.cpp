@@ -1,6 +1,6 @@
-#include "core/tools/mail/ScriptFragments.h"
+#include "core/tools/ScriptText.h"
 
-namespace mervo::MailScripts {
+namespace mervo::ScriptText {
 
 std::string assembled(std::initializer_list<std::string_view> fragments)
 {
@@ -10,4 +10,4 @@ std::string assembled(std::initializer_list<std::string_view> fragments)
     return script;
 }
 
-} // namespace mervo::MailScripts
+} // namespace mervo::ScriptText
