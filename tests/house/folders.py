@@ -16,6 +16,7 @@ import re
 FLOORS = [
     {"platform", "platform/sqlite"},
     {"core/foundation", "platform/applescript/values", "platform/desk/settings", "platform/desk/health",
+     "platform/desk/session",
      "platform/linux/desktop", "platform/linux/keychain", "platform/linux/tls"},
     {"core/scripting", "core/imap", "core/secrets", "core/automations/model", "platform/desk/*",
      "platform/applescript/syntax"},

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <sys/types.h>
+
+/// The owner's desktop session as the desk needs it: the session bus, the windows, the default programs.
+namespace mervo::desk {
+
+/// What a session offers. The functions wait for other programs, at most 10 s for each question, and do not throw.
+class Session {
+public:
+    Session() = default;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    virtual ~Session() = default;
+
+    /// Has the file manager show a file or folder in the folder that it lies in (org.freedesktop.FileManager1,
+    /// ShowItems). `path` is absolute. Gives the reason when no file manager does, and an empty text when one has.
+    virtual std::string showItem(const std::string& path) const = 0;
+
+    /// The executable, a name or a path, of the program that the desktop's settings name for a content type or for an
+    /// address ("x-scheme-handler/mailto"). Empty: none, or one that is no program for this very type (a browser, a
+    /// text editor).
+    virtual std::string defaultProgram(const std::string& contentType) const = 0;
+
+    /// Asks the program that these processes are for its action "quit" (org.freedesktop.Application, at the names that
+    /// they own). False when they offer none.
+    virtual bool askToQuit(std::span<const pid_t> processes) const = 0;
+
+    /// Asks the window manager of an X display to close their windows, as a click would (_NET_CLOSE_WINDOW). The number
+    /// of windows; none without a display.
+    virtual int closeWindows(std::span<const pid_t> processes) const = 0;
+};
+
+/// The session of this process, in the module of the bundle that holds GIO. Throws std::runtime_error with a sentence
+/// when the module cannot be loaded.
+const Session& session();
+
+} // namespace mervo::desk
