@@ -1,0 +1,114 @@
+#include "platform/desk/applications/calendar/CalendarApplication.h"
+
+#include "platform/desk/applications/calendar/CalendarDictionary.h"
+#include "platform/desk/applications/calendar/CalendarObjects.h"
+#include "platform/desk/applications/eventkit/EventValues.h"
+
+#include <algorithm>
+
+namespace mervo::desk {
+namespace {
+
+using namespace EventValues;
+using applescript::makeRef;
+using applescript::Ref;
+using applescript::Value;
+using platform::Collection;
+using platform::Event;
+
+const Event& withUid(const Look<Event>& events, const std::string& uid)
+{
+    const auto found = std::ranges::find(events.items(), uid, &Event::uid);
+    if (found == events.items().end())
+        refuse("The event was made, and another program has taken it away.");
+    return *found;
+}
+
+} // namespace
+
+CalendarApplication::CalendarApplication(EventSession::Open open)
+    : session_(platform::Entity::events, std::move(open))
+{
+}
+
+const applescript::Dictionary& CalendarApplication::dictionary() const
+{
+    return calendarDictionary();
+}
+
+Ref<applescript::Object> CalendarApplication::root()
+{
+    return makeRef<CalendarRootObject>(*this);
+}
+
+Value CalendarApplication::make(const applescript::MakeRequest& request)
+{
+    switch (request.newClass->id) {
+    case CalendarTerm::event:
+        return makeEvent(request);
+    case CalendarTerm::calendar:
+        return makeCalendar(request);
+    default:
+        refuse("This desk’s Calendar makes events and calendars, and nothing else.");
+    }
+}
+
+Value CalendarApplication::makeEvent(const applescript::MakeRequest& request)
+{
+    const auto* place = dynamic_cast<const CalendarObject*>(request.place.anchor.get());
+    const auto* beside = dynamic_cast<const EventObject*>(request.place.anchor.get());
+    const Collection calendar = place != nullptr ? place->current()
+        : beside != nullptr                      ? beside->calendar().current()
+                                                 : session_.defaultCollection();
+    requireWritable(calendar);
+    platform::EventChange event;
+    for (const auto& [property, value] : request.properties)
+        takeProperty(event, property, value);
+    if (!event.start)
+        refuse("An event needs a start date.");
+    std::string uid;
+    session_.change([&](platform::EventStore& store) { uid = store.add(calendar, event); });
+    const auto events = session_.events(calendar);
+    return Value::object(makeRef<EventObject>(makeRef<CalendarObject>(*this, calendar), events, withUid(*events, uid)));
+}
+
+Value CalendarApplication::makeCalendar(const applescript::MakeRequest& request)
+{
+    const Value* name = request.property(applescript::CommonTerm::name);
+    const std::string title = name == nullptr ? std::string() : textOf(*name);
+    if (title.empty())
+        refuse("A calendar needs a name.");
+    Collection made;
+    session_.change([&](platform::EventStore& store) { made = store.addCollection(platform::Entity::events, title); });
+    return Value::object(makeRef<CalendarObject>(*this, made));
+}
+
+void CalendarApplication::remove(applescript::Object& object)
+{
+    if (auto* event = dynamic_cast<EventObject*>(&object))
+        return event->remove();
+    const auto* calendar = dynamic_cast<const CalendarObject*>(&object);
+    if (calendar == nullptr)
+        refuse("This desk’s Calendar deletes events and calendars, and nothing else.");
+    const Collection gone = calendar->current();
+    requireWritable(gone);
+    session_.change([&](platform::EventStore& store) { store.remove(gone, platform::Entity::events); });
+}
+
+Value CalendarApplication::perform(const applescript::CommandCall& call)
+{
+    switch (call.command) {
+    case CalendarTerm::show:
+        refuse("This desk cannot show a calendar: it knows no program of the owner’s for that.");
+    default: // save and reload calendars: every change is saved, and every look is at what is there
+        return Value();
+    }
+}
+
+void registerCalendar(applescript::ApplicationRegistry& registry, Sections)
+{
+    registry.add({"Calendar", "iCal"}, "com.apple.iCal", calendarDictionary,
+        [] { return std::make_unique<CalendarApplication>(platform::openEventStore); });
+}
+
+} // namespace mervo::desk

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/applescript/values/Application.h"
+#include "platform/desk/applications/eventkit/EventSession.h"
+#include "platform/desk/settings/Configuration.h"
+
+namespace mervo::desk {
+
+/// The desk's Calendar as scripts see it: the owner's calendars and their events. An event that repeats is one event
+/// here, and what is done to it is done to all its dates.
+class CalendarApplication final : public applescript::Application {
+public:
+    explicit CalendarApplication(EventSession::Open open);
+
+    const applescript::Dictionary& dictionary() const override;
+    applescript::Ref<applescript::Object> root() override;
+    bool isRunning() const override { return isRunning_; }
+    void launch() override { isRunning_ = true; }
+    void quit(applescript::Saving) override { isRunning_ = false; }
+    applescript::Value make(const applescript::MakeRequest& request) override;
+    void remove(applescript::Object& object) override;
+    applescript::Value perform(const applescript::CommandCall& call) override;
+
+    EventSession& session() noexcept { return session_; }
+
+private:
+    applescript::Value makeEvent(const applescript::MakeRequest& request);
+    applescript::Value makeCalendar(const applescript::MakeRequest& request);
+
+    EventSession session_;
+    bool isRunning_ = false;
+};
+
+/// Makes it known to the script host.
+void registerCalendar(applescript::ApplicationRegistry& registry, Sections sections);
+
+} // namespace mervo::desk
