@@ -3,6 +3,7 @@
 #include "platform/applescript/values/Object.h"
 #include "platform/desk/applications/calendar/CalendarApplication.h"
 #include "platform/desk/applications/eventkit/EventSession.h"
+#include "platform/eventkit.h"
 
 #include <functional>
 #include <memory>
