@@ -3,6 +3,7 @@
 #include "platform/desk/applications/calendar/CalendarDictionary.h"
 #include "platform/desk/applications/calendar/CalendarObjects.h"
 #include "platform/desk/applications/eventkit/EventValues.h"
+#include "platform/desk/applications/eventkit/OwnProgram.h"
 
 #include <algorithm>
 
@@ -26,8 +27,9 @@ const Event& withUid(const Look<Event>& events, const std::string& uid)
 
 } // namespace
 
-CalendarApplication::CalendarApplication(EventSession::Open open)
+CalendarApplication::CalendarApplication(EventSession::Open open, Sections sections)
     : session_(platform::Entity::events, std::move(open))
+    , sections_(sections)
 {
 }
 
@@ -97,18 +99,20 @@ void CalendarApplication::remove(applescript::Object& object)
 
 Value CalendarApplication::perform(const applescript::CommandCall& call)
 {
-    switch (call.command) {
-    case CalendarTerm::show:
-        refuse("This desk cannot show a calendar: it knows no program of the owner’s for that.");
-    default: // save and reload calendars: every change is saved, and every look is at what is there
-        return Value();
-    }
+    if (call.command != CalendarTerm::show)
+        return Value(); // every change is saved, and every look is at what is there
+    forEachObject<CalendarAppObject>(call.direct, "Only an event or a calendar can be shown.", [](auto& object) {
+        if (!object.exists())
+            throw applescript::ScriptError(applescript::ErrorNumber::noSuchObject);
+    });
+    showOwnProgram(DeskApplication::calendar, sections_);
+    return Value();
 }
 
-void registerCalendar(applescript::ApplicationRegistry& registry, Sections)
+void registerCalendar(applescript::ApplicationRegistry& registry, Sections sections)
 {
     registry.add({"Calendar", "iCal"}, "com.apple.iCal", calendarDictionary,
-        [] { return std::make_unique<CalendarApplication>(platform::openEventStore); });
+        [sections] { return std::make_unique<CalendarApplication>(platform::openEventStore, sections); });
 }
 
 } // namespace mervo::desk

@@ -10,7 +10,8 @@ namespace mervo::desk {
 /// here, and what is done to it is done to all its dates.
 class CalendarApplication final : public applescript::Application {
 public:
-    explicit CalendarApplication(EventSession::Open open);
+    /// `sections` must outlive it.
+    CalendarApplication(EventSession::Open open, Sections sections);
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
@@ -28,10 +29,11 @@ private:
     applescript::Value makeCalendar(const applescript::MakeRequest& request);
 
     EventSession session_;
+    Sections sections_;
     bool isRunning_ = false;
 };
 
-/// Makes it known to the script host.
+/// Makes it known to the script host. `sections` must outlive the registry.
 void registerCalendar(applescript::ApplicationRegistry& registry, Sections sections);
 
 } // namespace mervo::desk

@@ -1,6 +1,7 @@
 #include "platform/desk/applications/reminders/RemindersApplication.h"
 
 #include "platform/desk/applications/eventkit/EventValues.h"
+#include "platform/desk/applications/eventkit/OwnProgram.h"
 #include "platform/desk/applications/reminders/ReminderObjects.h"
 #include "platform/desk/applications/reminders/RemindersDictionary.h"
 
@@ -18,8 +19,9 @@ using platform::Reminder;
 
 } // namespace
 
-RemindersApplication::RemindersApplication(EventSession::Open open)
+RemindersApplication::RemindersApplication(EventSession::Open open, Sections sections)
     : session_(platform::Entity::reminders, std::move(open))
+    , sections_(sections)
 {
 }
 
@@ -106,15 +108,20 @@ Value RemindersApplication::move(applescript::Object& object, const applescript:
     return reminderIn(destination, uid);
 }
 
-Value RemindersApplication::perform(const applescript::CommandCall&)
+Value RemindersApplication::perform(const applescript::CommandCall& call)
 {
-    refuse("This desk cannot show a reminder: it knows no program of the owner’s for that.");
+    forEachObject<RemindersObject>(call.direct, "Only a reminder or a list can be shown.", [](auto& object) {
+        if (!object.exists())
+            throw applescript::ScriptError(applescript::ErrorNumber::noSuchObject);
+    });
+    showOwnProgram(DeskApplication::reminders, sections_);
+    return Value();
 }
 
-void registerReminders(applescript::ApplicationRegistry& registry, Sections)
+void registerReminders(applescript::ApplicationRegistry& registry, Sections sections)
 {
     registry.add({"Reminders"}, "com.apple.reminders", remindersDictionary,
-        [] { return std::make_unique<RemindersApplication>(platform::openEventStore); });
+        [sections] { return std::make_unique<RemindersApplication>(platform::openEventStore, sections); });
 }
 
 } // namespace mervo::desk

@@ -11,7 +11,8 @@ namespace mervo::desk {
 /// The desk's Reminders as scripts see it: one account with the owner's lists, those in groups too.
 class RemindersApplication final : public applescript::Application {
 public:
-    explicit RemindersApplication(EventSession::Open open);
+    /// `sections` must outlive it.
+    RemindersApplication(EventSession::Open open, Sections sections);
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
@@ -32,10 +33,11 @@ private:
     applescript::Value reminderIn(const platform::Collection& list, const std::string& uid);
 
     EventSession session_;
+    Sections sections_;
     bool isRunning_ = false;
 };
 
-/// Makes it known to the script host.
+/// Makes it known to the script host. `sections` must outlive the registry.
 void registerReminders(applescript::ApplicationRegistry& registry, Sections sections);
 
 } // namespace mervo::desk
