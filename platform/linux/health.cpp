@@ -17,9 +17,10 @@ Finding toFinding(const nlohmann::json& object)
     Finding finding;
     finding.id = object.at("id").get<std::string>();
     finding.label = object.at("label").get<std::string>();
-    finding.state = object.at("ok").get<bool>() ? Finding::State::works : Finding::State::broken;
     finding.detail = object.value("detail", "");
     finding.remedy = object.value("remedy", "");
+    if (object.at("ok").get<bool>())
+        finding.state = finding.remedy.empty() ? Finding::State::works : Finding::State::limited;
     return finding;
 }
 

@@ -4,6 +4,8 @@
 #include "platform/desk/applications/messages/MessagesApplication.h"
 #include "platform/desk/chat/ChatHealth.h"
 #include "platform/desk/chat/ChatSettings.h"
+#include "platform/desk/consent/ConsentHealth.h"
+#include "platform/desk/consent/ConsentSettings.h"
 #include "platform/desk/mail/MailHealth.h"
 #include "platform/desk/mail/MailSettings.h"
 
@@ -15,6 +17,7 @@ namespace {
 constexpr DeskPart kParts[] = {
     {registerMail, &kMailSection, &kMailHealth},
     {registerMessages, &kChatSection, &kChatHealth},
+    {nullptr, &kConsentSection, &kConsentHealth},
 };
 
 } // namespace
@@ -39,8 +42,10 @@ Sections deskSections()
 
 void registerDesk(applescript::ApplicationRegistry& registry)
 {
-    for (const DeskPart& part : kParts)
-        part.add(registry, deskSections());
+    for (const DeskPart& part : kParts) {
+        if (part.add != nullptr)
+            part.add(registry, deskSections());
+    }
 }
 
 } // namespace mervo::desk

@@ -10,8 +10,8 @@
 namespace mervo::desk {
 
 struct DeskPart {
-    /// Makes the application known to the script host. It reads desk.toml with these sections.
-    void (*add)(applescript::ApplicationRegistry& registry, Sections sections);
+    /// Makes the application known to the script host. It reads desk.toml with these sections. Null: no application.
+    void (*add)(applescript::ApplicationRegistry& registry, Sections sections) = nullptr;
     const Section* section = nullptr; ///< null: nothing to configure
     const HealthChecks* health = nullptr; ///< null: nothing to check
 };

@@ -56,6 +56,17 @@ std::vector<std::string> Table::texts(std::string_view key) const
     return result;
 }
 
+bool Table::flag(std::string_view key, bool otherwise) const
+{
+    const toml::node* node = source_.values.get(key);
+    if (node == nullptr)
+        return otherwise;
+    const auto value = node->value_exact<bool>();
+    if (!value)
+        source_.fail(*node, fmt::format("\"{}\" must be true or false.", key));
+    return *value;
+}
+
 void Table::eachTable(
     std::string_view key, std::string_view header, const std::function<void(const Table&)>& read) const
 {

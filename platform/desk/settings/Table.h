@@ -29,6 +29,8 @@ public:
     std::string text(std::string_view key) const;
     /// A list of such texts; empty when the key is not there.
     std::vector<std::string> texts(std::string_view key) const;
+    /// true or false; `otherwise` when the key is not there.
+    bool flag(std::string_view key, bool otherwise) const;
     /// Reads the tables written as [[SECTION.KEY]], one after the other; none when the key is not there. `header` is
     /// that spelling, for complaints.
     void eachTable(std::string_view key, std::string_view header, const std::function<void(const Table&)>& read) const;
