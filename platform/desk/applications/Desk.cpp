@@ -1,13 +1,17 @@
 #include "platform/desk/applications/Desk.h"
 
+#include "platform/desk/applications/finder/FinderApplication.h"
 #include "platform/desk/applications/mail/MailApplication.h"
 #include "platform/desk/applications/messages/MessagesApplication.h"
+#include "platform/desk/applications/systemevents/SystemEventsApplication.h"
 #include "platform/desk/chat/ChatHealth.h"
 #include "platform/desk/chat/ChatSettings.h"
 #include "platform/desk/consent/ConsentHealth.h"
 #include "platform/desk/consent/ConsentSettings.h"
 #include "platform/desk/mail/MailHealth.h"
 #include "platform/desk/mail/MailSettings.h"
+#include "platform/desk/running/ApplicationHealth.h"
+#include "platform/desk/running/ApplicationSettings.h"
 
 #include <vector>
 
@@ -17,6 +21,8 @@ namespace {
 constexpr DeskPart kParts[] = {
     {registerMail, &kMailSection, &kMailHealth},
     {registerMessages, &kChatSection, &kChatHealth},
+    {registerFinder},
+    {registerSystemEvents, &kApplicationSection, &kApplicationHealth},
     {nullptr, &kConsentSection, &kConsentHealth},
 };
 

@@ -28,8 +28,8 @@ const Event& withUid(const Look<Event>& events, const std::string& uid)
 } // namespace
 
 CalendarApplication::CalendarApplication(EventSession::Open open, Sections sections)
-    : session_(platform::Entity::events, std::move(open))
-    , sections_(sections)
+    : DeskApplicationBase(DeskApplication::calendar, sections)
+    , session_(platform::Entity::events, std::move(open))
 {
 }
 
@@ -105,7 +105,7 @@ Value CalendarApplication::perform(const applescript::CommandCall& call)
         if (!object.exists())
             throw applescript::ScriptError(applescript::ErrorNumber::noSuchObject);
     });
-    showOwnProgram(DeskApplication::calendar, sections_);
+    showOwnProgram(DeskApplication::calendar, sections());
     return Value();
 }
 

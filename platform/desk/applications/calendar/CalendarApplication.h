@@ -2,22 +2,20 @@
 
 #include "platform/applescript/values/Application.h"
 #include "platform/desk/applications/eventkit/EventSession.h"
+#include "platform/desk/applications/shared/DeskApplicationBase.h"
 #include "platform/desk/settings/Configuration.h"
 
 namespace mervo::desk {
 
 /// The desk's Calendar as scripts see it: the owner's calendars and their events. An event that repeats is one event
 /// here, and what is done to it is done to all its dates.
-class CalendarApplication final : public applescript::Application {
+class CalendarApplication final : public DeskApplicationBase {
 public:
     /// `sections` must outlive it.
     CalendarApplication(EventSession::Open open, Sections sections);
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
-    bool isRunning() const override { return isRunning_; }
-    void launch() override { isRunning_ = true; }
-    void quit(applescript::Saving) override { isRunning_ = false; }
     applescript::Value make(const applescript::MakeRequest& request) override;
     void remove(applescript::Object& object) override;
     applescript::Value perform(const applescript::CommandCall& call) override;
@@ -29,8 +27,6 @@ private:
     applescript::Value makeCalendar(const applescript::MakeRequest& request);
 
     EventSession session_;
-    Sections sections_;
-    bool isRunning_ = false;
 };
 
 /// Makes it known to the script host. `sections` must outlive the registry.

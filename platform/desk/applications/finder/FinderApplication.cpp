@@ -126,10 +126,7 @@ public:
 private:
     using Object::at;
     Value at(const fs::path& path) const { return Value::object(makeRef<FinderObject>(finder_, path)); }
-    fs::path place() const
-    {
-        return class_ == CommonTerm::applicationClass ? platform::userHome() / "Desktop" : path_;
-    }
+    fs::path place() const { return class_ == CommonTerm::applicationClass ? platform::userHome() / "Desktop" : path_; }
 
     FinderApplication& finder_;
     TermId class_;
@@ -141,8 +138,7 @@ std::vector<ClassTerm> classes()
     const applescript::PropertyTerm name{CommonTerm::name, "name"};
     return {
         {CommonTerm::applicationClass, "application", "applications",
-            {{selection, "selection"}, {home, "home"}, {desktop, "desktop"}},
-            {item, file, folder, disk, finderWindow}},
+            {{selection, "selection"}, {home, "home"}, {desktop, "desktop"}}, {item, file, folder, disk, finderWindow}},
         {item, "item", "items", {name}},
         {file, "file", "files", {}, {}, item},
         {folder, "folder", "folders", {}, {item, file, folder}, item},

@@ -50,8 +50,8 @@ void reveal(const fs::path& item)
     const fs::path folder = item.has_filename() ? item.parent_path() : item.parent_path().parent_path();
     const std::string desktop = handOver(folder);
     if (!desktop.empty())
-        throw FinderError(fmt::format("{} cannot be shown: no file manager answers ({}), and {}.", item.string(),
-            manager, desktop));
+        throw FinderError(
+            fmt::format("{} cannot be shown: no file manager answers ({}), and {}.", item.string(), manager, desktop));
 }
 
 void openItem(const fs::path& item)

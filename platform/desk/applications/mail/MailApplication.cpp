@@ -69,7 +69,7 @@ void refuse(const char* sentence)
 }
 
 MailApplication::MailApplication(Sections sections)
-    : sections_(sections)
+    : DeskApplicationBase(DeskApplication::mail, sections)
 {
 }
 
@@ -88,12 +88,12 @@ Ref<applescript::Object> MailApplication::root()
 void MailApplication::launch()
 {
     store();
-    isRunning_ = true;
+    DeskApplicationBase::launch();
 }
 
-void MailApplication::quit(applescript::Saving)
+void MailApplication::quit(applescript::Saving saving)
 {
-    isRunning_ = false;
+    DeskApplicationBase::quit(saving);
     outgoing_.clear();
 }
 
@@ -101,7 +101,7 @@ MailStore& MailApplication::store()
 {
     if (!store_) {
         try {
-            store_ = std::make_unique<MailStore>(mailAccounts(Configuration::load(sections_)), cacheFolder());
+            store_ = std::make_unique<MailStore>(mailAccounts(Configuration::load(sections())), cacheFolder());
         } catch (const ConfigurationError& error) {
             throw ScriptError(applescript::ErrorNumber::handlerFailed, error.what());
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/applescript/values/Application.h"
+#include "platform/desk/applications/shared/DeskApplicationBase.h"
 #include "platform/desk/mail/MailStore.h"
 
 #include <memory>
@@ -12,7 +13,7 @@ class OutgoingObject;
 
 /// The desk's Mail as scripts see it. It has no windows: a message is opened by handing it to the desktop's own mail
 /// program.
-class MailApplication final : public applescript::Application {
+class MailApplication final : public DeskApplicationBase {
 public:
     /// `sections` must outlive it.
     explicit MailApplication(Sections sections);
@@ -22,7 +23,6 @@ public:
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
-    bool isRunning() const override { return isRunning_; }
     /// Reads the configuration: a mistake in it is the error, in the words of ConfigurationError.
     void launch() override;
     void quit(applescript::Saving saving) override;
@@ -38,9 +38,7 @@ private:
     applescript::Value answer(const applescript::CommandCall& call);
     applescript::Value add(applescript::Ref<OutgoingObject> message);
 
-    Sections sections_;
     std::unique_ptr<MailStore> store_; // once made it stays: objects of the script refer to it
-    bool isRunning_ = false;
     std::vector<applescript::Ref<OutgoingObject>> outgoing_;
 };
 

@@ -166,7 +166,7 @@ Value MessagesApplication::perform(const applescript::CommandCall& call)
         throw ScriptError(applescript::ErrorNumber::handlerFailed, "A message goes to a participant.");
     try {
         sendMessage(
-            messageCommand(Configuration::load(sections_)), someone->handleText(), applescript::toString(call.direct));
+            messageCommand(Configuration::load(sections())), someone->handleText(), applescript::toString(call.direct));
     } catch (const ChatError& error) {
         throw ScriptError(applescript::ErrorNumber::handlerFailed, error.what());
     } catch (const ConfigurationError& error) {

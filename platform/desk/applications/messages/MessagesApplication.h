@@ -1,30 +1,24 @@
 #pragma once
 
 #include "platform/applescript/values/Application.h"
+#include "platform/desk/applications/shared/DeskApplicationBase.h"
 #include "platform/desk/settings/Configuration.h"
 
 namespace mervo::desk {
 
 /// The desk's Messages as scripts see it: one account, whose service type is iMessage, and everyone who has a handle.
 /// Sending goes through the command of desk.toml.
-class MessagesApplication final : public applescript::Application {
+class MessagesApplication final : public DeskApplicationBase {
 public:
     /// `sections` must outlive it.
     explicit MessagesApplication(Sections sections)
-        : sections_(sections)
+        : DeskApplicationBase(DeskApplication::messages, sections)
     {
     }
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
-    bool isRunning() const override { return isRunning_; }
-    void launch() override { isRunning_ = true; }
-    void quit(applescript::Saving) override { isRunning_ = false; }
     applescript::Value perform(const applescript::CommandCall& call) override;
-
-private:
-    Sections sections_;
-    bool isRunning_ = false;
 };
 
 /// The words that Messages adds to a script; the same object at every call.

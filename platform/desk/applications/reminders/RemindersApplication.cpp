@@ -20,8 +20,8 @@ using platform::Reminder;
 } // namespace
 
 RemindersApplication::RemindersApplication(EventSession::Open open, Sections sections)
-    : session_(platform::Entity::reminders, std::move(open))
-    , sections_(sections)
+    : DeskApplicationBase(DeskApplication::reminders, sections)
+    , session_(platform::Entity::reminders, std::move(open))
 {
 }
 
@@ -114,7 +114,7 @@ Value RemindersApplication::perform(const applescript::CommandCall& call)
         if (!object.exists())
             throw applescript::ScriptError(applescript::ErrorNumber::noSuchObject);
     });
-    showOwnProgram(DeskApplication::reminders, sections_);
+    showOwnProgram(DeskApplication::reminders, sections());
     return Value();
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/applescript/values/Application.h"
 #include "platform/desk/applications/eventkit/EventSession.h"
+#include "platform/desk/applications/shared/DeskApplicationBase.h"
 #include "platform/desk/settings/Configuration.h"
 
 #include <string>
@@ -9,16 +10,13 @@
 namespace mervo::desk {
 
 /// The desk's Reminders as scripts see it: one account with the owner's lists, those in groups too.
-class RemindersApplication final : public applescript::Application {
+class RemindersApplication final : public DeskApplicationBase {
 public:
     /// `sections` must outlive it.
     RemindersApplication(EventSession::Open open, Sections sections);
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
-    bool isRunning() const override { return isRunning_; }
-    void launch() override { isRunning_ = true; }
-    void quit(applescript::Saving) override { isRunning_ = false; }
     applescript::Value make(const applescript::MakeRequest& request) override;
     void remove(applescript::Object& object) override;
     applescript::Value move(applescript::Object& object, const applescript::Insertion& place) override;
@@ -33,8 +31,6 @@ private:
     applescript::Value reminderIn(const platform::Collection& list, const std::string& uid);
 
     EventSession session_;
-    Sections sections_;
-    bool isRunning_ = false;
 };
 
 /// Makes it known to the script host. `sections` must outlive the registry.
