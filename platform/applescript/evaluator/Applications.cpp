@@ -52,9 +52,21 @@ Applications::Entry& Applications::entryOf(const Value& application) const
     throw ScriptError::noSuchObject("application " + quoted(Value::text(application.view())), application);
 }
 
-Application& Applications::launched(Entry& entry)
+Application& Applications::authorized(Entry& entry)
 {
     Application& application = ApplicationRegistry::instance(entry);
+    try {
+        registry_.authorize(entry);
+    } catch (ScriptError& error) {
+        explain(error, application);
+        throw;
+    }
+    return application;
+}
+
+Application& Applications::launched(Entry& entry)
+{
+    Application& application = authorized(entry);
     if (!entry.isLaunched) {
         ask(application, [&] { application.launch(); });
         entry.isLaunched = true;

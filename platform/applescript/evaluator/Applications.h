@@ -35,6 +35,8 @@ public:
     Entry* withBundleId(std::string_view id) const { return registry_.findByBundleId(id); }
     /// The entry of a value that names an application; -1728 when there is none.
     Entry& entryOf(const Value& application) const;
+    /// The application, once it is known that it may be used; every command passes here.
+    Application& authorized(Entry& entry);
     /// The application, started: any command sent to an application first starts it.
     Application& launched(Entry& entry);
     /// The application that a dictionary belongs to, started; -1728 when there is none.

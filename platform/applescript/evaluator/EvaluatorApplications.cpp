@@ -81,7 +81,7 @@ Value Evaluator::applicationCommand(const CommandExpr& expr)
     if (expr.command == LanguageCommand::quit) {
         applications_.ask(application, [&] {
             if (application.isRunning())
-                application.quit(how);
+                applications_.authorized(entry).quit(how);
         });
         entry.isLaunched = false;
         return {};

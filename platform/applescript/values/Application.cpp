@@ -104,6 +104,13 @@ ApplicationRegistry::Entry* ApplicationRegistry::findByBundleId(std::string_view
     return nullptr;
 }
 
+void ApplicationRegistry::authorize(Entry& entry)
+{
+    if (guard_ && !entry.isAuthorized)
+        guard_(entry);
+    entry.isAuthorized = true;
+}
+
 Application& ApplicationRegistry::instance(Entry& entry)
 {
     if (!entry.instance)

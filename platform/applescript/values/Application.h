@@ -115,7 +115,17 @@ public:
         Factory factory;
         std::unique_ptr<Application> instance;
         bool isLaunched = false;
+        bool isAuthorized = false;
     };
+
+    /// Asked before the first command that a script sends to an application, and never for "is running". Throws
+    /// ScriptError where the application may not be used; -1743 without words gets the usual ones. It may wait for the
+    /// user, which counts for no `with timeout`.
+    using Guard = std::function<void(const Entry& entry)>;
+    void setGuard(Guard guard) { guard_ = std::move(guard); }
+    /// Asks the guard, once for each application.
+    void authorize(Entry& entry);
+
     /// Null when no such application is registered.
     Entry* findByName(std::string_view name);
     Entry* findByBundleId(std::string_view bundleId);
@@ -124,6 +134,7 @@ public:
 
 private:
     std::vector<std::unique_ptr<Entry>> entries_;
+    Guard guard_;
 };
 
 } // namespace mervo::applescript

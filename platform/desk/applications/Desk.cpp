@@ -1,5 +1,6 @@
 #include "platform/desk/applications/Desk.h"
 
+#include "platform/desk/applications/ConsentGuard.h"
 #include "platform/desk/applications/finder/FinderApplication.h"
 #include "platform/desk/applications/mail/MailApplication.h"
 #include "platform/desk/applications/messages/MessagesApplication.h"
@@ -48,6 +49,7 @@ Sections deskSections()
 
 void registerDesk(applescript::ApplicationRegistry& registry)
 {
+    registry.setGuard(consentGuard(deskSections()));
     for (const DeskPart& part : kParts) {
         if (part.add != nullptr)
             part.add(registry, deskSections());

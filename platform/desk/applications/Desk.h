@@ -22,7 +22,7 @@ std::span<const DeskPart> deskParts();
 /// The sections of all parts.
 Sections deskSections();
 
-/// Makes all applications known to the script host.
+/// Makes all applications known to the script host, and the owner's consent its guard.
 void registerDesk(applescript::ApplicationRegistry& registry);
 
 } // namespace mervo::desk

@@ -60,9 +60,8 @@ std::vector<Finding> examineConsentData()
     if (!closed.empty()) {
         Finding finding = makeFinding(kId, kLabel, closed);
         finding.state = Finding::State::limited;
-        finding.remedy = fmt::format("What you want to allow, change to \"allowed\" in {}: {}. What you take out of "
-                                     "the file is asked for by \"mervo bootstrap-permissions\".",
-            record.file().string(), remedies);
+        finding.remedy = fmt::format(
+            "To allow what you refused, write \"allowed\" for it in {}: {}.", record.file().string(), remedies);
         return {finding};
     }
     return {makeFinding(
