@@ -43,6 +43,20 @@ enum class Keep { throughPowerCut, whileRunning };
 std::error_code replaceFile(
     const std::filesystem::path& file, std::string_view bytes, Keep keep = Keep::throughPowerCut) noexcept;
 
+/// The same for a file that must still be as it was when it was read: `expected` is its stamp from before. Keeps its
+/// permissions. Gives errc::operation_canceled, and changes nothing, when it has changed or is gone.
+std::error_code replaceUnchanged(
+    const std::filesystem::path& file, std::string_view bytes, const FileStamp& expected) noexcept;
+
+/// Creates a file with these bytes in one step. Gives errc::file_exists when there is something of this name, which
+/// stays as it is.
+std::error_code createFile(const std::filesystem::path& file, std::string_view bytes) noexcept;
+
+/// Renames a file or folder. Gives errc::file_exists when there is something of the new name, which stays as it is.
+/// A file system that cannot promise that is asked first. No copy is made across file systems
+/// (errc::cross_device_link).
+std::error_code renameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) noexcept;
+
 /// Writes the file itself, without a temporary one, down to the disk. What could not be written whole is removed.
 std::error_code writeInPlace(const std::filesystem::path& file, std::string_view bytes) noexcept;
 

@@ -59,26 +59,54 @@ std::filesystem::path behindLinks(std::filesystem::path file, std::error_code& e
     return file;
 }
 
-std::error_code replace(const std::filesystem::path& target, std::string_view bytes, Keep keep)
+/// Makes the bytes outlive a power cut under the name that was given to them.
+void keepNames(const std::filesystem::path& folder)
+{
+    const Descriptor entry(::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (entry.open())
+        ::fsync(entry.get()); // without it the old state would be back
+}
+
+/// Writes the bytes to a temporary file beside the target and calls `name`, which gives it the target's name.
+template <typename Name>
+std::error_code writeBeside(
+    const std::filesystem::path& target, std::string_view bytes, Keep keep, mode_t permissions, const Name& name)
 {
     std::string temporary = target.string() + ".XXXXXX";
     Descriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC)); // mode 0600
     if (!descriptor.open())
         return lastError();
-    std::error_code error = writeAndClose(descriptor, bytes, keep);
-    if (!error && ::rename(temporary.c_str(), target.c_str()) != 0)
+    std::error_code error;
+    if (permissions != kOwnerOnly && ::fchmod(descriptor.get(), permissions) != 0)
         error = lastError();
+    if (!error)
+        error = writeAndClose(descriptor, bytes, keep);
+    if (!error)
+        error = name(temporary);
     if (error) {
         ::unlink(temporary.c_str());
         return error;
     }
-    if (keep == Keep::whileRunning)
-        return {};
-    const std::filesystem::path folder = target.has_parent_path() ? target.parent_path() : ".";
-    const Descriptor entry(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (entry.open())
-        ::fsync(entry.get()); // the new name outlives a power cut; without it the old file would be back
+    if (keep == Keep::throughPowerCut)
+        keepNames(target.parent_path());
     return {};
+}
+
+std::error_code renameOver(const std::string& temporary, const std::filesystem::path& target)
+{
+    return ::rename(temporary.c_str(), target.c_str()) == 0 ? std::error_code{} : lastError();
+}
+
+std::error_code renameBeside(const std::string& from, const std::filesystem::path& to)
+{
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return {};
+    if (errno != EINVAL && errno != ENOSYS)
+        return lastError();
+    struct stat found { };
+    if (::lstat(to.c_str(), &found) == 0)
+        return std::make_error_code(std::errc::file_exists);
+    return renameOver(from, to);
 }
 
 /// An error when there is more than `limit`, which a file may also become while it is read.
@@ -174,7 +202,46 @@ std::error_code replaceFile(const std::filesystem::path& file, std::string_view 
     return guarded([&]() -> std::error_code {
         std::error_code error;
         const std::filesystem::path target = behindLinks(file, error);
-        return error ? error : replace(target, bytes, keep);
+        if (error)
+            return error;
+        return writeBeside(target, bytes, keep, kOwnerOnly,
+            [&](const std::string& temporary) { return renameOver(temporary, target); });
+    });
+}
+
+std::error_code replaceUnchanged(
+    const std::filesystem::path& file, std::string_view bytes, const FileStamp& expected) noexcept
+{
+    return guarded([&]() -> std::error_code {
+        std::error_code error;
+        const std::filesystem::path target = behindLinks(file, error);
+        struct stat found { };
+        if (error || ::stat(target.c_str(), &found) != 0)
+            return error ? error : std::make_error_code(std::errc::operation_canceled);
+        return writeBeside(
+            target, bytes, Keep::throughPowerCut, found.st_mode & 07777, [&](const std::string& temporary) {
+                return fileStamp(target) == expected ? renameOver(temporary, target)
+                                                     : std::make_error_code(std::errc::operation_canceled);
+            });
+    });
+}
+
+std::error_code createFile(const std::filesystem::path& file, std::string_view bytes) noexcept
+{
+    return guarded([&] {
+        return writeBeside(file, bytes, Keep::throughPowerCut, kOwnerOnly,
+            [&](const std::string& temporary) { return renameBeside(temporary, file); });
+    });
+}
+
+std::error_code renameWithoutReplacing(const std::filesystem::path& from, const std::filesystem::path& to) noexcept
+{
+    return guarded([&]() -> std::error_code {
+        if (const auto error = renameBeside(from.string(), to))
+            return error;
+        keepNames(from.parent_path());
+        keepNames(to.parent_path());
+        return {};
     });
 }
 

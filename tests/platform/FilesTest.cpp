@@ -43,6 +43,25 @@ TEST(Files, aFullDiskLeavesTheOldFileOrNone)
     EXPECT_EQ(test::tree(dir.path()), std::set<std::string>{"config.json"});
 }
 
+TEST(Files, whatAnotherHasWrittenIsNeverReplaced)
+{
+    const test::TempDir dir;
+    const fs::path file = dir / "note";
+    EXPECT_FALSE(createFile(file, "one"));
+    EXPECT_EQ(createFile(file, "two"), std::errc::file_exists);
+    fs::permissions(file, fs::perms(0640));
+    const auto stamp = fileStamp(file);
+    EXPECT_FALSE(replaceUnchanged(file, "two", *stamp));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+    EXPECT_EQ(replaceUnchanged(file, "three", *stamp), std::errc::operation_canceled);
+    fs::create_directory(dir / "full");
+    EXPECT_EQ(renameWithoutReplacing(file, dir / "full"), std::errc::file_exists);
+    EXPECT_EQ(test::readFile(file), "two");
+    EXPECT_FALSE(renameWithoutReplacing(file, dir / "full/moved"));
+    EXPECT_EQ(replaceUnchanged(file, "four", *stamp), std::errc::operation_canceled) << "of one that is gone";
+    EXPECT_EQ(test::tree(dir.path()), (std::set<std::string>{"full", "full/moved"}));
+}
+
 TEST(Files, onlyRegularFilesAreRead)
 {
     const test::TempDir dir;
