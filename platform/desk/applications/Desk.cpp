@@ -4,6 +4,7 @@
 #include "platform/desk/applications/finder/FinderApplication.h"
 #include "platform/desk/applications/mail/MailApplication.h"
 #include "platform/desk/applications/messages/MessagesApplication.h"
+#include "platform/desk/applications/notes/NotesApplication.h"
 #include "platform/desk/applications/systemevents/SystemEventsApplication.h"
 #include "platform/desk/chat/ChatHealth.h"
 #include "platform/desk/chat/ChatSettings.h"
@@ -11,6 +12,8 @@
 #include "platform/desk/consent/ConsentSettings.h"
 #include "platform/desk/mail/MailHealth.h"
 #include "platform/desk/mail/MailSettings.h"
+#include "platform/desk/notebook/NotesHealth.h"
+#include "platform/desk/notebook/NotesSettings.h"
 #include "platform/desk/running/ApplicationHealth.h"
 #include "platform/desk/running/ApplicationSettings.h"
 
@@ -22,6 +25,7 @@ namespace {
 constexpr DeskPart kParts[] = {
     {registerMail, &kMailSection, &kMailHealth},
     {registerMessages, &kChatSection, &kChatHealth},
+    {registerNotes, &kNotesSection, &kNotesHealth},
     {registerFinder},
     {registerSystemEvents, &kApplicationSection, &kApplicationHealth},
     {nullptr, &kConsentSection, &kConsentHealth},
