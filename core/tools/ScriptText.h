@@ -24,4 +24,26 @@ on parseISO(s)
 end parseISO
 )AS";
 
+// A handler: a date as "2026-03-01 08:15", whatever the locale.
+inline constexpr std::string_view kIsoMinute = R"AS(
+
+on isoMinute(d)
+	set ymd to ((year of d) * 10000 + ((month of d) as integer) * 100 + (day of d)) as text
+	set hm to (10000 + (hours of d) * 100 + (minutes of d)) as text
+	return (text 1 thru 4 of ymd) & "-" & (text 5 thru 6 of ymd) & "-" & (text 7 thru 8 of ymd) & " " & (text 2 thru 3 of hm) & ":" & (text 4 thru 5 of hm)
+end isoMinute
+)AS";
+
+// A handler: the items of a list, one a line.
+inline constexpr std::string_view kJoinLines = R"AS(
+
+on joinLines(theLines)
+	set oldDelimiters to AppleScript's text item delimiters
+	set AppleScript's text item delimiters to linefeed
+	set joinedText to theLines as text
+	set AppleScript's text item delimiters to oldDelimiters
+	return joinedText
+end joinLines
+)AS";
+
 } // namespace mervo::ScriptText

@@ -8,6 +8,8 @@
 namespace mervo::MailScripts {
 
 using ScriptText::assembled;
+using ScriptText::kIsoMinute;
+using ScriptText::kJoinLines;
 using ScriptText::kParseISO;
 
 inline constexpr std::string_view kOneMailboxHead = R"AS(
@@ -146,26 +148,6 @@ inline constexpr std::string_view kSelectNewest = R"AS(
 				set target to item i of msgs
 			end if
 		end repeat
-)AS";
-
-inline constexpr std::string_view kIsoMinute = R"AS(
-
-on isoMinute(d)
-	set ymd to ((year of d) * 10000 + ((month of d) as integer) * 100 + (day of d)) as text
-	set hm to (10000 + (hours of d) * 100 + (minutes of d)) as text
-	return (text 1 thru 4 of ymd) & "-" & (text 5 thru 6 of ymd) & "-" & (text 7 thru 8 of ymd) & " " & (text 2 thru 3 of hm) & ":" & (text 4 thru 5 of hm)
-end isoMinute
-)AS";
-
-inline constexpr std::string_view kJoinLines = R"AS(
-
-on joinLines(theLines)
-	set oldDelimiters to AppleScript's text item delimiters
-	set AppleScript's text item delimiters to linefeed
-	set joinedText to theLines as text
-	set AppleScript's text item delimiters to oldDelimiters
-	return joinedText
-end joinLines
 )AS";
 
 inline constexpr std::string_view kReturnLines = R"AS(

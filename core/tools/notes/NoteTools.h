@@ -3,6 +3,8 @@
 #include "core/policy/Tool.h"
 
 #include <span>
+#include <string>
+#include <string_view>
 
 namespace mervo::Tools {
 
@@ -20,5 +22,8 @@ namespace mervo::NoteTools {
 
 /// The tools of this family.
 std::span<const Tool* const> all();
+
+/// "7 note(s): a, b, c, d, e..." of names, one a line: what `note.delete` would delete, for the approval card.
+std::string previewLine(std::string_view names);
 
 } // namespace mervo::NoteTools
