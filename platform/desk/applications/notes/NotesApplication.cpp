@@ -82,15 +82,15 @@ Ref<applescript::Object> NotesApplication::root()
 void NotesApplication::launch()
 {
     store();
-    isRunning_ = true;
+    DeskApplicationBase::launch();
 }
 
 NoteStore& NotesApplication::store()
 {
     if (!store_) {
         try {
-            store_ =
-                std::make_unique<NoteStore>(notesSettings(Configuration::load(sections_)), dataFolder() / "notes.lock");
+            store_ = std::make_unique<NoteStore>(
+                notesSettings(Configuration::load(sections())), dataFolder() / "notes.lock");
         } catch (const ConfigurationError& error) {
             throw ScriptError(applescript::ErrorNumber::handlerFailed, error.what());
         }
