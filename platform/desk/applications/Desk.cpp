@@ -1,6 +1,9 @@
 #include "platform/desk/applications/Desk.h"
 
+#include "platform/desk/addressbook/ContactHealth.h"
+#include "platform/desk/addressbook/ContactSettings.h"
 #include "platform/desk/applications/ConsentGuard.h"
+#include "platform/desk/applications/contacts/ContactsApplication.h"
 #include "platform/desk/applications/finder/FinderApplication.h"
 #include "platform/desk/applications/mail/MailApplication.h"
 #include "platform/desk/applications/messages/MessagesApplication.h"
@@ -25,6 +28,7 @@ namespace {
 constexpr DeskPart kParts[] = {
     {registerMail, &kMailSection, &kMailHealth},
     {registerMessages, &kChatSection, &kChatHealth},
+    {registerContacts, &kContactSection, &kContactHealth},
     {registerNotes, &kNotesSection, &kNotesHealth},
     {registerFinder},
     {registerSystemEvents, &kApplicationSection, &kApplicationHealth},

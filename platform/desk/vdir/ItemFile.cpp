@@ -46,7 +46,7 @@ std::optional<ItemBytes> readItem(const std::filesystem::path& file, std::string
     return std::nullopt;
 }
 
-std::uint64_t fingerprint(std::string_view bytes)
+std::uint64_t itemFingerprint(std::string_view bytes)
 {
     std::uint64_t value = 0xCBF29CE484222325U; // FNV-1a
     for (const char c : bytes)

@@ -42,6 +42,6 @@ constexpr std::size_t kLongestItem = 16 * 1024 * 1024;
 std::optional<ItemBytes> readItem(const std::filesystem::path& file, std::string& why);
 
 /// Distinguishes contents; not for adversaries.
-std::uint64_t fingerprint(std::string_view bytes);
+std::uint64_t itemFingerprint(std::string_view bytes);
 
 } // namespace mervo::desk

@@ -50,7 +50,7 @@ bool holds(const path& file, const ExpectedBytes& expected)
 {
     std::string why;
     const auto found = readItem(file, why);
-    return found && found->bytes.size() == expected.size && fingerprint(found->bytes) == expected.print;
+    return found && found->bytes.size() == expected.size && itemFingerprint(found->bytes) == expected.print;
 }
 
 void create(const StagedOperation& operation)

@@ -164,12 +164,12 @@ void VdirCommit::replace(const path& file, std::string_view old, std::string byt
 {
     Change& change = add(Kind::replace, file);
     change.bytes = std::move(bytes);
-    change.expected = {old.size(), fingerprint(old)};
+    change.expected = {old.size(), itemFingerprint(old)};
 }
 
 void VdirCommit::remove(const path& file, std::string_view old)
 {
-    add(Kind::remove, file).expected = {old.size(), fingerprint(old)};
+    add(Kind::remove, file).expected = {old.size(), itemFingerprint(old)};
 }
 
 void VdirCommit::makeFolder(const path& folder, std::map<std::string, std::string> files)
@@ -181,7 +181,7 @@ void VdirCommit::removeFolder(const path& folder, const std::map<std::string, st
 {
     Change& change = add(Kind::removeFolder, folder);
     for (const auto& [name, bytes] : files)
-        change.contents[name] = {bytes.size(), fingerprint(bytes)};
+        change.contents[name] = {bytes.size(), itemFingerprint(bytes)};
 }
 
 void VdirCommit::stage(Change& change)
