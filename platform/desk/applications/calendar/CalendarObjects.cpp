@@ -310,7 +310,7 @@ void EventObject::change(const std::function<void(platform::EventStore&)>& stage
     } catch (const ScriptError&) {
         if (!exists())
             throw ScriptError(applescript::ErrorNumber::noSuchObject);
-        throw;
+        session().change(stage); // this script may itself have changed the file since it was looked at
     }
 }
 

@@ -307,7 +307,7 @@ void ReminderObject::change(const std::function<void(platform::EventStore&)>& st
     } catch (const ScriptError&) {
         if (!exists())
             throw ScriptError(noSuchObject);
-        throw;
+        session().change(stage); // this script may itself have changed the file since it was looked at
     }
 }
 
