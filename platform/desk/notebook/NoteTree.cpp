@@ -101,12 +101,13 @@ public:
 
     Node node(const fs::path& folder, int depth)
     {
-        const Entries entries = entriesOf(folder);
+        Entries entries = entriesOf(folder);
         Node node{.path = folder, .holdsNotes = entries.hasNotes, .isEmpty = entries.isEmpty};
         if (depth == kDeepest || (depth > 0 && isTrashName(node.name())))
             return node;
         for (const std::string& name : entries.folders)
             add(node, folder / name, depth);
+        std::ranges::sort(entries.links); // of several that lead to one place, always the same is followed
         for (const std::string& name : entries.links) {
             if (leadsElsewhere(folder / name))
                 add(node, folder / name, depth);

@@ -240,7 +240,9 @@ Value NoteObject::get(TermId property)
 {
     switch (property) {
     case CommonTerm::name:
-        return inScriptTerms([&] { return Value::text(store().content(path()).name); });
+        if (!exists())
+            throw ScriptError(ErrorNumber::noSuchObject);
+        return Value::text(store().contentOrName(path()).name);
     case NotesTerm::plaintext:
         return inScriptTerms([&] { return Value::text(store().content(path()).text); });
     case NotesTerm::body:
