@@ -4,6 +4,7 @@
 #include "platform/desk/notebook/HtmlReader.h"
 #include "platform/unicode.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fmt/format.h>
 #include <vector>
@@ -355,7 +356,7 @@ std::string readInto(std::string_view html)
 std::size_t findTag(std::string_view file, std::string_view tag)
 {
     const auto isHere = [&](std::size_t at) {
-        const std::string_view behind = file.substr(at + tag.size(), 1);
+        const std::string_view behind = file.substr(std::min(at + tag.size(), file.size()), 1);
         return platform::ascii::equalsIgnoringCase(file.substr(at, tag.size()), tag)
             && (behind.empty() || std::string_view(" \t\n\r\f>/").find(behind[0]) != std::string_view::npos);
     };
