@@ -55,7 +55,7 @@ std::string versionOf(const ContentDocument& document, Node card)
 /// Gives the first such line another value, or adds the line.
 void setLine(ContentDocument& document, Node card, const char* name, const std::string& value)
 {
-    const auto node = document.line(card, name);
+    const auto node = readableLine(document, card, name);
     const auto line = node ? document.read(*node) : std::nullopt;
     const ContentLine base = line ? *line : ContentLine{.name = name};
     const ContentLine made = withCardValue(base, value, versionOf(document, card));
@@ -84,7 +84,7 @@ bool isEmptyValue(std::string_view value)
 
 std::vector<std::string> structuredParts(const ContentDocument& document, Node card, const char* name)
 {
-    const auto node = document.line(card, name);
+    const auto node = readableLine(document, card, name);
     const auto line = node ? document.read(*node) : std::nullopt;
     return line ? writtenParts(*line) : std::vector<std::string>();
 }
@@ -190,7 +190,7 @@ void setContactField(ContentDocument& document, Node card, ContactField field, c
     const bool isName = std::string_view(place.line) == "N"; // which every card must have
     if (isName || !isEmptyValue(value)) {
         setLine(document, card, place.line, value);
-    } else if (const auto node = document.line(card, place.line)) {
+    } else if (const auto node = readableLine(document, card, place.line)) {
         document.remove(*node);
     }
     if (field == ContactField::firstName || field == ContactField::lastName || field == ContactField::organization)
@@ -267,9 +267,10 @@ void setMember(ContentDocument& document, Node group, const std::string& uid, Me
 
 void finishCard(ContentDocument& document, Node card, std::string_view revision)
 {
-    if (document.valueOf(card, "FN").value_or("").empty())
+    const auto name = readableLine(document, card, "FN");
+    if (!name || document.read(*name)->value.empty())
         setLine(document, card, "FN", escapedText(readContact(document, card).name));
-    document.setValue(card, "REV", revision);
+    setLine(document, card, "REV", std::string(revision));
 }
 
 } // namespace mervo::desk

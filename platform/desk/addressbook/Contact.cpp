@@ -69,14 +69,14 @@ const char* lineName(ContactValueKind kind)
 
 std::string textOf(const ContentDocument& document, Node card, std::string_view name)
 {
-    const auto line = document.line(card, name);
+    const auto line = readableLine(document, card, name);
     const auto read = line ? document.read(*line) : std::nullopt;
     return read ? cardText(*read) : std::string();
 }
 
 std::vector<std::string> partsOf(const ContentDocument& document, Node card, std::string_view name, std::size_t count)
 {
-    const auto line = document.line(card, name);
+    const auto line = readableLine(document, card, name);
     const auto read = line ? document.read(*line) : std::nullopt;
     std::vector<std::string> parts = read ? cardParts(*read) : std::vector<std::string>();
     parts.resize(std::max(parts.size(), count));
@@ -134,6 +134,15 @@ void readKind(const ContentDocument& document, Node card, Contact& contact)
 }
 
 } // namespace
+
+std::optional<Node> readableLine(const ContentDocument& document, Node card, std::string_view name)
+{
+    for (const Node node : document.lines(card, name)) {
+        if (document.read(node))
+            return node;
+    }
+    return std::nullopt;
+}
 
 std::optional<Node> labelLine(const ContentDocument& document, Node card, const std::string& group)
 {

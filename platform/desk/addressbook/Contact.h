@@ -50,6 +50,10 @@ Contact readContact(const ContentDocument& document, ContentDocument::Node card)
 /// First and last name, else the organization, else the first address or number.
 std::string composedName(const Contact& contact);
 
+/// The first line of a name that can be read.
+std::optional<ContentDocument::Node> readableLine(
+    const ContentDocument& document, ContentDocument::Node card, std::string_view name);
+
 /// The lines of a card that the values of a kind come from, in their order.
 std::vector<ContentDocument::Node> valueLines(
     const ContentDocument& document, ContentDocument::Node card, ContactValueKind kind);
