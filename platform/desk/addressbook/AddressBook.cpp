@@ -126,7 +126,7 @@ void AddressBook::readFile(const fs::path& file)
         damaged_.push_back({file, "a card in it does not end, or an end has no beginning"});
     }
     for (std::size_t index = 0; index < nodes.size(); ++index)
-        cards_.push_back(std::make_shared<Card>(readContact(document, nodes[index]), file, index, item->stamp));
+        cards_.push_back(std::make_shared<Card>(Card{readContact(document, nodes[index]), file, index, item->stamp}));
 }
 
 AddressBook::OpenFile& AddressBook::openFile(const Card& card)

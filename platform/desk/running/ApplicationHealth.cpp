@@ -12,8 +12,6 @@ std::vector<Finding> examineApplicationSettings(const Configuration& configurati
 {
     std::vector<Finding> findings;
     for (const auto& [application, program] : namedPrograms(configuration)) {
-        if (program.empty())
-            continue;
         const std::string name(identityOf(application).name);
         findings.push_back(commandFinding(fmt::format("desk.applications.{}", platform::ascii::lowered(name)),
             fmt::format("The program for {}", name), {program}, name.c_str(), {}));

@@ -9,7 +9,7 @@
 /// The owner's own programs in desk.toml:
 ///
 ///     [applications]
-///     Mail = "thunderbird"   # name or path of the program that is the owner's Mail; "" for none
+///     Mail = "thunderbird"   # name or path of the program that is the owner's Mail
 ///
 /// Mail, Calendar, Reminders, Contacts, Notes and Messages can be named.
 namespace mervo::desk {
@@ -17,7 +17,7 @@ namespace mervo::desk {
 void checkApplicationSection(const Table& applications);
 inline constexpr Section kApplicationSection{"applications", "[applications]", checkApplicationSection};
 
-/// The programs that are named; an empty text: the application has none, whatever the desktop's default is.
+/// The programs that are named.
 std::map<DeskApplication, std::string> namedPrograms(const Configuration& configuration);
 
 } // namespace mervo::desk
