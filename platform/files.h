@@ -67,4 +67,10 @@ std::error_code makeFilePrivate(const std::filesystem::path& file) noexcept;
 /// Creates a folder for the owner alone (mode 0700), with what is above it. A folder that is there is left as it is.
 std::error_code createPrivateFolder(const std::filesystem::path& folder) noexcept;
 
+/// True when the path belongs to the user of this process, or is not there.
+bool isOurs(const std::filesystem::path& path) noexcept;
+
+/// True when this process may create files in a folder, or write a file.
+bool canWrite(const std::filesystem::path& path) noexcept;
+
 } // namespace mervo::platform

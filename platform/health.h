@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -26,11 +25,5 @@ struct Finding {
 
 /// Asks every part, which can take some seconds. Reads only. Never throws: a part that cannot be asked is a finding.
 std::vector<Finding> health() noexcept;
-
-/// True when the path belongs to the user of this process, or is not there.
-bool isOurs(const std::filesystem::path& path) noexcept;
-
-/// True when this process may create files in a folder, or write a file.
-bool canWrite(const std::filesystem::path& path) noexcept;
 
 } // namespace mervo::platform

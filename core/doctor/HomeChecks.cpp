@@ -4,7 +4,6 @@
 #include "core/foundation/JsonText.h"
 #include "core/foundation/Text.h"
 #include "platform/files.h"
-#include "platform/health.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -4,7 +4,7 @@
 #include "core/foundation/DatabaseFailure.h"
 #include "core/foundation/MervoDB.h"
 #include "platform/ascii.h"
-#include "platform/health.h"
+#include "platform/files.h"
 
 #include <chrono>
 #include <filesystem>

@@ -286,4 +286,15 @@ std::error_code createPrivateFolder(const std::filesystem::path& folder) noexcep
     });
 }
 
+bool isOurs(const std::filesystem::path& path) noexcept
+{
+    struct stat found { };
+    return ::stat(path.c_str(), &found) != 0 || found.st_uid == ::geteuid();
+}
+
+bool canWrite(const std::filesystem::path& path) noexcept
+{
+    return ::access(path.c_str(), W_OK) == 0;
+}
+
 } // namespace mervo::platform

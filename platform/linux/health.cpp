@@ -4,8 +4,6 @@
 #include "platform/programs.h"
 
 #include <nlohmann/json.hpp>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace mervo::platform {
 
@@ -50,17 +48,6 @@ std::vector<Finding> health() noexcept
     } catch (const std::exception& error) {
         return {notAsked(program, error.what())};
     }
-}
-
-bool isOurs(const std::filesystem::path& path) noexcept
-{
-    struct stat found { };
-    return ::stat(path.c_str(), &found) != 0 || found.st_uid == ::geteuid();
-}
-
-bool canWrite(const std::filesystem::path& path) noexcept
-{
-    return ::access(path.c_str(), W_OK) == 0;
 }
 
 } // namespace mervo::platform
