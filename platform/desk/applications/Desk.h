@@ -12,14 +12,13 @@ namespace mervo::desk {
 struct DeskPart {
     /// Makes the application known to the script host. It reads desk.toml with these sections. Null: no application.
     void (*add)(applescript::ApplicationRegistry& registry, Sections sections) = nullptr;
-    const Section* section = nullptr; ///< null: nothing to configure
     const HealthChecks* health = nullptr; ///< null: nothing to check
 };
 
-/// In the order in which desk.toml is checked and findings are reported.
+/// In the order in which findings are reported.
 std::span<const DeskPart> deskParts();
 
-/// The sections of all parts.
+/// All that desk.toml may hold, in the order in which it is checked (DeskSections.cpp).
 Sections deskSections();
 
 /// Makes all applications known to the script host, and the owner's consent its guard.

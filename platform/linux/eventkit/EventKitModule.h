@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/eventkit.h"
+#include "platform/modules.h"
+
+namespace mervo::platform::eventkit {
+
+/// A new store over the owner's folders, which the caller owns. The module of the bundle that holds it brings libical
+/// along. Throws EventStoreError.
+extern "C" EventStore* mervoEventStore();
+inline constexpr auto kEventKitModule = MERVO_MODULE("mervo-eventkit.so", mervoEventStore);
+
+} // namespace mervo::platform::eventkit

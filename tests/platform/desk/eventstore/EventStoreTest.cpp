@@ -1,0 +1,240 @@
+#include "platform/desk/eventstore/DeskEventStore.h"
+
+#include "platform/desk/eventstore/ItemEdits.h"
+#include "tests/support/Files.h"
+
+#include <gmock/gmock.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace mervo::desk {
+namespace {
+
+using platform::Entity;
+using platform::Event;
+using platform::EventStoreError;
+using platform::Reminder;
+using std::filesystem::path;
+using test::readFile;
+using test::TempDir;
+using test::writeFile;
+using testing::HasSubstr;
+using testing::ThrowsMessage;
+
+constexpr std::int64_t kNow = 1'800'000'000; // 2027-01-15 08:00:00 UTC
+constexpr platform::TimeSpan kYear{1'767'225'600, 1'798'761'600}; // 2026 UTC
+
+std::string calendar(const std::string& items)
+{
+    std::string text = "BEGIN:VCALENDAR\nVERSION:2.0\n" + items + "END:VCALENDAR\n";
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 2))
+        text.replace(at, 1, "\r\n");
+    return text;
+}
+
+/// A home whose clock is UTC.
+class EventStoreTest : public testing::Test {
+protected:
+    EventStoreTest() { ::setenv("TZ", "UTC", 1); }
+    DeskEventStore store(const path& cache = {}) const
+    {
+        return DeskEventStore({root(), "Home", false}, {root(), "Reminders", false}, cache,
+            Consent(
+                ConsentRecord(home_ / "consent.json"), [] { return WhenUndecided::allow; },
+                [](const std::string&) { return Answer::nobody; }));
+    }
+    path root() const { return home_ / "cal"; }
+    void write(const std::string& name, const std::string& items) const { writeFile(root() / name, calendar(items)); }
+    static Event only(DeskEventStore& store)
+    {
+        const auto found = store.events(kYear);
+        EXPECT_EQ(found.size(), 1U);
+        return found.at(0);
+    }
+    static std::vector<Reminder> reminders(DeskEventStore& store)
+    {
+        return store.reminders(store.collections(Entity::reminders));
+    }
+
+    TempDir home_;
+};
+
+/// What a rewrite must leave alone stands between what it changes.
+TEST_F(EventStoreTest, rewritesTheLinesThatItMust)
+{
+    const std::string before = calendar("BEGIN:VTIMEZONE\nTZID:Own\nEND:VTIMEZONE\nX-WR-CALNAME:Late\nBEGIN:VEVENT\n"
+                                        "SUMMARY;LANGUAGE=de:Tee\nUID:u\nX-FOO;X=\"a,b\":kept\n  folded\nno line\n"
+                                        "DTSTAMP:20200101T000000Z\nBEGIN:VALARM\nTRIGGER:-PT5M\nEND:VALARM\n"
+                                        "DTSTART;X-A=1;TZID=Europe/Paris:20260105T090000\nDURATION:PT1H\nEND:VEVENT\n");
+    ContentDocument document(before);
+    desk::change(document, {"u", {}},
+        {.title = "Tea", .location = "Kitchen, left", .start = 1'767'607'200 /* 10:00 UTC */}, kNow);
+    std::string expected = before;
+    const auto replace = [&](const std::string& old, const std::string& by) {
+        ASSERT_NE(expected.find(old), std::string::npos) << old;
+        expected.replace(expected.find(old), old.size(), by);
+    };
+    replace("LANGUAGE=de:Tee", "LANGUAGE=de:Tea");
+    replace("DTSTAMP:20200101T000000Z\r\n", // new lines come before the alarm
+        "DTSTAMP:20270115T080000Z\r\nLOCATION:Kitchen\\, left\r\nLAST-MODIFIED:20270115T080000Z\r\nSEQUENCE:1\r\n");
+    replace("DTSTART;X-A=1;TZID=Europe/Paris:20260105T090000", "DTSTART;TZID=Europe/Paris;X-A=1:20260105T110000");
+    const std::string after = document.text();
+    const std::size_t zone = after.find("BEGIN:VTIMEZONE\r\nTZID:Europe/Paris");
+    ASSERT_NE(zone, std::string::npos) << "the zone that a time now names";
+    const std::string end = "END:VTIMEZONE\r\n";
+    EXPECT_EQ(after.substr(0, zone) + after.substr(after.find(end, zone) + end.size()), expected);
+}
+
+TEST_F(EventStoreTest, changesAndDeletesOneOccurrenceAlone)
+{
+    write("a/r.ics",
+        "BEGIN:VEVENT\nUID:r\nSUMMARY:Daily\nDTSTART:20260105T090000Z\nDTEND:20260105T093000Z\n"
+        "RRULE:FREQ=DAILY;COUNT=4\nX-KEEP:1\nEND:VEVENT\n");
+    auto store = this->store();
+    auto found = store.events(kYear);
+    ASSERT_EQ(found.size(), 4U);
+    store.change(found[1], {.title = "Moved", .start = found[1].start + 3600});
+    store.remove(found[2]);
+    EXPECT_EQ(store.events(kYear).size(), 4U) << "nothing is real before the commit";
+    store.commit();
+    found = store.events(kYear);
+    ASSERT_EQ(found.size(), 3U);
+    EXPECT_EQ(found[1].title + "/" + found[2].title, "Moved/Daily");
+    EXPECT_EQ(found[1].end - found[1].start, 1800);
+    EXPECT_EQ(found[1].start, 1'767'690'000 + 3600);
+    const std::string text = readFile(root() / "a/r.ics");
+    EXPECT_THAT(text, HasSubstr("EXDATE:20260107T090000Z"));
+    EXPECT_THAT(text, HasSubstr("RECURRENCE-ID:20260106T090000Z"));
+    store.change(found[1], {.title = "Again"});
+    store.commit();
+    EXPECT_EQ(store.events(kYear).size(), 3U) << "its own component is changed, none is added";
+    store.remove(store.events(kYear)[1]);
+    store.commit();
+    EXPECT_THAT(readFile(root() / "a/r.ics"), testing::Not(HasSubstr("RECURRENCE-ID")));
+    EXPECT_EQ(store.events(kYear).size(), 2U);
+}
+
+TEST_F(EventStoreTest, makesTheDefaultCollectionWithTheFirstItem)
+{
+    auto store = this->store();
+    const auto home = store.defaultCollection(Entity::events);
+    EXPECT_EQ(home.title, "Home");
+    EXPECT_EQ(store.collections(Entity::events).size(), 1U);
+    EXPECT_FALSE(std::filesystem::exists(root())) << "a look makes nothing";
+    store.add(home, platform::EventChange{.title = "New", .start = kYear.start});
+    store.add(store.defaultCollection(Entity::reminders),
+        platform::ReminderChange{.title = "Do", .due = platform::DateComponents{2026, 2, 3}});
+    store.commit();
+    const Event event = only(store);
+    EXPECT_EQ(event.calendar.title + "/" + event.title, "Home/New");
+    EXPECT_EQ(event.end - event.start, 3600);
+    const auto tasks = reminders(store);
+    ASSERT_EQ(tasks.size(), 1U);
+    EXPECT_EQ(tasks[0].list.title, "Reminders");
+    EXPECT_TRUE(tasks[0].due && tasks[0].due->month == 2 && !tasks[0].due->time);
+    EXPECT_EQ(store.defaultCollection(Entity::reminders).id, tasks[0].list.id);
+}
+
+TEST_F(EventStoreTest, completesAndReopensAndGoesOn)
+{
+    write("t/1.ics", "BEGIN:VTODO\nUID:1\nSUMMARY:Once\nX-KEEP:1\nEND:VTODO\n");
+    write("t/2.ics",
+        "BEGIN:VTODO\nUID:2\nSUMMARY:Weekly\nDUE;VALUE=DATE:20260105\nDTSTART;VALUE=DATE:20260105\n"
+        "RRULE:FREQ=WEEKLY;COUNT=2\nBEGIN:VALARM\nTRIGGER;VALUE=DATE-TIME:20260104T080000Z\nEND:VALARM\n"
+        "END:VTODO\n");
+    auto store = this->store();
+    for (const Reminder& task : reminders(store))
+        store.change(task, {.isCompleted = true});
+    store.commit();
+    auto tasks = reminders(store);
+    EXPECT_TRUE(tasks[0].isCompleted && tasks[0].completed);
+    EXPECT_FALSE(tasks[1].isCompleted);
+    EXPECT_EQ(tasks[1].due->day, 12);
+    EXPECT_EQ(tasks[1].absoluteAlarms.at(0), 1'768'118'400) << "a week later, like the date";
+    store.change(tasks[0], {.isCompleted = false});
+    store.change(tasks[1], {.isCompleted = true});
+    store.commit();
+    tasks = reminders(store);
+    EXPECT_FALSE(tasks[0].isCompleted || tasks[0].completed);
+    EXPECT_TRUE(tasks[1].isCompleted) << "that was the last date";
+}
+
+TEST_F(EventStoreTest, neverOverwritesWhatAnotherProgramWrote)
+{
+    write("a/1.ics", "BEGIN:VEVENT\nUID:1\nSUMMARY:Ours\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
+    auto store = this->store();
+    const Event event = only(store);
+    const std::string theirs = calendar("BEGIN:VEVENT\nUID:1\nSUMMARY:Theirs\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
+    for (const bool beforeChange : {true, false}) {
+        write("a/1.ics", "BEGIN:VEVENT\nUID:1\nSUMMARY:Ours\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
+        const Event seen = only(store);
+        if (beforeChange)
+            writeFile(root() / "a/1.ics", theirs);
+        EXPECT_THAT(
+            [&] {
+                store.change(seen, {.title = "x"});
+                writeFile(root() / "a/1.ics", theirs);
+                store.commit();
+            },
+            ThrowsMessage<EventStoreError>(HasSubstr("another program has written")));
+        EXPECT_EQ(readFile(root() / "a/1.ics"), theirs);
+    }
+}
+
+TEST_F(EventStoreTest, deletesAListAndLeavesItsCalendar)
+{
+    write("both/e.ics", "BEGIN:VEVENT\nUID:e\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
+    write("both/t.ics", "BEGIN:VTODO\nUID:t\nEND:VTODO\n");
+    write("both/two.ics", "BEGIN:VTODO\nUID:a\nEND:VTODO\nBEGIN:VTODO\nUID:b\nEND:VTODO\n");
+    write("tasks/t.ics", "BEGIN:VTODO\nUID:t\nEND:VTODO\n");
+    write("odd/broken.ics", "BEGIN:VTODO\nUID:x\n");
+    auto store = this->store();
+    EXPECT_EQ(store.collections(Entity::events).size(), 2U);
+    for (const Reminder& task : reminders(store)) {
+        if (task.uid == "a")
+            store.remove(task);
+    }
+    store.commit();
+    EXPECT_THAT(readFile(root() / "both/two.ics"), HasSubstr("UID:b"));
+    for (const auto& list : store.collections(Entity::reminders)) {
+        if (list.title != "odd")
+            store.remove(list, Entity::reminders);
+    }
+    store.commit();
+    EXPECT_EQ(test::tree(root() / "both"), (std::set<std::string>{"e.ics"}));
+    EXPECT_FALSE(std::filesystem::exists(root() / "tasks"));
+    EXPECT_TRUE(std::filesystem::exists(root() / "odd/broken.ics")) << "what cannot be read is nobody's to delete";
+}
+
+/// A cache that is cut, of another kind or from another time shows what the files hold.
+TEST_F(EventStoreTest, trustsNoCacheOverTheFiles)
+{
+    const path cache = home_ / "cache/items.sqlite";
+    write("a/1.ics", "BEGIN:VEVENT\nUID:1\nSUMMARY:One\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
+    write("a/2.ics", "BEGIN:VTODO\nUID:2\nEND:VTODO\n");
+    const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    std::filesystem::last_write_time(root() / "a/1.ics", old);
+    const auto look = [&] {
+        auto store = this->store(cache);
+        return only(store).title;
+    };
+    EXPECT_EQ(look(), "One");
+    const std::string good = readFile(cache);
+    for (const std::size_t at : {std::size_t(0), good.size() / 4, good.size() / 2, good.size() - 60}) {
+        std::string bad = good;
+        for (std::size_t i = at; i < std::min(at + 64, bad.size()); ++i)
+            bad[i] = '\xA5';
+        writeFile(cache, bad);
+        EXPECT_EQ(look(), "One") << at;
+    }
+    write("a/1.ics", "BEGIN:VEVENT\nUID:1\nSUMMARY:Two\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
+    EXPECT_EQ(look(), "Two") << "as long as before";
+    std::filesystem::remove(root() / "a/2.ics");
+    std::filesystem::remove(cache);
+    std::filesystem::create_directories(cache); // cannot be written
+    EXPECT_EQ(look(), "Two");
+}
+
+} // namespace
+} // namespace mervo::desk
