@@ -12,6 +12,7 @@ from archive import archive
 from body import body
 from bulk import bulk
 from figures import MS, Figure, added
+from notes import notes
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 EVERYTHING = ROOT / "tests/frontends/mcp/node_modules/@modelcontextprotocol/server-everything/dist/index.js"
@@ -276,4 +277,4 @@ def peer(got):
 
 
 GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "archive": archive,
-          "gate": gate, "cockpit": cockpit, "application": application}
+          "notes": notes, "gate": gate, "cockpit": cockpit, "application": application}

@@ -170,17 +170,21 @@ private:
 
     void collapsed(std::string_view text)
     {
-        while (!text.empty()) {
-            const std::size_t word = text.find_first_not_of(" \t\n\r\f");
-            if (word != 0)
+        std::size_t at = 0;
+        while (at < text.size()) {
+            if (isBlank(text[at])) {
                 isBlankDue_ = line_ == Line::text;
-            text.remove_prefix(std::min(word, text.size()));
-            const std::size_t end = std::min(text.find_first_of(" \t\n\r\f"), text.size());
-            if (end > 0)
-                putWord(text.substr(0, end));
-            text.remove_prefix(end);
+                ++at;
+                continue;
+            }
+            const std::size_t start = at;
+            while (at < text.size() && !isBlank(text[at]))
+                ++at;
+            putWord(text.substr(start, at - start));
         }
     }
+
+    static bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r' || c == '\f'; }
 
     /// A no-break space is a blank to a reader, and to a search.
     void putWord(std::string_view word)

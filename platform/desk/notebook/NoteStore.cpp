@@ -153,10 +153,10 @@ std::vector<NoteAccount> NoteStore::accounts() const
 const std::vector<NoteFile>& NoteStore::notes(const fs::path& folder, Look look)
 {
     const auto now = std::chrono::steady_clock::now();
-    const auto known = listings_.find(folder);
+    const auto known = listings_.find(folder.native());
     if (look == Look::asBefore && known != listings_.end() && now - known->second.when < kListed)
         return known->second.notes;
-    return (listings_[folder] = {notesIn(folder), now}).notes;
+    return (listings_[folder.native()] = {notesIn(folder), now}).notes;
 }
 
 std::string NoteStore::bytesOf(const fs::path& note, platform::FileStamp& stamp) const
@@ -176,7 +176,7 @@ std::string NoteStore::bytesOf(const fs::path& note, platform::FileStamp& stamp)
 
 const NoteContent& NoteStore::content(const fs::path& note)
 {
-    const auto known = readings_.find(note);
+    const auto known = readings_.find(note.native());
     if (known != readings_.end() && platform::fileStamp(note) == known->second.stamp)
         return known->second.content;
     Reading reading;
@@ -185,7 +185,7 @@ const NoteContent& NoteStore::content(const fs::path& note)
     reading.content = contentOf(kindOf(note), bytes);
     if (reading.content.name.empty())
         reading.content.name = stemOf(note);
-    return (readings_[note] = std::move(reading)).content;
+    return (readings_[note.native()] = std::move(reading)).content;
 }
 
 NoteContent NoteStore::contentOrName(const fs::path& note)
@@ -201,7 +201,7 @@ std::string NoteStore::body(const fs::path& note)
 {
     Reading reading;
     const std::string bytes = bytesOf(note, reading.stamp);
-    const auto known = readings_.find(note);
+    const auto known = readings_.find(note.native());
     if (known == readings_.end() || known->second.hash != hashOf(bytes))
         content(note);
     handedOut_ = {note, bodyOf(kindOf(note), bytes)};
@@ -218,7 +218,7 @@ std::string NoteStore::changed(const fs::path& note, std::string_view bytes, std
             return html.empty() ? std::string(bytes) : withMore(kind, bytes, html);
         }
     }
-    const auto known = readings_.find(note);
+    const auto known = readings_.find(note.native());
     if (known != readings_.end() && known->second.hash != hashOf(bytes)) {
         throw NoteError(
             fmt::format("{} was changed by another program while this ran; nothing was written, so call again.",
@@ -317,7 +317,7 @@ fs::path NoteStore::addFolder(const fs::path& parent, std::string_view name)
 
 void NoteStore::forget(const fs::path& note)
 {
-    readings_.erase(note);
+    readings_.erase(note.native());
     listings_.clear();
     if (handedOut_.note == note)
         handedOut_ = {};

@@ -9,9 +9,9 @@
 
 #include <chrono>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace mervo::desk {
 
@@ -80,8 +80,8 @@ private:
 
     NotesSettings settings_;
     std::filesystem::path lock_;
-    std::map<std::filesystem::path, Listing> listings_;
-    std::map<std::filesystem::path, Reading> readings_;
+    std::unordered_map<std::string, Listing> listings_; ///< by the path of the folder
+    std::unordered_map<std::string, Reading> readings_; ///< by the path of the note
     HandedOut handedOut_;
 };
 

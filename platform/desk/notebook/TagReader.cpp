@@ -135,6 +135,25 @@ std::optional<std::string> takeEntity(std::string_view& text)
     return decoded;
 }
 
+/// Whether a parser would put something else in the place of a character: of controls and of noncharacters, by their
+/// bytes in UTF-8, which is valid.
+bool holdsReplaced(std::string_view html)
+{
+    for (std::size_t i = 0; i < html.size(); ++i) {
+        if (html[i] >= 0x20 && html[i] < 0x7F)
+            continue;
+        const auto byte = [&](std::size_t at) { return at < html.size() ? static_cast<unsigned char>(html[at]) : 0U; };
+        const unsigned lead = byte(i);
+        const bool isControl = (lead < 0x20 && kBlanks.find(html[i]) == std::string_view::npos) || lead == 0x7F
+            || (lead == 0xC2 && byte(i + 1) < 0xA0);
+        const bool isNone = (lead == 0xEF && (byte(i + 1) == 0xB7 || (byte(i + 1) == 0xBF && byte(i + 2) >= 0xBE)))
+            || (lead >= 0xF0 && byte(i + 2) == 0xBF && byte(i + 3) >= 0xBE);
+        if (isControl || isNone)
+            return true;
+    }
+    return false;
+}
+
 /// A tag of a plain document.
 struct PlainTag {
     TagName name;
@@ -154,7 +173,9 @@ public:
     {
         skipPreamble();
         while (!rest_.empty()) {
-            const std::size_t end = std::min(rest_.find_first_of("<&"), rest_.size());
+            std::size_t end = 0;
+            while (end < rest_.size() && rest_[end] != '<' && rest_[end] != '&')
+                ++end;
             if (end > 0)
                 sink_.text(rest_.substr(0, end));
             rest_.remove_prefix(end);
@@ -392,7 +413,7 @@ private:
 
 bool readPlainHtml(std::string_view html, HtmlSink& sink)
 {
-    if (html.find('\0') != std::string_view::npos || !platform::isValidUtf8(html))
+    if (!platform::isValidUtf8(html) || holdsReplaced(html))
         return false;
     return PlainReader(html, sink).read();
 }
