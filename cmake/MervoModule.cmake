@@ -76,7 +76,26 @@ function(mervo_platform_module target)
     mervo_link(${target} MAY_USE ${ARG_MAY_USE} LIBRARIES ${ARG_LIBRARIES})
     set_target_properties(${target} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${MERVO_BUNDLE}/Helpers/platform)
     target_link_options(${target} PRIVATE -Wl,--exclude-libs,ALL)
+    cmake_language(EVAL CODE # the target's name now, the call later
+        "cmake_language(DEFER DIRECTORY ${PROJECT_SOURCE_DIR} CALL mervo_make_position_independent ${target})")
     install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/mervo/Contents/Helpers/platform)
+endfunction()
+
+# What goes into a loaded module must not depend on its place in memory. Our own libraries come into a module whole or not
+# at all, so that nothing in them is replaced from outside. Called when all targets are known.
+function(mervo_make_position_independent target)
+    get_target_property(is_done ${target} MERVO_POSITION_INDEPENDENT)
+    if(is_done)
+        return()
+    endif()
+    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON MERVO_POSITION_INDEPENDENT ON)
+    target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+    get_target_property(linked ${target} LINK_LIBRARIES)
+    foreach(library IN LISTS linked)
+        if(library MATCHES "^mervo-" AND TARGET ${library})
+            mervo_make_position_independent(${library})
+        endif()
+    endforeach()
 endfunction()
 
 # mervo_test(core-policy SOURCES a.cpp MAY_USE core/policy): one GoogleTest program, its cases known to ctest.
