@@ -12,7 +12,6 @@ namespace {
 
 constexpr Option kForce{"--force", "run it although it is paused or not due"};
 constexpr std::array kRunOptions{kForce};
-constexpr std::array kReportOptions{kJson};
 
 [[noreturn]] void refuse(std::string_view command, std::string_view needed)
 {
@@ -31,16 +30,6 @@ ExitCode autoDone(const Arguments&, Io&)
     refuse("auto-done", "the automation engine");
 }
 
-ExitCode permissions(const Arguments&, Io&)
-{
-    refuse("permissions", "the permission bootstrap");
-}
-
-ExitCode bootstrapPermissions(const Arguments&, Io&)
-{
-    refuse("bootstrap-permissions", "the permission bootstrap");
-}
-
 } // namespace
 
 constinit const Command kAutoRun{"auto-run", "<name> [--force]", "run an automation once (not in this build)",
@@ -51,17 +40,5 @@ constinit const Command kAutoDone{"auto-done", "[code]", "end the run of an auto
     "Tells the supervisor of a run that the agent is done. This build has no automation engine, and the command says "
     "so.\n",
     {}, 1, autoDone};
-
-constinit const Command kPermissions{"permissions", "[--json]", "show the consents (not in this build)",
-    "Shows which applications the owner has consented to. This build has no permission bootstrap, and the command "
-    "says\n"
-    "so.\n",
-    kReportOptions, 0, permissions};
-
-constinit const Command kBootstrapPermissions{"bootstrap-permissions", "[--json]",
-    "ask the owner for every consent (not in this build)",
-    "Asks the owner for the consent of each application. This build has no permission bootstrap, and the command says\n"
-    "so.\n",
-    kReportOptions, 0, bootstrapPermissions};
 
 } // namespace mervo::cli

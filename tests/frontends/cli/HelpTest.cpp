@@ -50,8 +50,6 @@ TEST_F(HelpTest, commandsWithoutTheirEngineSaySo)
     const std::pair<std::vector<std::string>, std::string> cases[]{
         {{"auto-run", "morning", "--force"}, "auto-run needs the automation engine"},
         {{"auto-done", "3"}, "auto-done needs the automation engine"},
-        {{"permissions", "--json"}, "permissions needs the permission bootstrap"},
-        {{"bootstrap-permissions"}, "bootstrap-permissions needs the permission bootstrap"},
     };
     for (const auto& [words, sentence] : cases) {
         const Ended run = mervo(words);
