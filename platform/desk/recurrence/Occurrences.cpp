@@ -64,6 +64,13 @@ std::vector<Item> itemsOf(const std::vector<ItemTimes>& events)
     return items;
 }
 
+/// Nothing says that it is more than its DTSTART, or less.
+bool isSingle(const Item& item)
+{
+    return !item.event->isRepeating() && item.changes.empty() && item.event->exceptions.empty()
+        && item.event->exceptionDays.empty();
+}
+
 class Expansion {
 public:
     Expansion(platform::TimeSpan span, std::size_t bound)
@@ -78,7 +85,7 @@ public:
         if (item.event == nullptr) {
             for (const ItemTimes* change : item.changes)
                 show(*change, change->start, std::nullopt, change->changed->text());
-        } else if (!item.event->isRepeating() && item.changes.empty()) {
+        } else if (isSingle(item)) {
             show(*item.event, item.event->start, std::nullopt, {});
         } else {
             expand(item);

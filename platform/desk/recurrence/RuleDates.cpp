@@ -21,9 +21,16 @@ std::int64_t monthIndex(const CivilDate& date)
     return date.year * 12LL + date.month - 1;
 }
 
+constexpr std::int64_t kBehindAll = 10000; // a year
+
+int yearOf(std::int64_t period)
+{
+    return static_cast<int>(std::min(period, kBehindAll));
+}
+
 CivilDate firstOfMonth(std::int64_t index)
 {
-    return {static_cast<int>(index / 12), static_cast<int>(index % 12) + 1, 1};
+    return {yearOf(index / 12), static_cast<int>(index % 12) + 1, 1};
 }
 
 bool contains(const std::vector<int>& list, std::int64_t value)
@@ -188,7 +195,7 @@ std::int64_t RuleDates::firstDayOfPeriod() const
 {
     switch (rule_.frequency) {
     case Frequency::yearly:
-        return dayNumber({static_cast<int>(period_), 1, 1});
+        return dayNumber({yearOf(period_), 1, 1});
     case Frequency::monthly:
         return dayNumber(firstOfMonth(period_));
     case Frequency::weekly:
@@ -206,7 +213,7 @@ std::int64_t RuleDates::firstDayBehindPeriod() const
 {
     switch (rule_.frequency) {
     case Frequency::yearly:
-        return dayNumber({static_cast<int>(period_) + 1, 1, 1});
+        return dayNumber({yearOf(period_) + 1, 1, 1});
     case Frequency::monthly:
         return dayNumber(firstOfMonth(period_ + 1));
     case Frequency::weekly:

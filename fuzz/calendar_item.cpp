@@ -1,0 +1,41 @@
+// The text of one calendar file: what a server, or anyone who sends an invitation, can put before the desk.
+
+#include "platform/desk/recurrence/Recurrences.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using namespace mervo::desk;
+
+void require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    setenv("TZ", "Europe/Paris", 0);
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const mervo::platform::TimeSpan span{1767225600, 1798761600};
+    const Occurrences found = occurrences(text, span, 100);
+    for (const Occurrence& one : found.all) {
+        require(one.start <= one.end && one.start < span.end && one.end >= span.start);
+        const DateLine line = dateLine(text, one.component, one.key);
+        require(line.value == one.key || line.value.size() == 8);
+    }
+    const std::string kept = timesText(text);
+    require(occurrences(kept, span, 100).all == found.all);
+    require(timesText(kept) == kept);
+    firstOccurrences(text);
+    if (const std::optional<NextDate> next = nextDate(text, 0))
+        require(!next->start.empty() || !next->due.empty());
+    return 0;
+}
