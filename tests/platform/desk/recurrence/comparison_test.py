@@ -284,6 +284,10 @@ def khal_fault(item):
     """Why khal cannot be asked about an item, or its answer is not the RFC's; dateutil's faults are khal's too."""
     if len(item.rules) > 1 or any("MINUTELY" in text or "SECONDLY" in text for text in item.rules):
         return "it reads one rule, and keeps a row for each date up to 2037"
+    if any(len(day.lstrip("-")) > 3 for text in item.rules for day in fields(text).get("BYDAY", "").split(",")):
+        # 3.3.10: weekdaynum = [[plus / minus] ordwk] weekday; ordwk = 1*2DIGIT. Its reader takes one digit, and khal ends
+        # with an error.
+        return "the tenth weekday of a year"
     if not item.length:
         # 3.6.1: "the event ends on the same calendar date and time of day specified by the DTSTART property". khal
         # takes an hour.
