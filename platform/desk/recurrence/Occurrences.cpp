@@ -73,10 +73,11 @@ bool isSingle(const Item& item)
 
 class Expansion {
 public:
-    Expansion(platform::TimeSpan span, std::size_t bound)
+    Expansion(platform::TimeSpan span, std::size_t bound, RuleDates::Steps& steps)
         : span_{std::clamp(span.start, kFirstWallTime, kLastWallTime),
             std::clamp(span.end, kFirstWallTime, kLastWallTime)}
         , bound_(bound)
+        , steps_(steps)
     {
     }
 
@@ -218,7 +219,7 @@ private:
 
     platform::TimeSpan span_;
     std::size_t bound_;
-    RuleDates::Steps steps_;
+    RuleDates::Steps& steps_;
     Occurrences found_;
 };
 
@@ -229,7 +230,8 @@ Occurrences occurrences(std::string_view text, platform::TimeSpan span, std::siz
     const ItemText read = readItemText(text);
     const FileZones zones(read.zones);
     const std::vector<ItemTimes> events = readEvents(read, zones);
-    Expansion expansion(span, bound);
+    RuleDates::Steps steps;
+    Expansion expansion(span, bound, steps);
     for (const Item& item : itemsOf(events))
         expansion.add(item);
     return expansion.take();
@@ -241,11 +243,13 @@ std::vector<Occurrence> firstOccurrences(std::string_view text)
     const FileZones zones(read.zones);
     const std::vector<ItemTimes> events = readEvents(read, zones);
     std::vector<Occurrence> first;
+    RuleDates::Steps steps;
     for (const Item& item : itemsOf(events)) {
         // Any of the first dates may be an exception, or may have been moved behind the others.
         const std::size_t passed =
             item.event == nullptr ? 0 : item.event->exceptions.size() + item.event->exceptionDays.size();
-        Expansion expansion({kFirstWallTime, kLastWallTime}, std::min(kMostDates, passed + item.changes.size() + 1));
+        Expansion expansion(
+            {kFirstWallTime, kLastWallTime}, std::min(kMostDates, passed + item.changes.size() + 1), steps);
         expansion.add(item);
         std::vector<Occurrence> all = expansion.take().all;
         if (item.event == nullptr) {

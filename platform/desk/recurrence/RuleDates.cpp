@@ -1,6 +1,7 @@
 #include "platform/desk/recurrence/RuleDates.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace mervo::desk {
 namespace {
@@ -72,6 +73,8 @@ RuleDates::RuleDates(const Rule& rule, WallTime start, bool isDate, Steps& steps
     , isPlain_(rule.frequency >= Frequency::weekly && !(isDate && isSubDaily()) && hasNoParts(rule))
 {
     deriveFromStart(isDate);
+    for (const int day : rule_.monthDays)
+        (day > 0 ? monthDays_ : monthDaysFromEnd_).set(static_cast<std::size_t>(std::abs(day)));
     fillTimes();
     const std::int64_t day = dayOf(start);
     switch (rule_.frequency) {
@@ -147,7 +150,9 @@ std::int64_t RuleDates::unit() const
 
 bool RuleDates::matchesMonthDay(const CivilDate& date) const
 {
-    return rule_.monthDays.empty() || containsFromEither(rule_.monthDays, date.day, daysInMonth(date.year, date.month));
+    const int fromEnd = daysInMonth(date.year, date.month) - date.day + 1;
+    return rule_.monthDays.empty() || monthDays_.test(static_cast<std::size_t>(date.day))
+        || monthDaysFromEnd_.test(static_cast<std::size_t>(fromEnd));
 }
 
 bool RuleDates::matchesYearDay(std::int64_t day, int year) const

@@ -12,7 +12,7 @@ class RuleDates {
 public:
     /// How much work a call may take. Several rules can share it.
     struct Steps {
-        std::int64_t left = 2'000'000;
+        std::int64_t left = 1'000'000;
         bool areUsedUp() const { return left <= 0; }
     };
 
@@ -52,6 +52,7 @@ private:
     std::int64_t length() const;
 
     Rule rule_;
+    std::bitset<32> monthDays_, monthDaysFromEnd_;
     WallTime start_;
     std::int64_t period_ = 0; // the present one, of rule_.interval: a year, a month, a first day, or a first second
     std::vector<std::int64_t> times_; // seconds of a day, or of the present hour, minute or second
