@@ -15,11 +15,6 @@ namespace mervo::platform {
 /// The longest file that is read whole where the caller names no other limit, in bytes.
 constexpr std::size_t kLongestFile = 16 * 1024 * 1024;
 
-/// The bytes of a regular file; nothing when it cannot be read, is longer than `limit` bytes, or is a device, a pipe or
-/// a folder. Neither waits nor takes memory for what it refuses. `why` receives the reason.
-std::optional<std::string> readFile(
-    const std::filesystem::path& file, std::size_t limit = kLongestFile, std::error_code* why = nullptr) noexcept;
-
 /// What changes when a file does: another file under its name, another length, another time.
 struct FileStamp {
     std::uint64_t device = 0, number = 0; ///< which file it is
@@ -34,6 +29,12 @@ struct FileStamp {
 };
 /// Nothing when there is no such file. Links are followed.
 std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept;
+
+/// The bytes of a regular file; nothing when it cannot be read, is longer than `limit` bytes, or is a device, a pipe or
+/// a folder. Neither waits nor takes memory for what it refuses. `why` receives the reason, `stamp` the file's from
+/// before it was read.
+std::optional<std::string> readFile(const std::filesystem::path& file, std::size_t limit = kLongestFile,
+    std::error_code* why = nullptr, FileStamp* stamp = nullptr) noexcept;
 
 /// Whether the bytes must survive a power failure. A temporary file need not, and is written much faster.
 enum class Keep { throughPowerCut, whileRunning };

@@ -133,6 +133,13 @@ std::string readToEnd(const Descriptor& from, std::size_t expected, std::size_t 
     }
 }
 
+FileStamp stampOf(const struct stat& found)
+{
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    return {found.st_dev, found.st_ino, found.st_size,
+        std::int64_t{found.st_ctim.tv_sec} * kNanoseconds + found.st_ctim.tv_nsec};
+}
+
 /// What keeps an open file from being read whole.
 std::error_code refusal(const struct stat& status, std::size_t limit)
 {
@@ -160,7 +167,8 @@ std::error_code guarded(Work&& work) noexcept
 
 } // namespace
 
-std::optional<std::string> readFile(const std::filesystem::path& file, std::size_t limit, std::error_code* why) noexcept
+std::optional<std::string> readFile(
+    const std::filesystem::path& file, std::size_t limit, std::error_code* why, FileStamp* stamp) noexcept
 {
     std::optional<std::string> bytes;
     const std::error_code failed = guarded([&]() -> std::error_code {
@@ -168,6 +176,8 @@ std::optional<std::string> readFile(const std::filesystem::path& file, std::size
         struct stat status { };
         if (!descriptor.open() || ::fstat(descriptor.get(), &status) != 0)
             return lastError();
+        if (stamp != nullptr)
+            *stamp = stampOf(status);
         std::error_code error = refusal(status, limit);
         if (!error)
             bytes = readToEnd(descriptor, static_cast<std::size_t>(status.st_size), limit, error);
@@ -182,12 +192,10 @@ std::optional<std::string> readFile(const std::filesystem::path& file, std::size
 
 std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept
 {
-    constexpr std::int64_t kNanoseconds = 1'000'000'000;
     struct stat found { };
     if (::stat(file.c_str(), &found) != 0)
         return std::nullopt;
-    return FileStamp{found.st_dev, found.st_ino, found.st_size,
-        std::int64_t{found.st_ctim.tv_sec} * kNanoseconds + found.st_ctim.tv_nsec};
+    return stampOf(found);
 }
 
 bool FileStamp::isSettled() const noexcept

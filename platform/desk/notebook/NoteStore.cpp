@@ -161,12 +161,8 @@ const std::vector<NoteFile>& NoteStore::notes(const fs::path& folder, Look look)
 
 std::string NoteStore::bytesOf(const fs::path& note, platform::FileStamp& stamp) const
 {
-    const auto found = platform::fileStamp(note);
-    if (!found)
-        failAsGone(note);
-    stamp = *found; // from before: what is written while it is read changes it
     std::error_code why;
-    auto bytes = platform::readFile(note, platform::kLongestFile, &why);
+    auto bytes = platform::readFile(note, platform::kLongestFile, &why, &stamp);
     if (bytes)
         return *std::move(bytes);
     if (why == std::errc::no_such_file_or_directory)
@@ -188,12 +184,13 @@ const NoteContent& NoteStore::content(const fs::path& note)
     return (readings_[note.native()] = std::move(reading)).content;
 }
 
-NoteContent NoteStore::contentOrName(const fs::path& note)
+const NoteContent& NoteStore::contentOrName(const fs::path& note)
 {
     try {
         return content(note);
     } catch (const NoteError&) { // the doctor names it
-        return {.name = stemOf(note), .text = {}};
+        unread_ = {.name = stemOf(note), .text = {}};
+        return unread_;
     }
 }
 
@@ -240,7 +237,7 @@ platform::FileLock NoteStore::turn() const
 void NoteStore::setBody(const fs::path& note, std::string_view html)
 {
     const platform::FileLock held = turn();
-    platform::FileStamp stamp;
+    platform::FileStamp stamp; // from before: what is written while the note is read changes it
     const std::string bytes = bytesOf(note, stamp);
     const std::string result = changed(note, bytes, html);
     if (result.size() > platform::kLongestFile)

@@ -38,8 +38,9 @@ public:
     const std::vector<NoteFile>& notes(const std::filesystem::path& folder, Look look = Look::now);
 
     const NoteContent& content(const std::filesystem::path& note);
-    /// The same for one of many: of a note that cannot be read it is the file's name and no text.
-    NoteContent contentOrName(const std::filesystem::path& note);
+    /// The same for one of many: of a note that cannot be read it is the file's name and no text. Valid until
+    /// the next call.
+    const NoteContent& contentOrName(const std::filesystem::path& note);
     /// The HTML of a note. Of a text file it is the text as HTML.
     std::string body(const std::filesystem::path& note);
     /// HTML again: as it stands for an HTML note, as Markdown or text for the others. Front matter, the head of a
@@ -83,6 +84,7 @@ private:
     std::unordered_map<std::string, Listing> listings_; ///< by the path of the folder
     std::unordered_map<std::string, Reading> readings_; ///< by the path of the note
     HandedOut handedOut_;
+    NoteContent unread_;
 };
 
 } // namespace mervo::desk

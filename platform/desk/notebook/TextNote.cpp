@@ -185,10 +185,15 @@ std::string shownText(std::string_view text)
 {
     std::string shown;
     shown.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isPartOfEnd = text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n';
-        if (!isPartOfEnd && text[i] != '\0')
-            shown += text[i] == '\r' ? '\n' : text[i];
+    while (!text.empty()) {
+        std::size_t end = 0;
+        while (end < text.size() && text[end] != '\r' && text[end] != '\0')
+            ++end;
+        shown += text.substr(0, end);
+        const bool isEnd = end < text.size() && text[end] == '\r';
+        if (isEnd && !text.substr(end + 1).starts_with('\n'))
+            shown += '\n';
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
     shown.resize(shown.find_last_not_of(" \t\n") + 1);
     shown.erase(0, std::min(shown.find_first_not_of('\n'), shown.size()));

@@ -212,7 +212,7 @@ Value NotesFolderObject::propertyOfEvery(TermId elementClass, TermId property)
             values.push_back(dateOf(note.modified));
             continue;
         }
-        NoteContent content = store().contentOrName(folder_.path / note.name);
+        const NoteContent& content = store().contentOrName(folder_.path / note.name);
         values.push_back(Value::text(property == CommonTerm::name ? content.name : content.text));
     }
     return Value::list(std::move(values));
