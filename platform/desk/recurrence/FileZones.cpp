@@ -12,6 +12,8 @@ namespace {
 
 constexpr std::size_t kMostChanges = 20000; // of a zone; the longest one of the system has some 240
 constexpr std::size_t kMostNames = 1000; // remembered for a file
+constexpr std::size_t kMostZones = 200; // looked at in a file
+constexpr int kMostParts = 3; // of an Olson name: "America/Argentina/Buenos_Aires"
 
 /// "+0100", "-033020": in seconds.
 std::optional<std::int64_t> readOffset(std::string_view text)
@@ -102,10 +104,9 @@ private:
 
 } // namespace
 
-std::shared_ptr<const Zone> readFileZone(const ItemZone& zone)
+std::shared_ptr<const Zone> readFileZone(const ItemZone& zone, RuleDates::Steps& steps)
 {
     std::vector<Zone::Change> changes;
-    RuleDates::Steps steps;
     std::optional<std::pair<std::int64_t, std::int64_t>> earliest; // the moment, and the offset before it
     for (const ItemComponent& component : zone.observances) {
         const Observance observance(component);
@@ -150,17 +151,18 @@ std::shared_ptr<const Zone> FileZones::search(const std::string& tzid) const
 {
     if (std::shared_ptr<const Zone> zone = Zone::find(tzid))
         return zone;
-    for (const ItemZone& own : zones_) {
-        if (own.tzid == tzid)
-            return readFileZone(own);
+    for (std::size_t i = 0; i < std::min(zones_.size(), kMostZones); ++i) {
+        if (zones_[i].tzid == tzid)
+            return readFileZone(zones_[i], steps_);
     }
-    if (tzid.size() > 256)
-        return nullptr;
-    for (std::size_t at = tzid.find('/'); at != std::string::npos; at = tzid.find('/', at + 1)) {
+    std::shared_ptr<const Zone> found;
+    std::size_t at = tzid.rfind('/');
+    for (int parts = 1; parts <= kMostParts && at != std::string::npos; ++parts) {
         if (std::shared_ptr<const Zone> zone = Zone::find(tzid.substr(at + 1)))
-            return zone;
+            found = std::move(zone);
+        at = at == 0 ? std::string::npos : tzid.rfind('/', at - 1);
     }
-    return nullptr;
+    return found;
 }
 
 } // namespace mervo::desk

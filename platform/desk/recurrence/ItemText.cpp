@@ -127,9 +127,8 @@ private:
 
 bool isOneOf(std::string_view name, const auto& names)
 {
-    if (name.size() > 13)
-        return false;
-    return std::find(names.begin(), names.end(), upper(name)) != names.end();
+    return std::any_of(names.begin(), names.end(),
+        [&](std::string_view one) { return platform::ascii::equalsIgnoringCase(one, name); });
 }
 
 class Reader {

@@ -127,8 +127,8 @@ std::shared_ptr<const Zone> Zone::utc()
 
 std::shared_ptr<const Zone> Zone::local()
 {
-    if (const std::string name = localZoneName(); !name.empty())
-        return find(name);
+    if (std::shared_ptr<const Zone> zone = find(localZoneName()))
+        return zone;
     if (std::optional<ZoneRule> rule = readZoneRule(zoneVariable()))
         return std::make_shared<const Zone>(rule->standard, std::vector<Change>{}, rule);
     std::optional<Zone> zone = readZoneFile(contentOf("/etc/localtime"));
@@ -139,11 +139,10 @@ std::string localZoneName()
 {
     if (const char* value = std::getenv("TZ"); value != nullptr && *value != '\0')
         return Zone::find(zoneVariable()) ? zoneVariable() : std::string();
-    for (const std::string& name : {linkedZone(), writtenZone()}) {
-        if (Zone::find(name))
-            return name;
-    }
-    return {};
+    std::string name = linkedZone();
+    if (!Zone::find(name))
+        name = writtenZone();
+    return Zone::find(name) ? name : std::string();
 }
 
 const ZoneOffset& Zone::offsetAt(std::int64_t moment) const

@@ -196,6 +196,19 @@ std::string repeated(const std::string& text, int times)
     return all;
 }
 
+/// Each with a rule for every second of centuries, and an event in each.
+std::string manyZones()
+{
+    std::string all;
+    for (int i = 0; i < 20'000; ++i) {
+        const std::string name = "a/b/c/d/e/Zone" + std::to_string(i);
+        all += "BEGIN:VTIMEZONE\r\nTZID:" + name + "\r\nBEGIN:STANDARD\r\nDTSTART:16010101T000000\r\n"
+            + "RRULE:FREQ=SECONDLY;BYMONTH=2;BYMONTHDAY=30\r\nTZOFFSETFROM:+0000\r\nTZOFFSETTO:+0100\r\n"
+            + "END:STANDARD\r\nEND:VTIMEZONE\r\n" + event("DTSTART;TZID=" + name + ":20260101T000000");
+    }
+    return all;
+}
+
 TEST_F(Recurrence, hostileItemsTakeABoundedTime)
 {
     struct Case {
@@ -232,6 +245,7 @@ TEST_F(Recurrence, hostileItemsTakeABoundedTime)
                  20'000)
              + "END:VTIMEZONE\r\n" + repeated(event("DTSTART;TZID=x:20260101T000000"), 1000)),
             false},
+        {calendar(manyZones()), false},
         {std::string(5'000'000, '\0'), false},
     };
     for (const Case& one : cases) {
