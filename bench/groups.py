@@ -11,6 +11,7 @@ import sys
 from archive import archive
 from body import body
 from bulk import bulk
+from contacts import contacts
 from figures import MS, Figure, added
 from notes import notes
 
@@ -277,4 +278,4 @@ def peer(got):
 
 
 GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "archive": archive,
-          "notes": notes, "gate": gate, "cockpit": cockpit, "application": application}
+          "contacts": contacts, "notes": notes, "gate": gate, "cockpit": cockpit, "application": application}

@@ -1,6 +1,7 @@
 #include "platform/desk/addressbook/AddressBook.h"
 
 #include "platform/desk/addressbook/CardEdit.h"
+#include "platform/desk/addressbook/ContactCache.h"
 #include "platform/desk/vdir/Vdir.h"
 #include "platform/desk/vdir/VdirCommit.h"
 
@@ -31,6 +32,26 @@ std::string newUuid()
     for (std::size_t i = 0; i < sizeof random; ++i)
         text += fmt::format("{}{:02x}", i == 4 || i == 6 || i == 8 || i == 10 ? "-" : "", random[i]);
     return text;
+}
+
+/// The cards of a file; `stamp` becomes that of the bytes which were read.
+ReadCards readCards(const fs::path& file, ItemStamp& stamp)
+{
+    ReadCards cards;
+    auto item = readItem(file, cards.why);
+    if (!item)
+        return cards;
+    stamp = item->stamp;
+    cards.isRead = true;
+    const ContentDocument document(std::move(item->bytes));
+    for (const Node node : document.components(document.root(), kComponent))
+        cards.contacts.push_back(readContact(document, node));
+    if (cards.contacts.empty()) {
+        cards.why = "it holds no card";
+    } else if (!document.isBalanced()) {
+        cards.why = "a card in it does not end, or an end has no beginning";
+    }
+    return cards;
 }
 
 template <typename Work>
@@ -104,29 +125,30 @@ void AddressBook::load()
     }
     for (const SkippedFile& skipped : listing.skipped)
         damaged_.push_back({skipped.file, skipped.why});
+    ContactCache cache(root_);
     for (const VdirCollection& collection : listing.collections) {
-        for (const VdirItem& item : collection.items)
-            readFile(collection.folder / item.name);
+        for (const VdirItem& item : collection.items) {
+            const std::string known = collection.id + "/" + item.name;
+            const fs::path file = collection.folder / item.name;
+            ItemStamp stamp = item.stamp;
+            auto cards = cache.find(known, stamp);
+            if (!cards) {
+                cards = readCards(file, stamp);
+                if (cards->isRead)
+                    cache.keep(known, stamp, *cards);
+            }
+            take(file, stamp, *std::move(cards));
+        }
     }
+    cache.write();
 }
 
-void AddressBook::readFile(const fs::path& file)
+void AddressBook::take(const fs::path& file, const ItemStamp& stamp, ReadCards cards)
 {
-    std::string why;
-    auto item = readItem(file, why);
-    if (!item) {
-        damaged_.push_back({file, why});
-        return;
-    }
-    const ContentDocument document(std::move(item->bytes));
-    const auto nodes = document.components(document.root(), kComponent);
-    if (nodes.empty()) {
-        damaged_.push_back({file, "it holds no card"});
-    } else if (!document.isBalanced()) {
-        damaged_.push_back({file, "a card in it does not end, or an end has no beginning"});
-    }
-    for (std::size_t index = 0; index < nodes.size(); ++index)
-        cards_.push_back(std::make_shared<Card>(Card{readContact(document, nodes[index]), file, index, item->stamp}));
+    if (!cards.why.empty())
+        damaged_.push_back({file, cards.why});
+    for (std::size_t index = 0; index < cards.contacts.size(); ++index)
+        cards_.push_back(std::make_shared<Card>(Card{std::move(cards.contacts[index]), file, index, stamp}));
 }
 
 AddressBook::OpenFile& AddressBook::openFile(const Card& card)

@@ -14,6 +14,8 @@
 
 namespace mervo::desk {
 
+struct ReadCards;
+
 /// What the address book could not do; what() is one sentence for the owner.
 class ContactError final : public std::runtime_error {
 public:
@@ -38,7 +40,7 @@ struct DamagedCard {
 
 /// A folder of .vcf files, or of folders of such: one address book. A file may hold several cards.
 ///
-/// Everything is read at the first question, and again after `reload`. Changes stay in memory until `save`, which
+/// Everything is read at the first question. Changes stay in memory until `save`, which
 /// writes all of them or none; a file that another program has changed since it was read is left alone, and the error
 /// says so. What cannot be read is left out and told in `damaged`. Belongs to one thread; everything throws
 /// ContactError.
@@ -71,7 +73,7 @@ private:
     struct OpenFile;
 
     void load();
-    void readFile(const std::filesystem::path& file);
+    void take(const std::filesystem::path& file, const ItemStamp& stamp, ReadCards cards);
     OpenFile& openFile(const Card& card);
     std::filesystem::path folderForNew();
 

@@ -92,6 +92,9 @@ std::vector<std::string> writtenParts(const ContentLine& line)
 
 ContentLine withCardValue(ContentLine line, std::string value, std::string_view version)
 {
+    // Control characters do not survive the writing, and what they kept apart must not become a charset by it.
+    if (auto written = readContentLine(writeContentLine(line)))
+        line = *std::move(written);
     std::erase_if(line.parameters, isChanging);
     if (version == "2.1" && !ascii::isAscii(value))
         line.parameters.push_back({"CHARSET", {"UTF-8"}});
