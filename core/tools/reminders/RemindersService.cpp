@@ -57,11 +57,6 @@ std::vector<Reminder> completedIn(EventStore& store, const std::string& list)
     return found;
 }
 
-std::string scopeOf(const std::string& list)
-{
-    return list.empty() ? "all lists" : "list \"" + list + "\"";
-}
-
 /// Due dates in order; none is later than all.
 auto dueKey(const Reminder& reminder)
 {
@@ -160,6 +155,11 @@ RemindersService::RemindersService(EventKitAccess::OpenStore open)
 {
 }
 
+std::string RemindersService::scope(const std::string& list)
+{
+    return list.empty() ? "all lists" : "list \"" + list + "\"";
+}
+
 std::string RemindersService::listAll() const
 {
     const auto store = EventKitAccess::store(open_, Entity::reminders);
@@ -229,7 +229,7 @@ std::string RemindersService::clearCompleted(const std::string& list) const
     for (const Reminder& reminder : completed)
         store->remove(reminder);
     store->commit();
-    return "OK deleted " + std::to_string(completed.size()) + " completed reminder(s) from " + scopeOf(list);
+    return "OK deleted " + std::to_string(completed.size()) + " completed reminder(s) from " + scope(list);
 }
 
 std::size_t RemindersService::listCount(const std::string& name) const noexcept

@@ -43,6 +43,8 @@ public:
     std::string deleteList(const std::string& name) const;
     std::string clearCompleted(const std::string& list) const;
 
+    static std::string scope(const std::string& list); ///< in words: all lists, or the name of one
+
     std::size_t listCount(const std::string& name) const noexcept; ///< reminders that deleteList deletes; 0 on failure
     std::size_t completedCount(const std::string& list) const noexcept; ///< likewise of clearCompleted
 

@@ -2,11 +2,13 @@
 
 #include "platform/desk/addressbook/ContactHealth.h"
 #include "platform/desk/applications/ConsentGuard.h"
+#include "platform/desk/applications/calendar/CalendarApplication.h"
 #include "platform/desk/applications/contacts/ContactsApplication.h"
 #include "platform/desk/applications/finder/FinderApplication.h"
 #include "platform/desk/applications/mail/MailApplication.h"
 #include "platform/desk/applications/messages/MessagesApplication.h"
 #include "platform/desk/applications/notes/NotesApplication.h"
+#include "platform/desk/applications/reminders/RemindersApplication.h"
 #include "platform/desk/applications/systemevents/SystemEventsApplication.h"
 #include "platform/desk/chat/ChatHealth.h"
 #include "platform/desk/consent/ConsentHealth.h"
@@ -21,12 +23,12 @@ namespace {
 constexpr DeskPart kParts[] = {
     {registerMail, &kMailHealth},
     {registerMessages, &kChatHealth},
+    {registerCalendar, &kEventHealth},
+    {registerReminders, &kReminderHealth},
     {registerContacts, &kContactHealth},
     {registerNotes, &kNotesHealth},
     {registerFinder},
     {registerSystemEvents, &kApplicationHealth},
-    {nullptr, &kEventHealth},
-    {nullptr, &kReminderHealth},
     {nullptr, &kConsentHealth},
 };
 

@@ -63,15 +63,15 @@ TEST_F(ApprovalTest, runsWhatWasShownAndWritesTheRow)
 
 TEST_F(ApprovalTest, queuesAFailedRunAgain)
 {
-    const auto action = queued("cal.delete", {{"contains", "Hi"}});
+    const auto action = queued("ask", {{"text", "Hi"}});
     const auto result = Approval::approve(action, stores);
     ASSERT_TRUE(std::holds_alternative<Approval::Failed>(result));
-    const std::string why = "cal.delete needs the Calendar bridge, which this build does not have";
+    const std::string why = "ask needs the Feedback bridge, which this build does not have";
     EXPECT_EQ(std::get<Approval::Failed>(result).error, why);
     EXPECT_TRUE(std::get<Approval::Failed>(result).queuedAgain);
     EXPECT_THAT(pending.list(), ElementsAre(action)) << "same id, same time";
     EXPECT_EQ(audit.count(), 1);
-    expectRow("cal.delete", {{"contains", "Hi"}}, "error", why);
+    expectRow("ask", {{"text", "Hi"}}, "error", why);
 }
 
 TEST_F(ApprovalTest, runsNothingThatItCannotClaim)

@@ -73,6 +73,7 @@ TEST(Remarks, sayWhichArgumentsAToolDoesNotTakeAsTheyLook)
         {"imessage.read", {{"since", "an hour"}},
             {"- since=\"an hour\" is not a whole number from 1, so it counts as not given"}},
         {"contact.add", {{"first", "Ada"}, {"name", "Ada King"}}, {"- name has no effect beside first or last"}},
+        {"cal.update", {{"url", "a b"}}, {"- url is no URL (RFC 3986), so it is left out"}},
         {"cal.add", {{"hour", "24"}},
             {"hour=\"24\" is not a whole number from 0 to 23, so the event lies on another day"}},
         {"auto.add", {{"every", "5"}, {"at", "8:30"}, {"command", "ls"}, {"prompt", "x"}, {"model", "opus"}},
@@ -92,7 +93,7 @@ std::string wellFormed(const Format& format)
     switch (format.kind) {
     case text:
     case needle:
-        return "a text";
+        return "text";
     case words:
         return std::string(format.words.substr(0, format.words.find('|')));
     case day:
