@@ -80,22 +80,6 @@ std::string Text::cut(std::string_view text, std::size_t limit)
     return result;
 }
 
-std::string Text::oneLine(std::string_view text)
-{
-    constexpr std::string_view kEnds = ".:;,!?";
-    std::string line;
-    while (!text.empty()) {
-        const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-        if (const std::string_view piece = trimmed(text.substr(0, end)); !piece.empty()) {
-            if (!line.empty())
-                line += kEnds.find(line.back()) == std::string_view::npos ? "; " : " ";
-            line += piece;
-        }
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return line;
-}
-
 std::vector<std::string> Text::split(std::string_view text, char separator)
 {
     std::vector<std::string> parts;

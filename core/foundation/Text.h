@@ -31,10 +31,6 @@ std::string visible(std::string_view text);
 /// The same for a text that must stay on one line: line feeds and tabs are made visible too.
 std::string visibleLine(std::string_view text);
 
-/// The lines of a text as one: trimmed, empty ones dropped, joined by a space after the end of a sentence and "; "
-/// elsewhere.
-std::string oneLine(std::string_view text);
-
 std::vector<std::string> split(std::string_view text, char separator);
 std::string join(const std::vector<std::string>& parts, std::string_view separator);
 

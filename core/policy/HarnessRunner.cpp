@@ -39,13 +39,12 @@ auto heard(std::string& unread, Work&& work)
     return result;
 }
 
-/// A run's failure as the trail keeps it, on one line. Once this process was asked to stop, that is the reason.
+/// A run's failure as the caller and the trail get it. Once this process was asked to stop, that is the reason.
 std::string reasonOf(const std::string& failure)
 {
     if (const char* ended = platform::Stop::reason())
         return std::string(ended) + " while it ran; it may have acted";
-    std::string line = Text::oneLine(failure);
-    return line.empty() ? std::string(kUnnamedFailure) : line;
+    return Text::trimmed(failure).empty() ? std::string(kUnnamedFailure) : failure;
 }
 
 /// What the gate knows of a call: all that a verdict stands on, read afresh, and the verdict.

@@ -257,10 +257,10 @@ TEST_F(Gate, aFailedRunIsOnRecordAndDoesNotCount)
     };
     tool.auditAutoRun = [](const std::string&) { return false; };
     tool.nativeRun = [](const Args&) -> std::string {
-        throw std::runtime_error("The account is gone.\r\n \n no\nway");
+        throw std::runtime_error("ambiguous: 2\n  a\n  b");
     };
-    EXPECT_EQ(error(), "The account is gone. no; way");
-    EXPECT_EQ(row(), expected("error", "The account is gone. no; way"));
+    EXPECT_EQ(error(), "ambiguous: 2\n  a\n  b");
+    EXPECT_EQ(row(), expected("error", "ambiguous: 2\n  a\n  b"));
     EXPECT_EQ(calls, "b");
     EXPECT_EQ(audit->mutationsToday(), 0);
 }
