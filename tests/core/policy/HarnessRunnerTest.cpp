@@ -256,9 +256,7 @@ TEST_F(Gate, aFailedRunIsOnRecordAndDoesNotCount)
         return text;
     };
     tool.auditAutoRun = [](const std::string&) { return false; };
-    tool.nativeRun = [](const Args&) -> std::string {
-        throw std::runtime_error("ambiguous: 2\n  a\n  b");
-    };
+    tool.nativeRun = [](const Args&) -> std::string { throw std::runtime_error("ambiguous: 2\n  a\n  b"); };
     EXPECT_EQ(error(), "ambiguous: 2\n  a\n  b");
     EXPECT_EQ(row(), expected("error", "ambiguous: 2\n  a\n  b"));
     EXPECT_EQ(calls, "b");
