@@ -13,7 +13,6 @@ Desk.contents = pathlib.Path(sys.argv.pop(1)).resolve()
 
 NAMES = {"mail": "Mail", "iCal": "Calendar", "reminders": "Reminders", "AddressBook": "Contacts", "Notes": "Notes",
          "MobileSMS": "Messages", "finder": "Finder", "systemevents": "System Events"}
-HAS_STORE = (Desk.contents / "Helpers/platform/mervo-eventkit.so").exists()  # without it nothing is known of these two
 CLOSED = "not set up yet - run Set up access"
 REFUSED = "denied - allow in System Settings \u2192 Privacy & Security \u2192 Automation"
 
@@ -50,15 +49,11 @@ class Permissions(DeskTest):
                          [f"automation:com.apple.{key}" for key in NAMES] + ["calendar", "reminders"])
         for row in found:
             self.assertEqual(list(row), ["id", "label", *(["granted"] if "granted" in row else []), "detail"])
-        if not HAS_STORE:
-            self.assertEqual([row["detail"] for row in found[8:]], ["unknown status"] * 2)
-            del found[8:]
-        return {row["id"].removeprefix("automation:com.apple."): (row.get("granted"), row["detail"]) for row in found}
+        return {row["id"].replace("automation:com.apple.", "to "): (row.get("granted"), row["detail"]) for row in found}
 
     def test_a_fresh_machine_is_asked_once(self):
-        events = ("calendar", "reminders") if HAS_STORE else ()
-        fresh = {key: (None, CLOSED) for key in NAMES} | dict.fromkeys(("finder", "systemevents", *events),
-                                                                      (None, "not yet granted"))
+        fresh = {f"to {key}": (None, CLOSED) for key in NAMES} | dict.fromkeys(
+            ("to finder", "to systemevents", "calendar", "reminders"), (None, "not yet granted"))
         self.assertEqual(self.rows(), fresh)
         self.assertFalse(self.grants.exists() or self.consent.exists(), "a status writes nothing")
         self.start("Notes")
@@ -67,7 +62,8 @@ class Permissions(DeskTest):
         self.assertEqual(set(json.loads(self.consent.read_text()).values()), {"allowed"})
         closed = (True, "allowed (granted at setup; app closed)")
         self.assertEqual(self.rows(), dict.fromkeys(fresh, (True, "allowed"))
-                         | dict.fromkeys(("mail", "iCal", "reminders", "AddressBook", "MobileSMS"), closed),
+                         | dict.fromkeys((f"to {key}" for key in ("mail", "iCal", "reminders", "AddressBook", "MobileSMS")),
+                                         closed),
                          "what was started is closed again, and what the owner had open stays")
         text = self.desk.mervo("permissions").stdout.splitlines()
         self.assertEqual(text[0], "\u2705 Mail (control)         allowed (granted at setup; app closed)")
@@ -80,24 +76,22 @@ class Permissions(DeskTest):
             self.record({"com.apple.mail": "refused", "com.apple.iCal": "allowed", "calendar": "write-only",
                          "reminders": "restricted", "com.apple.finder": "perhaps"})
             rows = self.rows()
-            self.assertEqual((rows["mail"], rows["iCal"], rows["Notes"], rows["finder"]),
+            self.assertEqual((rows["to mail"], rows["to iCal"], rows["to Notes"], rows["to finder"]),
                              ((False, REFUSED), (True, "allowed"), (None, CLOSED), (None, "not yet granted")))
-            if HAS_STORE:
-                self.assertEqual(rows["calendar"], (False, "write-only - set Full Access in System Settings \u2192 "
-                                                           "Privacy & Security \u2192 Calendars"))
-                self.assertEqual(rows["reminders"], (False, "restricted by system policy"))
+            self.assertEqual(rows["calendar"], (False, "write-only - set Full Access in System Settings \u2192 "
+                                                       "Privacy & Security \u2192 Calendars"))
+            self.assertEqual(rows["reminders"], (False, "restricted by system policy"))
         self.record({"calendar": "refused", "reminders": "allowed"})
         rows = self.rows("bootstrap-permissions")  # nobody can be asked: what is not decided stays so
-        self.assertEqual((rows["mail"], rows["Notes"]), ((None, "not yet granted"),) * 2)
-        if HAS_STORE:
-            self.assertEqual(rows["calendar"], (False, "denied - allow in System Settings \u2192 Privacy & Security"))
+        self.assertEqual((rows["to mail"], rows["to Notes"]), ((None, "not yet granted"),) * 2)
+        self.assertEqual(rows["calendar"], (False, "denied - allow in System Settings \u2192 Privacy & Security"))
         self.assertEqual(json.loads(self.consent.read_text()), {"calendar": "refused", "reminders": "allowed"})
         self.assertEqual(json.loads(self.grants.read_text()), {})
 
     def test_a_damaged_record_is_no_decision_and_is_left_alone(self):
         self.consent.parent.mkdir(parents=True)
         self.consent.write_text("{")
-        self.assertEqual(self.rows("bootstrap-permissions")["finder"], (None, "unavailable (status -10000)"))
+        self.assertEqual(self.rows("bootstrap-permissions")["to finder"], (None, "unavailable (status -10000)"))
         self.assertEqual(self.consent.read_text(), "{")
 
 
