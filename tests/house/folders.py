@@ -17,7 +17,7 @@ FLOORS = [
     {"platform", "platform/sqlite"},
     {"core/foundation", "platform/applescript/values", "platform/desk/settings", "platform/desk/health",
      "platform/desk/session",
-     "platform/linux/desktop", "platform/linux/keychain", "platform/linux/tls"},
+     "platform/linux/desktop", "platform/linux/desktop/*", "platform/linux/keychain", "platform/linux/tls"},
     {"core/scripting", "core/imap", "core/secrets", "core/permissions", "core/automations/model", "platform/desk/*",
      "platform/applescript/syntax"},
     {"core/policy", "core/automations/engine", "platform/desk/mime", "platform/desk/applications",
