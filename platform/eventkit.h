@@ -112,7 +112,7 @@ struct ReminderChange {
     std::optional<DateComponents> due = {};
     bool clearDue = false; ///< takes the due date away
     std::optional<std::int64_t> completed = {}; ///< when it was done; needs isCompleted
-    std::optional<std::vector<std::int64_t>> absoluteAlarms = {}; ///< as many as there are, in their order
+    std::optional<std::vector<std::int64_t>> absoluteAlarms = {}; ///< in their order; more are added, fewer taken away
 };
 
 /// The store. A change is staged and becomes real with `commit`: all that was staged, or none of it. Everything but

@@ -6,6 +6,7 @@
 #include "platform/desk/eventstore/ItemFields.h"
 #include "platform/desk/recurrence/ItemText.h"
 #include "platform/desk/recurrence/Recurrences.h"
+#include "platform/desk/recurrence/Rule.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -274,13 +275,32 @@ void setDue(ContentDocument& document, Node task, const platform::DateComponents
     fitStart(document, task, before);
 }
 
+void setRecurrence(ContentDocument& document, Node event, const std::string& rule)
+{
+    if (!rule.empty() && !readRule(rule))
+        throw EventStoreError("Nothing was changed: “" + rule + "” is no rule by which an event repeats.");
+    setOrRemove(document, event, "RRULE", rule);
+}
+
+/// The alarms at moments of their own, in the order of the file: further ones are added, those too many taken away.
 void setAlarms(ContentDocument& document, Node task, const std::vector<std::int64_t>& moments)
 {
     const auto triggers = absoluteTriggers(document, task);
-    if (triggers.size() != moments.size())
-        throw EventStoreError("Nothing was changed: the reminder has other alarms by now; try again.");
-    for (std::size_t i = 0; i < moments.size(); ++i)
+    const std::size_t kept = std::min(triggers.size(), moments.size());
+    for (std::size_t i = 0; i < kept; ++i)
         document.setValue(triggers[i], utcText(moments[i]));
+    for (std::size_t i = kept; i < moments.size(); ++i) {
+        document.addText(task,
+            "BEGIN:VALARM\r\nACTION:DISPLAY\r\nDESCRIPTION:Reminder\r\nTRIGGER;VALUE=DATE-TIME:" + utcText(moments[i])
+                + "\r\nEND:VALARM\r\n");
+    }
+    for (const Node alarm : document.components(task, "VALARM")) {
+        const auto trigger = document.line(alarm, "TRIGGER");
+        if (trigger
+            && std::find(triggers.begin() + static_cast<std::ptrdiff_t>(kept), triggers.end(), *trigger)
+                != triggers.end())
+            document.remove(alarm);
+    }
 }
 
 void setCompletion(ContentDocument& document, Node task, const ReminderChange& change, std::int64_t now)
@@ -325,7 +345,7 @@ void change(ContentDocument& document, const EventPlace& place, const EventChang
     setText(document, event, "DESCRIPTION", change.notes);
     setUrl(document, event, change.url);
     if (change.recurrence)
-        setOrRemove(document, event, "RRULE", *change.recurrence);
+        setRecurrence(document, event, *change.recurrence);
     if (change.status)
         setOrRemove(document, event, "STATUS", *change.status);
     if (change.start || change.end || change.isAllDay) {

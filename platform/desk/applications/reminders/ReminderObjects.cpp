@@ -315,6 +315,9 @@ void ReminderObject::set(TermId property, const Value& value)
 {
     ReminderChange change;
     takeProperty(change, property, value);
+    const auto& alarms = reminder_->absoluteAlarms;
+    if (change.absoluteAlarms && !alarms.empty()) // the first one is meant
+        change.absoluteAlarms->insert(change.absoluteAlarms->end(), alarms.begin() + 1, alarms.end());
     this->change([&](platform::EventStore& store) { store.change(*reminder_, change); });
 }
 

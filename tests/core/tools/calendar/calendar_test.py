@@ -133,6 +133,8 @@ class CalendarTest(DeskTest):
         self.assertEqual((home.path / "displayname").read_text().strip(), "House")
         self.assertEqual((home.path / "color").read_text().strip(), "#0001ff")
         self.assertEqual(show('count of (events of calendar "House" whose summary contains "TEA" and url is "x:y")'), "1")
+        self.assertIn("“nonsense” is no rule by which an event repeats. (-10000)", self.desk.run(
+            "Helpers/platform/osascript", "-e", 'tell application "Calendar" to set recurrence of event 1 of calendar 1 to "nonsense"').stderr)
         self.desk.script('tell application "Calendar" to delete (every event of calendar "House" whose uid is "u1")')
         self.assertFalse(file.exists())
 
