@@ -26,7 +26,7 @@ constexpr Format kHour{.kind = Format::Kind::whole,
 constexpr Format kMinutes{.kind = Format::Kind::whole,
     .least = 1,
     .malformed = {"the tool rounds it or fails"},
-    .outside = {"the event does not end after its start"},
+    .outside = {"the event has no length or the tool fails"},
     .emptyStands = true};
 
 constexpr std::int64_t kDaysToFind = 7;
