@@ -342,7 +342,9 @@ ContentDocument::Node ContentDocument::add(Node within, const ContentLine& line)
 {
     std::uint32_t behind = static_cast<std::uint32_t>(within);
     eachChild(within, [&](Node node, const Entry& child) {
-        if (child.kind == Kind::line)
+        // Of what cannot be read, a mark or a blank at the front of the file would end up within another line.
+        const bool isFront = child.kind == Kind::unreadable && behind == static_cast<std::uint32_t>(within);
+        if (child.kind == Kind::line || isFront)
             behind = static_cast<std::uint32_t>(node);
         return child.kind != Kind::begin;
     });

@@ -2,8 +2,10 @@
 
 #include "platform/desk/eventstore/ItemRecord.h"
 #include "platform/files.h"
+#include "platform/sqlite/Blob.h"
 #include "platform/sqlite/Error.h"
 #include "platform/sqlite/Statement.h"
+#include "platform/sqlite/Transaction.h"
 #include "platform/unified_log.h"
 
 #include <cstring>
@@ -12,7 +14,7 @@ namespace mervo::desk {
 namespace {
 
 constexpr std::chrono::seconds kWaitForLock(2);
-constexpr std::int64_t kVersion = 1;
+constexpr std::int64_t kVersion = 2;
 
 /// In front of each record; the name and the record follow.
 struct Header {
@@ -134,9 +136,7 @@ CachedCollection ItemCache::refresh(const VdirCollection& collection)
             old.next();
         }
         const bool isKept = stands(old, item);
-        if (!isKept && !isChanged) {
-            isChanged = true;
-        }
+        isChanged = isChanged || !isKept;
         if (isChanged && changed.empty())
             changed.assign(fresh.bytes, 0, kept);
         const std::string_view entry = isKept ? old.whole() : std::string_view();
@@ -172,7 +172,7 @@ void ItemCache::open()
     }
     if (found != kVersion) {
         database_->execute("DROP TABLE IF EXISTS collection; CREATE TABLE collection(path BLOB PRIMARY KEY, "
-                           "fingerprint INTEGER NOT NULL, data BLOB NOT NULL); PRAGMA user_version = 1");
+                           "fingerprint INTEGER NOT NULL, data BLOB NOT NULL); PRAGMA user_version = 2");
     }
 }
 
@@ -206,10 +206,16 @@ std::string ItemCache::load(const std::filesystem::path& folder)
     std::string data;
     attempt([&] {
         data.clear();
-        sqlite::Statement query(*database_, "SELECT fingerprint, data FROM collection WHERE path = ?");
+        const sqlite::Transaction together(*database_, sqlite::Transaction::Lock::deferred);
+        sqlite::Statement query(*database_, "SELECT rowid, fingerprint FROM collection WHERE path = ?");
         query.bindBytes(folder.native());
-        if (query.step() && query.integer(0) == checksum(query.bytes(1)))
-            data = query.bytes(1);
+        if (!query.step())
+            return;
+        const sqlite::Blob blob(*database_, "collection", "data", query.integer(0));
+        data.resize(blob.size());
+        blob.read(data.data());
+        if (query.integer(1) != checksum(data))
+            data.clear();
     });
     return data;
 }

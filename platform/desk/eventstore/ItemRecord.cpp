@@ -93,6 +93,47 @@ void readTasks(const ContentDocument& document, const std::string& bytes, ItemRe
     }
 }
 
+/// True when every rule of the file comes to an end, and one of them has dates.
+bool endsSometime(const ContentDocument& document)
+{
+    for (const Node event : itemsOf(document, "VEVENT")) {
+        for (const Node rule : document.lines(event, "RRULE")) {
+            const std::string value = document.read(rule).value_or(ContentLine{}).value;
+            if (value.find("COUNT=") == std::string::npos && value.find("UNTIL=") == std::string::npos)
+                return false;
+        }
+    }
+    return true;
+}
+
+bool hasChanges(const ContentDocument& document)
+{
+    return std::ranges::any_of(
+        itemsOf(document, "VEVENT"), [&](Node event) { return document.line(event, "RECURRENCE-ID").has_value(); });
+}
+
+void setBounds(const ContentDocument& document, ItemRecord& record)
+{
+    constexpr std::size_t kMostTried = 1000; // dates; who has more is asked each time
+    std::vector<Occurrence> dates = firstOccurrences(record.times);
+    const bool isRepeating = std::ranges::any_of(dates, [](const Occurrence& date) { return !date.key.empty(); });
+    bool isFirstKnown = !isRepeating || !hasChanges(document), isLastKnown = !isRepeating;
+    if (isRepeating && endsSometime(document)) {
+        Occurrences all = occurrences(record.times, {kFirstWallTime, kLastWallTime}, kMostTried);
+        isFirstKnown = isLastKnown = !all.isBounded;
+        if (!all.isBounded)
+            dates = std::move(all.all);
+    }
+    for (const Occurrence& date : dates) {
+        record.first = std::min(record.first, date.start - kAnyZone);
+        record.last = std::max(record.last, date.end + kAnyZone);
+    }
+    if (!isFirstKnown)
+        record.first = std::numeric_limits<std::int64_t>::min();
+    if (!isLastKnown)
+        record.last = std::numeric_limits<std::int64_t>::max();
+}
+
 void readEvents(const ContentDocument& document, const std::string& bytes, ItemRecord& record)
 {
     for (const Node event : itemsOf(document, "VEVENT"))
@@ -100,13 +141,7 @@ void readEvents(const ContentDocument& document, const std::string& bytes, ItemR
     if (record.events.empty())
         return;
     record.times = timesText(bytes);
-    for (const Occurrence& occurrence : firstOccurrences(record.times)) {
-        const bool isRepeating = !occurrence.key.empty();
-        record.first = isRepeating ? std::numeric_limits<std::int64_t>::min()
-                                   : std::min(record.first, occurrence.start - kAnyZone);
-        record.last =
-            isRepeating ? std::numeric_limits<std::int64_t>::max() : std::max(record.last, occurrence.end + kAnyZone);
-    }
+    setBounds(document, record);
 }
 
 /// Numbers as they lie in memory, texts with their length in front: the cache belongs to one machine.

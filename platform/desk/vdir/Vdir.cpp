@@ -10,8 +10,10 @@
 #include <fcntl.h>
 #include <memory>
 #include <set>
+#include <span>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace mervo::desk {
@@ -44,6 +46,40 @@ std::string trimmedLine(std::string text)
 std::string readLine(const std::filesystem::path& file)
 {
     return platform::withValidUtf8(trimmedLine(platform::readFile(file, kLongestTitle).value_or("")));
+}
+
+/// What a folder names, and what the system says of it.
+struct Entry {
+    std::string name;
+    bool isItem = false;
+    mode_t mode = 0;
+    int error = 0; ///< of the look; 0: none
+    ItemStamp stamp = {};
+};
+
+void lookAt(int folder, std::span<Entry> entries)
+{
+    for (Entry& entry : entries) {
+        struct stat status { };
+        if (::fstatat(folder, entry.name.c_str(), &status, 0) != 0) {
+            entry.error = errno;
+            continue;
+        }
+        entry.mode = status.st_mode;
+        entry.stamp = stampOf(status);
+    }
+}
+
+/// The looks are most of the work on a folder that has not changed: a large one is shared between two threads.
+void lookAtAll(int folder, std::span<Entry> entries)
+{
+    constexpr std::size_t kWorthAThread = 2000;
+    if (entries.size() < kWorthAThread)
+        return lookAt(folder, entries);
+    const std::size_t half = entries.size() / 2;
+    std::thread other(lookAt, folder, entries.first(half));
+    lookAt(folder, entries.subspan(half));
+    other.join();
 }
 
 class Lister {
@@ -89,7 +125,7 @@ private:
 
     Contents read(DIR* folder, const std::filesystem::path& path)
     {
-        Contents contents;
+        std::vector<Entry> entries;
         while (const dirent* entry = ::readdir(folder)) {
             const std::string_view name = entry->d_name;
             if (name.starts_with('.'))
@@ -97,25 +133,28 @@ private:
             const bool isItem = name.size() > extension_.size()
                 && ascii::equalsIgnoringCase(name.substr(name.size() - extension_.size()), extension_);
             if (isItem || entry->d_type == DT_DIR || entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN)
-                take(folder, path, entry->d_name, isItem, contents);
+                entries.push_back({std::string(name), isItem});
         }
-        std::ranges::sort(contents.items, {}, &VdirItem::name);
-        std::ranges::sort(contents.folders);
+        std::ranges::sort(entries, {}, &Entry::name);
+        lookAtAll(::dirfd(folder), entries);
+        Contents contents;
+        contents.items.reserve(entries.size());
+        for (Entry& entry : entries)
+            take(path, entry, contents);
         return contents;
     }
 
-    void take(DIR* folder, const std::filesystem::path& path, const char* name, const bool isItem, Contents& contents)
+    void take(const std::filesystem::path& path, Entry& entry, Contents& contents)
     {
-        struct stat status { };
-        if (::fstatat(::dirfd(folder), name, &status, 0) != 0) {
-            if (isItem && errno != ENOENT)
-                skip(path / name, std::generic_category().message(errno));
-        } else if (isItem && S_ISREG(status.st_mode)) {
-            contents.items.push_back({name, stampOf(status)});
-        } else if (isItem) {
-            skip(path / name, "no regular file");
-        } else if (S_ISDIR(status.st_mode)) {
-            contents.folders.emplace_back(name);
+        if (entry.error != 0) {
+            if (entry.isItem && entry.error != ENOENT)
+                skip(path / entry.name, std::generic_category().message(entry.error));
+        } else if (entry.isItem && S_ISREG(entry.mode)) {
+            contents.items.push_back({std::move(entry.name), entry.stamp});
+        } else if (entry.isItem) {
+            skip(path / entry.name, "no regular file");
+        } else if (S_ISDIR(entry.mode)) {
+            contents.folders.push_back(std::move(entry.name));
         }
     }
 

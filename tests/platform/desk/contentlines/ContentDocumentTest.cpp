@@ -110,6 +110,16 @@ TEST(ContentDocument, readsCardsOfOldVersions)
     EXPECT_EQ(phone->parameters.at(1).name + phone->parameters.at(1).values.at(0), "VOICE");
 }
 
+TEST(ContentDocument, addsNothingBeforeTheFrontOfAFile)
+{
+    for (const std::string front : {"  ", "\xEF\xBB\xBF", "\xEF\xBB\xBF \n"}) {
+        ContentDocument document(front);
+        document.setValue(document.root(), "X", "1");
+        EXPECT_EQ(document.text().substr(0, front.size()), front);
+        EXPECT_EQ(ContentDocument(document.text()).valueOf(document.root(), "X"), "1");
+    }
+}
+
 TEST(ContentDocument, keepsWhatIsNotBalanced)
 {
     const std::pair<std::string, std::size_t> cases[] = {
