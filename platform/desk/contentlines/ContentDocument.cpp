@@ -24,8 +24,9 @@ std::string_view trimmed(std::string_view text)
 /// True when the parameters of a line say that its value is quoted-printable, which is folded in its own way.
 bool isQuotedPrintable(std::string_view line)
 {
-    const std::string head = ascii::lowered(line.substr(0, line.find(':')));
-    return head.find("quoted-printable") != std::string::npos;
+    const std::size_t end = line.find(':');
+    const std::string head = ascii::lowered(line.substr(0, end));
+    return end != std::string_view::npos && head.find("quoted-printable") != std::string::npos;
 }
 
 /// A physical line's bytes end so: a soft line end of quoted-printable.
@@ -216,10 +217,19 @@ std::string ContentDocument::text() const
     for (std::uint32_t at = 0; at != 1; at = entries_[at].next) {
         const std::string_view raw = entries_[at].raw;
         if (!raw.empty() && !result.empty() && result.back() != '\n' && result != kByteOrderMark)
-            result += lineEnd_; // what was the last line of the file
+            endLastLine(result);
         result += raw;
     }
     return result;
+}
+
+/// What was the last line of the file. Behind an open end of quoted-printable an empty line keeps the next one apart.
+void ContentDocument::endLastLine(std::string& text) const
+{
+    const bool isOpen = text.ends_with('=');
+    text += lineEnd_;
+    if (isOpen)
+        text += lineEnd_;
 }
 
 /// Calls with each line and component directly within, until it returns false.
