@@ -102,6 +102,7 @@ public:
     }
 
 private:
+    using FutureChanges = std::vector<std::pair<WallTime, const ItemTimes*>>; // by the date from which on they are
     using Dates = std::map<WallTime, std::optional<std::int64_t>>; // on the clock of the event; a period's own end
 
     bool overlaps(std::int64_t start, std::int64_t end) const
@@ -126,7 +127,7 @@ private:
     {
         const ItemTimes& event = *item.event;
         const std::map<WallTime, const ItemTimes*> changed = changesOf(item);
-        std::vector<std::pair<WallTime, const ItemTimes*>> forFuture;
+        FutureChanges forFuture;
         std::copy_if(changed.begin(), changed.end(), std::back_inserter(forFuture),
             [](const auto& change) { return change.second->isForFuture; });
         for (const auto& [wall, change] : changed)
@@ -134,20 +135,27 @@ private:
         for (const auto& [wall, end] : datesOf(event, forFuture)) {
             if (event.isException(wall) || changed.count(wall) != 0)
                 continue;
-            const auto behind = std::upper_bound(forFuture.begin(), forFuture.end(), wall,
-                [](WallTime searched, const auto& change) { return searched < change.first; });
-            DateValue start = event.start;
-            start.wall = wall;
-            const ItemTimes* says = &event;
-            if (behind != forFuture.begin()) {
-                const auto& [from, change] = *std::prev(behind);
-                says = change;
-                start = change->start;
-                start.wall += wall - from;
-            }
+            const auto [says, start] = placed(event, wall, forFuture);
             show(
                 *says, start, says == &event ? end : std::nullopt, event.isRepeating() ? keyOf(event.start, wall) : "");
         }
+    }
+
+    /// What a date of the event is: its own, or that of the last change for all that follow.
+    static std::pair<const ItemTimes*, DateValue> placed(
+        const ItemTimes& event, WallTime wall, const FutureChanges& forFuture)
+    {
+        const auto behind = std::upper_bound(forFuture.begin(), forFuture.end(), wall,
+            [](WallTime searched, const auto& change) { return searched < change.first; });
+        if (behind == forFuture.begin()) {
+            DateValue start = event.start;
+            start.wall = wall;
+            return {&event, start};
+        }
+        const auto& [from, change] = *std::prev(behind);
+        DateValue start = change->start;
+        start.wall += wall - from;
+        return {change, start};
     }
 
     /// By the date that they change, on the clock of the event. Of two for one date the later version.
@@ -171,7 +179,7 @@ private:
     }
 
     /// What the event gives within the span, and as far around it as an occurrence can reach into it.
-    Dates datesOf(const ItemTimes& event, const std::vector<std::pair<WallTime, const ItemTimes*>>& forFuture)
+    Dates datesOf(const ItemTimes& event, const FutureChanges& forFuture)
     {
         std::int64_t before = secondsOf(event.length);
         std::int64_t shift = 0;
@@ -183,7 +191,7 @@ private:
         const WallTime to = std::min(kLastWallTime, span_.end + shift + kClockSlack);
         Dates dates;
         for (const ItemRule& rule : event.rules)
-            addRule(event, rule, from, to, forFuture.empty(), dates);
+            addRule(event, rule, from, to, forFuture, dates);
         if (event.rules.empty() && event.start.wall <= to)
             dates.emplace(event.start.wall, std::nullopt);
         for (const ItemDate& date : event.dates) // one more date of a set may have another length
@@ -191,22 +199,17 @@ private:
         return dates;
     }
 
-    /// Counts the dates that the span shows; all of them where changes move them.
-    void addRule(
-        const ItemTimes& event, const ItemRule& rule, WallTime from, WallTime to, bool areShownInPlace, Dates& dates)
+    /// Counts the dates that the span shows.
+    void addRule(const ItemTimes& event, const ItemRule& rule, WallTime from, WallTime to,
+        const FutureChanges& forFuture, Dates& dates)
     {
         RuleDates all(rule.rule, event.start.wall, event.start.isDate, steps_);
         all.skipTo(from);
-        DateValue start = event.start;
         std::size_t shown = 0;
         while (const std::optional<WallTime> wall = all.next(std::min(to, rule.last))) {
-            start.wall = *wall;
-            const std::int64_t moment = start.moment();
-            if (areShownInPlace && !overlaps(moment, endOf(start, event.length))) {
-                if (moment >= span_.end + kClockSlack)
-                    break;
+            const auto [says, start] = placed(event, *wall, forFuture);
+            if (!overlaps(start.moment(), endOf(start, says->length)))
                 continue;
-            }
             if (++shown > bound_) {
                 found_.isBounded = true;
                 break;
