@@ -112,7 +112,7 @@ public:
         for (std::size_t at = 0; at < raw_.size();) {
             const std::size_t end = std::min(raw_.find('\n', at), raw_.size());
             std::string_view piece = raw_.substr(at, end - at);
-            if (piece.ends_with('\r'))
+            while (piece.ends_with('\r'))
                 piece.remove_suffix(1);
             line += at == 0 ? piece : piece.substr(1);
             at = end + 1;
