@@ -190,8 +190,9 @@ void setContactField(ContentDocument& document, Node card, ContactField field, c
     const bool isName = std::string_view(place.line) == "N"; // which every card must have
     if (isName || !isEmptyValue(value)) {
         setLine(document, card, place.line, value);
-    } else if (const auto node = readableLine(document, card, place.line)) {
-        document.remove(*node);
+    } else {
+        while (const auto node = readableLine(document, card, place.line)) // the next one would show otherwise
+            document.remove(*node);
     }
     if (field == ContactField::firstName || field == ContactField::lastName || field == ContactField::organization)
         setName(document, card);
