@@ -1,4 +1,5 @@
-"""Sets the stage: a person's desk in a throw-away folder, with mail and messages, and an empty home for Mervo."""
+"""Sets the stage: a person's desk in a throw-away folder, with mail, messages, a calendar and an address book, and an
+empty home for Mervo."""
 
 import datetime
 import email
@@ -23,6 +24,33 @@ TEXTS = [  # minutes ago, from whom, what; an empty handle is the owner
     (41, "+33 6 39 98 00 11", "Great. I bring the sandwiches \N{SANDWICH}"),
     (12, "maya@lighthouse.example.com", "He moved it to 15:30"),
 ]
+
+
+WALK = """BEGIN:VCALENDAR\r
+VERSION:2.0\r
+PRODID:-//Example//Another calendar program//EN\r
+BEGIN:VEVENT\r
+UID:walk@lighthouse.example.com\r
+DTSTAMP:{day:%Y%m%d}T080000Z\r
+SUMMARY:Harbour walk\r
+LOCATION:Lighthouse\r
+DTSTART:{day:%Y%m%d}T100000\r
+DTEND:{day:%Y%m%d}T120000\r
+RRULE:FREQ=WEEKLY\r
+END:VEVENT\r
+END:VCALENDAR\r
+"""
+
+FRIEND = """BEGIN:VCARD\r
+VERSION:3.0\r
+UID:maya@lighthouse.example.com\r
+FN:Maya Keeper\r
+N:Keeper;Maya;;;\r
+ORG:Lighthouse\r
+EMAIL;TYPE=INTERNET:maya@lighthouse.example.com\r
+TEL;TYPE=CELL:+33 6 39 98 00 12\r
+END:VCARD\r
+"""
 
 
 def mark_home(home):
@@ -54,6 +82,7 @@ class Desk:
         mark_home(self.home)
         self._mail()
         self._messages()
+        self._days_and_people()
         exports = [f"export {name}={shlex.quote(value)}" for name, value in self.variables.items()]
         path = f'export PATH={shlex.quote(str(self.helpers))}:"$PATH"'
         (self.folder / "env.sh").write_text("\n".join([*exports, path, ""]), encoding="utf-8")
@@ -66,7 +95,9 @@ class Desk:
                         "--days", "730", "--now", now], check=True, stdout=subprocess.DEVNULL)
         config = self.user / ".config/mervo-desk/desk.toml"
         config.parent.mkdir(parents=True)
-        config.write_text(f'[[mail.account]]\nname = "{ACCOUNT}"\nemail = ["{ADDRESS}"]\npath = "{self.maildir}"\n',
+        config.write_text(f'[[mail.account]]\nname = "{ACCOUNT}"\nemail = ["{ADDRESS}"]\npath = "{self.maildir}"\n'
+                          '[calendars]\npath = "~/.calendars"\n[reminders]\npath = "~/.calendars"\n'
+                          '[contacts]\npath = "~/.contacts"\n[notes]\npath = "~/Notes"\nformat = "markdown"\n',
                           encoding="utf-8")
 
     def _messages(self):
@@ -85,6 +116,20 @@ class Desk:
                 database.execute("INSERT INTO message (date, is_from_me, text, handle_id) VALUES (?, ?, ?, ?)",
                                  (int(date.total_seconds()) * 10**9, int(not handle), text, number))
         database.close()
+
+    def _days_and_people(self):
+        """What a synchroniser brings from a server: folders of one file for each event and each person."""
+        for name, text in ((".calendars/Home/walk.ics", WALK), (".contacts/people/maya.vcf", FRIEND)):
+            file = self.user / name
+            file.parent.mkdir(parents=True)
+            file.write_text(text.format(day=datetime.date.today() - datetime.timedelta(days=4)), encoding="utf-8",
+                            newline="")
+        (self.user / "Notes/Ideas").mkdir(parents=True)
+        (self.user / "Notes/Ideas/Boat.md").write_text("# Boat\n\nPaint it **before** the winter.\n", encoding="utf-8")
+
+    def texts(self, pattern):
+        """The files below the person's home folder, by name."""
+        return {str(file.relative_to(self.user)): file.read_text(encoding="utf-8") for file in self.user.glob(pattern)}
 
     def files(self, mailbox):
         """The messages of one mailbox, as files."""
