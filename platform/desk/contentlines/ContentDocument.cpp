@@ -35,6 +35,12 @@ bool endsSoftly(std::string_view piece)
     return piece.ends_with("=\r\n") || piece.ends_with("=\n");
 }
 
+/// A line of quoted-printable whose last piece is followed by nothing in its file: it would take the next line in.
+bool goesOn(std::string_view raw)
+{
+    return (raw.ends_with('=') || endsSoftly(raw)) && isQuotedPrintable(raw);
+}
+
 /// Takes the next line with its folds off the front.
 std::string_view takeLine(std::string_view& rest)
 {
@@ -214,22 +220,19 @@ std::uint32_t ContentDocument::insert(std::uint32_t before, Entry made)
 std::string ContentDocument::text() const
 {
     std::string result;
+    std::string_view last;
     for (std::uint32_t at = 0; at != 1; at = entries_[at].next) {
         const std::string_view raw = entries_[at].raw;
-        if (!raw.empty() && !result.empty() && result.back() != '\n' && result != kByteOrderMark)
-            endLastLine(result);
+        if (raw.empty())
+            continue;
+        if (!last.empty() && last != kByteOrderMark) {
+            result += last.ends_with('\n') ? "" : lineEnd_; // it was the last line of the file
+            result += goesOn(last) ? lineEnd_ : ""; // an empty line keeps this one apart
+        }
         result += raw;
+        last = raw;
     }
     return result;
-}
-
-/// What was the last line of the file. Behind an open end of quoted-printable an empty line keeps the next one apart.
-void ContentDocument::endLastLine(std::string& text) const
-{
-    const bool isOpen = text.ends_with('=');
-    text += lineEnd_;
-    if (isOpen)
-        text += lineEnd_;
 }
 
 /// Calls with each line and component directly within, until it returns false.

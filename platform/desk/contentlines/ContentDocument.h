@@ -97,7 +97,6 @@ private:
     template <typename Visit>
     void eachChild(Node within, Visit visit) const;
     bool hasName(const Entry& line, std::string_view name) const;
-    void endLastLine(std::string& text) const;
 
     std::deque<std::string> texts_; // never moved while a line stands in them
     std::vector<Entry> entries_; // 0: the root's BEGIN, 1: its END, both without bytes; linked in the file's order

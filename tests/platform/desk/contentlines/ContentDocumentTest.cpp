@@ -112,8 +112,8 @@ TEST(ContentDocument, readsCardsOfOldVersions)
 
 TEST(ContentDocument, addsNothingBeforeTheFrontOfAFile)
 {
-    for (const std::string front :
-        {"  ", "\xEF\xBB\xBF", "\xEF\xBB\xBF \n", "N;QUOTED-PRINTABLE:a=", "quoted-printable="}) {
+    for (const std::string front : {"  ", "\xEF\xBB\xBF", "\xEF\xBB\xBF \n",
+             "N;QUOTED-PRINTABLE:a=", "quoted-printable=", "N;QUOTED-PRINTABLE:=\n"}) {
         ContentDocument document(front);
         document.setValue(document.root(), "X", "1");
         EXPECT_EQ(document.text().substr(0, front.size()), front);
