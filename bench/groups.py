@@ -11,6 +11,7 @@ import sys
 from archive import archive
 from body import body
 from bulk import bulk
+from calendar_items import calendar
 from contacts import contacts
 from figures import MS, Figure, added
 from notes import notes
@@ -278,4 +279,4 @@ def peer(got):
 
 
 GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "archive": archive,
-          "contacts": contacts, "notes": notes, "gate": gate, "cockpit": cockpit, "application": application}
+          "contacts": contacts, "calendar": calendar, "notes": notes, "gate": gate, "cockpit": cockpit, "application": application}
