@@ -147,7 +147,7 @@ TEST_F(PermissionBootstrapTest, tellsEachStateOfEventKit)
     EXPECT_EQ(std::ranges::count(log, "ask calendar"), 0);
 }
 
-TEST_F(PermissionBootstrapTest, startsWhatIsClosedAsksForAllInOrderAndEndsOnlyWhatItStarted)
+TEST_F(PermissionBootstrapTest, asksForAllInOrderAndEndsOnlyWhatItStarted)
 {
     test::writeFile(file, R"({"com.apple.mail":true,"com.apple.Notes":true,"org.example":false,"damaged":3})");
     silent["com.apple.iCal"] = silent["com.apple.Notes"] = kClosed;
