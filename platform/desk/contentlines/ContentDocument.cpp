@@ -38,7 +38,7 @@ bool endsSoftly(std::string_view piece)
 /// A line of quoted-printable whose last piece is followed by nothing in its file: it would take the next line in.
 bool goesOn(std::string_view raw)
 {
-    return (raw.ends_with('=') || endsSoftly(raw)) && isQuotedPrintable(raw);
+    return (raw.ends_with('=') || raw.ends_with("=\r") || endsSoftly(raw)) && isQuotedPrintable(raw);
 }
 
 /// Takes the next line with its folds off the front.
@@ -122,11 +122,13 @@ private:
     /// Neighbours become one entry, so that a file of empty lines takes no more memory than its bytes.
     void addUnreadable(std::string_view raw)
     {
-        Entry& last = document_.entries_[document_.entries_[before_].previous];
+        std::uint32_t at = document_.entries_[before_].previous;
+        const Entry& last = document_.entries_[at];
         if (last.kind == Kind::unreadable && last.raw.data() + last.raw.size() == raw.data())
-            last.raw = {last.raw.data(), last.raw.size() + raw.size()};
+            document_.entries_[at].raw = {last.raw.data(), last.raw.size() + raw.size()};
         else
-            add(raw, Kind::unreadable);
+            at = add(raw, Kind::unreadable);
+        document_.entries_[at].isOpen = goesOn(raw);
     }
 
     static std::string componentName(std::string_view raw)
@@ -220,17 +222,18 @@ std::uint32_t ContentDocument::insert(std::uint32_t before, Entry made)
 std::string ContentDocument::text() const
 {
     std::string result;
-    std::string_view last;
+    const Entry* last = nullptr;
     for (std::uint32_t at = 0; at != 1; at = entries_[at].next) {
-        const std::string_view raw = entries_[at].raw;
-        if (raw.empty())
+        const Entry& entry = entries_[at];
+        if (entry.raw.empty())
             continue;
-        if (!last.empty() && last != kByteOrderMark) {
-            result += last.ends_with('\n') ? "" : lineEnd_; // it was the last line of the file
-            result += goesOn(last) ? lineEnd_ : ""; // an empty line keeps this one apart
+        if (last != nullptr && last->raw != kByteOrderMark) {
+            const bool isOpen = last->kind == Kind::unreadable ? last->isOpen : goesOn(last->raw);
+            result += last->raw.ends_with('\n') ? "" : lineEnd_; // it was the last line of the file
+            result += isOpen ? lineEnd_ : ""; // an empty line keeps this one apart
         }
-        result += raw;
-        last = raw;
+        result += entry.raw;
+        last = &entry;
     }
     return result;
 }

@@ -87,6 +87,7 @@ private:
         std::uint32_t previous = 0, next = 0;
         std::uint32_t last = 0; // of a component: its END; of an END: its BEGIN
         Kind kind = Kind::line;
+        bool isOpen = false; // of unreadable lines: the last one would take in whatever came behind it
     };
     class Reader;
 

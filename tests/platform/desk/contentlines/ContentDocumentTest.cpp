@@ -113,7 +113,8 @@ TEST(ContentDocument, readsCardsOfOldVersions)
 TEST(ContentDocument, addsNothingBeforeTheFrontOfAFile)
 {
     for (const std::string front : {"  ", "\xEF\xBB\xBF", "\xEF\xBB\xBF \n",
-             "N;QUOTED-PRINTABLE:a=", "quoted-printable=", "N;QUOTED-PRINTABLE:=\n"}) {
+             "N;QUOTED-PRINTABLE:a=", "quoted-printable=", "N;QUOTED-PRINTABLE:=\n",
+             "\rA\n\rQUOTED-PRINTABLE:a=", "B\nN;QUOTED-PRINTABLE:a=\r"}) {
         ContentDocument document(front);
         document.setValue(document.root(), "X", "1");
         EXPECT_EQ(document.text().substr(0, front.size()), front);
@@ -128,6 +129,7 @@ TEST(ContentDocument, keepsWhatIsNotBalanced)
         {"END:A\nBEGIN:A\nEND:B\nX:1\n", 1},
         {"BEGIN:A", 1},
         {"X:1\n \n\n ;;\nX;A=\"b:1\n:\n.X:1\na.b.c:1\n\0\0", 0},
+        {"\rQUOTED-PRINTABLE:a\nb=\nX:1\n", 0},
         {"", 0},
     };
     for (const auto& [text, count] : cases) {
