@@ -14,6 +14,7 @@ from bulk import bulk
 from calendar_items import calendar
 from contacts import contacts
 from figures import MS, Figure, added
+from items import items
 from notes import notes
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -279,4 +280,5 @@ def peer(got):
 
 
 GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "archive": archive,
-          "contacts": contacts, "calendar": calendar, "notes": notes, "gate": gate, "cockpit": cockpit, "application": application}
+          "contacts": contacts, "calendar": calendar, "items": items, "notes": notes, "gate": gate, "cockpit": cockpit,
+          "application": application}

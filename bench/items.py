@@ -1,0 +1,69 @@
+"""Events of a week among 10,000, and 5,000 reminders: nothing has changed since the last look, or nothing is known."""
+
+import datetime
+import os
+import random
+
+from figures import Figure
+
+EVENTS, TASKS = 10_000, 5_000
+LONG_AGO = 1.7e9  # when the files were written
+KHAL = """[calendars]
+[[events]]
+path = {0}/events
+[locale]
+local_timezone = UTC
+default_timezone = UTC
+[sqlite]
+path = {1}
+"""
+
+
+def write(file, *lines):
+    text = ["BEGIN:VCALENDAR", "VERSION:2.0", "PRODID:bench", *lines, "END:VCALENDAR", ""]
+    file.write_bytes("\r\n".join(text).encode())
+    os.utime(file, (LONG_AGO, LONG_AGO))
+
+
+def make(events, tasks):
+    """Every tenth event repeats; they lie in the eight years around today."""
+    chance = random.Random(5)
+    first = datetime.datetime.now() - datetime.timedelta(days=4 * 365)
+    for folder in (events, tasks):
+        folder.mkdir(parents=True)
+    for number in range(EVENTS):
+        start = first + datetime.timedelta(minutes=chance.randrange(8 * 365 * 1440))
+        rule = ["RRULE:FREQ=WEEKLY;COUNT=10"] if number % 10 == 0 else []
+        write(events / f"{number:05}.ics", "BEGIN:VEVENT", f"UID:e{number}", "DTSTAMP:20200101T000000Z",
+              f"SUMMARY:Event {number}", "DESCRIPTION:" + "some words " * 12, f"DTSTART:{start:%Y%m%dT%H%M%S}Z",
+              "DURATION:PT1H", *rule, "END:VEVENT")
+    for number in range(TASKS):
+        due = first + datetime.timedelta(days=chance.randrange(8 * 365))
+        write(tasks / f"{number:05}.ics", "BEGIN:VTODO", f"UID:t{number}", "DTSTAMP:20200101T000000Z",
+              f"SUMMARY:Task {number}", f"DUE;VALUE=DATE:{due:%Y%m%d}",
+              *(["STATUS:COMPLETED"] if number % 2 else []), "END:VTODO")
+
+
+def items(bench):
+    environment, folder = bench.desk("items")
+    root = folder / "items"
+    if not root.exists():
+        make(root / "events", root / "tasks")
+    with open(folder / "config/mervo-desk/desk.toml", "a", encoding="utf-8") as settings:
+        settings.write(f'[calendars]\npath = "{root}"\n[reminders]\npath = "{root}"\n')
+    (folder / "khal.conf").write_text(KHAL.format(root, folder / "khal.db"), encoding="utf-8")
+    mervo, cache = bench.helpers / "mervo", folder / "cache/mervo-desk/items.sqlite"
+    find, listed = [mervo, "run", "cal.find"], ["khal", "-c", folder / "khal.conf", "list", "today", "7d"]
+    got = bench.pairs(environment, {
+        "events": ["spawn", *find], "reminders": ["spawn", mervo, "run", "reminder.find"], "walk": ["walk", root],
+        "khal": ["spawn", "/usr/bin/env", *listed]})
+    cold = bench.pairs(environment, {
+        "find": ["spawn", "/bin/sh", "-c", f"rm -f '{cache}'; exec '{mervo}' run cal.find"]}, 3)
+    floor = f"opening and reading all {EVENTS + TASKS:,} items"
+    return [
+        Figure("`cal.find` among 10,000 events, nothing changed", got["events"]["wall"], got["walk"]["wall"], floor, 0.2),
+        Figure("`reminder.find` among 5,000 reminders, nothing changed", got["reminders"]["wall"], got["walk"]["wall"],
+               floor, 0.2),
+        Figure("`cal.find` for the first time", cold["find"]["wall"], got["walk"]["wall"], floor),
+        Figure("for comparison: `khal list` of a week, its cache warm", got["khal"]["wall"]),
+    ]
