@@ -1,6 +1,7 @@
 // Any bytes as a calendar or an address card: they are given back unchanged; a value that is set is read again, and
 // taking its line away leaves what was there.
 
+#include "platform/ascii.h"
 #include "platform/desk/contentlines/ContentDocument.h"
 #include "platform/desk/contentlines/TextValue.h"
 
@@ -29,6 +30,14 @@ void visit(ContentDocument& document, ContentDocument::Node within, int depth)
         visit(document, component, depth + 1);
 }
 
+/// False for a line that cannot be read, and for a value that is not encoded as the line says.
+bool canTake(const ContentDocument& document, ContentDocument::Node line, const std::string& value)
+{
+    const bool isQuoted =
+        mervo::platform::ascii::lowered(document.bytes(line)).find("quoted-printable") != std::string::npos;
+    return document.read(line) && !(isQuoted && value.ends_with('='));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -42,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto components = document.components(document.root());
     const auto within = components.empty() ? document.root() : components.front();
     const std::string value = withoutControls(bytes);
-    if (const auto line = document.line(within, "X-NEW"); line && !document.read(*line))
-        return 0; // such a line cannot take a value
+    if (const auto line = document.line(within, "X-NEW"); line && !canTake(document, *line, value))
+        return 0;
     document.setValue(within, "X-NEW", value);
     const ContentDocument again(document.text());
     if (document.isBalanced()) {

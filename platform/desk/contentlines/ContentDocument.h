@@ -64,7 +64,8 @@ public:
 
     /// Puts another line in the place of one.
     void replace(Node line, const ContentLine& by);
-    /// Gives a line another value, as it is to be written; its name and parameters keep their bytes.
+    /// Gives a line another value, as it is to be written (encoded, where its parameters say so); its name and
+    /// parameters keep their bytes.
     void setValue(Node line, std::string_view value);
     /// Gives the first such line the value, or adds one; further ones stay.
     void setValue(Node within, std::string_view name, std::string_view value);
