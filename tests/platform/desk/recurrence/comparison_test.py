@@ -252,6 +252,10 @@ def dateutil_fault(item):
             # 3.3.10: "Information, not contained in the rule, necessary to determine the various recurrence instance
             # start time and dates are derived from the Start Time (DTSTART)". dateutil takes every day of the week.
             return "a week without a day"
+        if {"-53", "-52"} & set(found.get("BYWEEKNO", "").split(",")):
+            # 3.3.10: "week number one of the calendar year is the first week that contains at least four (4) days in that
+            # calendar year". Counted from the end it may begin in the December before, where dateutil looks for 1 alone.
+            return "the first week, counted from the end"
         if len({len(day) > 2 for day in days}) > 1:
             # 3.3.10: "The BYDAY rule part specifies a COMMA-separated list of days of the week". dateutil wants days
             # with and without a number to match at once.
