@@ -1,8 +1,13 @@
 """The reminder tools and the dictionary of Reminders over real files: `reminders_test.py CONTENTS-FOLDER`."""
 
 import datetime
+import os
 import pathlib
+import random
+import signal
+import subprocess
 import sys
+import time
 import unittest
 
 from calendars import Vdir, soon
@@ -96,6 +101,29 @@ class RemindersTest(DeskTest):
         self.assertEqual(done, ["OK deleted 1 completed reminder(s) from all lists\n",
                                 'OK deleted list "Work" (2 lists shared that name)\n'])
         self.assertEqual([file.name for file in self.folder.rglob("*.ics")], ["e.ics"])
+
+    def test_what_is_killed_is_done_whole_or_not_at_all(self):
+        box, chance = Vdir(self.folder / "Work"), random.Random(3)
+        item = box.todo("0", "done", "STATUS:COMPLETED").read_bytes()
+        counts = set()
+        for kill in range(20):
+            for number in range(200):
+                box.path.mkdir(exist_ok=True)
+                (box.path / f"{number}.ics").write_bytes(item.replace(b"UID:0", b"UID:%d" % number))
+            words = (("reminder.clearCompleted", "list=Work"), ("reminder.deleteList", "name=Work"))[kill % 2]
+            run = subprocess.Popen([Desk.contents / "Helpers/mervo", "run", *words], env=self.desk.environment,
+                                   start_new_session=True, stdout=subprocess.DEVNULL)
+            while run.poll() is None and not (self.folder / ".mervo/journal").exists():
+                pass  # the commit comes in a moment
+            time.sleep(chance.uniform(0, 0.004))
+            os.killpg(run.pid, signal.SIGKILL)
+            run.wait()
+            shown = self.desk.call("reminder.lists")["output"]
+            counts.add(len(list(box.path.glob("*.ics"))))
+            self.assertIn(shown, ["Work || active=0 || done=200", "Work || active=0 || done=0",
+                                  "Reminders || active=0 || done=0"], kill)
+            self.assertLessEqual(counts, {0, 200}, kill)
+        self.assertIn(200, counts, "a kill came before the last step")
 
     def test_scripts_see_every_property(self):
         box = Vdir(self.folder / "Home")
