@@ -23,16 +23,23 @@ struct Words {
     const char* one; ///< what a collection is called
     const char* many;
     const char* component;
+    const char* other; ///< the component that makes a collection one of the other kind
 };
 
 struct Count {
     std::size_t collections = 0, items = 0;
     bool hasDefault = false;
+    std::string first; ///< by title, of those that can be written
     std::vector<std::string> damaged; // files, with the reason
 };
 
+/// How many there are of each component.
+struct Contents {
+    std::size_t ours = 0, others = 0;
+};
+
 /// What is wrong with a file; empty: nothing.
-std::string fault(const path& file, std::string_view component, std::size_t& items)
+std::string fault(const path& file, const Words& words, Contents& contents)
 {
     std::string why;
     const auto found = readItem(file, why);
@@ -40,30 +47,50 @@ std::string fault(const path& file, std::string_view component, std::size_t& ite
         return why;
     const ContentDocument document(found->bytes);
     const auto calendars = document.components(document.root(), "VCALENDAR");
-    for (const auto calendar : calendars)
-        items += document.components(calendar, component).size();
+    for (const auto calendar : calendars) {
+        contents.ours += document.components(calendar, words.component).size();
+        contents.others += document.components(calendar, words.other).size();
+    }
     if (calendars.empty())
         return "no calendar";
     return document.isBalanced() ? "" : "cut off, or nested wrongly";
 }
 
-Count count(const EventSettings& settings, std::string_view component)
+/// A collection of the other kind alone is left out, but for what is damaged in it.
+Count count(const EventSettings& settings, const Words& words)
 {
     Count all;
     const VdirListing listing = listVdir(settings.root, ".ics");
     for (const VdirCollection& collection : listing.collections) {
-        ++all.collections;
-        all.hasDefault = all.hasDefault || (collection.title == settings.defaultTitle && collection.isWritable);
+        Contents contents;
         for (const VdirItem& item : collection.items) {
             const path file = collection.folder / item.name;
-            const std::string why = fault(file, component, all.items);
+            const std::string why = fault(file, words, contents);
             if (!why.empty())
                 all.damaged.push_back(fmt::format("{} ({})", file.string(), why));
         }
+        if (contents.ours == 0 && contents.others > 0)
+            continue;
+        ++all.collections;
+        all.items += contents.ours;
+        if (!collection.isWritable)
+            continue;
+        all.hasDefault = all.hasDefault || collection.title == settings.defaultTitle;
+        all.first = all.first.empty() ? collection.title : std::min(all.first, collection.title);
     }
     for (const SkippedFile& skipped : listing.skipped)
         all.damaged.push_back(fmt::format("{} ({})", skipped.file.string(), skipped.why));
     return all;
+}
+
+/// Where new entries go.
+std::string defaultOf(const EventSettings& settings, const Count& all)
+{
+    if (all.hasDefault)
+        return fmt::format("default \"{}\"", settings.defaultTitle);
+    if (!settings.isDefaultNamed && !all.first.empty())
+        return fmt::format("default \"{}\"", all.first);
+    return fmt::format("default \"{}\" (made when it is needed)", settings.defaultTitle);
 }
 
 std::string named(std::vector<std::string> files)
@@ -81,19 +108,19 @@ std::vector<Finding> examine(const Configuration& configuration, Entity entity, 
     const auto status = std::filesystem::status(settings.root, error);
     if (status.type() == std::filesystem::file_type::not_found) {
         return {makeFinding(words.id, words.label,
-            fmt::format("none at {} yet; “{}” is made with the first entry", root, settings.defaultTitle))};
+            fmt::format("none at {} yet; \"{}\" is made with the first entry", root, settings.defaultTitle))};
     }
     if (!std::filesystem::is_directory(status) || ::access(root.c_str(), R_OK | X_OK) != 0) {
         return {makeFinding(words.id, words.label, fmt::format("{} is no folder that can be read", root),
             "Make it a folder that this user can read, or name another one in desk.toml (\"path\").")};
     }
-    const Count all = count(settings, words.component);
+    const Count all = count(settings, words);
     std::vector<Finding> findings;
     const bool isWritable = ::access(root.c_str(), W_OK) == 0;
     findings.push_back(makeFinding(words.id, words.label,
-        fmt::format("{} {}, {} entries in {}; default “{}”{}{}", all.collections,
-            all.collections == 1 ? words.one : words.many, all.items, root, settings.defaultTitle,
-            all.hasDefault ? "" : " (made when it is needed)", isWritable ? "" : "; the folder cannot be written"),
+        fmt::format("{} {}, {} {} in {}; {}{}", all.collections, all.collections == 1 ? words.one : words.many,
+            all.items, all.items == 1 ? "entry" : "entries", root, defaultOf(settings, all),
+            isWritable ? "" : "; the folder cannot be written"),
         isWritable ? "" : "Make the folder writable for this user."));
     if (!all.damaged.empty()) {
         findings.push_back(makeFinding(fmt::format("{}.damaged", words.id),
@@ -107,12 +134,14 @@ std::vector<Finding> examine(const Configuration& configuration, Entity entity, 
 
 std::vector<Finding> examineEvents(const Configuration& configuration)
 {
-    return examine(configuration, Entity::events, {"desk.calendars", "Calendars", "calendar", "calendars", "VEVENT"});
+    return examine(
+        configuration, Entity::events, {"desk.calendars", "Calendars", "calendar", "calendars", "VEVENT", "VTODO"});
 }
 
 std::vector<Finding> examineReminders(const Configuration& configuration)
 {
-    return examine(configuration, Entity::reminders, {"desk.reminders", "Reminders", "list", "lists", "VTODO"});
+    return examine(
+        configuration, Entity::reminders, {"desk.reminders", "Reminders", "list", "lists", "VTODO", "VEVENT"});
 }
 
 } // namespace mervo::desk

@@ -125,6 +125,22 @@ class RemindersTest(DeskTest):
             self.assertLessEqual(counts, {0, 200}, kill)
         self.assertIn(200, counts, "a kill came before the last step")
 
+    def test_the_health_report_counts_what_the_tools_see(self):
+        both, tasks = self.desk.folder / "both", Vdir(self.desk.folder / "both/Mine")
+        Vdir(both / "Team").event("e", "Tea", soon(1))
+        Vdir(both / "empty")
+        tasks.todo("t", "a")
+        for default, calendars, lists in (
+                ("", '2 calendars, 1 entry in {}; default "Team"', '2 lists, 1 entry in {}; default "Mine"'),
+                ('default = "New"', '2 calendars, 1 entry in {}; default "New" (made when it is needed)',
+                 '2 lists, 1 entry in {}; default "New" (made when it is needed)')):
+            self.desk.configure("".join(f'[{kind}]\npath = "{both}"\n{default}\n' for kind in ("calendars", "reminders")))
+            health = self.desk.health()
+            self.assertEqual([health[f"desk.{kind}"]["detail"] for kind in ("calendars", "reminders")],
+                             [calendars.format(both), lists.format(both)])
+        self.says("OK reminder created", "reminder.add", name="b")
+        self.says("empty || active=0 || done=0\nMine || active=1 || done=0\nNew || active=1 || done=0", "reminder.lists")
+
     def test_scripts_see_every_property(self):
         box = Vdir(self.folder / "Home")
         box.todo("u1", "x", "PRIORITY:5", "DUE;VALUE=DATE:20260401", "CREATED:20260101T100000Z")
