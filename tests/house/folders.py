@@ -14,7 +14,7 @@ import re
 # Launching, supervising and the registration of clients have their floor before they have a library.
 # "/*" stands for the libraries below a folder that have no entry of their own.
 FLOORS = [
-    {"platform", "platform/sqlite"},
+    {"platform", "platform/sqlite", "platform/schedule", "platform/propertylist"},
     {"core/foundation", "platform/applescript/values", "platform/desk/settings", "platform/desk/health",
      "platform/desk/session",
      "platform/linux/desktop", "platform/linux/desktop/*", "platform/linux/keychain", "platform/linux/tls"},
@@ -35,7 +35,8 @@ FLOORS = [
     {"cockpit/icon", "cockpit/views"},
     {"cockpit/shell"},
 ]
-PORTABLE = {"platform/sqlite"}  # knows no system and no application: the core may use it like a facility
+# These know no system and no application: the core may use them like a facility.
+PORTABLE = {"platform/sqlite", "platform/schedule", "platform/propertylist"}
 ROOMS = ("core", "platform", "frontends", "cockpit")  # what is layered
 ANNEXES = ("tests", "bench", "fuzz", "demo")  # may look at everything that they name
 SOURCES = {".h", ".cpp"}
