@@ -1,10 +1,8 @@
 """The reminder tools and the dictionary of Reminders over real files: `reminders_test.py CONTENTS-FOLDER`."""
 
 import datetime
-import os
 import pathlib
 import random
-import signal
 import subprocess
 import sys
 import time
@@ -112,11 +110,11 @@ class RemindersTest(DeskTest):
                 (box.path / f"{number}.ics").write_bytes(item.replace(b"UID:0", b"UID:%d" % number))
             words = (("reminder.clearCompleted", "list=Work"), ("reminder.deleteList", "name=Work"))[kill % 2]
             run = subprocess.Popen([Desk.contents / "Helpers/mervo", "run", *words], env=self.desk.environment,
-                                   start_new_session=True, stdout=subprocess.DEVNULL)
+                                   stdout=subprocess.DEVNULL)
             while run.poll() is None and not (self.folder / ".mervo/journal").exists():
                 pass  # the commit comes in a moment
             time.sleep(chance.uniform(0, 0.004))
-            os.killpg(run.pid, signal.SIGKILL)
+            run.kill()
             run.wait()
             shown = self.desk.call("reminder.lists")["output"]
             counts.add(len(list(box.path.glob("*.ics"))))
