@@ -45,7 +45,8 @@ class Desktop:
 
     def display(self, size="1280x900"):
         """The name of one more display, with a window manager."""
-        name = ":" + self._told("Xvfb", "-displayfd", "1", "-screen", "0", size + "x24", "-nolisten", "tcp")
+        name = ":" + self._told("Xvfb", "-displayfd", "1", "-screen", "0", size + "x24", "-nolisten", "tcp",
+                                "-noreset")  # by the first client that leaves, before the window manager has come
         self.start(["openbox", "--sm-disable"], env=dict(os.environ, DISPLAY=name), stderr=subprocess.DEVNULL)
         return name
 
