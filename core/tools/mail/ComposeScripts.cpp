@@ -106,7 +106,7 @@ const std::string& reply()
 	set bodyText to item 6 of argv
 	set allFlag to item 7 of argv
 )AS",
-        kOpenMail, kFindMailbox, kSelectNewest, R"AS(
+        kOpenMail, kFindMailbox, kSelectMatching, kKeepNewest, R"AS(
 		if target is missing value then error "no matching message to reply to"
 		set attribution to "On " & ((date sent of target) as text) & ", " & (sender of target) & " wrote:"
 		set quotedText to content of target
@@ -130,7 +130,7 @@ const std::string& forward()
 	set toAddr to item 6 of argv
 	set noteText to item 7 of argv
 )AS",
-        kOpenMail, kFindMailbox, kSelectNewest, R"AS(
+        kOpenMail, kFindMailbox, kSelectMatching, kKeepNewest, R"AS(
 		if target is missing value then error "no matching message to forward"
 		set fromLine to "From: " & (sender of target)
 		set subjectLine to "Subject: " & (subject of target)

@@ -26,6 +26,9 @@ const std::string& junk(); ///< and "1" or "0"
 
 // With account, mailbox, subject, subjectContains, from: one message.
 const std::string& body();
+/// The newest one whose subject holds "re:" before subjectContains, and whose sender's address is `from`; no draft.
+/// Gives an empty text when there is none.
+const std::string& ownReply();
 const std::string& open();
 const std::string& reply(); ///< and body, "1" for a reply to all
 const std::string& forward(); ///< and to, body

@@ -178,7 +178,7 @@ end run
 const std::string& body()
 {
     static const std::string script =
-        assembled({kOneMailboxHead, kSelector, kOpenMail, kFindMailbox, kSelectNewest, R"AS(
+        assembled({kOneMailboxHead, kSelector, kOpenMail, kFindMailbox, kSelectMatching, kKeepNewest, R"AS(
 		if target is missing value then return "(no matching message)"
 		return content of target
 	end tell
@@ -187,10 +187,47 @@ end run
     return script;
 }
 
+const std::string& ownReply()
+{
+    // A sender is "Name <address>" or an address. One with another "<" in its name is not taken apart: it is nobody's.
+    static const std::string script = assembled({kOneMailboxHead, kSelector, kOpenMail, kFindMailbox, R"AS(
+		set isDrafts to false
+		try
+			set isDrafts to (name of drafts mailbox) is mbName
+		end try
+		if isDrafts then return ""
+)AS",
+        kSelectMatching, R"AS(
+			if ok then set ok to my isAnswered(item i of subjects, scQ)
+			if ok then set ok to my addressOf(item i of senders) is fromQ
+)AS",
+        kKeepNewest, R"AS(
+		if target is missing value then return ""
+		return content of target
+	end tell
+end run
+
+on isAnswered(theSubject, theTag)
+	set place to offset of theTag in theSubject
+	if place < 2 then return false
+	return (text 1 thru (place - 1) of theSubject) contains "re:"
+end isAnswered
+
+on addressOf(theSender)
+	if theSender does not end with ">" then return theSender
+	try
+		return text ((offset of "<" in theSender) + 1) thru -2 of theSender
+	end try
+	return ""
+end addressOf
+)AS"});
+    return script;
+}
+
 const std::string& open()
 {
     static const std::string script =
-        assembled({kOneMailboxHead, kSelector, kOpenMail, kFindMailbox, kSelectNewest, R"AS(
+        assembled({kOneMailboxHead, kSelector, kOpenMail, kFindMailbox, kSelectMatching, kKeepNewest, R"AS(
 		if target is missing value then return "(no matching message)"
 		set theSubject to subject of target
 		open target

@@ -129,8 +129,9 @@ inline constexpr std::string_view kSelector = R"AS(
 	set fromQ to item 5 of argv
 )AS";
 
-// Leaves the newest matching message in `target`, the first of those with the same date; or missing value.
-inline constexpr std::string_view kSelectNewest = R"AS(
+// Leaves the newest matching message in `target`, the first of those with the same date; or missing value. Further
+// conditions on `ok` stand between the two halves.
+inline constexpr std::string_view kSelectMatching = R"AS(
 		set subjects to subject of (every message of mb)
 		set senders to sender of (every message of mb)
 		set arrivals to date received of (every message of mb)
@@ -142,6 +143,9 @@ inline constexpr std::string_view kSelectNewest = R"AS(
 			if subjQ is not "" then set ok to (item i of subjects) is subjQ
 			if ok and scQ is not "" then set ok to (item i of subjects) contains scQ
 			if ok and fromQ is not "" then set ok to (item i of senders) contains fromQ
+)AS";
+
+inline constexpr std::string_view kKeepNewest = R"AS(
 			if ok and newest is not missing value then set ok to (item i of arrivals) > newest
 			if ok then
 				set newest to item i of arrivals
