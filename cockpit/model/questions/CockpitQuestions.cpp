@@ -36,7 +36,7 @@ void CockpitQuestions::answer(const QString& questionId, const QString& text)
     list_.show(open_);
     Q_EMIT openChanged();
     operations_.write("answering", [this, id, answer](CockpitStores::Open& open) {
-        open.feedback.answer(id, answer);
+        open.asks.answer(id, answer);
         open.logHuman("ask_answer", {{"id", id}, {"answer", std::string(Text::firstCharacters(answer, kAnswerLimit))}});
         Work::come(*this, [this, id] {
             answering_.erase(id);

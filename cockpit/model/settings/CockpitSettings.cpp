@@ -1,5 +1,6 @@
 #include "cockpit/model/settings/CockpitSettings.h"
 
+#include "core/feedback/channels/AskChannels.h"
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/FailureOf.h"
 #include "core/foundation/Text.h"
@@ -16,13 +17,12 @@ namespace mervo {
 namespace {
 
 constexpr std::chrono::seconds kPatience(2); ///< the main thread waits
-constexpr std::array<std::string_view, 2> kChannels{"mail", "cockpit"}; // the first is the default
-constexpr std::array<std::string_view, 3> kCleanups{"archive", "delete", "off"};
+constexpr std::array<std::string_view, 3> kCleanups{"archive", "delete", "off"}; // the first is the default
 
-std::string oneOf(const QString& word, const auto& words)
+std::string cleanupOf(const QString& word)
 {
     const std::string text = word.toStdString();
-    return std::ranges::find(words, text) == words.end() ? std::string(words.front()) : text;
+    return std::ranges::find(kCleanups, text) == kCleanups.end() ? std::string(kCleanups.front()) : text;
 }
 
 std::optional<std::string> orNotSet(std::string text)
@@ -107,12 +107,13 @@ void CockpitSettings::setNotifyIMessageHandle(const QString& handle)
 
 void CockpitSettings::setAskChannel(const QString& channel)
 {
-    store([&](HarnessConfig& config) { mirror_.askChannel = config.askChannel = oneOf(channel, kChannels); });
+    const std::string_view id = AskChannels::channel(channel.toStdString()).id;
+    store([&](HarnessConfig& config) { mirror_.askChannel = config.askChannel = id; });
 }
 
 void CockpitSettings::setAskCleanup(const QString& cleanup)
 {
-    store([&](HarnessConfig& config) { mirror_.askCleanup = config.askCleanup = oneOf(cleanup, kCleanups); });
+    store([&](HarnessConfig& config) { mirror_.askCleanup = config.askCleanup = cleanupOf(cleanup); });
 }
 
 void CockpitSettings::setAutonomy(const QString& word)

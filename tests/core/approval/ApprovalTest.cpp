@@ -63,10 +63,12 @@ TEST_F(ApprovalTest, runsWhatWasShownAndWritesTheRow)
 
 TEST_F(ApprovalTest, queuesAFailedRunAgain)
 {
+    ::setenv("MERVO_HOME", home.path().c_str(), 1); // in which no address of the owner is configured
     const auto action = queued("ask", {{"text", "Hi"}});
     const auto result = Approval::approve(action, stores);
     ASSERT_TRUE(std::holds_alternative<Approval::Failed>(result));
-    const std::string why = "ask needs the Feedback bridge, which this build does not have";
+    const std::string why =
+        "mail.notify failed: missing required argument: notify email (set it in Settings → Notifications)";
     EXPECT_EQ(std::get<Approval::Failed>(result).error, why);
     EXPECT_TRUE(std::get<Approval::Failed>(result).queuedAgain);
     EXPECT_THAT(pending.list(), ElementsAre(action)) << "same id, same time";
