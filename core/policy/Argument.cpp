@@ -80,18 +80,26 @@ bool areAbsolute(std::string_view text)
     });
 }
 
+/// The whole text as a number; nothing where it is none, or none that the type holds.
+template <typename Number>
+std::optional<double> readAs(std::string_view text)
+{
+    Number number = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool reads = failure == std::errc() && end == text.data() + text.size();
+    return reads ? std::optional(static_cast<double>(number)) : std::nullopt;
+}
+
 /// The number of a text; nothing where it has another form.
 std::optional<double> numberOf(std::string_view text, Format::Kind kind)
 {
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
-    const std::string_view signs = kind == Format::Kind::whole ? "0123456789-" : "0123456789.eE+-";
-    if (text.empty() || text.find_first_not_of(signs) != std::string_view::npos)
+    if (kind == Format::Kind::whole)
+        return readAs<std::int64_t>(text);
+    if (text.find_first_not_of("0123456789.eE+-") != std::string_view::npos)
         return std::nullopt;
-    double number = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool reads = failure == std::errc() && end == text.data() + text.size();
-    return reads ? std::optional(number) : std::nullopt;
+    return readAs<double>(text);
 }
 
 bool isOneOf(std::string_view value, std::string_view words)
