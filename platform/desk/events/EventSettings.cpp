@@ -20,8 +20,6 @@ EventSettings read(const Table& table, const char* where)
     if (table.contains("default")) {
         settings.defaultTitle = table.text("default");
         settings.isDefaultNamed = true;
-        if (settings.defaultTitle.empty())
-            table.fail("default", "\"default\" must not be empty.");
     }
     return settings;
 }
