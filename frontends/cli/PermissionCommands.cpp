@@ -1,6 +1,7 @@
 #include "core/permissions/PermissionBootstrap.h"
 #include "frontends/cli/Commands.h"
 
+#include <algorithm>
 #include <array>
 
 namespace mervo::cli {
@@ -30,6 +31,11 @@ Examples:
   mervo bootstrap-permissions
 )";
 
+/// Nobody could be asked, or the record of what was decided is damaged.
+constexpr std::string_view kOpen =
+    "note: not everything is settled; run this in your desktop or at a terminal where you have logged in, and see "
+    "\"mervo doctor\"\n";
+
 void print(const PermissionBootstrap::Results& results, const Arguments& arguments, Io& io)
 {
     io.out((arguments.has(kJson) ? PermissionBootstrap::renderJSON(results) : PermissionBootstrap::renderText(results))
@@ -44,7 +50,10 @@ ExitCode showStatus(const Arguments& arguments, Io& io)
 
 ExitCode probe(const Arguments& arguments, Io& io)
 {
-    print(PermissionBootstrap().probe(), arguments, io);
+    const PermissionBootstrap::Results results = PermissionBootstrap().probe();
+    print(results, arguments, io);
+    if (std::ranges::any_of(results, [](const auto& result) { return !result.granted; }))
+        io.err(kOpen);
     return ExitCode::done;
 }
 

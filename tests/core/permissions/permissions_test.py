@@ -43,8 +43,9 @@ class Permissions(DeskTest):
 
     def rows(self, command="permissions"):
         done = self.desk.mervo(command, "--json")
-        self.assertEqual((done.returncode, done.stderr), (0, ""))
         found = json.loads(done.stdout)
+        is_open = command != "permissions" and any("granted" not in row for row in found)
+        self.assertEqual((done.returncode, done.stderr[:31]), (0, "note: not everything is settled" * is_open))
         self.assertEqual([row["id"] for row in found],
                          [f"automation:com.apple.{key}" for key in NAMES] + ["calendar", "reminders"])
         for row in found:
