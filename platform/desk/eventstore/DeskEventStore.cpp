@@ -156,8 +156,10 @@ std::string folderName(const std::string& title)
 
 std::string oneLine(const std::string& title)
 {
-    std::string line = withoutControls(title);
-    std::ranges::replace(line, '\t', ' ');
+    std::string line = title;
+    std::ranges::replace_if(
+        line, [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
+    line = withoutControls(line);
     const std::size_t start = line.find_first_not_of(' ');
     if (start == std::string::npos)
         throw EventStoreError("Nothing was changed: a title must not be empty.");

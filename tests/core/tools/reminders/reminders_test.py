@@ -43,6 +43,8 @@ class RemindersTest(DeskTest):
         (todo,) = [item for item in Vdir(self.folder / "Reminders").items("VTODO")]
         self.assertEqual((todo["SUMMARY"], todo["DUE"].dt, todo["DESCRIPTION"]),
                          ("b\nb", datetime.date(2026, 12, 24), "n\\1"))
+        self.desk.call("reminder.renameList", from_="Büro", to="At\nthe\toffice")
+        self.says("At the office || active=1 || done=0\nReminders || active=1 || done=0", "reminder.lists")
 
     def test_a_list_that_is_not_there(self):
         Vdir(self.folder / "Home").todo("1", "x")
