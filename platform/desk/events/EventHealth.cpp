@@ -3,9 +3,11 @@
 #include "platform/desk/contentlines/ContentDocument.h"
 #include "platform/desk/events/EventSettings.h"
 #include "platform/desk/health/Findings.h"
+#include "platform/desk/recurrence/Recurrences.h"
 #include "platform/desk/vdir/Vdir.h"
 
 #include <algorithm>
+#include <ctime>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -31,6 +33,7 @@ struct Count {
     bool hasDefault = false;
     std::string first; ///< by title, of those that can be written
     std::vector<std::string> damaged; // files, with the reason
+    std::vector<std::string> endless; // files
 };
 
 /// How many there are of each component.
@@ -38,8 +41,19 @@ struct Contents {
     std::size_t ours = 0, others = 0;
 };
 
+/// Whether its events have more dates in the year to come than a call shows. Rules that do name a part of the day.
+bool isEndless(const std::string& bytes)
+{
+    constexpr std::int64_t kYear = 366 * 86'400; // seconds
+    constexpr const char* kParts[] = {"SECONDLY", "MINUTELY", "HOURLY", "BYSECOND", "BYMINUTE", "BYHOUR"};
+    if (std::ranges::none_of(kParts, [&](const char* part) { return bytes.find(part) != std::string::npos; }))
+        return false;
+    const std::int64_t now = std::time(nullptr);
+    return occurrences(timesText(bytes), {now, now + kYear}).isBounded;
+}
+
 /// What is wrong with a file; empty: nothing.
-std::string fault(const path& file, const Words& words, Contents& contents)
+std::string fault(const path& file, const Words& words, Contents& contents, std::vector<std::string>& endless)
 {
     std::string why;
     const auto found = readItem(file, why);
@@ -53,7 +67,11 @@ std::string fault(const path& file, const Words& words, Contents& contents)
     }
     if (calendars.empty())
         return "no calendar";
-    return document.isBalanced() ? "" : "cut off, or nested wrongly";
+    if (!document.isBalanced())
+        return "cut off, or nested wrongly";
+    if (words.component == std::string_view("VEVENT") && isEndless(found->bytes))
+        endless.push_back(file.string());
+    return "";
 }
 
 /// A collection of the other kind alone is left out, but for what is damaged in it.
@@ -65,7 +83,7 @@ Count count(const EventSettings& settings, const Words& words)
         Contents contents;
         for (const VdirItem& item : collection.items) {
             const path file = collection.folder / item.name;
-            const std::string why = fault(file, words, contents);
+            const std::string why = fault(file, words, contents, all.endless);
             if (!why.empty())
                 all.damaged.push_back(fmt::format("{} ({})", file.string(), why));
         }
@@ -126,6 +144,12 @@ std::vector<Finding> examine(const Configuration& configuration, Entity entity, 
         findings.push_back(makeFinding(fmt::format("{}.damaged", words.id),
             fmt::format("{}, damaged items", words.label), fmt::format("not shown: {}", named(all.damaged)),
             "Mend or remove these files; the program that wrote them may bring them again."));
+    }
+    if (!all.endless.empty()) {
+        findings.push_back(
+            makeFinding(fmt::format("{}.endless", words.id), fmt::format("{}, endless rules", words.label),
+                fmt::format("not every date is shown: {}", named(all.endless)),
+                "They repeat more than 10,000 times a year: give their rule (RRULE) an end, or remove them."));
     }
     return findings;
 }

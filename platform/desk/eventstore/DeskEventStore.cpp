@@ -125,13 +125,33 @@ Reminder reminderOf(const Collection& list, std::string_view file, const TaskRec
     return reminder;
 }
 
-void addOccurrences(
-    const Collection& calendar, const CachedItem& item, platform::TimeSpan span, std::vector<Event>& found)
+/// What rules without an end may cost a call, however many items have one: when some have taken that much, each further
+/// one shows its first dates alone.
+class EndlessRules {
+public:
+    Occurrences dates(std::string_view times, platform::TimeSpan span)
+    {
+        const bool isSpent = shown_ > kMost;
+        Occurrences found = occurrences(times, span, isSpent ? kMostDates / 10 : kMostDates);
+        if (isSpent && found.isBounded)
+            found.all.resize(std::min(found.all.size(), kFew));
+        shown_ += found.isBounded ? found.all.size() : 0;
+        return found;
+    }
+
+private:
+    static constexpr std::size_t kMost = 5 * kMostDates, kFew = 10;
+
+    std::size_t shown_ = 0;
+};
+
+void addOccurrences(const Collection& calendar, const CachedItem& item, platform::TimeSpan span, EndlessRules& endless,
+    std::vector<Event>& found)
 {
     const auto record = unpacked(item.record);
     if (!record)
         return;
-    for (const Occurrence& when : occurrences(record->times, span).all) {
+    for (const Occurrence& when : endless.dates(record->times, span).all) {
         if (when.component < record->events.size())
             found.push_back(eventOf(calendar, item.name, record->events[when.component], when));
     }
@@ -330,11 +350,12 @@ std::vector<Event> DeskEventStore::events(platform::TimeSpan span)
 {
     return guarded([&] {
         std::vector<Event> found;
+        EndlessRules endless;
         for (const Folder& folder : read(Entity::events)) {
             const Collection calendar = collectionOf(folder.listing);
             for (const CachedItem& item : folder.cached.items) {
                 if (item.hasEvents && item.first <= span.end && item.last >= span.start)
-                    addOccurrences(calendar, item, span, found);
+                    addOccurrences(calendar, item, span, endless, found);
             }
         }
         return found;

@@ -91,6 +91,13 @@ class CalendarTest(DeskTest):
         self.assertEqual(shown(), ["", ""])
         self.assertNotIn(b"RECURRENCE-ID", file.read_bytes())
 
+    def test_the_doctor_names_a_rule_without_an_end(self):
+        home = Vdir(self.folder / "Home")
+        home.event("d", "Daily", soon(-900), "RRULE:FREQ=DAILY")
+        home.event("s", "Tick", soon(), "RRULE:FREQ=SECONDLY")
+        finding = self.desk.health()["desk.calendars.endless"]
+        self.assertEqual((finding["ok"], finding["detail"]), (False, f"not every date is shown: {home.path}/s.ics"))
+
     def test_nothing_to_change_is_said_without_a_look(self):
         self.desk.configure("[calendars]\npath = 4\n")
         self.refuses("no change requested (pass at least one of title / location / notes / url).", "cal.update", contains="x")

@@ -3,8 +3,10 @@
 #include "platform/desk/eventstore/ItemEdits.h"
 #include "tests/support/Files.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <map>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -205,6 +207,23 @@ TEST_F(EventStoreTest, deletesAListAndLeavesItsCalendar)
     EXPECT_EQ(test::tree(root() / "both"), (std::set<std::string>{"e.ics"}));
     EXPECT_FALSE(std::filesystem::exists(root() / "tasks"));
     EXPECT_TRUE(std::filesystem::exists(root() / "odd/broken.ics")) << "what cannot be read is nobody's to delete";
+}
+
+TEST_F(EventStoreTest, boundsEndlessRulesOfAllItemsTogether)
+{
+    for (int i = 0; i < 30; ++i) {
+        write(fmt::format("a/{}.ics", i),
+            fmt::format("BEGIN:VEVENT\nUID:{}\nDTSTART:20260101T000000Z\nRRULE:FREQ={}\nEND:VEVENT\n", i,
+                i < 29 ? "SECONDLY" : "DAILY"));
+    }
+    auto store = this->store();
+    std::map<std::string, int> dates;
+    const auto found = store.events(kYear);
+    for (const Event& event : found)
+        ++dates[event.uid];
+    EXPECT_EQ(dates.size(), 30U) << "each shows some";
+    EXPECT_EQ(dates["29"], 365);
+    EXPECT_LT(found.size(), 70'000U);
 }
 
 /// A cache that is cut, of another kind or from another time shows what the files hold.
