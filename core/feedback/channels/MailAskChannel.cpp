@@ -8,8 +8,10 @@
 #include "core/tools/mail/MailReplies.h"
 #include "core/tools/mail/MailTools.h"
 #include "platform/ascii.h"
+#include "platform/unified_log.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 
 namespace mervo {
 
@@ -63,11 +65,18 @@ std::optional<Hit> hitOf(std::string_view line)
         {std::string(place.substr(0, slash)), std::string(place.substr(slash + 1))}, platform::ascii::lowered(line)};
 }
 
+void logFailure(const char* task, const std::string& reason)
+{
+    platform::logError("Feedback", fmt::format("{} by mail failed: {}", task, reason));
+}
+
 /// In the order of Mail; none if the search fails.
 std::vector<Hit> found(const std::string& mailbox, const std::string& part, const std::string& owner, const char* limit)
 {
     const auto search = HarnessRunner::executeBuilt(Tools::mailSearch(),
         {{"account", "all"}, {"mailbox", mailbox}, {"subjectContains", part}, {"from", owner}, {"limit", limit}});
+    if (!search.ok)
+        logFailure("looking for questions", search.error);
     std::vector<Hit> hits;
     for (const std::string& line : Text::split(search.output, '\n')) {
         if (auto hit = hitOf(line))
@@ -149,8 +158,10 @@ void MailAskChannel::cleanup(const FeedbackItem& question) const
     for (const Hit& hit : found("INBOX", tag, owner, "20"))
         addOnce(places, hit.place);
     for (const auto& [account, mailbox] : places) {
-        (void)HarnessRunner::executeBuilt(
+        const auto tidied = HarnessRunner::executeBuilt(
             tool, {{"account", account}, {"mailbox", mailbox}, {"subjectContains", tag}, {"from", owner}});
+        if (!tidied.ok)
+            logFailure("tidying up behind a question", tidied.error);
     }
 }
 
