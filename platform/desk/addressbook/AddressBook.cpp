@@ -113,9 +113,11 @@ void AddressBook::load()
 {
     if (isLoaded_)
         return;
-    isLoaded_ = true;
     inContactTerms([&] { settleVdir(root_); });
     VdirListing listing = listVdir(root_, kExtension);
+    if (!listing.fault.empty())
+        throw ContactError(fmt::format("The folder “{}” cannot be read ({}).", root_.string(), listing.fault));
+    isLoaded_ = true;
     newFolder_ = root_;
     const auto isRoot = [](const VdirCollection& each) { return each.id == "."; };
     if (std::ranges::none_of(listing.collections, isRoot)) {

@@ -29,7 +29,7 @@ Finding examine(const fs::path& folder)
 {
     std::error_code error;
     const auto status = fs::status(folder, error);
-    if (status.type() == fs::file_type::not_found) {
+    if (status.type() == fs::file_type::not_found && !fs::is_symlink(folder, error)) {
         return makeFinding(kId, kLabel, fmt::format("none at {}: there are no contacts yet", folder.string()));
     }
     if (error || !fs::is_directory(status)) {

@@ -124,7 +124,7 @@ std::vector<Finding> examine(const Configuration& configuration, Entity entity, 
     const std::string root = settings.root.string();
     std::error_code error;
     const auto status = std::filesystem::status(settings.root, error);
-    if (status.type() == std::filesystem::file_type::not_found) {
+    if (status.type() == std::filesystem::file_type::not_found && !std::filesystem::is_symlink(settings.root, error)) {
         return {makeFinding(words.id, words.label,
             fmt::format("none at {} yet; \"{}\" is made with the first entry", root, settings.defaultTitle))};
     }

@@ -260,7 +260,10 @@ const DeskEventStore::Folders& DeskEventStore::read(Entity entity)
     const path& root = settings(entity).root;
     settleVdir(root);
     Folders folders;
-    for (VdirCollection& listing : listVdir(root, ".ics").collections) {
+    VdirListing found = listVdir(root, ".ics");
+    if (!found.fault.empty())
+        throw EventStoreError(fmt::format("The folder “{}” cannot be read ({}).", root.string(), found.fault));
+    for (VdirCollection& listing : found.collections) {
         Folder folder;
         folder.cached = cache_.refresh(listing);
         for (const CachedItem& item : folder.cached.items) {

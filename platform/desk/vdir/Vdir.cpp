@@ -108,8 +108,12 @@ private:
         const Folder folder(::opendir(path.c_str()));
         struct stat status { };
         if (!folder || ::fstat(::dirfd(folder.get()), &status) != 0) {
-            if (errno != ENOENT || depth > 0)
-                skip(path, std::generic_category().message(errno));
+            const std::string why = std::generic_category().message(errno);
+            const bool isAbsent = errno == ENOENT && !itemStamp(path); // no link either
+            if (depth == 0 && !isAbsent)
+                listing_.fault = why;
+            if (depth > 0)
+                skip(path, why);
             return;
         }
         if (!seen_.emplace(status.st_dev, status.st_ino).second)

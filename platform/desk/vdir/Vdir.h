@@ -36,6 +36,7 @@ struct VdirCollection {
 struct VdirListing {
     std::vector<VdirCollection> collections = {}; ///< by id
     std::vector<SkippedFile> skipped = {}; ///< and folders that cannot be read
+    std::string fault = {}; ///< why the root cannot be read; empty: it can, or it is not there
 };
 
 /// The root itself is a collection only where it holds items. Hidden folders and files are left out, links to folders

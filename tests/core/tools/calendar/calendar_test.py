@@ -103,6 +103,20 @@ class CalendarTest(DeskTest):
         self.refuses("no change requested (pass at least one of title / location / notes / url).", "cal.update", contains="x")
         self.assertIn("desk.toml", self.desk.call("cal.find")["error"])
 
+    def test_a_root_that_cannot_be_read_is_not_an_empty_one(self):
+        root = self.desk.folder / "root"
+        self.desk.configure("".join(f'[{part}]\npath = "{root}"\n' for part in ("calendars", "reminders", "contacts")))
+        self.says("(no events in the next 7 day(s))", "cal.find")  # there is none yet
+        for make in (lambda: root.write_text("a file"), lambda: root.symlink_to(root), lambda: root.symlink_to("/no/such")):
+            make()
+            for tool, words in (("cal.find", {}), ("cal.add", {"calendar": "Home", "summary": "x"}), ("reminder.find", {}),
+                                ("reminder.clearCompleted", {}), ("contact.find", {"query": "x"})):
+                self.assertRegex(self.desk.call(tool, **words).get("error") or "", f"The folder .{root}. cannot be read", tool)
+            health = self.desk.health()
+            for part in ("calendars", "reminders", "contacts"):
+                self.assertFalse(health["desk." + part]["ok"], part)
+            root.unlink()
+
     # ---- the gate and the stdio server
 
     def test_a_deletion_waits_for_the_owner(self):

@@ -135,12 +135,12 @@ class Contacts(desk.DeskTest):
         self.desk.configure('[contacts]\npath = "relative"\n')
         self.assertIn('line 2: "path" must start with', self.desk.health()["desk.configuration"]["detail"])
 
-    def test_a_folder_that_cannot_be_written_is_said(self):
+    def test_a_file_in_place_of_the_folder_is_said(self):
         self.put("a/x.vcf", card("Old One"))
         self.desk.configure(f'[contacts]\npath = "{self.folder}/a/x.vcf"\n')
         call = self.desk.call("contact.add", first="New")
         self.assertEqual(call["outcome"], "error")
-        self.assertIn("Contacts got an error: Nothing was changed:", call["error"])
+        self.assertIn(f"Contacts got an error: The folder “{self.folder}/a/x.vcf” cannot be read", call["error"])
 
 
 if __name__ == "__main__":
