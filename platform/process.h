@@ -64,4 +64,10 @@ std::string signalName(int signal);
 /// Whether a process with this number is there and ours to signal. False for 0 and below.
 bool isRunning(std::int64_t processId) noexcept;
 
+/// Asks a process to end (SIGTERM); false when it is not there or not ours. False for 0 and below.
+bool requestEnd(std::int64_t processId) noexcept;
+
+/// The number of the user whose process this is.
+std::uint32_t userNumber() noexcept;
+
 } // namespace mervo::platform

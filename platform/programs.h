@@ -13,6 +13,9 @@ namespace mervo::platform {
 /// The bundle's folder "Contents". Without one above the executable: the executable's own folder.
 const std::filesystem::path& bundle();
 
+/// The file of the running program.
+std::filesystem::path ownExecutable();
+
 /// The script host: runs a script file with positional arguments.
 std::filesystem::path osascript();
 
@@ -21,6 +24,9 @@ std::filesystem::path helper(std::string_view name);
 
 /// One of the programs that stand in for the system's own ("osascript", "desk-health").
 std::filesystem::path platformProgram(std::string_view name);
+
+/// Whether this is a regular file that this process may execute.
+bool canRun(const std::filesystem::path& file);
 
 /// A program of the owner's, by the name or path that a configuration gives it: looked for along PATH as a shell does,
 /// with a leading tilde expanded. Empty when there is none that can be run.

@@ -93,10 +93,7 @@ bool holdsSources(const fs::path& folder)
 /// For a shell.
 std::string quoted(const fs::path& path)
 {
-    std::string text;
-    for (const char c : path.string())
-        text += c == '\'' ? "'\\''" : std::string(1, c);
-    return "'" + text + "'";
+    return Text::shellQuoted(path.string());
 }
 
 /// The commands that part a home from the sources in it.

@@ -1,8 +1,8 @@
 #include "core/foundation/HarnessConfig.h"
 
 #include "core/foundation/Json.h"
+#include "core/foundation/JsonMembers.h"
 
-#include <cmath>
 #include <nlohmann/json.hpp>
 
 namespace mervo {
@@ -12,8 +12,6 @@ namespace {
 using Json = nlohmann::json;
 using OrderedJson = nlohmann::ordered_json;
 
-constexpr double kFirstTooLarge = 0x1p63;
-
 const Json* find(const Json& object, const char* key)
 {
     const auto found = object.find(key);
@@ -22,31 +20,13 @@ const Json* find(const Json& object, const char* key)
 
 void read(const Json& object, const char* key, std::string& text)
 {
-    const Json* value = find(object, key);
-    if (value != nullptr && value->is_string())
-        text = value->get<std::string>();
+    text = JsonMembers::text(object, key).value_or(text);
 }
 
 void read(const Json& object, const char* key, std::optional<std::string>& text)
 {
-    const Json* value = find(object, key);
-    if (value != nullptr && value->is_string())
-        text = value->get<std::string>();
-}
-
-/// A whole number that 64 bits hold, however it is written (100, 100.0, 1e2).
-std::optional<std::int64_t> wholeNumber(const Json* value)
-{
-    if (value == nullptr || !value->is_number())
-        return std::nullopt;
-    if (value->is_number_unsigned() && value->get<std::uint64_t>() > INT64_MAX)
-        return std::nullopt;
-    if (!value->is_number_float())
-        return value->get<std::int64_t>();
-    const double number = value->get<double>();
-    if (std::trunc(number) != number || number < -kFirstTooLarge || number >= kFirstTooLarge)
-        return std::nullopt;
-    return static_cast<std::int64_t>(number);
+    if (auto value = JsonMembers::text(object, key))
+        text = std::move(value);
 }
 
 /// All four fields, or nothing.
@@ -58,7 +38,7 @@ std::optional<IMAPArchiveAccount> account(const Json& object)
     read(object, "mailAccountName", name);
     read(object, "email", email);
     read(object, "host", host);
-    const auto port = wholeNumber(find(object, "port"));
+    const auto port = JsonMembers::wholeNumber(object, "port");
     if (!name || !email || !host || !port)
         return std::nullopt;
     return IMAPArchiveAccount{*std::move(name), *std::move(email), *std::move(host), *port};
@@ -112,7 +92,7 @@ HarnessConfig HarnessConfig::decode(std::string_view json)
         return config;
     config.autonomyMode = mode(object);
     config.imapAccounts = accounts(find(object, "imapAccounts"));
-    config.dailyMutationCap = wholeNumber(find(object, "dailyMutationCap")).value_or(config.dailyMutationCap);
+    config.dailyMutationCap = JsonMembers::wholeNumber(object, "dailyMutationCap").value_or(config.dailyMutationCap);
     read(object, "rondelHome", config.rondelHome);
     read(object, "terminalApp", config.terminalApp);
     read(object, "notifyEmail", config.notifyEmail);

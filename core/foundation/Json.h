@@ -23,4 +23,13 @@ std::string compactJson(const Json& value)
     return value.dump(kOneLine, ' ', kAsciiOnly, Json::error_handler_t::replace);
 }
 
+/// The same over several lines, with two blanks for each level.
+template <typename Json>
+std::string prettyJson(const Json& value)
+{
+    constexpr int kIndent = 2;
+    constexpr bool kAsciiOnly = false;
+    return value.dump(kIndent, ' ', kAsciiOnly, Json::error_handler_t::replace);
+}
+
 } // namespace mervo

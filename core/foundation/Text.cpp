@@ -80,6 +80,14 @@ std::string Text::cut(std::string_view text, std::size_t limit)
     return result;
 }
 
+std::string Text::shellQuoted(std::string_view text)
+{
+    std::string word = "'";
+    for (const char c : text)
+        word += c == '\'' ? "'\\''" : std::string(1, c);
+    return word + "'";
+}
+
 std::vector<std::string> Text::split(std::string_view text, char separator)
 {
     std::vector<std::string> parts;

@@ -31,6 +31,9 @@ std::string visible(std::string_view text);
 /// The same for a text that must stay on one line: line feeds and tabs are made visible too.
 std::string visibleLine(std::string_view text);
 
+/// A word that a shell takes as this text: "'" + text + "'", each "'" in it written as "'\\''".
+std::string shellQuoted(std::string_view text);
+
 std::vector<std::string> split(std::string_view text, char separator);
 std::string join(const std::vector<std::string>& parts, std::string_view separator);
 

@@ -202,6 +202,12 @@ void setStatus(Outcome& outcome, int status)
     }
 }
 
+bool send(std::int64_t processId, int signal) noexcept
+{
+    return processId > 0 && processId <= std::numeric_limits<pid_t>::max()
+        && kill(static_cast<pid_t>(processId), signal) == 0;
+}
+
 } // namespace
 
 NotStarted::NotStarted(int errorNumber, Step step)
@@ -277,8 +283,17 @@ std::string signalName(int signal)
 
 bool isRunning(std::int64_t processId) noexcept
 {
-    return processId > 0 && processId <= std::numeric_limits<pid_t>::max()
-        && kill(static_cast<pid_t>(processId), 0) == 0;
+    return send(processId, 0);
+}
+
+bool requestEnd(std::int64_t processId) noexcept
+{
+    return send(processId, SIGTERM);
+}
+
+std::uint32_t userNumber() noexcept
+{
+    return getuid();
 }
 
 } // namespace mervo::platform

@@ -15,11 +15,7 @@ constexpr std::string_view kBundleFolder = "Contents";
 
 std::filesystem::path findBundle()
 {
-    std::error_code error;
-    const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error)
-        return {};
-    std::filesystem::path own = executable.parent_path();
+    std::filesystem::path own = ownExecutable().parent_path();
     for (std::filesystem::path folder = own; folder.has_relative_path(); folder = folder.parent_path()) {
         if (folder.filename() == kBundleFolder)
             return folder;
@@ -33,6 +29,12 @@ const std::filesystem::path& bundle()
 {
     static const std::filesystem::path found = findBundle();
     return found;
+}
+
+std::filesystem::path ownExecutable()
+{
+    std::error_code unreadable;
+    return std::filesystem::read_symlink("/proc/self/exe", unreadable);
 }
 
 std::filesystem::path osascript()
@@ -50,12 +52,14 @@ std::filesystem::path platformProgram(std::string_view name)
     return bundle() / "Helpers" / "platform" / name;
 }
 
+bool canRun(const std::filesystem::path& file)
+{
+    std::error_code error;
+    return std::filesystem::is_regular_file(file, error) && access(file.c_str(), X_OK) == 0;
+}
+
 std::filesystem::path findProgram(std::string_view name)
 {
-    const auto canRun = [](const std::filesystem::path& file) {
-        std::error_code error;
-        return std::filesystem::is_regular_file(file, error) && access(file.c_str(), X_OK) == 0;
-    };
     if (name.find('/') != std::string_view::npos) {
         std::filesystem::path file = expandTilde(name);
         return canRun(file) ? file : std::filesystem::path();

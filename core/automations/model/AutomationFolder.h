@@ -6,15 +6,9 @@
 #include <optional>
 #include <string_view>
 
-/// The files of one automation, below the home directory:
-///
-///     automations/<name>/loop.json         what it is; a JSON object
-///     automations/<name>/AGENT.md          an agent's instructions
-///     .runtime/state/<name>.json           enabled, lastRun, lastExit
-///     .runtime/run/<name>.lock.d/pid       the process that runs it now
-///     .runtime/logs/<name>.log
-///
-/// Readers are tolerant: a damaged runtime file gives defaults and never hides an automation.
+/// An automation as its files describe it: loop.json (LoopObject), AGENT.md, the state (RunState), the lock (RunLock).
+/// Readers are tolerant: a damaged runtime file gives defaults and never hides an automation, and a name written by
+/// hand may be one that no other operation accepts. Where the files of a valid name are, RunPaths knows.
 namespace mervo::AutomationFolder {
 
 /// The automation of a loop.json; nothing when that cannot be read, is not a JSON object or has no name. Never throws.
