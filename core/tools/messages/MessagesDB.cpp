@@ -2,6 +2,7 @@
 
 #include "core/foundation/Database.h"
 #include "platform/folders.h"
+#include "platform/unicode.h"
 
 #include <array>
 #include <chrono>
@@ -73,7 +74,8 @@ std::vector<InboundMessage> recentInbound(const std::string& from, std::optional
             std::vector<InboundMessage> messages;
             while (rows.step()) {
                 const double epoch = static_cast<double>(rows.integer("rawdate")) / kNanoseconds + kAppleEpoch;
-                messages.push_back({localTime(epoch), epoch, rows.text("handle"), rows.text("text")});
+                messages.push_back({localTime(epoch), epoch, platform::withValidUtf8(rows.text("handle")),
+                    platform::withValidUtf8(rows.text("text"))});
             }
             return messages;
         });

@@ -118,6 +118,8 @@ TEST_F(Messages, answersThroughTheTool)
         testing::EndsWith(" || eve | 1 ⏎ @example.org || hi ⏎ 2026-03-01 08:00:00 || anna@example.org || pay ⏎ now ⏎ "
                           "👩‍👧 a || b"));
     EXPECT_THAT(tool.nativeRun({{"limit", "1"}}), testing::Not(testing::HasSubstr("\n"))) << "no second sender's line";
+    add(1, now(), "a\377b");
+    EXPECT_THAT(tool.nativeRun({{"limit", "1"}}), testing::EndsWith(" || a\uFFFDb"));
     ::setenv("HOME", before.c_str(), 1);
 }
 
