@@ -46,7 +46,8 @@ class Asking(DeskTest):
     def receive(self, subject, body="yes", sender=f"Me <{OWNER}>", folder="", account="Home", kind="text/plain", age=0):
         self.sent += 1
         head = f"From: {sender}\nTo: {OWNER}\nSubject: {subject}\nMIME-Version: 1.0\n"
-        return self.desk.deliver(f"{head}Content-Type: {kind}; charset=utf-8\n\n{body}\n", f"{self.sent}.x", folder, 1_760_000_000 - age, account=account)
+        return self.desk.deliver(f"{head}Content-Type: {kind}; charset=utf-8\n\n{body}\n", f"{self.sent}.x", folder,
+                                 1_760_000_000 - age, account=account)
 
     def harvest(self):
         """What it says, and on standard error."""
@@ -236,7 +237,8 @@ class Tools(Asking):
                     r"\[mervo#00000000\] Re: x"]
         for number, (text, subject) in enumerate(zip(texts, subjects)):
             answer = server.ask(call(number, "ask", {"text": text}))["result"]
-            asked = re.match(r"question #(\w{8}) asked via Mail \(reply\) for 'night' - ", answer["content"][0]["text"])[1]
+            said = answer["content"][0]["text"]
+            asked = re.match(r"question #(\w{8}) asked via Mail \(reply\) for 'night' - ", said)[1]
             (mail,) = [one for one in self.desk.messages() if asked in one["Subject"]]
             self.assertRegex(mail["Subject"], rf"^\[mervo#{asked}\] {subject}$")
             self.assertEqual((mail["Bcc"], mail["To"], mail.defects), (None, OWNER, []))
