@@ -147,6 +147,7 @@ void AskService::remove(const std::string& id) noexcept
 
 std::int64_t AskService::harvestAll() noexcept
 {
+    const Database::OneWait wait;
     std::int64_t answered = 0;
     for (const AskChannel* channel : AskChannels::all()) {
         const auto open = channel->needsHarvest ? store_.openQuestions(channel->id) : std::vector<FeedbackItem>();
@@ -165,6 +166,7 @@ std::int64_t AskService::harvestAll() noexcept
 
 std::string AskService::injectionBlock(const std::string& automation) noexcept
 {
+    const Database::OneWait wait;
     const std::vector<FeedbackItem> items = store_.pendingInjection(automation);
     if (items.empty())
         return {};
