@@ -15,6 +15,7 @@ Finding scriptHost();
 Finding guides();
 Finding tools();
 Finding archive();
+Finding asking();
 Finding agents();
 
 } // namespace mervo::Doctor

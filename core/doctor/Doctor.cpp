@@ -27,6 +27,7 @@ constexpr std::array kChecks{
     Named{"guides", "Guides", guides},
     Named{"tools", "Tools", tools},
     Named{"archive", "Archiving over IMAP", archive},
+    Named{"asking", "Questions to you", asking},
     Named{"agents", "Connecting an agent", agents},
 };
 

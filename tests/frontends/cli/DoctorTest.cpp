@@ -207,6 +207,19 @@ TEST_F(DoctorTest, namesTheSettingsThatDoNotCount)
     }
 }
 
+TEST_F(DoctorTest, saysWhetherQuestionsReachTheOwner)
+{
+    expect("asking", "limited", "no address of yours to mail them to");
+    writeFile(home() / "config.json", R"({"askChannel":"cockpit"})");
+    expect("asking", "works", "the channel is Cockpit; 0 without an answer");
+    writeFile(home() / "config.json", R"({"notifyEmail":"a@b"})");
+    expect("asking", "works", "the channel is Mail (reply); 0 without an answer");
+    ASSERT_EQ(mervo({"run", "ask", "text=Well?"}).status, 0);
+    expect("asking", "limited", "1 without an answer\nno automation runs ask.harvest");
+    writeFile(home() / "automations" / "h" / "loop.json", R"({"name":"h","command":"'mervo' run ask.harvest"})");
+    expect("asking", "works", "1 without an answer");
+}
+
 TEST_F(DoctorTest, namesTheMissingParts)
 {
     answer = "something else";
