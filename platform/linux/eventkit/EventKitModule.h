@@ -5,8 +5,7 @@
 
 namespace mervo::platform::eventkit {
 
-/// A new store over the owner's folders, which the caller owns. The module of the bundle that holds it brings libical
-/// along. Throws EventStoreError.
+/// A new store over the owner's folders, which the caller owns. Throws EventStoreError.
 extern "C" EventStore* mervoEventStore();
 inline constexpr auto kEventKitModule = MERVO_MODULE("mervo-eventkit.so", mervoEventStore);
 
