@@ -129,7 +129,8 @@ public:
     /// asked.
     virtual bool requestFullAccess(Entity entity, AccessPurpose purpose) = 0;
 
-    /// Calendars, or lists of reminders, in no order that means something.
+    /// Calendars, or lists of reminders, in no order that means something. What is asked for within a tenth of a second
+    /// afterwards may be answered from the same look at the disk.
     virtual std::vector<Collection> collections(Entity entity) = 0;
     /// Where new items go that name no collection. It need not be on disk yet.
     virtual Collection defaultCollection(Entity entity) = 0;

@@ -145,15 +145,12 @@ private:
     std::size_t shown_ = 0;
 };
 
-void addOccurrences(const Collection& calendar, const CachedItem& item, platform::TimeSpan span, EndlessRules& endless,
-    std::vector<Event>& found)
+void addOccurrences(const Collection& calendar, std::string_view file, const ItemRecord& record,
+    platform::TimeSpan span, EndlessRules& endless, std::vector<Event>& found)
 {
-    const auto record = unpacked(item.record);
-    if (!record)
-        return;
-    for (const Occurrence& when : endless.dates(record->times, span).all) {
-        if (when.component < record->events.size())
-            found.push_back(eventOf(calendar, item.name, record->events[when.component], when));
+    for (const Occurrence& when : endless.dates(record.times, span).all) {
+        if (when.component < record.events.size())
+            found.push_back(eventOf(calendar, file, record.events[when.component], when));
     }
 }
 
@@ -260,13 +257,14 @@ const DeskEventStore::Folders& DeskEventStore::read(Entity entity)
     const path& root = settings(entity).root;
     settleVdir(root);
     Folders folders;
-    VdirListing found = listVdir(root, ".ics");
+    VdirListing found = listVdir(root, ".ics",
+        [this](const path& folder, const platform::FileStamp& stamp) { return cache_.names(folder, stamp); });
     if (!found.fault.empty())
         throw EventStoreError(fmt::format("The folder “{}” cannot be read ({}).", root.string(), found.fault));
     for (VdirCollection& listing : found.collections) {
         Folder folder;
         folder.cached = cache_.refresh(listing);
-        for (const CachedItem& item : folder.cached.items) {
+        for (const CachedItem& item : folder.cached->items()) {
             folder.hasEvents = folder.hasEvents || item.hasEvents;
             folder.hasTasks = folder.hasTasks || item.hasTasks;
         }
@@ -276,6 +274,15 @@ const DeskEventStore::Folders& DeskEventStore::read(Entity entity)
     return read_[root] = std::move(folders);
 }
 
+const DeskEventStore::Folders& DeskEventStore::readOnce(Entity entity)
+{
+    constexpr std::chrono::milliseconds kHolds(100);
+    const path& root = settings(entity).root;
+    const auto known = read_.find(root);
+    const bool isYoung = listed_ == root && std::chrono::steady_clock::now() - listedAt_ < kHolds;
+    return isYoung && known != read_.end() ? known->second : read(entity);
+}
+
 std::optional<ItemStamp> DeskEventStore::stampOf(const path& file) const
 {
     const std::string name = file.filename().string();
@@ -283,7 +290,7 @@ std::optional<ItemStamp> DeskEventStore::stampOf(const path& file) const
         for (const Folder& folder : folders) {
             if (folder.listing.folder != file.parent_path())
                 continue;
-            const auto& items = folder.cached.items;
+            const auto& items = folder.cached->items();
             const auto found = std::ranges::lower_bound(items, std::string_view(name), {}, &CachedItem::name);
             if (found != items.end() && found->name == name)
                 return found->stamp;
@@ -333,6 +340,8 @@ std::vector<Collection> DeskEventStore::collections(Entity entity)
     return guarded([&] {
         std::vector<Collection> found;
         const Folders& folders = read(entity);
+        listed_ = settings(entity).root;
+        listedAt_ = std::chrono::steady_clock::now();
         for (const Folder& folder : folders) {
             if (folder.isOf(entity))
                 found.push_back(collectionOf(folder.listing));
@@ -354,11 +363,13 @@ std::vector<Event> DeskEventStore::events(platform::TimeSpan span)
     return guarded([&] {
         std::vector<Event> found;
         EndlessRules endless;
-        for (const Folder& folder : read(Entity::events)) {
+        for (const Folder& folder : readOnce(Entity::events)) {
             const Collection calendar = collectionOf(folder.listing);
-            for (const CachedItem& item : folder.cached.items) {
-                if (item.hasEvents && item.first <= span.end && item.last >= span.start)
-                    addOccurrences(calendar, item, span, endless, found);
+            for (const CachedItem& item : folder.cached->items()) {
+                if (!item.hasEvents || item.first > span.end || item.last < span.start)
+                    continue;
+                if (const auto record = folder.cached->record(item))
+                    addOccurrences(calendar, item.name, *record, span, endless, found);
             }
         }
         return found;
@@ -369,11 +380,12 @@ std::vector<Event> DeskEventStore::allEvents(const Collection& calendar)
 {
     return guarded([&] {
         std::vector<Event> found;
-        for (const Folder& folder : read(Entity::events)) {
+        for (const Folder& folder : readOnce(Entity::events)) {
             if (folder.listing.folder != path(calendar.id))
                 continue;
-            for (const CachedItem& item : folder.cached.items) {
-                const auto record = item.hasEvents ? unpacked(item.record) : std::nullopt;
+            folder.cached->readRecords();
+            for (const CachedItem& item : folder.cached->items()) {
+                const auto record = item.hasEvents ? folder.cached->record(item) : std::nullopt;
                 if (!record)
                     continue;
                 for (Occurrence& when : firstOccurrences(record->times)) {
@@ -393,12 +405,13 @@ std::vector<Reminder> DeskEventStore::reminders(const std::vector<Collection>& l
 {
     return guarded([&] {
         std::vector<Reminder> found;
-        for (const Folder& folder : read(Entity::reminders)) {
+        for (const Folder& folder : readOnce(Entity::reminders)) {
             const Collection list = collectionOf(folder.listing);
             if (std::ranges::find(lists, list.id, &Collection::id) == lists.end())
                 continue;
-            for (const CachedItem& item : folder.cached.items) {
-                const auto record = item.hasTasks ? unpacked(item.record) : std::nullopt;
+            folder.cached->readRecords();
+            for (const CachedItem& item : folder.cached->items()) {
+                const auto record = item.hasTasks ? folder.cached->record(item) : std::nullopt;
                 if (!record)
                     continue;
                 for (const TaskRecord& task : record->tasks)

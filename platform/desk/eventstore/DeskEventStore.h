@@ -7,8 +7,10 @@
 #include "platform/desk/eventstore/StagedItems.h"
 #include "platform/eventkit.h"
 
+#include <chrono>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,7 +55,7 @@ public:
 private:
     struct Folder {
         VdirCollection listing;
-        CachedCollection cached;
+        std::shared_ptr<const CachedCollection> cached;
         bool hasEvents = false, hasTasks = false;
         bool isOf(Entity entity) const
         {
@@ -65,6 +67,9 @@ private:
     const EventSettings& settings(Entity entity) const { return entity == Entity::events ? events_ : reminders_; }
     /// The folders below the root of an entity, as they are now.
     const Folders& read(Entity entity);
+    /// The same, from the look that collections() has just taken where there is one: who asks for the collections asks
+    /// for their items next.
+    const Folders& readOnce(Entity entity);
     /// What was read last; nothing for what was not read.
     std::optional<ItemStamp> stampOf(const std::filesystem::path& file) const;
     std::filesystem::path rootOf(const std::filesystem::path& folder) const;
@@ -79,6 +84,8 @@ private:
     ItemCache cache_;
     Consent consent_;
     std::map<std::filesystem::path, Folders> read_; // by root
+    std::filesystem::path listed_; // the root that collections() looked at
+    std::chrono::steady_clock::time_point listedAt_;
     StagedItems staged_;
 };
 

@@ -1,33 +1,38 @@
 #include "platform/desk/eventstore/ItemCache.h"
 
-#include "platform/desk/eventstore/ItemRecord.h"
 #include "platform/files.h"
-#include "platform/sqlite/Blob.h"
-#include "platform/sqlite/Error.h"
-#include "platform/sqlite/Statement.h"
-#include "platform/sqlite/Transaction.h"
-#include "platform/unified_log.h"
 
+#include <algorithm>
 #include <cstring>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace mervo::desk {
 namespace {
 
-constexpr std::chrono::seconds kWaitForLock(2);
-constexpr std::int64_t kVersion = 2;
+constexpr std::uint64_t kMark = 0x33'736D'6574'69'766D; // "mvitems3"; another layout has another number
+constexpr std::size_t kLongestHead = std::size_t{1} << 30U;
 
-/// In front of each record; the name and the record follow.
-struct Header {
-    std::uint32_t nameSize = 0, recordSize = 0;
+struct Head {
+    std::uint64_t mark = kMark;
+    std::uint64_t print = 0; ///< of what follows it, down to the records
+    std::uint64_t size = 0; ///< of all in front of the records
+    platform::FileStamp stamp;
+    std::uint32_t hasStamp = 0, pathSize = 0;
+};
+struct Entry {
+    std::uint32_t nameSize = 0, recordSize = 0, recordPrint = 0;
+    std::uint8_t isTrusted = 0, isDamaged = 0, hasEvents = 0, hasTasks = 0;
     ItemStamp stamp;
     std::int64_t first = 0, last = 0;
-    std::uint8_t isTrusted = 0, isDamaged = 0, hasEvents = 0, hasTasks = 0;
-    std::uint32_t unused = 0;
 };
-static_assert(sizeof(Header) == 56 && std::is_trivially_copyable_v<Header>);
+static_assert(sizeof(Head) == 64 && sizeof(Entry) == 56);
+constexpr std::size_t kPrinted = offsetof(Head, size);
 
 /// Like itemFingerprint(), eight bytes at a time.
-std::int64_t checksum(std::string_view bytes)
+std::uint64_t checksum(std::string_view bytes)
 {
     std::uint64_t value = bytes.size();
     while (bytes.size() >= sizeof value) {
@@ -37,196 +42,255 @@ std::int64_t checksum(std::string_view bytes)
         value ^= value >> 29U;
         bytes.remove_prefix(sizeof word);
     }
-    return static_cast<std::int64_t>(value ^ itemFingerprint(bytes));
+    return value ^ itemFingerprint(bytes);
 }
 
-/// Goes through the entries of a collection, which are in the order of their names.
-class Entries {
-public:
-    explicit Entries(std::string_view data)
-        : rest_(data)
-    {
-        read();
-    }
-    bool atEnd() const { return isOver_; }
-    const Header& header() const { return header_; }
-    std::string_view name() const { return rest_.substr(sizeof header_, header_.nameSize); }
-    std::string_view whole() const { return rest_.substr(0, size()); }
-    void next()
-    {
-        rest_.remove_prefix(size());
-        read();
-    }
-
-private:
-    std::size_t size() const { return sizeof header_ + header_.nameSize + header_.recordSize; }
-    void read()
-    {
-        isOver_ = rest_.size() < sizeof header_;
-        if (isOver_)
-            return;
-        std::memcpy(&header_, rest_.data(), sizeof header_);
-        isOver_ = size() > rest_.size();
-    }
-
-    std::string_view rest_;
-    Header header_;
-    bool isOver_ = false;
-};
-
-std::string makeEntry(const std::filesystem::path& folder, const VdirItem& item)
+std::uint32_t recordPrint(std::string_view record)
 {
-    std::string why;
-    const auto content = readItem(folder / item.name, why);
-    ItemRecord record;
-    record.isDamaged = true;
-    if (content)
-        record = readRecord(content->bytes);
-    const std::string bytes = packed(record);
-    Header header;
-    header.nameSize = static_cast<std::uint32_t>(item.name.size());
-    header.recordSize = static_cast<std::uint32_t>(bytes.size());
-    header.stamp = content ? content->stamp : item.stamp;
-    header.isTrusted = content && header.stamp.isSettled() ? 1 : 0;
-    header.isDamaged = record.isDamaged ? 1 : 0;
-    header.hasEvents = record.events.empty() ? 0 : 1;
-    header.hasTasks = record.tasks.empty() ? 0 : 1;
-    header.first = record.first;
-    header.last = record.last;
-    return std::string(reinterpret_cast<const char*>(&header), sizeof header) + item.name + bytes;
+    return static_cast<std::uint32_t>(checksum(record));
 }
 
-std::vector<CachedItem> itemsIn(std::string_view data)
+template <typename Plain>
+std::string_view bytesOf(const Plain& plain)
 {
+    return {reinterpret_cast<const char*>(&plain), sizeof plain};
+}
+
+/// True when there were so many.
+bool readAt(const platform::Descriptor& file, std::uint64_t at, char* to, std::size_t count)
+{
+    while (count > 0) {
+        const ssize_t got = ::pread(file.get(), to, count, static_cast<off_t>(at));
+        if (got <= 0)
+            return false;
+        to += got;
+        at += static_cast<std::uint64_t>(got);
+        count -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+/// All in front of the records; empty for what is no cache of this folder.
+std::string readHead(const platform::Descriptor& file, const std::filesystem::path& folder)
+{
+    Head head;
+    struct stat status { };
+    if (!file.open() || ::fstat(file.get(), &status) != 0
+        || !readAt(file, 0, reinterpret_cast<char*>(&head), sizeof head) || head.mark != kMark
+        || head.size < sizeof head + head.pathSize || head.size > kLongestHead
+        || head.size > static_cast<std::uint64_t>(status.st_size))
+        return {};
+    std::string bytes(head.size, '\0');
+    const bool isWhole = readAt(file, 0, bytes.data(), bytes.size())
+        && checksum(std::string_view(bytes).substr(kPrinted)) == head.print
+        && std::string_view(bytes).substr(sizeof head, head.pathSize) == folder.native();
+    return isWhole ? bytes : std::string();
+}
+
+std::vector<CachedItem> itemsIn(std::string_view head)
+{
+    Head about;
+    std::memcpy(&about, head.data(), sizeof about);
+    head.remove_prefix(sizeof about + about.pathSize);
     std::vector<CachedItem> items;
-    for (Entries entries(data); !entries.atEnd(); entries.next()) {
-        const Header& header = entries.header();
-        const std::string_view name = entries.name();
-        items.push_back({name, header.stamp, header.isDamaged != 0, header.hasEvents != 0, header.hasTasks != 0,
-            header.first, header.last, {name.data() + name.size(), header.recordSize}});
+    items.reserve(head.size() / sizeof(Entry));
+    std::uint64_t at = 0;
+    for (Entry entry; head.size() >= sizeof entry;) {
+        std::memcpy(&entry, head.data(), sizeof entry);
+        items.push_back({head.substr(sizeof entry, entry.nameSize), entry.stamp, entry.isTrusted != 0,
+            entry.isDamaged != 0, entry.hasEvents != 0, entry.hasTasks != 0, entry.first, entry.last, at,
+            entry.recordSize, entry.recordPrint});
+        at += entry.recordSize;
+        head.remove_prefix(std::min(sizeof entry + entry.nameSize + 1, head.size()));
     }
     return items;
 }
 
-bool stands(const Entries& entries, const VdirItem& item)
+/// Makes the two parts of a file, item by item.
+class Builder {
+public:
+    explicit Builder(const VdirCollection& collection)
+    {
+        about_.hasStamp = collection.stamp ? 1 : 0;
+        about_.stamp = collection.stamp.value_or(platform::FileStamp{});
+        about_.pathSize = static_cast<std::uint32_t>(collection.folder.native().size());
+        head_.append(sizeof about_, '\0').append(collection.folder.native());
+    }
+
+    void keep(const CachedItem& item, std::string_view record)
+    {
+        add({.recordPrint = item.print,
+                .isTrusted = 1,
+                .isDamaged = item.isDamaged,
+                .hasEvents = item.hasEvents,
+                .hasTasks = item.hasTasks,
+                .stamp = item.stamp,
+                .first = item.first,
+                .last = item.last},
+            item.name, record);
+    }
+
+    void read(const std::filesystem::path& folder, const VdirItem& item)
+    {
+        std::string why;
+        const auto content = readItem(folder / item.name, why);
+        ItemRecord record;
+        record.isDamaged = true;
+        if (content)
+            record = readRecord(content->bytes);
+        const std::string bytes = packed(record);
+        const ItemStamp stamp = content ? content->stamp : item.stamp;
+        add({.recordPrint = recordPrint(bytes),
+                .isTrusted = content && stamp.isSettled(),
+                .isDamaged = record.isDamaged,
+                .hasEvents = !record.events.empty(),
+                .hasTasks = !record.tasks.empty(),
+                .stamp = stamp,
+                .first = record.first,
+                .last = record.last},
+            item.name, bytes);
+    }
+
+    std::string takeHead()
+    {
+        about_.size = head_.size();
+        head_.replace(0, sizeof about_, bytesOf(about_));
+        about_.print = checksum(std::string_view(head_).substr(kPrinted));
+        head_.replace(0, sizeof about_, bytesOf(about_));
+        return std::move(head_);
+    }
+    std::string takeRecords() { return std::move(records_); }
+
+private:
+    void add(Entry entry, std::string_view name, std::string_view record)
+    {
+        entry.nameSize = static_cast<std::uint32_t>(name.size());
+        entry.recordSize = static_cast<std::uint32_t>(record.size());
+        head_.append(bytesOf(entry)).append(name).push_back('\0');
+        records_ += record;
+    }
+
+    Head about_;
+    std::string head_, records_;
+};
+
+/// The item as it is in the cache; null where it must be read.
+const CachedItem* standing(const std::vector<CachedItem>& known, std::size_t& at, const VdirItem& item)
 {
-    return !entries.atEnd() && entries.name() == item.name && entries.header().stamp == item.stamp
-        && entries.header().isTrusted != 0;
+    while (at < known.size() && known[at].name < item.name)
+        ++at; // its file is gone
+    const bool stands =
+        at < known.size() && known[at].name == item.name && known[at].stamp == item.stamp && known[at].isTrusted;
+    return stands ? &known[at] : nullptr;
 }
 
 } // namespace
 
-ItemCache::ItemCache(std::filesystem::path file)
-    : file_(std::move(file))
+std::optional<ItemRecord> CachedCollection::record(const CachedItem& item) const
 {
+    std::string buffer;
+    const std::string_view bytes = packedRecord(item, buffer);
+    if (recordPrint(bytes) == item.print)
+        return unpacked(bytes);
+    std::string why;
+    const auto content = readItem(folder_ / item.name, why);
+    return content ? std::optional(readRecord(content->bytes)) : std::nullopt;
 }
 
-ItemCache::~ItemCache() = default;
-
-CachedCollection ItemCache::refresh(const VdirCollection& collection)
+std::string_view CachedCollection::packedRecord(const CachedItem& item, std::string& buffer) const
 {
-    CachedCollection fresh{load(collection.folder), {}};
-    std::string changed;
-    bool isChanged = false;
-    Entries old(fresh.bytes);
-    std::size_t kept = 0; // bytes at the front that stay as they are
-    for (const VdirItem& item : collection.items) {
-        while (!old.atEnd() && old.name() < item.name) {
-            isChanged = true; // its file is gone
-            old.next();
-        }
-        const bool isKept = stands(old, item);
-        isChanged = isChanged || !isKept;
-        if (isChanged && changed.empty())
-            changed.assign(fresh.bytes, 0, kept);
-        const std::string_view entry = isKept ? old.whole() : std::string_view();
-        if (isKept && !isChanged)
-            kept += entry.size();
-        else
-            changed += isKept ? std::string(entry) : makeEntry(collection.folder, item);
-        if (!old.atEnd() && old.name() == item.name)
-            old.next();
-    }
-    isChanged = isChanged || kept != fresh.bytes.size();
-    if (isChanged) {
-        fresh.bytes = changed.empty() ? fresh.bytes.substr(0, kept) : std::move(changed);
-        store(collection.folder, fresh.bytes);
-    }
-    fresh.items = itemsIn(fresh.bytes);
-    return fresh;
+    if (records_)
+        return std::string_view(*records_).substr(std::min<std::size_t>(item.at, records_->size()), item.size);
+    buffer.resize(item.size);
+    return readAt(file_, head_.size() + item.at, buffer.data(), buffer.size()) ? buffer : std::string_view();
 }
 
-void ItemCache::open()
+void CachedCollection::readRecords() const
 {
-    if (database_ != nullptr)
+    if (records_ || items_.empty())
         return;
-    const bool isOnDisk = !file_.empty() && !platform::createPrivateFolder(file_.parent_path());
-    database_ =
-        std::make_unique<sqlite::Connection>(isOnDisk ? file_ : ":memory:", sqlite::Access::readWrite, kWaitForLock);
-    database_->execute("PRAGMA page_size = 32768; PRAGMA synchronous = OFF; PRAGMA journal_mode = TRUNCATE");
-    std::int64_t found = 0;
-    {
-        sqlite::Statement version(*database_, "PRAGMA user_version");
-        version.step();
-        found = version.integer(0);
-    }
-    if (found != kVersion) {
-        database_->execute("DROP TABLE IF EXISTS collection; CREATE TABLE collection(path BLOB PRIMARY KEY, "
-                           "fingerprint INTEGER NOT NULL, data BLOB NOT NULL); PRAGMA user_version = 2");
-    }
+    std::string records(items_.back().at + items_.back().size, '\0');
+    if (readAt(file_, head_.size(), records.data(), records.size()))
+        records_ = std::move(records);
 }
 
-/// A file that cannot be used is thrown away once, and then done without.
-template <typename Work>
-void ItemCache::attempt(Work work) noexcept
+ItemCache::ItemCache(std::filesystem::path folder)
+    : folder_(std::move(folder))
 {
-    try {
-        try {
-            open();
-            work();
-        } catch (const sqlite::Error& error) {
-            database_.reset();
-            std::error_code ignored;
-            if (error.isDamage() || error.isMisfit())
-                std::filesystem::remove(file_, ignored);
-            else
-                file_.clear();
-            open();
-            work();
+}
+
+std::filesystem::path ItemCache::fileOf(const std::filesystem::path& folder) const
+{
+    return folder_ / fmt::format("{:016x}", itemFingerprint(folder.native()));
+}
+
+ItemCache::Known ItemCache::known(const std::filesystem::path& folder)
+{
+    Known& found = known_[folder];
+    if (found)
+        return found;
+    auto made = std::make_shared<CachedCollection>();
+    made->folder_ = folder;
+    if (!folder_.empty())
+        made->file_ = platform::Descriptor(::open(fileOf(folder).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    made->head_ = readHead(made->file_, folder);
+    if (!made->head_.empty()) {
+        made->items_ = itemsIn(made->head_);
+        Head head;
+        std::memcpy(&head, made->head_.data(), sizeof head);
+        if (head.hasStamp != 0)
+            made->stamp_ = head.stamp;
+    }
+    return found = std::move(made);
+}
+
+std::optional<std::vector<std::string_view>> ItemCache::names(
+    const std::filesystem::path& folder, const platform::FileStamp& stamp)
+{
+    const Known old = known(folder);
+    if (old->stamp_ != stamp)
+        return std::nullopt;
+    std::vector<std::string_view> names;
+    names.reserve(old->items_.size());
+    for (const CachedItem& item : old->items_)
+        names.push_back(item.name);
+    return names;
+}
+
+std::shared_ptr<const CachedCollection> ItemCache::refresh(const VdirCollection& collection)
+{
+    const Known old = known(collection.folder);
+    std::size_t at = 0;
+    const bool isSame = old->stamp_ == collection.stamp && old->items_.size() == collection.items.size()
+        && std::ranges::all_of(
+            collection.items, [&](const VdirItem& item) { return standing(old->items_, at, item) != nullptr; });
+    if (isSame)
+        return old;
+    old->readRecords();
+    Builder builder(collection);
+    std::string buffer;
+    at = 0;
+    for (const VdirItem& item : collection.items) {
+        const CachedItem* kept = standing(old->items_, at, item);
+        const std::string_view record = kept != nullptr ? old->packedRecord(*kept, buffer) : std::string_view();
+        if (kept != nullptr && recordPrint(record) == kept->print) {
+            builder.keep(*kept, record);
+        } else {
+            builder.read(collection.folder, item);
         }
-    } catch (const std::exception& error) {
-        platform::logError("Calendars", std::string("the cache of items is not used: ") + error.what());
-        file_.clear();
-        database_.reset();
     }
-}
-
-std::string ItemCache::load(const std::filesystem::path& folder)
-{
-    std::string data;
-    attempt([&] {
-        data.clear();
-        const sqlite::Transaction together(*database_, sqlite::Transaction::Lock::deferred);
-        sqlite::Statement query(*database_, "SELECT rowid, fingerprint FROM collection WHERE path = ?");
-        query.bindBytes(folder.native());
-        if (!query.step())
-            return;
-        const sqlite::Blob blob(*database_, "collection", "data", query.integer(0));
-        data.resize(blob.size());
-        blob.read(data.data());
-        if (query.integer(1) != checksum(data))
-            data.clear();
-    });
-    return data;
-}
-
-void ItemCache::store(const std::filesystem::path& folder, std::string_view data)
-{
-    attempt([&] {
-        sqlite::Statement insert(
-            *database_, "INSERT OR REPLACE INTO collection(path, fingerprint, data) VALUES(?, ?, ?)");
-        insert.bindBytes(folder.native()).bind(checksum(data)).bindBytes(data).run();
-    });
+    auto fresh = std::make_shared<CachedCollection>();
+    fresh->folder_ = collection.folder;
+    fresh->stamp_ = collection.stamp;
+    fresh->head_ = builder.takeHead();
+    fresh->records_ = builder.takeRecords();
+    fresh->items_ = itemsIn(fresh->head_);
+    if (!folder_.empty() && !platform::createPrivateFolder(folder_)) {
+        const auto ignored = platform::replaceFile(
+            fileOf(collection.folder), fresh->head_ + *fresh->records_, platform::Keep::whileRunning);
+        static_cast<void>(ignored); // a cache that cannot be written is done without
+    }
+    return known_[collection.folder] = std::move(fresh);
 }
 
 } // namespace mervo::desk

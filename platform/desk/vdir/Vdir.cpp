@@ -50,7 +50,7 @@ std::string readLine(const std::filesystem::path& file)
 
 /// What a folder names, and what the system says of it.
 struct Entry {
-    std::string name;
+    std::string_view name;
     bool isItem = false;
     mode_t mode = 0;
     int error = 0; ///< of the look; 0: none
@@ -61,7 +61,7 @@ void lookAt(int folder, std::span<Entry> entries)
 {
     for (Entry& entry : entries) {
         struct stat status { };
-        if (::fstatat(folder, entry.name.c_str(), &status, 0) != 0) {
+        if (::fstatat(folder, entry.name.data(), &status, 0) != 0) {
             entry.error = errno;
             continue;
         }
@@ -70,23 +70,33 @@ void lookAt(int folder, std::span<Entry> entries)
     }
 }
 
-/// The looks are most of the work on a folder that has not changed: a large one is shared between two threads.
+/// The looks are most of the work on a folder that has not changed: those at a large one are shared between threads.
 void lookAtAll(int folder, std::span<Entry> entries)
 {
-    constexpr std::size_t kWorthAThread = 2000;
-    if (entries.size() < kWorthAThread)
-        return lookAt(folder, entries);
-    const std::size_t half = entries.size() / 2;
-    std::thread other(lookAt, folder, entries.first(half));
-    lookAt(folder, entries.subspan(half));
-    other.join();
+    constexpr std::size_t kWorthAThread = 1000, kMostThreads = 8;
+    const std::size_t threads = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMostThreads);
+    const std::size_t parts = std::clamp<std::size_t>(entries.size() / kWorthAThread, 1, threads);
+    const auto part = [&](std::size_t i) {
+        const std::size_t from = entries.size() * i / parts;
+        return entries.subspan(from, entries.size() * (i + 1) / parts - from);
+    };
+    std::vector<std::jthread> others;
+    for (std::size_t i = 1; i < parts; ++i) {
+        try {
+            others.emplace_back(lookAt, folder, part(i));
+        } catch (const std::system_error&) { // no more threads
+            lookAt(folder, part(i));
+        }
+    }
+    lookAt(folder, part(0));
 }
 
 class Lister {
 public:
-    Lister(std::filesystem::path root, const std::string& extension)
+    Lister(std::filesystem::path root, const std::string& extension, const RecallNames& recall)
         : root_(std::move(root))
         , extension_(extension)
+        , recall_(recall)
     {
     }
 
@@ -101,13 +111,19 @@ private:
     struct Contents {
         std::vector<VdirItem> items;
         std::vector<std::string> folders;
+        bool hasOthers = false; ///< what may become an item or a folder, or cease to be one
+        std::optional<platform::FileStamp> stamp;
+    };
+    struct Names { // views of strings that end with NUL
+        std::vector<std::string> own;
+        std::vector<Entry> entries;
     };
 
     void visit(const std::filesystem::path& path, int depth)
     {
-        const Folder folder(::opendir(path.c_str()));
-        struct stat status { };
-        if (!folder || ::fstat(::dirfd(folder.get()), &status) != 0) {
+        const auto stamp = platform::fileStamp(path);
+        const Folder folder(stamp ? ::opendir(path.c_str()) : nullptr);
+        if (!folder) {
             const std::string why = std::generic_category().message(errno);
             const bool isAbsent = errno == ENOENT && !itemStamp(path); // no link either
             if (depth == 0 && !isAbsent)
@@ -116,9 +132,9 @@ private:
                 skip(path, why);
             return;
         }
-        if (!seen_.emplace(status.st_dev, status.st_ino).second)
+        if (!seen_.emplace(stamp->device, stamp->number).second)
             return;
-        Contents contents = read(folder.get(), path);
+        Contents contents = read(folder.get(), path, *stamp);
         for (const std::string& name : contents.folders) {
             if (depth + 1 < kDeepest)
                 visit(path / name, depth + 1);
@@ -127,38 +143,71 @@ private:
             add(path, std::move(contents));
     }
 
-    Contents read(DIR* folder, const std::filesystem::path& path)
+    Contents read(DIR* folder, const std::filesystem::path& path, const platform::FileStamp& stamp)
     {
-        std::vector<Entry> entries;
+        Names names = recalled(path, stamp);
+        if (names.entries.empty())
+            names = listed(folder);
+        lookAtAll(::dirfd(folder), names.entries);
+        Contents contents;
+        contents.items.reserve(names.entries.size());
+        for (const Entry& entry : names.entries)
+            take(path, entry, contents);
+        if (stamp.isSettled() && contents.folders.empty() && !contents.hasOthers)
+            contents.stamp = stamp;
+        return contents;
+    }
+
+    Names recalled(const std::filesystem::path& path, const platform::FileStamp& stamp) const
+    {
+        Names names;
+        const auto known = recall_ ? recall_(path, stamp) : std::nullopt;
+        if (!known)
+            return names;
+        names.entries.reserve(known->size());
+        for (const std::string_view name : *known)
+            names.entries.push_back({name, true});
+        return names;
+    }
+
+    Names listed(DIR* folder) const
+    {
+        Names names;
         while (const dirent* entry = ::readdir(folder)) {
             const std::string_view name = entry->d_name;
             if (name.starts_with('.'))
                 continue;
-            const bool isItem = name.size() > extension_.size()
-                && ascii::equalsIgnoringCase(name.substr(name.size() - extension_.size()), extension_);
-            if (isItem || entry->d_type == DT_DIR || entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN)
-                entries.push_back({std::string(name), isItem});
+            if (isItem(name) || entry->d_type == DT_DIR || entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN)
+                names.own.emplace_back(name);
         }
-        std::ranges::sort(entries, {}, &Entry::name);
-        lookAtAll(::dirfd(folder), entries);
-        Contents contents;
-        contents.items.reserve(entries.size());
-        for (Entry& entry : entries)
-            take(path, entry, contents);
-        return contents;
+        std::ranges::sort(names.own);
+        names.entries.reserve(names.own.size());
+        for (const std::string& name : names.own)
+            names.entries.push_back({name, isItem(name)});
+        return names;
     }
 
-    void take(const std::filesystem::path& path, Entry& entry, Contents& contents)
+    bool isItem(std::string_view name) const
+    {
+        return name.size() > extension_.size()
+            && ascii::equalsIgnoringCase(name.substr(name.size() - extension_.size()), extension_);
+    }
+
+    void take(const std::filesystem::path& path, const Entry& entry, Contents& contents)
     {
         if (entry.error != 0) {
+            contents.hasOthers = true;
             if (entry.isItem && entry.error != ENOENT)
                 skip(path / entry.name, std::generic_category().message(entry.error));
         } else if (entry.isItem && S_ISREG(entry.mode)) {
-            contents.items.push_back({std::move(entry.name), entry.stamp});
+            contents.items.push_back({std::string(entry.name), entry.stamp});
         } else if (entry.isItem) {
+            contents.hasOthers = true;
             skip(path / entry.name, "no regular file");
         } else if (S_ISDIR(entry.mode)) {
-            contents.folders.push_back(std::move(entry.name));
+            contents.folders.emplace_back(entry.name);
+        } else {
+            contents.hasOthers = true; // a link that may lead to a folder another time
         }
     }
 
@@ -170,7 +219,8 @@ private:
             .color = readColor(readLine(path / "color")),
             .isWritable = ::access(path.c_str(), W_OK | X_OK) == 0,
             .hasFolders = !contents.folders.empty(),
-            .items = std::move(contents.items)};
+            .items = std::move(contents.items),
+            .stamp = contents.stamp};
         if (made.title.empty())
             made.title = platform::withValidUtf8(path.filename().string());
         listing_.collections.push_back(std::move(made));
@@ -183,18 +233,19 @@ private:
 
     std::filesystem::path root_;
     const std::string& extension_;
+    const RecallNames& recall_;
     VdirListing listing_;
     std::set<std::pair<dev_t, ino_t>> seen_;
 };
 
 } // namespace
 
-VdirListing listVdir(const std::filesystem::path& root, const std::string& extension)
+VdirListing listVdir(const std::filesystem::path& root, const std::string& extension, const RecallNames& recall)
 {
     std::string path = root.lexically_normal().string();
     if (path.size() > 1 && path.ends_with('/'))
         path.pop_back();
-    return Lister(path, extension).list();
+    return Lister(path, extension, recall).list();
 }
 
 std::string readColor(std::string text)

@@ -1,9 +1,13 @@
 #pragma once
 
 #include "platform/desk/vdir/ItemFile.h"
+#include "platform/files.h"
 
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Folders of items, one file each, as vdirsyncer, khal, todoman and khard share them (the format "vdir").
@@ -30,6 +34,9 @@ struct VdirCollection {
     bool isWritable = true;
     bool hasFolders = false; ///< other collections may lie in it
     std::vector<VdirItem> items = {}; ///< by name
+    /// While the folder has this stamp, the names of its items are these. Nothing: that is not sure, because it changed
+    /// a moment ago, or because something else lies in it.
+    std::optional<platform::FileStamp> stamp = {};
 };
 
 /// What lies below a root at one moment.
@@ -42,7 +49,15 @@ struct VdirListing {
 /// The root itself is a collection only where it holds items. Hidden folders and files are left out, links to folders
 /// are followed (each folder counts once), and nothing that lies more than 16 levels down is looked at. A root that is
 /// not there holds nothing. `extension` is ".ics" or ".vcf".
-VdirListing listVdir(const std::filesystem::path& root, const std::string& extension);
+///
+/// `recall` spares the listing of folders: it may give the names of a folder's items, sorted, where they are known from
+/// a VdirCollection of this stamp. They are views of texts
+/// that end with NUL and live as long as the call. Each item is looked at in any case, since
+/// a program that writes a file in place leaves its folder's stamp as it was.
+using RecallNames = std::function<std::optional<std::vector<std::string_view>>(
+    const std::filesystem::path& folder, const platform::FileStamp& stamp)>;
+VdirListing listVdir(
+    const std::filesystem::path& root, const std::string& extension, const RecallNames& recall = nullptr);
 
 /// The color as "#rrggbb" in lower case; empty for what is none ("#rrggbbaa" loses its end).
 std::string readColor(std::string text);

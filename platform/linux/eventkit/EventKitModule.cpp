@@ -13,7 +13,7 @@ EventStore* mervoEventStore()
     try {
         const auto configuration = desk::Configuration::load(desk::deskSections());
         return new desk::DeskEventStore(desk::eventSettings(configuration, Entity::events),
-            desk::eventSettings(configuration, Entity::reminders), desk::cacheFolder() / "items.sqlite",
+            desk::eventSettings(configuration, Entity::reminders), desk::cacheFolder() / "items",
             desk::Consent::ofDesk(desk::deskSections()));
     } catch (const desk::ConfigurationError& error) {
         throw EventStoreError(error.what());

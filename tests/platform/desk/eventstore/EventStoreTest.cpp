@@ -6,9 +6,9 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <map>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <thread>
 
 namespace mervo::desk {
 namespace {
@@ -48,6 +48,11 @@ protected:
     }
     path root() const { return home_ / "cal"; }
     void write(const std::string& name, const std::string& items) const { writeFile(root() / name, calendar(items)); }
+    static void makeOld(const path& file)
+    {
+        const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+        std::filesystem::last_write_time(file, old);
+    }
     static Event only(DeskEventStore& store)
     {
         const auto found = store.events(kYear);
@@ -229,30 +234,67 @@ TEST_F(EventStoreTest, boundsEndlessRulesOfAllItemsTogether)
 /// A cache that is cut, of another kind or from another time shows what the files hold.
 TEST_F(EventStoreTest, trustsNoCacheOverTheFiles)
 {
-    const path cache = home_ / "cache/items.sqlite";
-    write("a/1.ics", "BEGIN:VEVENT\nUID:1\nSUMMARY:One\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
+    const path cache = home_ / "cache/items";
+    const std::string shown = "BEGIN:VEVENT\nUID:1\nSUMMARY:One\nDTSTART:20260105T090000Z\nEND:VEVENT\n";
+    write("a/1.ics", shown);
     write("a/2.ics", "BEGIN:VTODO\nUID:2\nEND:VTODO\n");
-    const auto old = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
-    std::filesystem::last_write_time(root() / "a/1.ics", old);
+    makeOld(root() / "a/1.ics");
     const auto look = [&] {
         auto store = this->store(cache);
         return only(store).title;
     };
     EXPECT_EQ(look(), "One");
-    const std::string good = readFile(cache);
-    for (const std::size_t at : {std::size_t(0), good.size() / 4, good.size() / 2, good.size() - 60}) {
+    const path file = std::filesystem::directory_iterator(cache)->path();
+    const std::string good = readFile(file);
+    for (std::size_t at = 0; at < good.size(); at += 16) {
         std::string bad = good;
-        for (std::size_t i = at; i < std::min(at + 64, bad.size()); ++i)
-            bad[i] = '\xA5';
-        writeFile(cache, bad);
+        std::fill_n(bad.begin() + static_cast<std::ptrdiff_t>(at), std::min<std::size_t>(16, bad.size() - at), '\xA5');
+        writeFile(file, bad);
         EXPECT_EQ(look(), "One") << at;
+        writeFile(file, good.substr(0, at));
+        EXPECT_EQ(look(), "One") << "cut at " << at;
     }
     write("a/1.ics", "BEGIN:VEVENT\nUID:1\nSUMMARY:Two\nDTSTART:20260105T090000Z\nEND:VEVENT\n");
     EXPECT_EQ(look(), "Two") << "as long as before";
     std::filesystem::remove(root() / "a/2.ics");
-    std::filesystem::remove(cache);
-    std::filesystem::create_directories(cache); // cannot be written
+    std::filesystem::remove_all(cache);
+    writeFile(cache, "no folder"); // nothing can be written there
     EXPECT_EQ(look(), "Two");
+}
+
+/// Once the folder's own stamp is old enough, it is not listed again. What happens to its items is seen all the same.
+TEST_F(EventStoreTest, seesEveryChangeInAFolderThatIsNotListedAgain)
+{
+    const auto item = [](const std::string& uid, const std::string& title) {
+        return "BEGIN:VEVENT\nUID:" + uid + "\nSUMMARY:" + title + "\nDTSTART:20260105T090000Z\nEND:VEVENT\n";
+    };
+    write("a/1.ics", item("1", "One"));
+    write("a/2.ics", item("2", "Two"));
+    write("b/late.ics", item("3", "Late"));
+    for (const char* name : {"a/1.ics", "a/2.ics", "b/late.ics"})
+        makeOld(root() / name);
+    std::this_thread::sleep_for(std::chrono::milliseconds(3100)); // nobody can set a folder's change time back
+    const auto titles = [&] {
+        auto store = this->store(home_ / "cache");
+        std::set<std::string> found;
+        for (const Event& event : store.events(kYear))
+            found.insert(event.title);
+        return found;
+    };
+    using Titles = std::set<std::string>;
+    EXPECT_EQ(titles(), (Titles{"One", "Two", "Late"}));
+    writeFile(root() / "a/1.ics", calendar(item("1", "Uno"))); // in place, and as long
+    EXPECT_EQ(titles(), (Titles{"Uno", "Two", "Late"}));
+    write("a/new.ics", item("4", "New"));
+    std::filesystem::remove(root() / "a/2.ics");
+    EXPECT_EQ(titles(), (Titles{"Uno", "New", "Late"}));
+    writeFile(root() / "tmp", calendar(item("3", "Over")));
+    std::filesystem::rename(root() / "tmp", root() / "b/late.ics");
+    EXPECT_EQ(titles(), (Titles{"Uno", "New", "Over"}));
+    std::filesystem::create_directory(root() / "b/inner");
+    EXPECT_EQ(titles(), (Titles{"Uno", "New", "Over"}));
+    write("b/inner/x.ics", item("5", "Inner"));
+    EXPECT_EQ(titles(), (Titles{"Uno", "New", "Over", "Inner"}));
 }
 
 } // namespace
