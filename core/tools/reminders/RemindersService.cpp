@@ -65,10 +65,10 @@ auto dueKey(const Reminder& reminder)
     return std::tuple(!reminder.due, due.year, due.month, due.day, time.hour, time.minute, time.second);
 }
 
-bool isEarlier(const Reminder& a, const Reminder& b)
+bool isEarlier(const Reminder* a, const Reminder* b)
 {
-    const auto key = [](const Reminder& reminder) {
-        return std::tuple(dueKey(reminder), std::tie(reminder.list.title, reminder.title));
+    const auto key = [](const Reminder* reminder) {
+        return std::tuple(dueKey(*reminder), std::tie(reminder->list.title, reminder->title));
     };
     return key(a) < key(b);
 }
@@ -188,15 +188,18 @@ std::string RemindersService::listAll() const
 std::string RemindersService::find(const std::string& list, Completed completed, std::int64_t limit) const
 {
     const auto store = EventKitAccess::store(open_, Entity::reminders);
-    std::vector<Reminder> found = remindersIn(*store, list);
-    if (completed == Completed::leftOut)
-        std::erase_if(found, [](const Reminder& reminder) { return reminder.isCompleted; });
+    const std::vector<Reminder> all = remindersIn(*store, list);
+    std::vector<const Reminder*> found; // moving them about would be most of the work
+    for (const Reminder& reminder : all) {
+        if (completed == Completed::included || !reminder.isCompleted)
+            found.push_back(&reminder);
+    }
     std::ranges::stable_sort(found, isEarlier);
     std::vector<std::string> lines;
-    for (const Reminder& reminder : found) {
+    for (const Reminder* reminder : found) {
         if (static_cast<std::int64_t>(lines.size()) >= limit)
             break;
-        lines.push_back(listed(reminder));
+        lines.push_back(listed(*reminder));
     }
     return Text::join(lines, "\n");
 }
