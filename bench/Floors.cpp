@@ -10,6 +10,7 @@
 #include <fstream>
 #include <sqlite3.h>
 #include <stdexcept>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 #include <utility>
@@ -153,11 +154,15 @@ private:
     std::vector<std::pair<std::string, std::string>> pairs_;
 };
 
-/// Reads as little as a program can that must look into every message: 4 KiB hold the headers.
+/// Goes to every file below a folder.
 class Walk final : public Measure {
 public:
-    explicit Walk(const std::string& folder)
+    /// What is done with each, by its name in an open folder. Gives -1 when that failed.
+    using Look = ssize_t (*)(int folder, const char* name);
+
+    Walk(const std::string& folder, Look look)
         : folder_(folder)
+        , look_(look)
     {
     }
 
@@ -181,25 +186,37 @@ private:
                 continue;
             if (entry->d_type == DT_DIR) {
                 enter(openat(descriptor, entry->d_name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            } else if (look_(descriptor, entry->d_name) < 0) {
+                throw std::runtime_error(folder_ + ": " + std::strerror(errno));
             } else {
-                look(openat(descriptor, entry->d_name, O_RDONLY | O_CLOEXEC));
+                ++files_;
             }
         }
         closedir(folder);
     }
 
-    void look(int file)
-    {
-        std::array<char, 4096> block;
-        if (file < 0 || read(file, block.data(), block.size()) < 0)
-            throw std::runtime_error(folder_ + ": " + std::strerror(errno));
-        close(file);
-        ++files_;
-    }
-
     std::string folder_;
+    Look look_;
     std::int64_t files_ = 0;
 };
+
+/// As little as a program can read that must look into every message: 4 KiB hold the headers.
+ssize_t readStart(int folder, const char* name)
+{
+    std::array<char, 4096> block;
+    const int file = openat(folder, name, O_RDONLY | O_CLOEXEC);
+    const ssize_t count = file < 0 ? -1 : read(file, block.data(), block.size());
+    if (file >= 0)
+        close(file);
+    return count;
+}
+
+/// As little as a program can ask that must see whether a file was written in place.
+ssize_t stamp(int folder, const char* name)
+{
+    struct stat found { };
+    return fstatat(folder, name, &found, 0);
+}
 
 } // namespace
 
@@ -216,7 +233,11 @@ std::unique_ptr<Measure> makeInsert(const Words& words)
 }
 std::unique_ptr<Measure> makeWalk(const Words& words)
 {
-    return std::make_unique<Walk>(words.at(0));
+    return std::make_unique<Walk>(words.at(0), readStart);
+}
+std::unique_ptr<Measure> makeStamps(const Words& words)
+{
+    return std::make_unique<Walk>(words.at(0), stamp);
 }
 std::unique_ptr<Measure> makeRename(const Words& words)
 {

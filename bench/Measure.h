@@ -35,6 +35,7 @@ std::unique_ptr<Measure> makeGreet(const Words& command); ///< a process, until 
 std::unique_ptr<Measure> makeServe(const Words& partRequestAndCommand); ///< one more answer of a running process
 std::unique_ptr<Measure> makeInsert(const Words& file); ///< the audit trail's INSERT, committed
 std::unique_ptr<Measure> makeWalk(const Words& folder); ///< the first 4 KiB of every file below a folder
+std::unique_ptr<Measure> makeStamps(const Words& folder); ///< a stat of every file below a folder, one after the other
 std::unique_ptr<Measure> makeRename(const Words& preparationAndList); ///< a loop of renames
 std::unique_ptr<Measure> makeScan(const Words& fileStatementText); ///< one statement, all its rows
 

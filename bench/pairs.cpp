@@ -10,6 +10,7 @@
 ///                               one answer of a running server, which must hold PART; "@" is a number that grows
 ///     insert FILE               one row of an audit trail, committed
 ///     walk FOLDER               the first 4 KiB of every file below a folder
+///     stamps FOLDER             a stat of every file below a folder, one after the other
 ///     rename LIST               a file's pairs of lines, from and to: each renamed (and back again outside of the
 ///     clock)
 ///
@@ -29,7 +30,7 @@ std::unique_ptr<Measure> makeMeasure(const Words& words)
 {
     static const std::map<std::string, std::unique_ptr<Measure> (*)(const Words&)> kinds{{"spawn", makeSpawn},
         {"fresh", makeFresh}, {"after", makeAfter}, {"greet", makeGreet}, {"serve", makeServe}, {"insert", makeInsert},
-        {"walk", makeWalk}, {"rename", makeRename}};
+        {"walk", makeWalk}, {"stamps", makeStamps}, {"rename", makeRename}};
     const auto kind = kinds.find(words.at(0));
     if (kind == kinds.end())
         throw std::runtime_error(words[0] + " is no kind of measure");
