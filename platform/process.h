@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/descriptor.h"
+
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -57,6 +59,23 @@ Outcome run(const Command& command);
 /// standard input is empty, its output is discarded, and `error` holds what it wrote to standard error. Nothing when it
 /// still runs after that. Throws NotStarted.
 std::optional<Outcome> runDetached(const Command& command, std::chrono::milliseconds patience);
+
+/// A program that was started like that, for a caller who also waits for something else. Whoever drops it leaves it
+/// running. Belongs to one thread.
+class DetachedProgram {
+public:
+    /// Throws NotStarted.
+    explicit DetachedProgram(const Command& command);
+
+    /// How it ended, with what it had written to standard error; nothing while it runs. Does not wait.
+    std::optional<Outcome> end();
+    /// Kills it with its process group. Nothing to do once `end` has told of its end.
+    void kill() noexcept;
+
+private:
+    Descriptor error_;
+    std::int64_t id_;
+};
 
 /// What the system calls a signal ("Killed").
 std::string signalName(int signal);

@@ -255,23 +255,42 @@ Outcome run(const Command& command)
     return outcome;
 }
 
-std::optional<Outcome> runDetached(const Command& command, std::chrono::milliseconds patience)
+DetachedProgram::DetachedProgram(const Command& command)
+    : error_(aboveStandard(Descriptor(memfd_create("stderr", MFD_CLOEXEC))))
+    , id_(spawn(command, {.standard = {Start::kNull, Start::kNull, error_.get()}, .ownSession = true}))
 {
-    constexpr timespec kPause{0, 10'000'000};
-    const Descriptor error = aboveStandard(Descriptor(memfd_create("stderr", MFD_CLOEXEC)));
-    const pid_t id = spawn(command, {.standard = {Start::kNull, Start::kNull, error.get()}, .ownSession = true});
-    const auto end = std::chrono::steady_clock::now() + patience;
+}
+
+std::optional<Outcome> DetachedProgram::end()
+{
     int status = 0;
-    pid_t ended = 0;
-    while ((ended = waitpid(id, &status, WNOHANG)) == 0 && std::chrono::steady_clock::now() < end)
-        nanosleep(&kPause, nullptr);
-    if (ended != id)
+    if (id_ <= 0 || waitpid(static_cast<pid_t>(id_), &status, WNOHANG) != id_)
         return std::nullopt;
+    id_ = 0;
     Outcome outcome;
     setStatus(outcome, status);
     std::array<char, 65536> text;
-    const ssize_t length = pread(error.get(), text.data(), text.size(), 0);
+    const ssize_t length = pread(error_.get(), text.data(), text.size(), 0);
     outcome.error.assign(text.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    return outcome;
+}
+
+void DetachedProgram::kill() noexcept
+{
+    if (id_ <= 0)
+        return;
+    ::kill(static_cast<pid_t>(-id_), SIGKILL);
+    waitpid(static_cast<pid_t>(std::exchange(id_, 0)), nullptr, 0);
+}
+
+std::optional<Outcome> runDetached(const Command& command, std::chrono::milliseconds patience)
+{
+    constexpr timespec kPause{0, 10'000'000};
+    DetachedProgram program(command);
+    const auto limit = std::chrono::steady_clock::now() + patience;
+    std::optional<Outcome> outcome;
+    while (!(outcome = program.end()) && std::chrono::steady_clock::now() < limit)
+        nanosleep(&kPause, nullptr);
     return outcome;
 }
 
