@@ -1,5 +1,6 @@
 #include "platform/desk/session/SessionModule.h"
 #include "platform/desk/session/WindowClosing.h"
+#include "platform/desk/session/WindowPlacing.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -219,6 +220,11 @@ public:
     }
 
     int closeWindows(std::span<const pid_t> processes) const override { return closeWindowsOf(processes); }
+
+    bool placeWindow(std::uint32_t window, int left, int top, int width, int height) const override
+    {
+        return desk::placeWindow(window, left, top, width, height);
+    }
 };
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <sys/types.h>
@@ -31,6 +32,11 @@ public:
     /// Asks the window manager of an X display to close their windows, as a click would (_NET_CLOSE_WINDOW). The number
     /// of windows; none without a display.
     virtual int closeWindows(std::span<const pid_t> processes) const = 0;
+
+    /// Moves the top-level window that an X window belongs to, and sizes it with its frame, in pixels from the upper
+    /// left corner of the display. Waits up to 1 s for the window manager to have taken a new window over, which may
+    /// then do as it likes. False without a display or that window.
+    virtual bool placeWindow(std::uint32_t window, int left, int top, int width, int height) const = 0;
 };
 
 /// The session of this process, in the module of the bundle that holds GIO. Throws std::runtime_error with a sentence
