@@ -176,6 +176,7 @@ int runScript(const Options& options, ApplicationRegistry& registry)
     try {
         Evaluator evaluator(*script, registry, [](const std::string& line) { writeAll(STDERR_FILENO, line + "\n"); });
         const Value result = evaluator.run(options.arguments);
+        registry.finish();
         if (!result.is(Kind::none))
             writeAll(STDOUT_FILENO, (options.inSourceForm ? sourceForm(result) : displayForm(result)) + "\n");
         return 0;

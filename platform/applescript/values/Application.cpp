@@ -104,6 +104,20 @@ ApplicationRegistry::Entry* ApplicationRegistry::findByBundleId(std::string_view
     return nullptr;
 }
 
+void ApplicationRegistry::finish()
+{
+    for (const auto& entry : entries_) {
+        if (!entry->isLaunched)
+            continue;
+        try {
+            entry->instance->finish();
+        } catch (ScriptError& error) {
+            error.message = entry->names.front() + " got an error: " + error.message;
+            throw;
+        }
+    }
+}
+
 void ApplicationRegistry::authorize(Entry& entry)
 {
     if (guard_ && !entry.isAuthorized)

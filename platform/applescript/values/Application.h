@@ -88,6 +88,10 @@ public:
     /// The commands of the dictionary.
     virtual Value perform(const CommandCall& call);
 
+    /// The script has ended without an error; an application that is late with something does it now. For each that
+    /// the script has used.
+    virtual void finish() { }
+
     /// When the current command must be done, if `with timeout` limits it. A command that waits or takes long should
     /// check this and throw ScriptError(ErrorNumber::timedOut).
     std::optional<std::chrono::steady_clock::time_point> deadline() const noexcept { return deadline_; }
@@ -129,6 +133,8 @@ public:
     /// Null when no such application is registered.
     Entry* findByName(std::string_view name);
     Entry* findByBundleId(std::string_view bundleId);
+    /// Tells those that were launched that the script has ended.
+    void finish();
     /// Created on first use; not launched.
     static Application& instance(Entry& entry);
 
