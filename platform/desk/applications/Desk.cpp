@@ -10,12 +10,14 @@
 #include "platform/desk/applications/notes/NotesApplication.h"
 #include "platform/desk/applications/reminders/RemindersApplication.h"
 #include "platform/desk/applications/systemevents/SystemEventsApplication.h"
+#include "platform/desk/applications/terminals/TerminalApplication.h"
 #include "platform/desk/chat/ChatHealth.h"
 #include "platform/desk/consent/ConsentHealth.h"
 #include "platform/desk/events/EventHealth.h"
 #include "platform/desk/mail/MailHealth.h"
 #include "platform/desk/notebook/NotesHealth.h"
 #include "platform/desk/running/ApplicationHealth.h"
+#include "platform/desk/terminal/TerminalHealth.h"
 
 namespace mervo::desk {
 namespace {
@@ -29,6 +31,7 @@ constexpr DeskPart kParts[] = {
     {registerNotes, &kNotesHealth},
     {registerFinder},
     {registerSystemEvents, &kApplicationHealth},
+    {registerTerminals, &kTerminalHealth},
     {nullptr, &kConsentHealth},
 };
 

@@ -6,13 +6,14 @@
 #include "platform/desk/mail/MailSettings.h"
 #include "platform/desk/notebook/NotesSettings.h"
 #include "platform/desk/running/ApplicationSettings.h"
+#include "platform/desk/terminal/TerminalSettings.h"
 
 namespace mervo::desk {
 namespace {
 
 // Apart from the applications, which a reader of desk.toml need not bring along.
 constexpr Section kSections[] = {kMailSection, kChatSection, kEventSection, kReminderSection, kContactSection,
-    kNotesSection, kApplicationSection, kConsentSection};
+    kNotesSection, kApplicationSection, kTerminalSection, kConsentSection};
 
 } // namespace
 
