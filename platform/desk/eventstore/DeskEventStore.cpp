@@ -254,8 +254,21 @@ bool DeskEventStore::requestFullAccess(Entity entity, platform::AccessPurpose pu
 
 const DeskEventStore::Folders& DeskEventStore::read(Entity entity)
 {
+    constexpr int kTries = 5; // one program that commits all the time holds up nobody for good
     const path& root = settings(entity).root;
-    settleVdir(root);
+    Folders folders;
+    for (int tries = 0; tries < kTries; ++tries) {
+        settleVdir(root);
+        const auto before = commitStamp(root);
+        folders = look(root);
+        if (commitStamp(root) == before)
+            break;
+    }
+    return read_[root] = std::move(folders);
+}
+
+DeskEventStore::Folders DeskEventStore::look(const path& root)
+{
     Folders folders;
     VdirListing found = listVdir(root, ".ics",
         [this](const path& folder, const platform::FileStamp& stamp) { return cache_.names(folder, stamp); });
@@ -271,7 +284,7 @@ const DeskEventStore::Folders& DeskEventStore::read(Entity entity)
         folder.listing = std::move(listing);
         folders.push_back(std::move(folder));
     }
-    return read_[root] = std::move(folders);
+    return folders;
 }
 
 const DeskEventStore::Folders& DeskEventStore::readOnce(Entity entity)

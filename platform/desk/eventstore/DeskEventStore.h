@@ -65,8 +65,9 @@ private:
     using Folders = std::vector<Folder>;
 
     const EventSettings& settings(Entity entity) const { return entity == Entity::events ? events_ : reminders_; }
-    /// The folders below the root of an entity, as they are now.
+    /// The folders below the root of an entity, as they are now: with all of a commit or nothing of it.
     const Folders& read(Entity entity);
+    Folders look(const std::filesystem::path& root);
     /// The same, from the look that collections() has just taken where there is one: who asks for the collections asks
     /// for their items next.
     const Folders& readOnce(Entity entity);

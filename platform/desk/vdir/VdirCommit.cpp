@@ -5,6 +5,7 @@
 #include "platform/files.h"
 #include "platform/lock.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
@@ -33,6 +34,13 @@ path workFolder(const path& root)
 path journalFile(const path& root)
 {
     return workFolder(root) / "journal";
+}
+
+/// The journal of a commit that is one rename. A power cut leaves such a one whole in any case, so that this file need
+/// not outlive it: it is there for a kill between the rename and the look at what was taken out.
+path stepFile(const path& root)
+{
+    return workFolder(root) / "step";
 }
 
 path stageFolder(const path& root)
@@ -66,12 +74,11 @@ void syncFolder(const path& folder)
         ::fsync(entry.get());
 }
 
-/// One sync of the file system costs less than one for each of many files.
-void syncStaged(const path& stage)
+void sync(const path& file, int (*how)(int))
 {
-    const platform::Descriptor folder(::open(stage.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder.open() || ::syncfs(folder.get()) != 0)
-        refuse(stage, std::generic_category().message(errno));
+    const platform::Descriptor open(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (!open.open() || how(open.get()) != 0)
+        refuse(file, std::generic_category().message(errno));
 }
 
 bool undoAll(const std::vector<StagedOperation>& operations)
@@ -91,36 +98,45 @@ bool undoAll(const std::vector<StagedOperation>& operations)
 void clearStage(const path& root) noexcept
 {
     std::error_code ignored;
-    if (::access(journalFile(root).c_str(), F_OK) == 0)
+    if (::access(journalFile(root).c_str(), F_OK) == 0 || ::access(stepFile(root).c_str(), F_OK) == 0)
         return;
     std::filesystem::remove_all(stageFolder(root), ignored);
     for (std::filesystem::directory_iterator at(workFolder(root), ignored), end; at != end; at.increment(ignored)) {
-        if (at->path().filename().string().starts_with("journal."))
+        const std::string name = at->path().filename().string();
+        if (name.starts_with("journal.") || name.starts_with("step."))
             ::unlink(at->path().c_str()); // a temporary one of a process that was killed
     }
 }
 
-void dropJournal(const path& root)
+void drop(const path& journal)
 {
-    if (::unlink(journalFile(root).c_str()) != 0 && errno != ENOENT)
-        refuse(journalFile(root), std::generic_category().message(errno));
-    syncFolder(workFolder(root));
+    if (::unlink(journal.c_str()) != 0 && errno != ENOENT)
+        refuse(journal, std::generic_category().message(errno));
+    syncFolder(journal.parent_path());
+}
+
+/// Takes back what a journal says.
+void takeBackBy(const path& root, const path& journal)
+{
+    std::error_code why;
+    const auto bytes = platform::readFile(journal, kLongestJournal, &why);
+    if (!bytes && why == std::errc::no_such_file_or_directory)
+        return;
+    const auto operations = bytes ? readJournal(root, stageFolder(root), *bytes) : std::nullopt;
+    const bool isTorn = bytes && !operations && journal == stepFile(root); // by a power cut
+    if (!isTorn && (!operations || !undoAll(*operations))) {
+        throw VdirError(fmt::format("What another process left half done in “{}” cannot be taken back; look at the "
+                                    "folder “{}” and remove it.",
+            root.string(), workFolder(root).string()));
+    }
+    drop(journal);
 }
 
 /// Under the lock.
 void takeBack(const path& root)
 {
-    std::error_code why;
-    const auto bytes = platform::readFile(journalFile(root), kLongestJournal, &why);
-    if (!bytes && why == std::errc::no_such_file_or_directory)
-        return clearStage(root);
-    const auto operations = bytes ? readJournal(root, stageFolder(root), *bytes) : std::nullopt;
-    if (!operations || !undoAll(*operations)) {
-        throw VdirError(fmt::format("What another process left half done in “{}” cannot be taken back; look at the "
-                                    "folder “{}” and remove it.",
-            root.string(), workFolder(root).string()));
-    }
-    dropJournal(root);
+    takeBackBy(root, stepFile(root));
+    takeBackBy(root, journalFile(root));
     clearStage(root);
 }
 
@@ -205,13 +221,38 @@ void VdirCommit::stage(Change& change)
     change.operation.made = itemStamp(operation.staged).value_or(ItemStamp{});
 }
 
+/// What is one rename needs no journal to be there or not after a power cut.
+bool VdirCommit::isOneStep() const
+{
+    const auto isFile = [](const Change& change) {
+        return change.operation.kind != Kind::makeFolder && change.operation.kind != Kind::removeFolder;
+    };
+    return changes_.size() == 1 && isFile(changes_.front());
+}
+
+/// Above some number, one sync of the file system costs less than one for each file.
+void VdirCommit::syncStaged() const
+{
+    constexpr std::size_t kFew = 8;
+    const auto holdsFiles = [](const Change& change) { return change.operation.kind == Kind::makeFolder; };
+    if (changes_.size() > kFew || std::ranges::any_of(changes_, holdsFiles))
+        return sync(stageFolder(root_), ::syncfs);
+    for (const Change& change : changes_) {
+        if (change.operation.kind == Kind::create || change.operation.kind == Kind::replace)
+            sync(change.operation.staged, ::fsync);
+    }
+    sync(stageFolder(root_), ::fsync);
+}
+
 void VdirCommit::applyAll()
 {
     std::vector<StagedOperation> operations;
     for (const Change& change : changes_)
         operations.push_back(change.operation);
-    if (const auto error = platform::replaceFile(journalFile(root_), writeJournal(root_, operations)))
-        refuse(journalFile(root_), error.message());
+    const path journal = isOneStep() ? stepFile(root_) : journalFile(root_);
+    const auto keep = isOneStep() ? platform::Keep::whileRunning : platform::Keep::throughPowerCut;
+    if (const auto error = platform::replaceFile(journal, writeJournal(root_, operations), keep))
+        refuse(journal, error.message());
     try {
         for (const Change& change : changes_)
             apply(change.operation, change.expected, change.contents);
@@ -219,12 +260,14 @@ void VdirCommit::applyAll()
         takeBack(root_);
         throw;
     }
+    if (isOneStep())
+        ::unlink(journal.c_str()); // reaches the disk with the rename, most often in one write
     std::set<path> folders;
     for (const Change& change : changes_)
         folders.insert(change.operation.target.parent_path());
     for (const path& folder : folders)
         syncFolder(folder);
-    dropJournal(root_);
+    drop(journal);
 }
 
 void VdirCommit::commit()
@@ -251,15 +294,20 @@ void VdirCommit::commit()
         const Clear clear{root_};
         for (Change& change : changes_)
             stage(change);
-        syncStaged(stageFolder(root_));
+        syncStaged();
         applyAll();
     }
+}
+
+std::optional<platform::FileStamp> commitStamp(const path& root)
+{
+    return platform::fileStamp(workFolder(normal(root)));
 }
 
 void settleVdir(const path& root)
 {
     const path clean = normal(root);
-    if (::access(journalFile(clean).c_str(), F_OK) != 0)
+    if (::access(journalFile(clean).c_str(), F_OK) != 0 && ::access(stepFile(clean).c_str(), F_OK) != 0)
         return;
     if (::access(workFolder(clean).c_str(), W_OK) != 0)
         return; // nobody can take it back here

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/desk/vdir/StagedOperation.h"
+#include "platform/files.h"
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +14,8 @@ namespace mervo::desk {
 
 /// Several changes of files below one root that happen together or not at all, also where the process is killed at any
 /// moment and over a power cut.
+///
+/// A commit of one file is one rename, and needs but a note for the case that the process is killed.
 ///
 /// What is new is written below `<root>/.mervo`, which no program takes for a collection, and synced. A journal there
 /// then says what is about to happen; the files are exchanged by renames; the journal goes. Whoever finds a journal
@@ -48,6 +52,8 @@ private:
     };
     Change& add(StagedOperation::Kind kind, const std::filesystem::path& target);
     void stage(Change& change);
+    bool isOneStep() const;
+    void syncStaged() const;
     void applyAll();
 
     std::filesystem::path root_;
@@ -57,5 +63,9 @@ private:
 /// Takes back what a killed process left half done below a root; before anything is read from it. Costs one look where
 /// there is nothing. Waits for a commit that is under way. Throws VdirError when it cannot be finished.
 void settleVdir(const std::filesystem::path& root);
+
+/// Another one after each commit below a root: who reads several files and finds it as before has read no part of a
+/// commit alone. Nothing where there was none yet.
+std::optional<platform::FileStamp> commitStamp(const std::filesystem::path& root);
 
 } // namespace mervo::desk
