@@ -120,6 +120,7 @@ private:
     void assignList(const ListExpr& target, const Value& value);
     void assignProperty(const PropertyExpr& target, const Value& value);
     void setProperty(const Value& owner, const PropertyExpr& target, const Value& value);
+    void setEach(const List& owners, const std::function<void(const Value&)>& set);
     void setObjectProperty(Object& object, const PropertyExpr& target, const Value& value);
     void assignElement(const ElementExpr& target, const Value& value);
     void assignInsertion(const InsertionExpr& target, const Value& value);

@@ -49,8 +49,19 @@ void Evaluator::assignProperty(const PropertyExpr& target, const Value& value)
     if (owner.isSingle())
         return setProperty(owner.value, target, value);
     const Value all = fetched(std::move(owner));
-    for (std::size_t i = 0; i < all.asList().size(); ++i)
-        setProperty(all.asList()[i], target, value);
+    setEach(all.asList(), [&](const Value& each) { setProperty(each, target, value); });
+}
+
+void Evaluator::setEach(const List& owners, const std::function<void(const Value&)>& set)
+{
+    const auto setAll = [&] {
+        for (std::size_t i = 0; i < owners.size(); ++i)
+            set(owners[i]);
+    };
+    if (owners.size() < 2 || !owners[0].is(Kind::object))
+        return setAll();
+    Application& application = owners[0].asObject().application();
+    applications_.ask(application, [&] { application.together(setAll); });
 }
 
 void Evaluator::setProperty(const Value& ownerValue, const PropertyExpr& target, const Value& value)
@@ -67,9 +78,7 @@ void Evaluator::setProperty(const Value& ownerValue, const PropertyExpr& target,
             if (!owner.asList()[i].is(Kind::object))
                 throw ScriptError::cannotSet(writer_.whole(target, owner), value);
         }
-        for (std::size_t i = 0; i < owner.asList().size(); ++i)
-            setObjectProperty(owner.asList()[i].asObject(), target, value);
-        return;
+        return setEach(owner.asList(), [&](const Value& each) { setObjectProperty(each.asObject(), target, value); });
     case Kind::record:
         if (!owner.asRecord().find(target.name))
             throw ScriptError::cannotSet(writer_.whole(target, owner), value);

@@ -79,6 +79,10 @@ public:
     virtual void activate() { launch(); }
     virtual void quit(Saving saving) = 0;
 
+    /// Runs `change`, in which one command of a script sets a property of several objects in turn. An application that
+    /// saves may do so once for all of them, and then throws when that fails.
+    virtual void together(const std::function<void()>& change) { change(); }
+
     // The commands of all applications. The defaults throw -1708. `every x` as argument comes object by object.
     virtual Value make(const MakeRequest& request);
     virtual void remove(Object& object);

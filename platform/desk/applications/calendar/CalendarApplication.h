@@ -16,6 +16,7 @@ public:
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
+    void together(const std::function<void()>& change) override { session_.together(change); }
     applescript::Value make(const applescript::MakeRequest& request) override;
     void remove(applescript::Object& object) override;
     applescript::Value perform(const applescript::CommandCall& call) override;

@@ -95,23 +95,46 @@ EventSession::Seen<Reminder> EventSession::remindersOf(const std::string& key, c
     });
 }
 
+void EventSession::forget()
+{
+    collections_ = {};
+    events_.clear();
+    reminders_.clear();
+}
+
 void EventSession::change(const std::function<void(platform::EventStore&)>& stage)
 {
-    const auto forget = [this] {
-        collections_ = {};
-        events_.clear();
-        reminders_.clear();
-    };
+    commitAfter([&] { stage(store()); });
+}
+
+void EventSession::together(const std::function<void()>& changes)
+{
+    commitAfter([&] {
+        isTogether_ = true;
+        changes();
+        isTogether_ = false;
+    });
+}
+
+void EventSession::commitAfter(const std::function<void()>& staging)
+{
+    const bool isPart = isTogether_;
     try {
         inScriptTerms([&] {
-            stage(store());
-            store().commit();
+            staging();
+            if (!isPart)
+                store().commit();
         });
     } catch (...) {
         forget();
+        if (!isPart) {
+            isTogether_ = false;
+            store_.reset(); // and with it what it has staged
+        }
         throw;
     }
-    forget();
+    if (!isPart)
+        forget();
 }
 
 } // namespace mervo::desk

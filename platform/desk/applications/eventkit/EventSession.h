@@ -32,8 +32,10 @@ public:
     Seen<platform::Reminder> reminders(const platform::Collection& list); ///< in the order in which they were made
     Seen<platform::Reminder> reminders(); ///< of all lists, likewise
 
-    /// Stages changes and makes them real.
+    /// Stages changes and makes them real. When that fails nothing of them stays staged.
     void change(const std::function<void(platform::EventStore&)>& stage);
+    /// Makes real at its end, in one commit, what `changes` has staged by change(): all of it or nothing.
+    void together(const std::function<void()>& changes);
 
 private:
     template <typename Item>
@@ -46,12 +48,15 @@ private:
 
     template <typename Item, typename Read>
     Seen<Item> look(Kept<Item>& kept, const Read& read);
+    void commitAfter(const std::function<void()>& staging);
+    void forget();
     Seen<platform::Reminder> remindersOf(const std::string& key, const std::vector<platform::Collection>& lists);
     platform::EventStore& store();
 
     platform::Entity entity_;
     Open open_;
     std::unique_ptr<platform::EventStore> store_;
+    bool isTogether_ = false; // another call commits
     Kept<platform::Collection> collections_;
     KeptByCollection<platform::Event> events_;
     KeptByCollection<platform::Reminder> reminders_;

@@ -17,6 +17,7 @@ public:
 
     const applescript::Dictionary& dictionary() const override;
     applescript::Ref<applescript::Object> root() override;
+    void together(const std::function<void()>& change) override { session_.together(change); }
     applescript::Value make(const applescript::MakeRequest& request) override;
     void remove(applescript::Object& object) override;
     applescript::Value move(applescript::Object& object, const applescript::Insertion& place) override;
