@@ -1,5 +1,6 @@
 #include "platform/desk/eventstore/DeskEventStore.h"
 
+#include "platform/desk/eventstore/CollectionTitle.h"
 #include "platform/desk/eventstore/ItemEdits.h"
 #include "platform/desk/eventstore/ItemFields.h"
 #include "platform/desk/recurrence/Recurrences.h"
@@ -152,35 +153,6 @@ void addOccurrences(const Collection& calendar, std::string_view file, const Ite
         if (when.component < record.events.size())
             found.push_back(eventOf(calendar, file, record.events[when.component], when));
     }
-}
-
-/// A name for a folder that no system refuses and no program takes for a hidden one.
-std::string folderName(const std::string& title)
-{
-    constexpr std::size_t kLongest = 100;
-    std::string name;
-    for (const char c : title)
-        name += c == '/' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '_' : c;
-    if (name.starts_with('.'))
-        name.front() = '_';
-    if (name.size() > kLongest) {
-        name.resize(kLongest);
-        while (!name.empty() && (static_cast<unsigned char>(name.back()) & 0x80U) != 0)
-            name.pop_back(); // no half character
-    }
-    return name.empty() ? "_" : name;
-}
-
-std::string oneLine(const std::string& title)
-{
-    std::string line = title;
-    std::ranges::replace_if(
-        line, [](char c) { return c == '\t' || c == '\n' || c == '\r'; }, ' ');
-    line = withoutControls(line);
-    const std::size_t start = line.find_first_not_of(' ');
-    if (start == std::string::npos)
-        throw EventStoreError("Nothing was changed: a title must not be empty.");
-    return line.substr(start, line.find_last_not_of(' ') - start + 1);
 }
 
 /// Another item of the same file stays where it is.
