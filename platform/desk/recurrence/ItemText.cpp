@@ -102,10 +102,15 @@ public:
         } while (end < rest_.size() && (rest_[end] == ' ' || rest_[end] == '\t'));
         raw_ = rest_.substr(0, end);
         rest_.remove_prefix(end);
+        const std::size_t nameEnd = raw_.find_first_of(";:\n");
+        const bool isFoldInName = nameEnd < raw_.size() && raw_[nameEnd] == '\n' && nameEnd + 1 < raw_.size();
+        if (isFoldInName) {
+            whole_ = unfolded();
+            raw_ = whole_;
+        }
         return true;
     }
-    /// Of the first piece of the line, which a fold does not part in any file that a program writes.
-    std::string_view name() const { return raw_.substr(0, raw_.find_first_of(";:\r\n")); }
+    std::string_view name() const { return raw_.substr(0, raw_.find_first_of(";:\n")); }
     std::string unfolded() const
     {
         std::string line;
@@ -123,6 +128,7 @@ public:
 private:
     std::string_view rest_;
     std::string_view raw_;
+    std::string whole_; // raw_ points into it where a fold parts the name, which no program is known to write
 };
 
 bool isOneOf(std::string_view name, const auto& names)
