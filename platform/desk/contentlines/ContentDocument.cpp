@@ -362,7 +362,7 @@ ContentDocument::Node ContentDocument::add(Node within, const ContentLine& line)
         const bool isFront = child.kind == Kind::unreadable && behind == static_cast<std::uint32_t>(within);
         if (child.kind == Kind::line || isFront)
             behind = static_cast<std::uint32_t>(node);
-        return child.kind != Kind::begin;
+        return true;
     });
     const std::string_view raw = keep(folded(writeContentLine(line), lineEnd_));
     return Node{insert(entries_[behind].next, {.raw = raw, .kind = Kind::line})};

@@ -69,7 +69,7 @@ public:
     void setValue(Node line, std::string_view value);
     /// Gives the first such line the value, or adds one; further ones stay.
     void setValue(Node within, std::string_view name, std::string_view value);
-    /// Adds a line behind the last one of the component, before the components in it.
+    /// Adds a line behind the last one of the component: before the components in it, unless lines stand behind those.
     Node add(Node within, const ContentLine& line);
     /// Adds whole lines with balanced components, written with any line ends, as the last ones of the component.
     /// Returns the first component among them.

@@ -108,6 +108,12 @@ TEST(Card, changesTheLinesThatItMust)
                       addContactValue(document, node, ContactValueKind::email, {"club", "n@x"});
                   }),
         "TEL;VALUE=uri;TYPE=home:tel:+1\r\nitem1.X-ABLabel:club\r\nitem1.EMAIL:n@x\r\n");
+    const std::string agent = "BEGIN:VCARD\r\nFN:B\r\nEND:VCARD\r\n";
+    EXPECT_EQ(changed("FN:A\r\n" + agent + "EMAIL:a@x\r\n",
+                  [](Document& document, Node node) {
+                      addContactValue(document, node, ContactValueKind::email, {"", "last@x"});
+                  }),
+        "FN:A\r\n" + agent + "EMAIL:a@x\r\nEMAIL:last@x\r\n");
 }
 
 } // namespace
