@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -44,9 +45,13 @@ std::uint32_t windowId()
     return number;
 }
 
-/// The child: a process group of its own in the foreground of the terminal, and then the shell.
-[[noreturn]] void become(const std::vector<std::string>& command)
+/// The child: a process group of its own in the foreground of the terminal, and then the shell. It is hung up with its
+/// parent also while it is not in the foreground, where the system would not do so.
+[[noreturn]] void become(const std::vector<std::string>& command, pid_t parent)
 {
+    ::prctl(PR_SET_PDEATHSIG, SIGHUP);
+    if (::getppid() != parent) // it was killed before the line above
+        ::_exit(signalled + SIGHUP);
     ::setpgid(0, 0);
     ::tcsetpgrp(STDIN_FILENO, ::getpid()); // SIGTTOU is ignored still
     for (const int signal : {SIGINT, SIGQUIT, SIGTSTP, SIGTTIN, SIGTTOU})
@@ -66,10 +71,11 @@ std::uint32_t windowId()
 class Shell {
 public:
     explicit Shell(const std::vector<std::string>& command)
-        : id_(::fork())
     {
+        const pid_t parent = ::getpid();
+        id_ = ::fork();
         if (id_ == 0)
-            become(command);
+            become(command, parent);
         if (id_ > 0)
             ::setpgid(id_, id_); // whoever of the two is first
     }
@@ -121,7 +127,7 @@ private:
         ::waitpid(id_, nullptr, 0); // whoever waits for this process finds the shell gone as well
     }
 
-    pid_t id_;
+    pid_t id_ = -1;
     int status_ = 0;
 };
 

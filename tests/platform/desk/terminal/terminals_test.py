@@ -230,16 +230,21 @@ class Terminals(desktop.DesktopTest):
         os.kill(process(id), signal.SIGSTOP)
         self.desk.run("Helpers/platform/osascript", text=CLOSE % id)
         self.assertEqual((self.is_gone(self.told(deaf)[0]), self.files()), (True, []))
-        for name, kill in (("shell", lambda job, id: os.kill(int(self.told(job)[0]), signal.SIGKILL)),
-                           ("holder", lambda job, id: os.kill(process(id), signal.SIGKILL))):
-            job = self.job("sleep 600", name + ".sh")
-            kill(job, self.open(job))
-            desktop.wait("the end of " + name, lambda: self.is_gone(self.told(job)[0]))
-            desktop.wait("an empty list", lambda: self.desk.script('tell application "iTerm2" to count windows') == "0")
+        for victim, at_once in (("shell", False), ("holder", False), *[("holder", True)] * 8):
+            job = self.job("sleep 600", "killed.sh")
+            told = pathlib.Path(str(job) + ".told")
+            told.write_text("")
+            id = self.open(job)
+            shell = None if at_once else int(self.told(job)[0])
+            os.kill(shell if victim == "shell" else process(id), signal.SIGKILL)
+            desktop.wait("no window", lambda: not self.windows())
+            desktop.wait("the end of the job", lambda: all(map(self.is_gone, told.read_text().split()[:1])))
+            self.assertEqual(self.desk.script('tell application "iTerm2" to count windows'), "0")
             self.assertEqual(self.files(), [])
         self.desk.environment["DISPLAY"] = name = self.desktop.display()
         job = self.job("sleep 600", "server.sh")
         self.open(job)
+        self.told(job)
         server = [process for process in self.desktop._running if process.args[0] == "Xvfb"][-1]
         self.desktop.end(server)
         desktop.wait("the end with the display", lambda: self.is_gone(self.told(job)[0]) and not self.files())
