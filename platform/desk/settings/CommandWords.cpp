@@ -34,6 +34,8 @@ std::string lastWords(std::string_view text)
         text = trimmed(text.substr(0, start));
     }
     words = platform::withValidUtf8(words);
+    if (words.ends_with('.'))
+        words.pop_back();
     std::replace_if(
         words.begin(), words.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
     return words;
@@ -46,7 +48,7 @@ std::string howItEnded(const std::string& program, const platform::Outcome& outc
     const std::string words = lastWords(outcome.error.empty() ? outcome.output : outcome.error);
     const std::string end = outcome.signal != 0 ? fmt::format("was ended by signal {}", outcome.signal)
                                                 : fmt::format("ended with status {}", outcome.status);
-    return fmt::format("{} {}{}", program, end, words.empty() ? "." : ": " + words);
+    return fmt::format("{} {}{}", program, end, words.empty() ? "" : ": " + words);
 }
 
 } // namespace mervo::desk

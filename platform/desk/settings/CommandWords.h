@@ -8,7 +8,7 @@
 namespace mervo::desk {
 
 /// "msmtp ended with status 75: cannot connect to mail.example": how the command ended, and its own last lines, bounded
-/// and without control characters.
+/// without control characters and without a full stop.
 std::string howItEnded(const std::string& program, const platform::Outcome& outcome);
 
 } // namespace mervo::desk
