@@ -22,7 +22,7 @@ struct Screen {
 };
 
 /// The screens of the session's display, in its order; exactly one is the main one. Asked anew at each call. Empty
-/// without a display, or with one that lists none (Wayland without an X server). Waits for the display's answer; does
+/// without a display, or with one that lists none (Wayland without an X server). Waits up to 5 s for the display; does
 /// not throw, and the log has the reason when the display cannot be asked.
 std::vector<Screen> screens() noexcept;
 

@@ -5,6 +5,7 @@ For /usr/bin/python3, which knows pyatspi. Everything is ended by its process id
 
 import os
 import pathlib
+import socket
 import subprocess
 import tempfile
 import time
@@ -113,6 +114,15 @@ class DesktopTest(unittest.TestCase):
         """A service of this test, one of the doubles."""
         self.addCleanup(service.close)
         return service
+
+    def silent_display(self):
+        """The name of a display that takes connections and never answers; the name of its socket is abstract."""
+        number = 100_000 + os.getpid()
+        listener = socket.socket(socket.AF_UNIX)
+        self.addCleanup(listener.close)
+        listener.bind(f"\0/tmp/.X11-unix/X{number}")
+        listener.listen()
+        return f":{number}"
 
 
 def walk(node):

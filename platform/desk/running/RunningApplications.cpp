@@ -42,16 +42,16 @@ std::string defaultProgram(const char* contentType)
 
 void askToQuit(std::string_view name, const std::string& program, std::span<const pid_t> processes)
 {
+    std::string bus, display;
     try {
-        if (session().askToQuit(processes) || session().closeWindows(processes) > 0)
-            return;
+        bus = session().askToQuit(processes);
+        display = bus.empty() ? bus : session().closeWindows(processes);
     } catch (const std::runtime_error& error) {
         throw RunningError(error.what());
     }
-    throw RunningError(
-        fmt::format("{} cannot be asked to quit: {} offers no action “quit” on the session bus and has no "
-                    "window that can be closed from here; close it yourself.",
-            name, std::filesystem::path(program).filename().string()));
+    if (!bus.empty() && !display.empty())
+        throw RunningError(fmt::format("{} cannot be asked to quit: {}, and {}; close {} yourself.", name, bus, display,
+            std::filesystem::path(program).filename().string()));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "platform/desk/session/SessionModule.h"
 #include "platform/desk/session/WindowClosing.h"
 #include "platform/desk/session/WindowPlacing.h"
+#include "platform/time_limit.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,6 +9,7 @@
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +17,8 @@
 namespace mervo::desk {
 namespace {
 
-constexpr int kPatience = 10'000; // milliseconds: the bus may have to start a file manager first
+constexpr std::chrono::milliseconds kBusPatience{10'000}; // the bus may have to start a file manager first
+constexpr std::chrono::milliseconds kDisplayPatience{5'000};
 
 struct Unref {
     void operator()(gpointer object) const { g_object_unref(object); }
@@ -84,7 +87,7 @@ Answer call(const Bus& bus, const Method& method, GVariant* arguments, GDBusCall
 {
     Failure failure;
     Answer answer(g_dbus_connection_call_sync(bus.get(), method.name, method.path, method.interface, method.member,
-        arguments, nullptr, flags, kPatience, nullptr, failure.place()));
+        arguments, nullptr, flags, static_cast<int>(kBusPatience.count()), nullptr, failure.place()));
     if (!answer)
         why = failure.text();
     return answer;
@@ -183,24 +186,47 @@ std::string programOf(GAppInfo* info)
     return {};
 }
 
+/// Session::showItem and Session::askToQuit, as long as they take.
+std::string show(const std::string& path)
+{
+    std::string why;
+    const Bus bus = connect(why);
+    if (!bus)
+        return why;
+    Failure failure;
+    const Text address(g_filename_to_uri(path.c_str(), nullptr, failure.place()));
+    if (!address)
+        return failure.text();
+    const char* const items[] = {address.get()};
+    const Method method{
+        "org.freedesktop.FileManager1", "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1", "ShowItems"};
+    const Answer answer =
+        call(bus, method, g_variant_new("(@ass)", g_variant_new_strv(items, 1), ""), G_DBUS_CALL_FLAGS_NONE, why);
+    return answer ? std::string() : why;
+}
+
+std::string quit(std::span<const pid_t> processes)
+{
+    std::string why;
+    const Bus bus = connect(why);
+    if (!bus)
+        return why;
+    const auto names = namesOf(bus, processes);
+    const bool isAsked = std::ranges::any_of(names, [&](const std::string& name) { return quitAt(bus, name); });
+    return isAsked ? "" : "it offers no action “quit” on the session bus";
+}
+
+template <typename Work>
+std::string withinBusLimit(Work work)
+{
+    return platform::withinLimit(kBusPatience, std::move(work)).value_or("the session bus does not answer within 10 s");
+}
+
 class GioSession final : public Session {
 public:
     std::string showItem(const std::string& path) const override
     {
-        std::string why;
-        const Bus bus = connect(why);
-        if (!bus)
-            return why;
-        Failure failure;
-        const Text address(g_filename_to_uri(path.c_str(), nullptr, failure.place()));
-        if (!address)
-            return failure.text();
-        const char* const items[] = {address.get()};
-        const Method show{"org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
-            "org.freedesktop.FileManager1", "ShowItems"};
-        const Answer answer =
-            call(bus, show, g_variant_new("(@ass)", g_variant_new_strv(items, 1), ""), G_DBUS_CALL_FLAGS_NONE, why);
-        return answer ? std::string() : why;
+        return withinBusLimit([path] { return show(path); });
     }
 
     std::string defaultProgram(const std::string& contentType) const override
@@ -209,21 +235,25 @@ public:
         return info && isMadeFor(info.get(), contentType) ? programOf(info.get()) : std::string();
     }
 
-    bool askToQuit(std::span<const pid_t> processes) const override
+    std::string askToQuit(std::span<const pid_t> processes) const override
     {
-        std::string ignored;
-        const Bus bus = connect(ignored);
-        if (!bus)
-            return false;
-        const auto names = namesOf(bus, processes);
-        return std::ranges::any_of(names, [&](const std::string& name) { return quitAt(bus, name); });
+        return withinBusLimit([all = std::vector(processes.begin(), processes.end())] { return quit(all); });
     }
 
-    int closeWindows(std::span<const pid_t> processes) const override { return closeWindowsOf(processes); }
+    std::string closeWindows(std::span<const pid_t> processes) const override
+    {
+        const std::optional<int> closed = platform::withinLimit(
+            kDisplayPatience, [all = std::vector(processes.begin(), processes.end())] { return closeWindowsOf(all); });
+        if (!closed)
+            return "the X display does not answer within 5 s";
+        return *closed > 0 ? "" : "it has no window that can be closed from here";
+    }
 
     bool placeWindow(std::uint32_t window, int left, int top, int width, int height) const override
     {
-        return desk::placeWindow(window, left, top, width, height);
+        return platform::withinLimit(kDisplayPatience, [=] {
+            return desk::placeWindow(window, left, top, width, height);
+        }).value_or(false);
     }
 };
 

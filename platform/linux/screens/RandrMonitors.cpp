@@ -1,4 +1,5 @@
 #include "platform/linux/screens/ScreensModule.h"
+#include "platform/time_limit.h"
 
 #include <cstdlib>
 #include <memory>
@@ -6,6 +7,8 @@
 
 namespace mervo::platform {
 namespace {
+
+constexpr std::chrono::seconds kPatience{5};
 
 struct Free {
     void operator()(void* memory) const { std::free(memory); }
@@ -49,25 +52,33 @@ Held<xcb_randr_get_monitors_reply_t> askMonitors(const Connection& display, cons
         xcb_randr_get_monitors_reply(display.get(), xcb_randr_get_monitors(display.get(), screen->root, 1), nullptr));
 }
 
-} // namespace
-
-void mervoMonitors(std::vector<Monitor>* monitors, std::string* why)
+/// None: the display does not answer.
+std::vector<Monitor> askDisplay()
 {
+    std::vector<Monitor> monitors;
     int number = 0;
     const Connection display(xcb_connect(nullptr, &number));
-    if (xcb_connection_has_error(display.get()) != 0) {
-        *why = "the X server of DISPLAY does not answer";
-        return;
-    }
+    if (xcb_connection_has_error(display.get()) != 0)
+        return monitors;
     const xcb_screen_t* screen = screenOf(display, number);
     if (const auto reply = askMonitors(display, screen)) {
         for (auto each = xcb_randr_get_monitors_monitors_iterator(reply.get()); each.rem > 0;
              xcb_randr_monitor_info_next(&each))
-            monitors->push_back({atomName(display, each.data->name), each.data->x, each.data->y, each.data->width,
+            monitors.push_back({atomName(display, each.data->name), each.data->x, each.data->y, each.data->width,
                 each.data->height, each.data->primary != 0});
     }
-    if (monitors->empty()) // one screen, as large as the display
-        monitors->push_back({"screen", 0, 0, screen->width_in_pixels, screen->height_in_pixels, true});
+    if (monitors.empty()) // one screen, as large as the display
+        monitors.push_back({"screen", 0, 0, screen->width_in_pixels, screen->height_in_pixels, true});
+    return monitors;
+}
+
+} // namespace
+
+void mervoMonitors(std::vector<Monitor>* monitors, std::string* why)
+{
+    *monitors = withinLimit(kPatience, askDisplay).value_or(std::vector<Monitor>());
+    if (monitors->empty())
+        *why = "the X server of DISPLAY does not answer";
 }
 
 } // namespace mervo::platform

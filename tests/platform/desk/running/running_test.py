@@ -1,5 +1,6 @@
 """Which applications run, how they start and quit; finder.reveal; on a desktop of the test's own."""
 
+import concurrent.futures
 import os
 import pathlib
 import shutil
@@ -156,7 +157,8 @@ class Running(desktop.DesktopTest):
             with self.subTest(kind):
                 process = self.program(f"post-{kind}", kind)
                 desktop.wait("the program", lambda: "Mail" in self.names())
-                self.assertRegex(self.quit("Mail"), f"Mail cannot be asked to quit: post-{kind} offers no action “quit”")
+                self.assertRegex(self.quit("Mail"), "Mail cannot be asked to quit: it offers no action “quit”.*, and it has no window.*; "
+                                                       f"close post-{kind} yourself.")
                 self.assertIsNone(process.poll(), "never by a signal")
                 self.desktop.end(process)
                 self.assertEqual(self.quit("Mail"), "(not running: Mail)")
@@ -201,6 +203,21 @@ class Running(desktop.DesktopTest):
         self.assertIn('Finder', self.desk.health()["desk.configuration"]["detail"])
         self.assertIn("Finder", self.open("-a", "Mail").stderr)
 
+    def test_a_bus_and_a_display_that_never_answer(self):
+        self.program("post", "executable")
+        self.xdg_open("exit 1")
+        silent = self.silent_display()
+        self.desk.environment |= {"DISPLAY": silent,
+                                  "DBUS_SESSION_BUS_ADDRESS": f"unix:abstract=/tmp/.X11-unix/X{silent[1:]}"}
+        start = time.monotonic()
+        with concurrent.futures.ThreadPoolExecutor() as pool:
+            reveal = pool.submit(self.desk.call, "finder.reveal", path=self.desk.folder)
+            self.assertIn("cannot be asked to quit: the session bus does not answer within 10 s, and the X display does "
+                          "not answer within 5 s; close post yourself.", self.quit("Mail"))
+            self.assertIn("no file manager answers (the session bus does not answer within 10 s), and xdg-open ended "
+                          "with status 1. (", reveal.result()["error"])
+        self.assertLess(time.monotonic() - start, 20)
+
     # ---- the file manager
 
     def test_the_file_manager_shows_it(self):
@@ -214,17 +231,21 @@ class Running(desktop.DesktopTest):
         self.assertIn("wasn’t found. (-43)", call["error"])
         self.assertEqual(len(manager.revealed), 1)
 
-    def test_without_one_the_folder_is_opened(self):
+    def xdg_open(self, script):
         folder = self.desk.folder / "programs"
-        folder.mkdir()
-        (folder / "xdg-open").write_text(f'#!/bin/sh\necho "$1" > "{self.desk.folder}/opened"\n')
+        folder.mkdir(exist_ok=True)
+        (folder / "xdg-open").write_text(f"#!/bin/sh\n{script}\n")
         (folder / "xdg-open").chmod(0o755)
         self.desk.environment["PATH"] = f"{folder}:{self.desk.environment['PATH']}"
+        return folder
+
+    def test_without_one_the_folder_is_opened(self):
+        folder = self.xdg_open(f'echo "$1" > "{self.desk.folder}/opened"')
         self.desk.environment["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent"
         self.assertEqual(self.desk.call("finder.reveal", path=folder)["output"], f"OK revealed {folder}")
         self.assertEqual((self.desk.folder / "opened").read_text(), f"{self.desk.folder}\n")
-        (folder / "xdg-open").write_text("#!/bin/sh\necho no program >&2\nexit 3\n")
-        self.assertIn("and xdg-open ended with status 3: no program.",
+        self.xdg_open("echo no program. >&2; exit 3")
+        self.assertIn("and xdg-open ended with status 3: no program. (",
                       self.desk.call("finder.reveal", path=folder)["error"])
 
 
