@@ -7,7 +7,7 @@
 /// system alone.
 #include "bench/Measure.h"
 #include "cockpit/model/CockpitModel.h"
-#include "cockpit/model/automations/ListOnlyAutomations.h"
+#include "cockpit/model/automations/EngineAutomations.h"
 
 #include <QCoreApplication>
 
@@ -84,7 +84,7 @@ int measure(const fs::path& home, int actions, int automations, int rounds)
 {
     prepare(home, actions, automations);
     Silence desktop;
-    ListOnlyAutomations listed;
+    EngineAutomations listed;
     CockpitModel model({desktop, desktop, desktop, listed, desktop, {}});
     if (model.waitingCount() < actions || model.automations()->list()->rowCount() != automations)
         throw std::runtime_error("the model does not show what was prepared");

@@ -31,7 +31,7 @@ Shell::~Shell()
 
 void Shell::start()
 {
-    StartUp::ofThisBuild().run();
+    starting_ = StartUp::ofThisBuild().run();
     model_ = std::make_unique<CockpitModel>(
         Surroundings{*desktop_.notifier, *desktop_.workspace, *desktop_.loginItem, automations_, accounts_});
     popover_ = std::make_unique<Popover>(*model_);

@@ -2,7 +2,7 @@
 
 #include "cockpit/model/CockpitModel.h"
 #include "cockpit/model/archive/MailArchiveAccounts.h"
-#include "cockpit/model/automations/ListOnlyAutomations.h"
+#include "cockpit/model/automations/EngineAutomations.h"
 #include "cockpit/shell/Popover.h"
 #include "cockpit/shell/StatusItem.h"
 #include "platform/desktop/Desktop.h"
@@ -11,6 +11,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 class QMessageBox;
 
@@ -36,12 +37,13 @@ private:
     void openSettings();
 
     platform::Desktop desktop_;
-    ListOnlyAutomations automations_;
+    EngineAutomations automations_;
     MailArchiveAccounts accounts_;
     StatusItem item_;
     std::unique_ptr<CockpitModel> model_;
     std::unique_ptr<Popover> popover_;
     std::unique_ptr<QMessageBox> settings_;
+    std::jthread starting_;
 };
 
 } // namespace mervo

@@ -1,28 +1,41 @@
 #include "cockpit/shell/StartUp.h"
 
+#include "core/automations/engine/RondelEngine.h"
 #include "core/foundation/ConfigDir.h"
+#include "core/foundation/FailureOf.h"
 
 #include <cstdio>
-#include <exception>
 #include <fmt/core.h>
 
 namespace mervo {
 
-StartUp StartUp::ofThisBuild()
+namespace {
+
+constexpr std::int64_t kHarvestMinutes = 10;
+
+void attempt(const std::function<void()>& step)
 {
-    const auto nothing = [] {};
-    return {ConfigDir::ensureExists, nothing, nothing, nothing};
+    if (const auto failure = failureOf(step))
+        fmt::print(stderr, "mervo-cockpit: {}\n", *failure);
 }
 
-void StartUp::run() const
+} // namespace
+
+StartUp StartUp::ofThisBuild()
 {
-    for (const auto* step : {&bootstrapHome, &reconcileAgents, &ensureHarvest, &makeUpdater}) {
-        try {
-            (*step)();
-        } catch (const std::exception& failure) {
-            fmt::print(stderr, "mervo-cockpit: {}\n", failure.what());
-        }
-    }
+    return {.bootstrapHome = ConfigDir::ensureExists,
+        .reconcileAgents = [] { RondelEngine().resyncIfRelocated(); },
+        .ensureHarvest = [] { RondelEngine().ensureSystemLoop("ask-harvest", "ask.harvest", kHarvestMinutes); },
+        .makeUpdater = [] {}};
+}
+
+std::jthread StartUp::run() const
+{
+    attempt(bootstrapHome);
+    return std::jthread([*this] {
+        for (const auto* step : {&reconcileAgents, &ensureHarvest, &makeUpdater})
+            attempt(*step);
+    });
 }
 
 } // namespace mervo

@@ -1,29 +1,55 @@
 #include "core/automations/tools/AutomationTools.h"
 
+#include "core/automations/engine/RondelEngine.h"
 #include "core/automations/tools/AutomationArguments.h"
+#include "core/automations/tools/AutomationText.h"
 #include "core/tools/Arguments.h"
-#include "core/tools/MissingBridge.h"
 
 #include <array>
+#include <fmt/format.h>
 
 namespace mervo::AutomationTools {
 
 namespace {
 
 constexpr Argument kName = required("name", "name of the automation, see auto.list");
+constexpr std::int64_t kUsualLines = 80;
 constexpr Argument kNewName = required("name", "name of the new automation");
 
-/// A check as a tool's build.
-template <void (*Check)(const Args&)>
+/// What the arguments mean is found out before the call is judged, and again when it runs, perhaps days later.
+template <auto Read>
 Invocation checked(const Args& args)
 {
-    Check(args);
+    Read(args);
     return {};
 }
 
-constexpr auto* checkName = checked<AutomationArguments::requireName>;
-constexpr auto* checkNew = checked<AutomationArguments::checkNew>;
-constexpr auto* checkChange = checked<AutomationArguments::checkChange>;
+constexpr auto* checkName = checked<AutomationArguments::existing>;
+
+/// An operation on a named automation; `answer` has its name at "{}".
+template <typename Operation>
+std::function<std::string(const Args&)> onNamed(Operation operation, const char* answer)
+{
+    return [operation, answer](const Args& args) {
+        const std::string name = AutomationArguments::existing(args).name;
+        operation(RondelEngine(), name);
+        return fmt::format(fmt::runtime(answer), name);
+    };
+}
+
+std::string addAutomation(const Args& args)
+{
+    const AutomationDraft draft = AutomationArguments::newDraft(args);
+    RondelEngine().add(draft);
+    return fmt::format("✅ automation '{}' created - {}", draft.name, scheduleLabel(draft.schedule));
+}
+
+std::string editAutomation(const Args& args)
+{
+    const AutomationDraft draft = AutomationArguments::changedDraft(args);
+    RondelEngine().edit(draft);
+    return fmt::format("✅ automation '{}' updated", draft.name);
+}
 
 std::vector<Argument> whole(const Argument& name)
 {
@@ -57,115 +83,126 @@ std::span<const Tool* const> all()
 
 const Tool& list()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.list",
-            .summary = "List the scheduled automations (rondel engine): name, kind (agent|script|tool), enabled, "
-                       "schedule, last run + exit. Read-only. No args.",
-            .effect = Effect::read,
-            .arguments = {},
-            .build = Arguments::acceptAll(),
-        });
+    static const Tool tool{
+        .id = "auto.list",
+        .summary = "List the scheduled automations (rondel engine): name, kind (agent|script|tool), enabled, "
+                   "schedule, last run + exit. Read-only. No args.",
+        .effect = Effect::read,
+        .arguments = {},
+        .build = Arguments::acceptAll(),
+        .nativeRun = [](const Args&) { return AutomationText::list(RondelEngine::list()); },
+    };
     return tool;
 }
 
 const Tool& log()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.log",
-            .summary = "Tail an automation's log (name, [lines=80]). Read-only.",
-            .effect = Effect::read,
-            .arguments = {kName,
-                optional("lines", "so many of the last lines (80)", Formats::nativeLimit(80, {"the answer is empty"}))},
-            .build = checkName,
-        });
+    static const Tool tool{
+        .id = "auto.log",
+        .summary = "Tail an automation's log (name, [lines=80]). Read-only.",
+        .effect = Effect::read,
+        .arguments = {kName,
+            optional("lines", "so many of the last lines (80)", Formats::nativeLimit(80, {"the answer is empty"}))},
+        .build = checkName,
+        .nativeRun =
+            [](const Args& args) {
+                return AutomationText::logTail(AutomationArguments::existing(args).name,
+                    Arguments::wholeNumber(Arguments::optional(args, "lines")).value_or(kUsualLines));
+            },
+    };
     return tool;
 }
 
 const Tool& add()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.add",
-            .summary =
-                "Create an automation. Args: name, schedule (one of: every=MINUTES | at=HH:MM | hours=8,12,16), "
-                "and ONE work kind - agent: prompt= [model=sonnet|opus, alias resolved to the latest by the CLI] "
-                "[effort=low|medium|high|xhigh|max] [background=true] [screen=N] · script: command= "
-                "[notifyOnFail=true] · tool: tool=<harness tool id> [args=\"k=v k=v\"] [notifyOnFail=true]. "
-                "Common: [cwd=DIR] [disabled=true]. Runs via launchd even when the cockpit is closed.",
-            .effect = Effect::create,
-            .arguments = whole(kNewName),
-            .build = checkNew,
-            .remarks = AutomationArguments::remarks,
-        });
+    static const Tool tool{
+        .id = "auto.add",
+        .summary = "Create an automation. Args: name, schedule (one of: every=MINUTES | at=HH:MM | hours=8,12,16), "
+                   "and ONE work kind - agent: prompt= [model=sonnet|opus, alias resolved to the latest by the CLI] "
+                   "[effort=low|medium|high|xhigh|max] [background=true] [screen=N] · script: command= "
+                   "[notifyOnFail=true] · tool: tool=<harness tool id> [args=\"k=v k=v\"] [notifyOnFail=true]. "
+                   "Common: [cwd=DIR] [disabled=true]. Runs via launchd even when the cockpit is closed.",
+        .effect = Effect::create,
+        .arguments = whole(kNewName),
+        .build = checked<AutomationArguments::newDraft>,
+        .nativeRun = addAutomation,
+        .remarks = AutomationArguments::remarks,
+    };
     return tool;
 }
 
 const Tool& edit()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.edit",
-            .summary = "Edit an automation (same args as auto.add; name and kind are fixed - rm + add to change them). "
-                       "Only pass what changes; schedule args replace the schedule.",
-            .effect = Effect::create,
-            .arguments = whole(kName),
-            .build = checkChange,
-            .remarks = AutomationArguments::remarks,
-        });
+    static const Tool tool{
+        .id = "auto.edit",
+        .summary = "Edit an automation (same args as auto.add; name and kind are fixed - rm + add to change them). "
+                   "Only pass what changes; schedule args replace the schedule.",
+        .effect = Effect::create,
+        .arguments = whole(kName),
+        .build = checked<AutomationArguments::changedDraft>,
+        .nativeRun = editAutomation,
+        .remarks = AutomationArguments::remarks,
+    };
     return tool;
 }
 
 const Tool& enable()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.enable",
-            .summary = "Enable an automation (name).",
-            .effect = Effect::create,
-            .arguments = {kName},
-            .build = checkName,
-        });
+    static const Tool tool{
+        .id = "auto.enable",
+        .summary = "Enable an automation (name).",
+        .effect = Effect::create,
+        .arguments = {kName},
+        .build = checkName,
+        .nativeRun = onNamed([](const RondelEngine& engine, const std::string& name) { engine.setEnabled(name, true); },
+            "✅ '{}' enabled"),
+    };
     return tool;
 }
 
 const Tool& disable()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.disable",
-            .summary = "Disable an automation without deleting it (name).",
-            .effect = Effect::create,
-            .arguments = {kName},
-            .build = checkName,
-        });
+    static const Tool tool{
+        .id = "auto.disable",
+        .summary = "Disable an automation without deleting it (name).",
+        .effect = Effect::create,
+        .arguments = {kName},
+        .build = checkName,
+        .nativeRun =
+            onNamed([](const RondelEngine& engine, const std::string& name) { engine.setEnabled(name, false); },
+                "✅ '{}' disabled"),
+    };
     return tool;
 }
 
 const Tool& run()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.run",
-            .summary = "Trigger an automation NOW, detached (name) - returns immediately; follow with auto.log.",
-            .effect = Effect::create,
-            .arguments = {kName},
-            .build = checkName,
-        });
+    static const Tool tool{
+        .id = "auto.run",
+        .summary = "Trigger an automation NOW, detached (name) - returns immediately; follow with auto.log.",
+        .effect = Effect::create,
+        .arguments = {kName},
+        .build = checkName,
+        .nativeRun = onNamed([](const RondelEngine& engine, const std::string& name) { engine.runNow(name); },
+            "▶ '{0}' started - auto.log name={0} to follow"),
+    };
     return tool;
 }
 
 const Tool& remove()
 {
-    static const Tool tool = withoutBridge("Automations",
-        {
-            .id = "auto.rm",
-            .summary = "Delete an automation and its launchd agent (name). Irreversible -> approval.",
-            .effect = Effect::destructive,
-            .arguments = {kName},
-            .build = checkName,
-        });
+    static const Tool tool{
+        .id = "auto.rm",
+        .summary = "Delete an automation and its launchd agent (name). Irreversible -> approval.",
+        .effect = Effect::destructive,
+        .arguments = {kName},
+        .build = checkName,
+        .nativeRun = onNamed(
+            [](const RondelEngine& engine, const std::string& name) { engine.remove(name); }, "🗑 '{}' removed"),
+        .preview = [](const Args& args) -> std::optional<std::string> {
+            return AutomationText::preview(AutomationArguments::existing(args));
+        },
+    };
     return tool;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cockpit/model/CockpitModel.h"
-#include "cockpit/model/automations/ListOnlyAutomations.h"
+#include "cockpit/model/automations/EngineAutomations.h"
 #include "core/automations/engine/EngineError.h"
 #include "core/foundation/MervoDB.h"
 #include "core/foundation/Timestamps.h"
@@ -71,7 +71,7 @@ struct FakeAutomations final : AutomationOperations {
         if (refuses)
             throw EngineError::failed("no terminal");
     }
-    ListOnlyAutomations real;
+    EngineAutomations real;
     std::mutex mutex;
     std::vector<std::string> deeds;
     std::atomic<bool> refuses = false;

@@ -2,7 +2,7 @@
 /// Prints "close" when the views ask to be closed.
 
 #include "cockpit/model/CockpitModel.h"
-#include "cockpit/model/automations/ListOnlyAutomations.h"
+#include "cockpit/model/automations/EngineAutomations.h"
 #include "cockpit/views/Views.h"
 
 #include <QGuiApplication>
@@ -65,7 +65,7 @@ int main(int count, char** words)
     QGuiApplication application(count, words);
     QGuiApplication::styleHints()->setCursorFlashTime(0);
     Nothing desktop;
-    mervo::ListOnlyAutomations automations;
+    mervo::EngineAutomations automations;
     mervo::CockpitModel model({desktop, desktop, desktop, automations, desktop});
     Window window(model);
     if (window.rootObject() == nullptr)

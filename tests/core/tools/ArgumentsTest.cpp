@@ -146,6 +146,7 @@ TEST_F(Refusals, ofAutomationsComeInTheirOrder)
 {
     const std::string work = "work: prompt= | command= | tool=";
     const std::string client = "client must be one of claude, codex, agy, grok";
+    test::writeFile(home / "automations/n/loop.json", R"({"name":"n"})");
     check({
         {"auto.list", {}, "accepted"},
         {"auto.log", {}, kNoName},

@@ -66,8 +66,7 @@ TEST_F(RunTest, whatDoesNotRunAndDoesNotWaitIsAnError)
     };
     const Case cases[]{
         {rule("DENY0001", deny, "mail.*"), {"run", "mail.accounts"}, "blocked by deny-rule (DENY0001)"},
-        {rule("ALLOW001", allow, "auto.rm"), {"run", "auto.rm", "name=x"},
-            "auto.rm needs the Automations bridge, which this build does not have"},
+        {rule("ALLOW001", allow, "auto.rm"), {"run", "auto.rm", "name=x"}, "no automation named 'x' (see auto.list)"},
         {rule("ALLOW001", allow, "*"), {"run", "mail.send", "to=a"}, "missing required argument: subject"},
     };
     for (const auto& [rule, words, error] : cases) {
