@@ -219,7 +219,12 @@ void addContactValue(ContentDocument& document, Node card, ContactValueKind kind
     ContentLine line{.name = lineName(kind)};
     line.value = writtenLike(line, value);
     putLabel(document, card, line, value.label);
-    document.add(card, line);
+    const auto others = valueLines(document, card, kind);
+    const Node added = document.add(card, line);
+    if (!others.empty() && valueLines(document, card, kind).back() != added) { // behind a card within this one
+        document.remove(added);
+        document.addBehind(others.back(), line);
+    }
 }
 
 bool setContactValue(

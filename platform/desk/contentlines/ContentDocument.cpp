@@ -362,10 +362,15 @@ ContentDocument::Node ContentDocument::add(Node within, const ContentLine& line)
         const bool isFront = child.kind == Kind::unreadable && behind == static_cast<std::uint32_t>(within);
         if (child.kind == Kind::line || isFront)
             behind = static_cast<std::uint32_t>(node);
-        return true;
+        return child.kind != Kind::begin;
     });
-    const std::string_view raw = keep(folded(writeContentLine(line), lineEnd_));
-    return Node{insert(entries_[behind].next, {.raw = raw, .kind = Kind::line})};
+    return addBehind(Node{behind}, line);
+}
+
+ContentDocument::Node ContentDocument::addBehind(Node line, const ContentLine& added)
+{
+    const std::string_view raw = keep(folded(writeContentLine(added), lineEnd_));
+    return Node{insert(entry(line).next, {.raw = raw, .kind = Kind::line})};
 }
 
 std::optional<ContentDocument::Node> ContentDocument::addText(Node within, std::string_view lines)

@@ -69,8 +69,10 @@ public:
     void setValue(Node line, std::string_view value);
     /// Gives the first such line the value, or adds one; further ones stay.
     void setValue(Node within, std::string_view name, std::string_view value);
-    /// Adds a line behind the last one of the component: before the components in it, unless lines stand behind those.
+    /// Adds a line behind the last one of the component that stands before the components in it.
     Node add(Node within, const ContentLine& line);
+    /// Adds a line behind another one.
+    Node addBehind(Node line, const ContentLine& added);
     /// Adds whole lines with balanced components, written with any line ends, as the last ones of the component.
     /// Returns the first component among them.
     std::optional<Node> addText(Node within, std::string_view lines);

@@ -58,7 +58,7 @@ TEST(ContentDocument, changesNothingButWhatItIsTold)
         expected.replace(expected.find(old), old.size(), by);
     };
     replace("summary;LANGUAGE=de:Caf\xC3\r\n \xA9 mit\r\n\t Fold\r\n", "summary;LANGUAGE=de:Tea\\, 5\r\n");
-    replace("c\\;d\\\\e\r\n", "c\\;d\\\\e\r\nSEQUENCE:1\r\n");
+    replace("j@x.example\r\n", "j@x.example\r\nSEQUENCE:1\r\n");
     EXPECT_EQ(document.text(), expected);
 
     document.removeLines(event, "sequence");
