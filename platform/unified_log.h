@@ -9,4 +9,7 @@ namespace mervo::platform {
 
 void logError(std::string_view category, std::string_view message) noexcept;
 
+/// What happened as it should.
+void logInfo(std::string_view category, std::string_view message) noexcept;
+
 } // namespace mervo::platform

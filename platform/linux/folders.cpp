@@ -33,6 +33,13 @@ std::optional<std::filesystem::path> homeInDatabase(Find&& find)
     return found->pw_dir;
 }
 
+/// By the XDG base directory rules: a variable that is empty or holds a relative path counts as unset.
+std::filesystem::path baseFolder(const char* variable, std::string_view belowHome)
+{
+    auto folder = environmentPath(variable);
+    return folder && folder->is_absolute() ? *std::move(folder) : userHome() / belowHome;
+}
+
 } // namespace
 
 std::filesystem::path userHome()
@@ -47,8 +54,12 @@ std::filesystem::path userHome()
 
 std::filesystem::path applicationSupport()
 {
-    auto folder = environmentPath("XDG_DATA_HOME");
-    return folder && folder->is_absolute() ? *std::move(folder) : userHome() / ".local" / "share";
+    return baseFolder("XDG_DATA_HOME", ".local/share");
+}
+
+std::filesystem::path configurationFolder()
+{
+    return baseFolder("XDG_CONFIG_HOME", ".config");
 }
 
 std::filesystem::path expandTilde(std::string_view path)

@@ -17,7 +17,8 @@ constexpr std::string_view kJournal = "/run/systemd/journal/socket";
 constexpr std::string_view kSyslog = "/dev/log";
 constexpr std::string_view kSubsystem = "org.mervolabs.app";
 constexpr std::string_view kIdentifier = "mervo";
-constexpr std::string_view kUserError = "<11>"; // facility user, severity error
+constexpr int kError = 3, kInfo = 6; // severities of RFC 5424, which the journal shares
+constexpr int kFacilityUser = 1 << 3;
 constexpr std::size_t kLongestEntry = 64 * 1024; // more would not fit into one datagram
 
 /// One datagram, sent or dropped at once.
@@ -46,20 +47,20 @@ void appendField(std::string& entry, std::string_view name, std::string_view val
     entry += '\n';
 }
 
-std::string journalEntry(std::string_view category, std::string_view message)
+std::string journalEntry(int severity, std::string_view category, std::string_view message)
 {
     std::string entry;
     appendField(entry, "MESSAGE", message);
-    appendField(entry, "PRIORITY", "3");
+    appendField(entry, "PRIORITY", std::to_string(severity));
     appendField(entry, "SYSLOG_IDENTIFIER", kIdentifier);
     appendField(entry, "MERVO_SUBSYSTEM", kSubsystem);
     appendField(entry, "MERVO_CATEGORY", category);
     return entry;
 }
 
-std::string syslogEntry(std::string_view category, std::string_view message)
+std::string syslogEntry(int severity, std::string_view category, std::string_view message)
 {
-    std::string entry(kUserError);
+    std::string entry = '<' + std::to_string(kFacilityUser | severity) + '>';
     entry += kIdentifier;
     entry += '[' + std::to_string(::getpid()) + "]: ";
     entry += kSubsystem;
@@ -71,17 +72,27 @@ std::string syslogEntry(std::string_view category, std::string_view message)
     return entry;
 }
 
+void log(int severity, std::string_view category, std::string_view message) noexcept
+{
+    try {
+        message = message.substr(0, kLongestEntry);
+        if (!send(kJournal, journalEntry(severity, category, message)))
+            send(kSyslog, syslogEntry(severity, category, message));
+    } catch (...) {
+        // Nobody is left to tell.
+    }
+}
+
 } // namespace
 
 void logError(std::string_view category, std::string_view message) noexcept
 {
-    try {
-        message = message.substr(0, kLongestEntry);
-        if (!send(kJournal, journalEntry(category, message)))
-            send(kSyslog, syslogEntry(category, message));
-    } catch (...) {
-        // Nobody is left to tell.
-    }
+    log(kError, category, message);
+}
+
+void logInfo(std::string_view category, std::string_view message) noexcept
+{
+    log(kInfo, category, message);
 }
 
 } // namespace mervo::platform

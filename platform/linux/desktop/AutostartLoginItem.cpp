@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/AutostartLoginItem.h"
 
+#include "platform/desktop_entry.h"
 #include "platform/files.h"
 
 #include <QStandardPaths>
@@ -17,24 +18,6 @@ std::string_view trimmed(std::string_view text)
 {
     const auto first = text.find_first_not_of(kBlank);
     return first == text.npos ? std::string_view{} : text.substr(first, text.find_last_not_of(kBlank) - first + 1);
-}
-
-/// A word of an Exec line: quoted, then escaped once more as every string value of the file is.
-std::string execWord(std::string_view word)
-{
-    std::string text = "\"";
-    for (const char c : word) {
-        if (c == '%') {
-            text += "%%";
-        } else if (c == '\\') {
-            text += "\\\\\\\\";
-        } else if (c == '"' || c == '`' || c == '$') {
-            text += std::string("\\\\") + c;
-        } else {
-            text += c;
-        }
-    }
-    return text + '"';
 }
 
 } // namespace
@@ -90,7 +73,8 @@ std::string AutostartLoginItem::entry() const
 {
     return "[Desktop Entry]\nType=Application\nName=Mervo\nComment=What your agents may do, and what waits for you\n"
            "Exec="
-        + execWord(program_.string()) + " --hidden\nIcon=mervo\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
+        + desktopExecWord(program_.string())
+        + " --hidden\nIcon=mervo\nTerminal=false\nX-GNOME-Autostart-enabled=true\n";
 }
 
 } // namespace mervo::platform
