@@ -36,19 +36,6 @@ Moment changeBetween(Moment before, Moment behind, const OffsetAt& offsetAt)
     return behind;
 }
 
-/// The first moment at which the clock shows this time or a later one.
-Moment momentOf(Wall wall, const OffsetAt& offsetAt)
-{
-    const seconds old = offsetAt(on(wall, 0s) - kFurthest), later = offsetAt(on(wall, 0s) + kFurthest);
-    const Moment first = on(wall, old), second = on(wall, later);
-    const bool isOld = offsetAt(first) == old, isLater = offsetAt(second) == later;
-    if (isOld && isLater)
-        return std::min(first, second);
-    if (isOld)
-        return first;
-    return isLater ? second : changeBetween(second, first, offsetAt);
-}
-
 /// The runs of the days around a moment's.
 std::set<Moment> runsAround(const std::vector<DailyTime>& times, Moment moment, const OffsetAt& offsetAt)
 {
@@ -73,6 +60,18 @@ OffsetAt localOffset()
         std::tm local{};
         return seconds(::localtime_r(&time, &local) == nullptr ? 0 : local.tm_gmtoff);
     };
+}
+
+Moment momentOf(Wall wall, const OffsetAt& offsetAt)
+{
+    const seconds old = offsetAt(on(wall, 0s) - kFurthest), later = offsetAt(on(wall, 0s) + kFurthest);
+    const Moment first = on(wall, old), second = on(wall, later);
+    const bool isOld = offsetAt(first) == old, isLater = offsetAt(second) == later;
+    if (isOld && isLater)
+        return std::min(first, second);
+    if (isOld)
+        return first;
+    return isLater ? second : changeBetween(second, first, offsetAt);
 }
 
 std::optional<Moment> nextRun(const std::vector<DailyTime>& times, Moment after, const OffsetAt& offsetAt)

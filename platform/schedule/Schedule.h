@@ -29,6 +29,9 @@ using OffsetAt = std::function<std::chrono::seconds(Moment)>;
 /// is called.
 OffsetAt localOffset();
 
+/// The first moment at which the clock on the wall shows this time or a later one.
+Moment momentOf(std::chrono::local_seconds wall, const OffsetAt& offsetAt);
+
 /// The first run behind `after`, which itself is not meant; nothing when there is no time that can come.
 std::optional<Moment> nextRun(const std::vector<DailyTime>& times, Moment after, const OffsetAt& offsetAt);
 

@@ -15,7 +15,7 @@ import re
 # "/*" stands for the libraries below a folder that have no entry of their own.
 FLOORS = [
     {"platform", "platform/sqlite", "platform/schedule", "platform/propertylist"},
-    {"core/foundation", "platform/applescript/values", "platform/desk/settings", "platform/desk/health",
+    {"core/foundation", "platform/jobs", "platform/applescript/values", "platform/desk/settings", "platform/desk/health",
      "platform/desk/session",
      "platform/linux/desktop", "platform/linux/desktop/*", "platform/linux/keychain", "platform/linux/screens",
      "platform/linux/tls"},
@@ -23,7 +23,8 @@ FLOORS = [
      "platform/applescript/syntax"},
     {"core/policy", "core/automations/engine", "platform/desk/mime", "platform/desk/applications",
      "platform/desk/applications/*", "platform/applescript/evaluator"},
-    {"core/tools", "platform/applescript", "platform/desk", "platform/desk/automation", "platform/linux/eventkit"},
+    {"core/tools", "platform/applescript", "platform/desk", "platform/desk/automation",
+     "platform/linux/eventkit"},
     {"core/automations/tools", "core/automations/launch", "core/clients", "core/feedback"},
     {"core/catalogue", "core/automations/supervisor"},
     {"core/approval", "core/doctor"},

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/jobs/Job.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+/// A job as units of systemd (systemd.service(5), systemd.timer(5), systemd.exec(5)).
+namespace mervo::jobs {
+
+/// The texts of <label>.service and <label>.timer. Without times there is no timer: such a job is started by hand.
+struct Units {
+    std::string service;
+    std::optional<std::string> timer;
+};
+
+/// A value that a unit file has no way to write. what() is a sentence.
+class NotWritable final : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// `job` is to have an absolute program. Both texts begin with a line that names the property list, from which
+/// `propertyListOf` reads it. Throws NotWritable.
+Units unitsOf(const Job& job);
+
+/// The property list that a unit was made from; nothing when it is somebody else's unit.
+std::optional<std::string> propertyListOf(std::string_view unit);
+
+} // namespace mervo::jobs
