@@ -23,7 +23,7 @@ FLOORS = [
      "platform/applescript/syntax"},
     {"core/policy", "core/automations/engine", "platform/desk/mime", "platform/desk/applications",
      "platform/desk/applications/*", "platform/applescript/evaluator"},
-    {"core/tools", "platform/applescript", "platform/desk", "platform/desk/automation", "platform/launchd",
+    {"core/tools", "platform/applescript", "platform/desk", "platform/desk/automation", "platform/launchctl", "platform/launchd",
      "platform/linux/eventkit"},
     {"core/automations/tools", "core/automations/launch", "core/clients", "core/feedback"},
     {"core/catalogue", "core/automations/supervisor"},

@@ -1,0 +1,170 @@
+"""launchctl: its words, and both ways to load a job. systemctl is a recorder; no manager is ever spoken to."""
+
+import os
+import pathlib
+import socket
+import sys
+import unittest
+
+import jobs
+from jobs import DOMAIN, JobCase
+
+LABEL = "org.example.job"
+
+
+class Words(JobCase):
+    def test_what_it_understands_and_how_it_says_no(self):
+        file = self.job("job", ProcessType="Interactive", KeepAlive=True, StartInterval=60)
+        bad = {name: self.job(name, **keys) for name, keys in {
+            "label": {"Label": "../x"}, "program": {"ProgramArguments": []}, "relative": {"ProgramArguments": ["a/b"]},
+            "path": {"StandardOutPath": "out"}, "hour": {"StartCalendarInterval": {"Hour": 24}},
+            "part": {"StartCalendarInterval": [{"Year": 1}]}, "variable": {"EnvironmentVariables": {"A=B": "c"}},
+            "interval": {"StartInterval": 0}, "text": {"RunAtLoad": "yes"}}.items()}
+        (self.agents / "xml.plist").write_text("<plist><dict><key>Label</key>")
+        other = f"gui/{os.getuid() + 1}"
+        rows = [  # the words, the exit status, what is said
+            (["help"], 0, "usage: launchctl COMMAND"),
+            ([], 2, "usage: launchctl COMMAND"),
+            (["load", "x"], 2, 'launchctl: there is no command "load"; see launchctl help.\n'),
+            (["bootstrap", other, file], 2, f"{other} is not the domain of this user, {DOMAIN}."),
+            (["bootstrap", DOMAIN], 2, "usage: launchctl bootstrap gui/UID PROPERTY-LIST"),
+            (["bootstrap", DOMAIN, self.agents / "none.plist"], 1, "none.plist: No such file or directory."),
+            (["bootstrap", DOMAIN, self.agents / "xml.plist"], 1, "it is no property list with a dictionary."),
+            (["bootstrap", DOMAIN, bad["label"]], 1, "Label must be of letters"),
+            (["bootstrap", DOMAIN, bad["program"]], 1, "ProgramArguments must name a program."),
+            (["bootstrap", DOMAIN, bad["relative"]], 1, "the program a/b must be an absolute path or a bare name."),
+            (["bootstrap", DOMAIN, bad["path"]], 1, "StandardOutPath must be an absolute path."),
+            (["bootstrap", DOMAIN, bad["hour"]], 1, "Hour of StartCalendarInterval must be a number from 0 to 23."),
+            (["bootstrap", DOMAIN, bad["part"]], 1, '"Year" is no part of StartCalendarInterval.'),
+            (["bootstrap", DOMAIN, bad["variable"]], 1, '"A=B" is no name of a variable.'),
+            (["bootstrap", DOMAIN, bad["interval"]], 1, "StartInterval must be from 1 to"),
+            (["bootstrap", DOMAIN, bad["text"]], 1, "RunAtLoad must be true or false."),
+            (["bootout", DOMAIN, LABEL], 3, f"launchctl: {LABEL} is not loaded.\n"),
+            (["bootout", DOMAIN, "../x"], 3, "launchctl: x is not loaded.\n"),
+            (["kickstart", DOMAIN, LABEL], 3, "is not loaded."),
+            (["bootstrap", DOMAIN, file], 0, f"{LABEL}: the key KeepAlive means nothing here and is left out.\n"
+                                             f"{LABEL}: the key ProcessType means nothing here and is left out.\n"),
+            (["bootstrap", DOMAIN, file], 4, f'{LABEL} is loaded already; "launchctl bootout" unloads it.'),
+            (["print", f"{DOMAIN}/{LABEL}"], 0, f"property list: {file}\nrunner: own\nlast run: none known\n"),
+            (["list"], 0, f"PID\tSTATUS\tRUNNER\tLABEL\n-\t-\town\t{LABEL}\n"),
+            (["kickstart", DOMAIN, LABEL], 0, ""),
+            (["bootout", DOMAIN, file], 0, ""),
+            (["list"], 0, "LABEL\n"),
+        ]
+        for words, status, said in rows:
+            with self.subTest(words):
+                self.assertIn(said, self.ctl(*words, status=status))
+
+    def test_a_job_is_unloaded_by_the_name_of_its_property_list_when_that_is_gone(self):
+        file = self.load("job", StartInterval=60)
+        file.unlink()
+        self.ctl("bootout", DOMAIN, file)
+
+    def test_a_run_is_asked_for_by_hand(self):
+        self.load("job", "echo $$; sleep 30")
+        self.ctl("kickstart", DOMAIN, LABEL)
+        process = self.wait_lines(1)[0]
+        self.assertIn(f"{LABEL} runs already, as process {process}.", self.ctl("kickstart", DOMAIN, LABEL))
+
+
+class Systemd(JobCase):
+    def setUp(self):
+        super().setUp()
+        stand_in = self.home / "bin/systemctl"
+        stand_in.parent.mkdir()
+        stand_in.write_text('#!/bin/sh\necho "$* $XDG_RUNTIME_DIR" >> "$HOME/asked"\n'
+                            'case "$*" in *$(cat "$HOME/refuse" 2>/dev/null || echo none)*) echo "Failed: no." >&2; exit 1;; '
+                            'esac\n')
+        stand_in.chmod(0o755)
+        self.environment["PATH"] = f"{stand_in.parent}:{self.environment['PATH']}"
+        self.units = self.home / "config/systemd/user"
+
+    def configure(self, text):
+        file = self.home / "config/mervo-desk/desk.toml"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
+
+    def asked(self):
+        asked = [line.removesuffix(" " + self.environment["XDG_RUNTIME_DIR"]) for line in self.lines("asked")]
+        (self.home / "asked").unlink(missing_ok=True)
+        return asked
+
+    def files(self):
+        return {str(file.relative_to(self.units)) for file in self.units.rglob("*") if not file.is_dir()}
+
+    def test_a_job_becomes_units_and_goes_without_a_trace(self):
+        self.configure('[jobs]\nrunner = "systemd"\n')
+        file = self.load("job", 'echo "100%"', StartInterval=60, RunAtLoad=True)
+        self.assertEqual(self.asked(), ["--user daemon-reload", f"--user start {LABEL}.timer",
+                                        f"--user start --no-block {LABEL}.service"])
+        self.assertEqual(self.files(), {f"{LABEL}.service", f"{LABEL}.timer", f"timers.target.wants/{LABEL}.timer",
+                                        f"default.target.wants/{LABEL}.service"})
+        self.assertEqual(os.readlink(self.units / f"timers.target.wants/{LABEL}.timer"), f"{self.units}/{LABEL}.timer")
+        self.assertEqual((self.units / f"{LABEL}.timer").read_text(), f"""# Made by launchctl from {file}
+[Unit]
+Description=Times of job {LABEL}
+
+[Timer]
+OnActiveSec=60s
+OnUnitActiveSec=60s
+AccuracySec=1s
+Persistent=false
+
+[Install]
+WantedBy=timers.target
+""")
+        self.assertNotIn("SECRET", (self.units / f"{LABEL}.service").read_text())
+        self.assertFalse(self.runners())
+        self.ctl("bootstrap", DOMAIN, file, status=4)
+        self.assertIn(f"systemd\t{LABEL}", self.ctl("list"))
+        self.assertIn("runner: systemd\n", self.ctl("print", LABEL))
+        self.ctl("kickstart", DOMAIN, LABEL)
+        self.assertEqual(self.asked(), [f"--user start --no-block {LABEL}.service"])
+        self.ctl("bootout", DOMAIN, file)
+        self.assertEqual(self.asked(), [f"--user stop {LABEL}.timer", "--user daemon-reload"])
+        self.assertFalse(self.files())
+
+    def test_a_job_that_systemd_does_not_take_leaves_nothing(self):
+        self.configure('[jobs]\nrunner = "systemd"\n')
+        for refused in ("daemon-reload", "start"):
+            (self.home / "refuse").write_text(refused)
+            said = self.ctl("bootstrap", DOMAIN, self.job("job", StartInterval=60), status=1)
+            self.assertRegex(said, f"systemctl --user {refused}.* ended with status 1: Failed: no.")
+            self.assertFalse(self.files())
+
+    def test_units_of_somebody_else_stay(self):
+        self.configure('[jobs]\nrunner = "systemd"\n')
+        self.units.mkdir(parents=True)
+        for kind in ("service", "timer"):
+            unit = self.units / f"{LABEL}.{kind}"
+            unit.write_text("[Unit]\nDescription=mine\n")
+            said = self.ctl("bootstrap", DOMAIN, self.job("job", StartInterval=60), status=1)
+            self.assertIn(f"{unit} is there and was not made by launchctl.", said)
+            self.ctl("bootout", DOMAIN, LABEL, status=3)
+            self.assertIn("mine", unit.read_text())
+            unit.unlink()
+
+    def test_who_starts_jobs(self):
+        private = self.home / "run/systemd/private"
+        private.parent.mkdir()
+        (self.home / "stale").write_text("")
+        for text, listens, systemd in [("", False, False), ("", True, True), ('[jobs]\nrunner = "own"', True, False),
+                                       ('[jobs]\nrunner = "systemd"', False, True), ("[jobs]\nrunner = 1", True, True),
+                                       ('[jobs]\nrunner = "cron"', False, False), ("[jobs]\nx = 1", False, False)]:
+            with self.subTest(text, listens=listens):
+                self.configure(text)
+                with socket.socket(socket.AF_UNIX) as manager:
+                    manager.bind(str(private))  # without listen: as a manager leaves its socket
+                    if listens:
+                        manager.listen()
+                    said = self.ctl("bootstrap", DOMAIN, self.job("job", StartInterval=60))
+                private.unlink()
+                self.assertEqual("desk.toml" in said, "= 1" in text or "cron" in text)
+                self.assertEqual(bool(self.asked()), systemd)
+                self.ctl("bootout", DOMAIN, LABEL)
+                self.asked()
+
+
+if __name__ == "__main__":
+    jobs.BUNDLE = pathlib.Path(sys.argv.pop(1)).resolve()
+    unittest.main(verbosity=2)
