@@ -239,8 +239,8 @@ class Terminals(desktop.DesktopTest):
             os.kill(shell if victim == "shell" else process(id), signal.SIGKILL)
             desktop.wait("no window", lambda: not self.windows())
             desktop.wait("the end of the job", lambda: all(map(self.is_gone, told.read_text().split()[:1])))
-            self.assertEqual(self.desk.script('tell application "iTerm2" to count windows'), "0")
-            self.assertEqual(self.files(), [])
+            count = 'tell application "iTerm2" to count windows'  # a child not yet gone may hold the file once more
+            desktop.wait("an empty list", lambda: self.desk.script(count) == "0" and not self.files())
         self.desk.environment["DISPLAY"] = name = self.desktop.display()
         job = self.job("sleep 600", "server.sh")
         self.open(job)
