@@ -230,8 +230,8 @@ const DeskEventStore::Folders& DeskEventStore::read(Entity entity)
     const path& root = settings(entity).root;
     Folders folders;
     for (int tries = 0; tries < kTries; ++tries) {
+        const auto before = commitStamp(root); // first: a commit that begins behind it changes it
         settleVdir(root);
-        const auto before = commitStamp(root);
         folders = look(root);
         if (commitStamp(root) == before)
             break;

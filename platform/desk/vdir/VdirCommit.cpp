@@ -13,6 +13,8 @@
 #include <set>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
+#include <time.h>
 #include <unistd.h>
 #include <utility>
 
@@ -147,6 +149,15 @@ path behindLink(const path& file)
         return file;
     path real = std::filesystem::canonical(file, error);
     return error ? file : real;
+}
+
+/// The clock that file systems take their times from goes in ticks.
+bool isOfThisTick(const platform::FileStamp& stamp)
+{
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    return stamp.changed >= now.tv_sec * kSecond + now.tv_nsec;
 }
 
 path normal(const path& root)
@@ -301,7 +312,15 @@ void VdirCommit::commit()
 
 std::optional<platform::FileStamp> commitStamp(const path& root)
 {
-    return platform::fileStamp(workFolder(normal(root)));
+    constexpr std::chrono::milliseconds kPause(1);
+    constexpr int kMostPauses = 10; // the longest tick, of a clock of 100 Hz
+    const path folder = workFolder(normal(root));
+    auto stamp = platform::fileStamp(folder);
+    for (int pause = 0; stamp && isOfThisTick(*stamp) && pause < kMostPauses; ++pause) {
+        std::this_thread::sleep_for(kPause);
+        stamp = platform::fileStamp(folder);
+    }
+    return stamp;
 }
 
 void settleVdir(const path& root)

@@ -65,7 +65,9 @@ private:
 void settleVdir(const std::filesystem::path& root);
 
 /// Another one after each commit below a root: who reads several files and finds it as before has read no part of a
-/// commit alone. Nothing where there was none yet.
+/// commit alone, where the stamp was taken before settleVdir(). Nothing where there was none yet. Waits for the next
+/// tick of the file system's clock (4 ms) where a commit has just ended, since another one within a tick leaves no
+/// trace.
 std::optional<platform::FileStamp> commitStamp(const std::filesystem::path& root);
 
 } // namespace mervo::desk

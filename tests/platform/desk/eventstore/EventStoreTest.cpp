@@ -1,14 +1,18 @@
 #include "platform/desk/eventstore/DeskEventStore.h"
 
 #include "platform/desk/eventstore/ItemEdits.h"
+#include "platform/desk/vdir/VdirCommit.h"
 #include "tests/support/Files.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <csignal>
 #include <map>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace mervo::desk {
 namespace {
@@ -39,9 +43,10 @@ std::string calendar(const std::string& items)
 class EventStoreTest : public testing::Test {
 protected:
     EventStoreTest() { ::setenv("TZ", "UTC", 1); }
-    DeskEventStore store(const path& cache = {}) const
+    DeskEventStore store(const path& cache = {}) const { return storeOver(root(), cache); }
+    DeskEventStore storeOver(const path& root, const path& cache = {}) const
     {
-        return DeskEventStore({root(), "Home", false}, {root(), "Reminders", false}, cache,
+        return DeskEventStore({root, "Home", false}, {root, "Reminders", false}, cache,
             Consent(
                 ConsentRecord(home_ / "consent.json"), [] { return WhenUndecided::allow; },
                 [](const std::string&) { return Answer::nobody; }));
@@ -229,6 +234,45 @@ TEST_F(EventStoreTest, boundsEndlessRulesOfAllItemsTogether)
     EXPECT_EQ(dates.size(), 30U) << "each shows some";
     EXPECT_EQ(dates["29"], 365);
     EXPECT_LT(found.size(), 70'000U);
+}
+
+/// Another process gives all events of two folders the same new title in each commit.
+TEST_F(EventStoreTest, readsNoPartOfACommit)
+{
+    constexpr int kItems = 20, kReads = 300;
+    const TempDir folder(test::memory());
+    const path root = folder / "cal";
+    const auto title = [](int version) {
+        return calendar(
+            fmt::format("BEGIN:VEVENT\nUID:1\nSUMMARY:{}\nDTSTART:20260105T090000Z\nEND:VEVENT\n", version));
+    };
+    const auto file = [&](int i) { return root / (i % 2 == 0 ? "a" : "b") / fmt::format("{}.ics", i); };
+    for (int i = 0; i < kItems; ++i)
+        writeFile(file(i), title(0));
+    const pid_t writer = ::fork();
+    for (int version = 1; writer == 0 && version < 2000; ++version) {
+        VdirCommit commit(root);
+        for (int i = 0; i < kItems; ++i)
+            commit.replace(file(i), title(version - 1), title(version));
+        commit.commit();
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+    }
+    if (writer == 0)
+        ::_exit(0);
+    std::set<std::string> seen;
+    int mixed = 0;
+    for (int read = 0; read < kReads; ++read) {
+        std::set<std::string> titles;
+        auto store = storeOver(root);
+        for (const Event& event : store.events(kYear))
+            titles.insert(event.title);
+        mixed += titles.size() != 1 ? 1 : 0;
+        seen.merge(titles);
+    }
+    ::kill(writer, SIGKILL);
+    ::waitpid(writer, nullptr, 0);
+    EXPECT_EQ(mixed, 0);
+    EXPECT_GT(seen.size(), 5U) << "the other one committed meanwhile";
 }
 
 /// A cache that is cut, of another kind or from another time shows what the files hold.
