@@ -1,13 +1,17 @@
 #include "platform/desk/vdir/Vdir.h"
 
+#include "platform/desk/vdir/CommitJournal.h"
 #include "platform/desk/vdir/VdirCommit.h"
 #include "tests/support/Files.h"
 #include "tests/support/SmallFiles.h"
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <csignal>
 #include <random>
+#include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -168,6 +172,79 @@ TEST(VdirCommit, isWholeWheneverItsProcessIsKilled)
     }
     EXPECT_EQ(outcomes.size(), 2U) << "kills came before and after";
     EXPECT_GT(interrupted, 5) << "kills came in between";
+}
+
+[[noreturn]] void countUp(const path& root, const path& file, std::atomic<int>& done) noexcept
+{
+    for (int number = done.load();; ++number) {
+        VdirCommit commit(root);
+        commit.replace(file, std::to_string(number), std::to_string(number + 1));
+        commit.commit();
+        done.store(number + 1);
+    }
+}
+
+/// A process that counts one file up, commit by commit, is killed again and again.
+TEST(VdirCommit, ofOneFileIsWholeWheneverItsProcessIsKilled)
+{
+    constexpr int kKills = 200;
+    const TempDir root(test::memory());
+    const path file = root / "a/1.ics";
+    writeFile(file, "0");
+    auto* done = static_cast<std::atomic<int>*>( // the last commit that returned
+        ::mmap(nullptr, sizeof(std::atomic<int>), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    std::minstd_rand random(7);
+    int steps = 0, stages = 0;
+    for (int kill = 0; kill < kKills; ++kill) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            countUp(root.path(), file, *done);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(500 + random() % 3000));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        const bool isStep = std::filesystem::exists(root / ".mervo/step");
+        steps += isStep ? 1 : 0;
+        stages += !isStep && std::filesystem::exists(root / ".mervo/stage") ? 1 : 0;
+        settleVdir(root.path());
+        const int found = std::stoi(readFile(file));
+        ASSERT_TRUE(found == done->load() || found == done->load() + 1) << found << " of " << done->load();
+        done->store(found);
+    }
+    EXPECT_GT(steps, 5) << "kills came behind the journal";
+    EXPECT_GT(stages, 5) << "and before it";
+    for (const char* left : {"stage/9", "journal.Ab12Cd", "step.Ab12Cd"})
+        writeFile(root / ".mervo" / left, "x");
+    VdirCommit commit(root.path());
+    commit.remove(file, std::to_string(done->load()));
+    commit.commit();
+    EXPECT_EQ(test::tree(root.path()), (std::set<std::string>{".mervo", ".mervo/lock", "a"})) << "nothing is left over";
+    ::munmap(done, sizeof *done);
+}
+
+/// A power cut may leave any part of the journal that is not synced, and what it is about done or not.
+TEST(VdirCommit, readsTheJournalOfOneStepWhateverIsLeftOfIt)
+{
+    const TempDir root;
+    const path file = root / "a/1.ics", step = root / ".mervo/step";
+    writeFile(file, "ours");
+    StagedOperation operation{StagedOperation::Kind::replace, file, root / ".mervo/stage/1", *itemStamp(file)};
+    const std::string whole = writeJournal(root.path(), {operation});
+    writeFile(operation.staged, "theirs"); // what the rename took out, unseen when the kill came
+    writeFile(step, whole);
+    settleVdir(root.path());
+    EXPECT_EQ(readFile(file), "theirs");
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        writeFile(file, item(1));
+        writeFile(step, size % 2 == 0 ? whole.substr(0, size) : std::string(size, '\0'));
+        settleVdir(root.path());
+        EXPECT_EQ(test::tree(root.path()), (std::set<std::string>{".mervo", ".mervo/lock", "a", "a/1.ics"})) << size;
+        EXPECT_EQ(readFile(file), item(1));
+    }
+    writeFile(
+        root / ".mervo/journal", whole.substr(0, 20)); // that one is synced: whatever tore it, it was no power cut
+    EXPECT_THAT([&] { settleVdir(root.path()); }, ThrowsMessage<VdirError>(HasSubstr("cannot be taken back")));
 }
 
 /// Processes that each count one file up lose no step; who comes too late hears of it and tries again.
