@@ -184,6 +184,13 @@ const CachedItem* standing(const std::vector<CachedItem>& known, std::size_t& at
     return stands ? &known[at] : nullptr;
 }
 
+/// Earlier versions kept a database beside the folder.
+void removeEarlierCache(const std::filesystem::path& folder)
+{
+    for (const char* end : {"", "-journal"})
+        ::unlink((folder.string() + ".sqlite" + end).c_str());
+}
+
 } // namespace
 
 std::optional<ItemRecord> CachedCollection::record(const CachedItem& item) const
@@ -289,6 +296,7 @@ std::shared_ptr<const CachedCollection> ItemCache::refresh(const VdirCollection&
         const auto ignored = platform::replaceFile(
             fileOf(collection.folder), fresh->head_ + *fresh->records_, platform::Keep::whileRunning);
         static_cast<void>(ignored); // a cache that cannot be written is done without
+        removeEarlierCache(folder_);
     }
     return known_[collection.folder] = std::move(fresh);
 }

@@ -287,7 +287,9 @@ TEST_F(EventStoreTest, trustsNoCacheOverTheFiles)
         auto store = this->store(cache);
         return only(store).title;
     };
+    writeFile(home_ / "cache/items.sqlite", "of an earlier version");
     EXPECT_EQ(look(), "One");
+    EXPECT_EQ(test::tree(home_ / "cache").size(), 2U) << "the new one alone";
     const path file = std::filesystem::directory_iterator(cache)->path();
     const std::string good = readFile(file);
     for (std::size_t at = 0; at < good.size(); at += 16) {
