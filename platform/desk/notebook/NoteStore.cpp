@@ -143,7 +143,7 @@ NoteStore::NoteStore(NotesSettings settings, fs::path lock)
 
 std::vector<NoteAccount> NoteStore::accounts() const
 {
-    if (!settings_.isOwnFolder && !isThere(settings_.root)) {
+    if (isFolderMissing(settings_)) {
         throw NoteError(fmt::format(
             "The folder of notes {} is not there; see \"path\" of [notes] in desk.toml.", settings_.root.string()));
     }

@@ -76,8 +76,7 @@ Finding countFinding(const NotesSettings& settings, const std::vector<NoteAccoun
 std::vector<Finding> examineNotes(const Configuration& configuration)
 {
     const NotesSettings settings = notesSettings(configuration);
-    std::error_code error;
-    if (!fs::is_directory(settings.root, error) && !settings.isOwnFolder) {
+    if (isFolderMissing(settings)) {
         return {makeFinding(kId, kLabel, fmt::format("the folder {} is not there", settings.root.string()),
             fmt::format("Make it, or correct \"path\" of [notes] in {}.", configurationFile().string()))};
     }

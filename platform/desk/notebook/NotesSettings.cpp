@@ -44,4 +44,12 @@ NotesSettings notesSettings(const Configuration& configuration)
     return notes ? read(*notes) : NotesSettings{.root = dataFolder() / "notes"};
 }
 
+bool isFolderMissing(const NotesSettings& settings)
+{
+    std::error_code error;
+    if (std::filesystem::exists(settings.root, error) || error)
+        return false; // what cannot be looked at is said by whoever reads it
+    return !settings.isOwnFolder || std::filesystem::is_symlink(settings.root, error);
+}
+
 } // namespace mervo::desk

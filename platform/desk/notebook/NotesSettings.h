@@ -24,4 +24,7 @@ inline constexpr Section kNotesSection{"notes", "[notes]", checkNotesSection};
 
 NotesSettings notesSettings(const Configuration& configuration);
 
+/// True where the owner's folder is not there, and where a link in the place of either leads nowhere.
+bool isFolderMissing(const NotesSettings& settings);
+
 } // namespace mervo::desk

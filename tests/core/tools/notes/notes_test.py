@@ -80,6 +80,7 @@ class Html(NotesTest):
         self.write("Alpha two.txt", "\n", 1_650_000_000)
         self.write("Home/.hidden/f.html", "Alpha")
         self.write("Home/g.html~", "Alpha")
+        self.write("Home/e.html.x0Y1z2", "Alpha, the temporary file of a program that was killed")
         self.assertEqual(self.out("note.list").split("\n"), [
             "Vault (1)", "Home (1)", "Zuletzt gelöscht (1)", "Plans (0)", "Deep (1)", "Recently Deleted (1)",
             "supprimées RÉCEMMENT (1)"])
@@ -241,7 +242,12 @@ class Faults(NotesTest):
         self.assertIn("long.txt", finding["detail"])
         self.assertEqual(self.out("note.find"), "F || long || " + self.out("note.find")[-16:])
         self.assertIn("cannot be read: File too large", self.failure("note.read", name="long"))
+        for nowhere in (self.root / "link", self.desk.folder / "data/mervo-desk/notes"):
+            nowhere.parent.mkdir(parents=True, exist_ok=True)
+            nowhere.symlink_to(self.root / "gone")
         for settings, sentence in ((f'[notes]\npath = "{self.root}/gone"', "is not there"),
+                                   (f'[notes]\npath = "{self.root}/link"', "is not there"),
+                                   ("", "is not there"),
                                    ('[notes]\nformat = "rtf"', '"html" or "markdown", not "rtf"'),
                                    ('[notes]\npath = "Vault"', 'must start with "/" or "~/"'),
                                    ('[notes]\nfolder = "x"', '"folder" is not a known key')):
