@@ -3,6 +3,7 @@
 #include "core/automations/engine/RondelEngine.h"
 #include "core/foundation/ConfigDir.h"
 #include "core/foundation/FailureOf.h"
+#include "platform/jobs.h"
 
 #include <cstdio>
 #include <fmt/core.h>
@@ -24,7 +25,11 @@ void attempt(const std::function<void()>& step)
 StartUp StartUp::ofThisBuild()
 {
     return {.bootstrapHome = ConfigDir::ensureExists,
-        .reconcileAgents = [] { RondelEngine().resyncIfRelocated(); },
+        .reconcileAgents =
+            [] {
+                platform::resumeJobs();
+                RondelEngine().resyncIfRelocated();
+            },
         .ensureHarvest = [] { RondelEngine().ensureSystemLoop("ask-harvest", "ask.harvest", kHarvestMinutes); },
         .makeUpdater = [] {}};
 }

@@ -4,7 +4,6 @@
 #include "platform/files.h"
 #include "platform/folders.h"
 #include "platform/jobs/JobPlaces.h"
-#include "platform/jobs/SystemdJobs.h"
 #include "platform/lock.h"
 #include "platform/process.h"
 #include "platform/programs.h"
@@ -50,6 +49,8 @@ void startAtLogin()
         fail(file.string(), error);
 }
 
+} // namespace
+
 void link(const Job& job)
 {
     std::error_code error;
@@ -63,8 +64,6 @@ void ask(const std::string& label)
     if (const std::error_code error = platform::makeFilePrivate(requestsFolder() / label))
         fail((requestsFolder() / label).string(), error);
 }
-
-} // namespace
 
 void makeFolders()
 {
@@ -126,29 +125,16 @@ bool unload(const std::string& label)
     return true;
 }
 
-void reload(const std::function<void(const std::string&)>& complain)
-{
-    std::error_code error;
-    for (const std::string& label : loaded())
-        fs::remove(loadedFolder() / label, error);
-    for (const fs::path& file : propertyLists()) {
-        try {
-            const Job job = readJob(file).job;
-            if (systemd::isLoaded(job.label))
-                continue;
-            link(job);
-            if (job.runAtLoad)
-                ask(job.label);
-        } catch (const std::exception& problem) {
-            complain("could not load " + file.string() + ": " + problem.what());
-        }
-    }
-}
-
 void requestRun(const std::string& label)
 {
     ask(label);
     startRunner();
+}
+
+void resume()
+{
+    if (!loaded().empty())
+        startRunner();
 }
 
 void startRunner()

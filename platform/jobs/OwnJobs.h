@@ -27,10 +27,15 @@ void requestRun(const std::string& label);
 
 /// The folders that launchctl and the runner share. Throws std::runtime_error.
 void makeFolders();
+/// The two steps of loading a job, for a runner that need not be started. Throw std::runtime_error.
+void link(const Job& job);
+void ask(const std::string& label);
 /// What a log-in loads: every property list of the agents' folder and nothing else, except what systemd looks after;
 /// asks for a run of those that want one. `complain` receives a line for each that cannot be read.
 void reload(const std::function<void(const std::string&)>& complain);
 
+/// Starts the runner where jobs are loaded and none lives. Throws std::runtime_error.
+void resume();
 /// Starts the runner where none lives; when it returns, one looks after the jobs. Throws std::runtime_error.
 void startRunner();
 

@@ -88,6 +88,13 @@ void kickstart(const std::vector<std::string>& words, const Streams& streams)
     }
 }
 
+void resume(const std::vector<std::string>& words, const Streams&)
+{
+    if (!words.empty())
+        throw CommandError(Exit::usage, "resume takes no argument.");
+    own::resume();
+}
+
 /// The columns PID and STATUS of a job of the own runner.
 std::array<std::string, 2> runColumns(const std::string& label)
 {
@@ -177,6 +184,7 @@ constexpr CommandOfJobs kCommands[] = {
     {"bootstrap", "gui/UID PROPERTY-LIST", "loads a job: from now on it is started at its times", bootstrap},
     {"bootout", "gui/UID PROPERTY-LIST|LABEL", "unloads a job; a run in progress goes on", bootout},
     {"kickstart", "gui/UID LABEL", "starts a job that is loaded, unless it runs", kickstart},
+    {"resume", "", "starts the own runner again where it has jobs and does not live", resume},
     {"list", "", "the jobs that are loaded, and how their last run ended (-N: by signal N)", list},
     {"print", "gui/UID LABEL", "what is known of a job", print},
 };

@@ -14,6 +14,7 @@
 #include "platform/desk/chat/ChatHealth.h"
 #include "platform/desk/consent/ConsentHealth.h"
 #include "platform/desk/events/EventHealth.h"
+#include "platform/desk/jobs/JobHealth.h"
 #include "platform/desk/mail/MailHealth.h"
 #include "platform/desk/notebook/NotesHealth.h"
 #include "platform/desk/running/ApplicationHealth.h"
@@ -33,6 +34,7 @@ constexpr DeskPart kParts[] = {
     {registerSystemEvents, &kApplicationHealth},
     {registerTerminals, &kTerminalHealth},
     {nullptr, &kConsentHealth},
+    {nullptr, &kJobHealth},
 };
 
 } // namespace

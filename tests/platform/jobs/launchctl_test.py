@@ -1,9 +1,12 @@
 """launchctl: its words, and both ways to load a job. systemctl is a recorder; no manager is ever spoken to."""
 
+import json
 import os
 import pathlib
 import socket
+import subprocess
 import sys
+import time
 import unittest
 
 import jobs
@@ -54,6 +57,49 @@ class Words(JobCase):
         for words, status, said in rows:
             with self.subTest(words):
                 self.assertIn(said, self.ctl(*words, status=status))
+
+    def test_hostile_property_lists_are_refused_at_once(self):
+        for name, said, keys in [
+                ("huge", "File too large", {"X": "y" * 2_000_000}), ("slash", "Label must", {"Label": "a/b"}),
+                ("dots", "Label must", {"Label": ".."}), ("long", "Label must", {"Label": "l" * 10_240}),
+                ("line", "Label must", {"Label": "a\nb"}), ("negative", "StartInterval", {"StartInterval": -1}),
+                ("overflow", "StartInterval", {"StartInterval": 2**63 - 1}),
+                ("above", "StartInterval", {"StartInterval": 2**63}),
+                ("many", "has more than 1000 times", {"StartCalendarInterval": [{}] * 1001}),
+                # A day that never comes, looked for a thousand times.
+                ("never", "", {"StartCalendarInterval": [{"Month": 2, "Day": 30}] * 1000}),
+                ("fits", "", {"Label": "l" * 230, "StartInterval": 3600})]:
+            with self.subTest(name):
+                file, begun = self.job(name, **keys), time.monotonic()
+                self.assertIn(said, self.ctl("bootstrap", DOMAIN, file, status=1 if said else 0))
+                if not said:
+                    self.ctl("bootout", DOMAIN, file)
+                self.assertLess(time.monotonic() - begun, 5)
+
+    def test_the_doctor_tells_who_starts_jobs_and_when_nobody_does(self):
+        def told():
+            ran = subprocess.run([self.program("desk-health")], env=self.environment, capture_output=True, check=True)
+            return next(found for found in json.loads(ran.stdout) if found["id"] == "desk.jobs")
+        self.assertIn("while it lives", told()["detail"])
+        self.environment["DISPLAY"] = ":99"
+        self.assertEqual(told()["remedy"], "")
+        self.load("job", StartInterval=3600)
+        self.assertTrue(told()["ok"])
+        self.kill(self.runner())
+        found = told()
+        self.assertEqual((found["ok"], found["remedy"]), (False, f"{self.program('launchctl')} resume"))
+        self.ctl("resume")
+        self.assertTrue(told()["ok"])
+        self.ctl("bootout", DOMAIN, LABEL)
+        (self.home / "config/mervo-desk").mkdir()
+        (self.home / "config/mervo-desk/desk.toml").write_text('[jobs]\nrunner = "systemd"\n')
+        self.assertIn("no manager of it answers", told()["detail"])
+        manager = self.home / "run/systemd/private"
+        manager.parent.mkdir()
+        with socket.socket(socket.AF_UNIX) as listening:
+            listening.bind(str(manager))
+            listening.listen()
+            self.assertIn("loginctl enable-linger", told()["remedy"])
 
     def test_a_job_is_unloaded_by_the_name_of_its_property_list_when_that_is_gone(self):
         file = self.load("job", StartInterval=60)
