@@ -59,8 +59,8 @@ bool read(int argc, char** argv, Options& options)
 
 /// The lock that makes this process the runner of its user; nothing while another one is. One that lives is asked to
 /// end when `takesOver`, or when its program has been replaced since: it leaves at once, and its runs go on. Whoever
-/// holds the lock without being a runner is about to be one, or to be gone. Throws std::runtime_error when that does
-/// not come.
+/// holds the lock without being a runner is about to be one or to be gone, or a full disk kept its number from being
+/// written. Throws std::runtime_error when one that was asked to end does not.
 std::optional<platform::FileLock> becomeRunner(bool takesOver)
 {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
@@ -76,9 +76,11 @@ std::optional<platform::FileLock> becomeRunner(bool takesOver)
             return std::nullopt;
         if (runner.process > 0 && runner.process != asked)
             ::kill(asked = runner.process, SIGTERM);
-        if (std::chrono::steady_clock::now() > deadline)
-            throw std::runtime_error(lockFile().string() + " is held by process "
-                + platform::FileLock::lastHolder(lockFile()) + ", which does not end.");
+        if (std::chrono::steady_clock::now() < deadline)
+            continue;
+        if (asked == 0)
+            return std::nullopt;
+        throw std::runtime_error("process " + std::to_string(asked) + " was asked to leave the jobs and does not end.");
     }
 }
 

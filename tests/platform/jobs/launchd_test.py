@@ -129,6 +129,77 @@ class Lives(JobCase):
         self.assertLess(jobs.proportional_memory(runner), 4096)
 
 
+    def test_a_thousand_runs_leave_nothing_behind(self):
+        self.load("job", StartInterval=3600, ProgramArguments=["/bin/true"])
+        state, runner = self.agents / ".launchd", self.runner()
+        record = state / "runs" / LABEL
+        self.ctl("kickstart", DOMAIN, LABEL)
+        wait("a run", lambda: "exited" in record.read_text())
+        before = self.held(runner), jobs.proportional_memory(runner)
+        end = time.monotonic() + 120
+        for _ in range(1000):
+            record.write_text("")
+            (state / "requests" / LABEL).touch()
+            while not record.read_text().startswith("exited"):
+                self.assertLess(time.monotonic(), end)
+                time.sleep(0.0005)
+        self.assertEqual(self.held(runner), before[0])
+        self.assertLess(jobs.proportional_memory(runner), before[1] + 100)
+
+    @staticmethod
+    def held(process):
+        """How many files it has open, and its children, ended ones too."""
+        return (len(os.listdir(f"/proc/{process}/fd")),
+                pathlib.Path(f"/proc/{process}/task/{process}/children").read_text())
+
+    def test_two_hundred_jobs_of_one_second_run_at_once(self):
+        for number in range(200):
+            self.job(f"job{number}", "date +%s.%N", StartInterval=2)
+        self.start("--login")
+        times = sorted(map(float, self.wait_lines(200)[:200]))
+        self.assertLess(times[-1] - times[0], 5)  # seconds, on a busy machine
+
+    def test_it_needs_nothing_of_the_process_that_starts_it(self):
+        self.job("job", "ls -l /proc/self/fd > fds; echo done", RunAtLoad=True, StartInterval=3600)
+        subprocess.run(["/bin/sh", "-c", f"trap '' CHLD; exec {self.program('launchd')} --login <&- >&- 2>&-"],
+                       env=self.environment, check=True, timeout=60)
+        self.wait_lines(1)
+        self.assertNotIn("LaunchAgents", (self.home / "fds").read_text())
+        standard = {os.readlink(f"/proc/{self.runner()}/fd/{number}") for number in range(3)}
+        self.assertEqual(standard, {"/dev/null"})
+        wait("its end", lambda: f"-\t0\town\t{LABEL}\n" in self.ctl("list"))
+
+    def test_a_runner_whose_folders_were_moved_away_starts_nothing_any_more(self):
+        self.load("job", "echo old", StartInterval=1)
+        self.wait_lines(1)
+        (self.home / "Library").rename(self.home / "Moved")
+        self.agents.mkdir(parents=True)
+        self.load("job", "echo new", StartInterval=1)
+        wait("the new one alone", lambda: len(self.runners()) == 1)
+        count = self.lines().count("old")
+        wait("new runs", lambda: self.lines().count("new") > 2)
+        self.assertEqual(self.lines().count("old"), count)
+
+    def test_a_log_file_that_was_rotated_is_made_anew(self):
+        self.load("job", "echo line", StartInterval=1)
+        self.wait_lines(1)
+        (self.home / "out").rename(self.home / "out.1")
+        self.wait_lines(1)
+
+    def test_log_in_leaves_to_systemd_what_systemd_has(self):
+        unit = self.home / f"config/systemd/user/{LABEL}.service"
+        unit.parent.mkdir(parents=True)
+        unit.write_text(f"# Made by launchctl from {self.job('job', 'echo job', RunAtLoad=True)}\n")
+        self.job("other", "echo other", RunAtLoad=True, StartInterval=3600)
+        self.start("--login")
+        self.wait_lines(1)
+        self.assertEqual(os.listdir(self.agents / ".launchd/loaded"), ["org.example.other"])
+
+    def test_an_unwritable_home_is_said(self):
+        (self.agents / ".launchd").write_text("")
+        self.assertIn(".launchd/loaded: Not a directory", self.ctl("bootstrap", DOMAIN, self.job("job"), status=1))
+
+
 class Killed(JobCase):
     # What the runner asks of the system between two runs; it is killed as it asks for the nth time.
     STEPS = [(call, nth) for call, most in {
@@ -141,6 +212,20 @@ class Killed(JobCase):
         with concurrent.futures.ThreadPoolExecutor(8) as pool:
             outcomes = list(pool.map(lambda step: self.killed(*step), self.STEPS))
         self.assertGreater(sum(outcomes), len(self.STEPS) // 2)
+
+    def test_it_goes_on_when_the_system_refuses(self):
+        """No room for a record or the lock's number; a clock that is set while the next time is worked out."""
+        for fault in ("pwrite64,ftruncate:error=ENOSPC", "timerfd_settime:error=ECANCELED:when=1..3"):
+            with self.subTest(fault):
+                self.load("job", ALONE, StartInterval=1)
+                self.kill(self.runner())
+                words = ["strace", "-o", "/dev/null", "-e", f"inject={fault}", self.program("launchd"), "--foreground"]
+                runner = subprocess.Popen(words, env=self.environment, stderr=subprocess.DEVNULL)
+                self.addCleanup(runner.wait)
+                self.wait_lines(len(self.lines()) + 2)
+                self.ctl("bootout", DOMAIN, LABEL)
+                wait("its end", lambda: not self.runners())
+        self.assertFalse((self.home / "overlap").exists())
 
     @staticmethod
     def killed(call, nth):
