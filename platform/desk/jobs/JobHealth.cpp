@@ -67,6 +67,8 @@ std::vector<Finding> examineJobs(const Configuration& configuration)
     if (chosen == JobRunner::systemd && !hasManager)
         return {finding(Finding::State::broken, "desk.toml wants systemd to start them, and no manager of it answers",
             "Set runner = \"auto\" in [jobs] of desk.toml")};
+    if (own + units == 0)
+        return {finding(Finding::State::works, "none is loaded")};
     return {chosen != JobRunner::own && hasManager ? ofSystemd() : ofOwnRunner()};
 }
 

@@ -80,18 +80,18 @@ class Words(JobCase):
         def told():
             ran = subprocess.run([self.program("desk-health")], env=self.environment, capture_output=True, check=True)
             return next(found for found in json.loads(ran.stdout) if found["id"] == "desk.jobs")
-        self.assertIn("while it lives", told()["detail"])
-        self.environment["DISPLAY"] = ":99"
-        self.assertEqual(told()["remedy"], "")
+        self.assertEqual(told()["detail"], "none is loaded")
         self.load("job", StartInterval=3600)
-        self.assertTrue(told()["ok"])
+        self.assertIn("launchd --login", told()["remedy"])
+        self.environment["DISPLAY"] = ":99"
+        self.assertEqual((told()["ok"], told()["remedy"]), (True, ""))
         self.kill(self.runner())
         found = told()
         self.assertEqual((found["ok"], found["remedy"]), (False, f"{self.program('launchctl')} resume"))
         self.ctl("resume")
         self.assertTrue(told()["ok"])
         self.ctl("bootout", DOMAIN, LABEL)
-        (self.home / "config/mervo-desk").mkdir()
+        (self.home / "config/mervo-desk").mkdir(parents=True)
         (self.home / "config/mervo-desk/desk.toml").write_text('[jobs]\nrunner = "systemd"\n')
         self.assertIn("no manager of it answers", told()["detail"])
         manager = self.home / "run/systemd/private"
@@ -99,7 +99,13 @@ class Words(JobCase):
         with socket.socket(socket.AF_UNIX) as listening:
             listening.bind(str(manager))
             listening.listen()
+            self.assertEqual(told()["detail"], "none is loaded")
+            unit = self.home / "config/systemd/user/org.example.job.service"
+            unit.parent.mkdir(parents=True)
+            unit.write_text("# Made by launchctl from /a.plist\n")
             self.assertIn("loginctl enable-linger", told()["remedy"])
+        manager.unlink()
+        self.assertIn("no manager of systemd answers", told()["detail"])
 
     def test_a_job_is_unloaded_by_the_name_of_its_property_list_when_that_is_gone(self):
         file = self.load("job", StartInterval=60)
