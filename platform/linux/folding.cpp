@@ -102,6 +102,7 @@ bool foldsAlone(char32_t point) noexcept
         || (point >= 0x30A1 && point <= 0x30FA) || (point >= 0x3400 && point <= 0x9FFF);
 }
 
+/// Of a character that is not of ASCII.
 void appendFoldedCharacter(std::string& result, std::string_view character, char32_t point)
 {
     struct Folded {
@@ -110,10 +111,6 @@ void appendFoldedCharacter(std::string& result, std::string_view character, char
     };
     constexpr char32_t kAlphabetsEnd = 0x530; // what foldsAlone() accepts above it is its own folded form
     constinit static thread_local std::array<Folded, kAlphabetsEnd> known{};
-    if (point < 0x80) {
-        result += ascii::lower(static_cast<char>(point));
-        return;
-    }
     if (point >= kAlphabetsEnd) {
         result += character;
         return;
@@ -131,7 +128,12 @@ void appendFoldedCharacter(std::string& result, std::string_view character, char
 bool appendFoldedAlone(std::string& result, std::string_view text)
 {
     const std::size_t start = result.size();
-    while (!text.empty()) {
+    for (;;) {
+        const std::size_t plain = ascii::prefixLength(text);
+        ascii::appendLowered(result, text.substr(0, plain));
+        text.remove_prefix(plain);
+        if (text.empty())
+            return true;
         const CodePoint point = firstCodePoint(text);
         if (!point.valid || !foldsAlone(point.value)) {
             result.resize(start);
@@ -140,7 +142,6 @@ bool appendFoldedAlone(std::string& result, std::string_view text)
         appendFoldedCharacter(result, text.substr(0, point.length), point.value);
         text.remove_prefix(point.length);
     }
-    return true;
 }
 
 } // namespace

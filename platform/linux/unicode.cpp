@@ -1,5 +1,7 @@
 #include "platform/unicode.h"
 
+#include "platform/ascii.h"
+
 #include <algorithm>
 #include <utf8proc.h>
 
@@ -11,12 +13,13 @@ constexpr char kReplacement[] = "\xEF\xBF\xBD";
 
 std::size_t validPrefix(std::string_view text) noexcept
 {
-    std::size_t length = 0;
+    std::size_t length = ascii::prefixLength(text);
     while (length < text.size()) {
         const CodePoint point = firstCodePoint(text.substr(length));
         if (!point.valid)
             break;
         length += point.length;
+        length += ascii::prefixLength(text.substr(length));
     }
     return length;
 }

@@ -1,6 +1,7 @@
 #include "platform/applescript/values/Text.h"
 
 #include "platform/applescript/values/Limits.h"
+#include "platform/ascii.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -95,16 +96,8 @@ Text::~Text()
 
 void Text::classify() const noexcept
 {
-    bool ascii = true;
-    bool pair = false;
-    char previous = 0;
-    for (std::size_t i = 0; i < length_; ++i) {
-        ascii = ascii && static_cast<unsigned char>(data_[i]) < 0x80;
-        pair = pair || (previous == '\r' && data_[i] == '\n');
-        previous = data_[i];
-    }
-    isAscii_ = ascii;
-    isSimple_ = ascii && !pair;
+    isAscii_ = platform::ascii::isAscii(view());
+    isSimple_ = isAscii_ && view().find("\r\n") == std::string_view::npos;
     isClassified_ = true;
 }
 
