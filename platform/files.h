@@ -8,6 +8,8 @@
 #include <string_view>
 #include <system_error>
 
+struct stat;
+
 /// Reads and writes whole files safely. Nothing here throws; a failure is the system's error code, whose
 /// message() is its description. New files are the owner's alone (mode 0600).
 namespace mervo::platform {
@@ -29,6 +31,8 @@ struct FileStamp {
 };
 /// Nothing when there is no such file. Links are followed.
 std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept;
+/// Of what the system has told already.
+FileStamp fileStamp(const struct ::stat& status) noexcept;
 
 /// The bytes of a regular file; nothing when it cannot be read, is longer than `limit` bytes, or is a device, a pipe or
 /// a folder. Neither waits nor takes memory for what it refuses. `why` receives the reason, `stamp` the file's from

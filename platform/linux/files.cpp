@@ -133,13 +133,6 @@ std::string readToEnd(const Descriptor& from, std::size_t expected, std::size_t 
     }
 }
 
-FileStamp stampOf(const struct stat& found)
-{
-    constexpr std::int64_t kNanoseconds = 1'000'000'000;
-    return {found.st_dev, found.st_ino, found.st_size,
-        std::int64_t{found.st_ctim.tv_sec} * kNanoseconds + found.st_ctim.tv_nsec};
-}
-
 /// What keeps an open file from being read whole.
 std::error_code refusal(const struct stat& status, std::size_t limit)
 {
@@ -177,7 +170,7 @@ std::optional<std::string> readFile(
         if (!descriptor.open() || ::fstat(descriptor.get(), &status) != 0)
             return lastError();
         if (stamp != nullptr)
-            *stamp = stampOf(status);
+            *stamp = fileStamp(status);
         std::error_code error = refusal(status, limit);
         if (!error)
             bytes = readToEnd(descriptor, static_cast<std::size_t>(status.st_size), limit, error);
@@ -190,12 +183,19 @@ std::optional<std::string> readFile(
     return bytes;
 }
 
+FileStamp fileStamp(const struct ::stat& status) noexcept
+{
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    return {status.st_dev, status.st_ino, status.st_size,
+        std::int64_t{status.st_ctim.tv_sec} * kNanoseconds + status.st_ctim.tv_nsec};
+}
+
 std::optional<FileStamp> fileStamp(const std::filesystem::path& file) noexcept
 {
     struct stat found { };
     if (::stat(file.c_str(), &found) != 0)
         return std::nullopt;
-    return stampOf(found);
+    return fileStamp(found);
 }
 
 bool FileStamp::isSettled() const noexcept

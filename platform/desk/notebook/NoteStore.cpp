@@ -138,7 +138,13 @@ std::error_code moveTo(const fs::path& from, const fs::path& to)
 NoteStore::NoteStore(NotesSettings settings, fs::path lock)
     : settings_(std::move(settings))
     , lock_(std::move(lock))
+    , cache_(settings_.root)
 {
+}
+
+NoteStore::~NoteStore()
+{
+    cache_.write();
 }
 
 std::vector<NoteAccount> NoteStore::accounts() const
@@ -170,26 +176,57 @@ std::string NoteStore::bytesOf(const fs::path& note, platform::FileStamp& stamp)
     throw NoteError(fmt::format("{} cannot be read: {}.", noteNamed(stemOf(note)), why.message()));
 }
 
-const NoteContent& NoteStore::content(const fs::path& note)
+NoteStore::Reading& NoteStore::readAnew(const std::string& note)
 {
-    const auto known = readings_.find(note.native());
-    if (known != readings_.end() && platform::fileStamp(note) == known->second.stamp)
-        return known->second.content;
     Reading reading;
     const std::string bytes = bytesOf(note, reading.stamp);
     reading.hash = hashOf(bytes);
-    reading.content = contentOf(kindOf(note), bytes);
-    if (reading.content.name.empty())
-        reading.content.name = stemOf(note);
-    return (readings_[note.native()] = std::move(reading)).content;
+    NoteContent content = contentOf(kindOf(note), bytes);
+    reading.name = content.name.empty() ? stemOf(note) : std::move(content.name);
+    reading.text = std::move(content.text);
+    cache_.keep(note, reading.stamp, reading.hash, reading.name, *reading.text);
+    return readings_[note] = std::move(reading);
 }
 
-const NoteContent& NoteStore::contentOrName(const fs::path& note)
+/// What is known of a note whose file has this stamp.
+NoteStore::Reading* NoteStore::known(const std::string& note, const platform::FileStamp& stamp)
+{
+    const auto found = readings_.find(note);
+    if (found != readings_.end() && found->second.stamp == stamp)
+        return &found->second;
+    const NoteCache::Known* cached = cache_.find(note, stamp);
+    if (cached == nullptr)
+        return nullptr;
+    Reading reading{.stamp = stamp, .hash = cached->hash, .name = std::string(cached->name), .text = {}};
+    return &(readings_[note] = std::move(reading));
+}
+
+const std::string& NoteStore::read(
+    const std::string& note, const std::optional<platform::FileStamp>& stamp, NotePart part)
+{
+    Reading* reading = stamp ? known(note, *stamp) : nullptr;
+    if (reading != nullptr && part == NotePart::text && !reading->text) {
+        const NoteCache::Known* cached = cache_.find(note, *stamp);
+        reading->text = cached == nullptr ? std::nullopt : cache_.text(*cached);
+        if (!reading->text)
+            reading = nullptr;
+    }
+    if (reading == nullptr)
+        reading = &readAnew(note);
+    return part == NotePart::name ? reading->name : *reading->text;
+}
+
+const std::string& NoteStore::read(const fs::path& note, NotePart part)
+{
+    return read(note.native(), platform::fileStamp(note), part);
+}
+
+const std::string& NoteStore::readOfMany(const std::string& note, const platform::FileStamp& stamp, NotePart part)
 {
     try {
-        return content(note);
+        return read(note, stamp, part);
     } catch (const NoteError&) { // the doctor names it
-        unread_ = {.name = stemOf(note), .text = {}};
+        unread_ = part == NotePart::name ? stemOf(note) : std::string();
         return unread_;
     }
 }
@@ -200,7 +237,7 @@ std::string NoteStore::body(const fs::path& note)
     const std::string bytes = bytesOf(note, reading.stamp);
     const auto known = readings_.find(note.native());
     if (known == readings_.end() || known->second.hash != hashOf(bytes))
-        content(note);
+        readAnew(note.native());
     handedOut_ = {note, bodyOf(kindOf(note), bytes)};
     return handedOut_.body;
 }
@@ -219,7 +256,7 @@ std::string NoteStore::changed(const fs::path& note, std::string_view bytes, std
     if (known != readings_.end() && known->second.hash != hashOf(bytes)) {
         throw NoteError(
             fmt::format("{} was changed by another program while this ran; nothing was written, so call again.",
-                noteNamed(known->second.content.name)));
+                noteNamed(known->second.name)));
     }
     return withBody(kind, bytes, html);
 }
@@ -283,6 +320,7 @@ fs::path NoteStore::move(const fs::path& what, const fs::path& folder)
     fs::path moved = underFreeName(folder, stem, isNote ? what.extension().native() : std::string(),
         [&](const fs::path& file) { return moveTo(what, file); });
     forget(what);
+    cache_.drop(what.native());
     return moved;
 }
 
@@ -299,6 +337,7 @@ void NoteStore::remove(const fs::path& note, const NoteFolder& folder)
     if (error)
         throw NoteError(fmt::format("{} cannot be deleted: {}.", noteNamed(stemOf(note)), error.message()));
     forget(note);
+    cache_.drop(note.native());
 }
 
 fs::path NoteStore::addFolder(const fs::path& parent, std::string_view name)

@@ -28,7 +28,7 @@ struct Closer {
 };
 using OpenFolder = std::unique_ptr<DIR, Closer>;
 
-/// Calls `see` with every visible entry. False with errno when the folder cannot be opened.
+/// Calls `see` with the open folder and every visible entry. False with errno when the folder cannot be opened.
 template <typename See>
 bool eachEntry(const fs::path& folder, const See& see)
 {
@@ -37,7 +37,7 @@ bool eachEntry(const fs::path& folder, const See& see)
         return false;
     while (const dirent* entry = ::readdir(open.get())) {
         if (entry->d_name[0] != '.')
-            see(*entry);
+            see(::dirfd(open.get()), *entry);
     }
     return true;
 }
@@ -56,11 +56,11 @@ struct Entries {
 Entries entriesOf(const fs::path& folder)
 {
     Entries found;
-    eachEntry(folder, [&](const dirent& entry) {
+    eachEntry(folder, [&](int in, const dirent& entry) {
         found.isEmpty = false;
         const bool isUnclear = entry.d_type == DT_UNKNOWN || entry.d_type == DT_LNK;
         struct stat status { };
-        if (isUnclear && ::stat((folder / entry.d_name).c_str(), &status) != 0)
+        if (isUnclear && ::fstatat(in, entry.d_name, &status, 0) != 0)
             return;
         if (entry.d_type == DT_DIR || (isUnclear && S_ISDIR(status.st_mode))) {
             (entry.d_type == DT_LNK ? found.links : found.folders).emplace_back(entry.d_name);
@@ -180,7 +180,7 @@ bool isAccount(const Node& node)
 Node readRoot(const fs::path& root)
 {
     errno = 0;
-    if (!eachEntry(root, [](const dirent&) {}) && errno != ENOENT)
+    if (!eachEntry(root, [](int, const dirent&) {}) && errno != ENOENT)
         failToRead(root);
     return Scan(root).node(root, 0);
 }
@@ -243,14 +243,13 @@ std::vector<NoteAccount> noteAccounts(const fs::path& root)
 std::vector<NoteFile> notesIn(const fs::path& folder)
 {
     std::vector<NoteFile> notes;
-    const bool isRead = eachEntry(folder, [&](const dirent& entry) {
+    const bool isRead = eachEntry(folder, [&](int in, const dirent& entry) {
         const auto kind = noteKind(entry.d_name);
         struct stat status { };
-        if (!kind || entry.d_type == DT_DIR || ::stat((folder / entry.d_name).c_str(), &status) != 0
-            || !S_ISREG(status.st_mode))
+        if (!kind || entry.d_type == DT_DIR || ::fstatat(in, entry.d_name, &status, 0) != 0 || !S_ISREG(status.st_mode))
             return;
-        notes.push_back(
-            {entry.d_name, *kind, std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec});
+        const std::int64_t modified = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+        notes.push_back({entry.d_name, *kind, modified, platform::fileStamp(status)});
     });
     if (!isRead && errno != ENOENT)
         failToRead(folder);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/files.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -49,6 +51,7 @@ struct NoteFile {
     std::string name; ///< of the file
     NoteKind kind = NoteKind::html;
     std::int64_t modified = 0; ///< nanoseconds since 1970
+    platform::FileStamp stamp = {};
 };
 
 /// Never empty: without any note there is the account "Local" with a folder that is not there yet. "Local" comes first.

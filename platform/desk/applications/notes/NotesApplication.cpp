@@ -133,7 +133,7 @@ Value NotesApplication::perform(const applescript::CommandCall& call)
 {
     applescript::Object* what = call.direct.is(applescript::Kind::object) ? &call.direct.asObject() : nullptr;
     if (auto* note = dynamic_cast<NoteObject*>(what)) {
-        inScriptTerms([&] { store().content(note->path()); });
+        inScriptTerms([&] { store().read(note->path(), NotePart::name); });
         inScriptTerms([&] { openNote(note->path()); });
     } else if (auto* folder = dynamic_cast<NotesFolderObject*>(what)) {
         inScriptTerms([&] { openNote(folder->folder().path); });

@@ -205,6 +205,7 @@ Value NotesFolderObject::propertyOfEvery(TermId elementClass, TermId property)
     if (elementClass != NotesTerm::note || !(isText || property == NotesTerm::modificationDate))
         return Object::propertyOfEvery(elementClass, property);
     const auto notes = inScriptTerms([&] { return store().notes(folder_.path, NoteStore::Look::asBefore); });
+    const NotePart part = property == CommonTerm::name ? NotePart::name : NotePart::text;
     std::vector<Value> values;
     values.reserve(notes.size());
     for (const NoteFile& note : notes) {
@@ -212,8 +213,7 @@ Value NotesFolderObject::propertyOfEvery(TermId elementClass, TermId property)
             values.push_back(dateOf(note.modified));
             continue;
         }
-        const NoteContent& content = store().contentOrName(folder_.path / note.name);
-        values.push_back(Value::text(property == CommonTerm::name ? content.name : content.text));
+        values.push_back(Value::text(store().readOfMany((folder_.path / note.name).native(), note.stamp, part)));
     }
     return Value::list(std::move(values));
 }
@@ -242,9 +242,10 @@ Value NoteObject::get(TermId property)
     case CommonTerm::name:
         if (!exists())
             throw ScriptError(ErrorNumber::noSuchObject);
-        return Value::text(store().contentOrName(path()).name);
+        return Value::text(store().readOfMany(
+            path().native(), platform::fileStamp(path()).value_or(platform::FileStamp()), NotePart::name));
     case NotesTerm::plaintext:
-        return inScriptTerms([&] { return Value::text(store().content(path()).text); });
+        return inScriptTerms([&] { return Value::text(store().read(path(), NotePart::text)); });
     case NotesTerm::body:
         return inScriptTerms([&] { return Value::text(store().body(path())); });
     case CommonTerm::id:
