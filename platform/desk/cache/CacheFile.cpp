@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::string_view kMark = "mervo-cache 1\n";
 constexpr std::size_t kHead = kMark.size() + 4 * sizeof(std::uint64_t) + 2 * sizeof(std::uint64_t);
-constexpr std::uint64_t kLongest = 512 * 1024 * 1024;
 
 /// What every file begins with.
 std::string markOfProgram()

@@ -19,6 +19,8 @@ namespace mervo::desk {
 /// the rest (CacheText.h).
 class CacheFile {
 public:
+    static constexpr std::size_t kLongest = 256 * 1024 * 1024; ///< bytes; a longer one is not written
+
     /// For what lies below `root`, in the folder `kind` of the cache.
     CacheFile(std::string_view kind, const std::filesystem::path& root);
 

@@ -81,7 +81,7 @@ void NoteCache::keep(std::string_view note, const platform::FileStamp& stamp, st
     std::string_view text)
 {
     drop(note);
-    if (!stamp.isSettled())
+    if (!stamp.isSettled() || freshTexts_.size() + text.size() > CacheFile::kLongest)
         return;
     Known fresh;
     fresh.stamp = stamp;
