@@ -226,17 +226,17 @@ bool DeskEventStore::requestFullAccess(Entity entity, platform::AccessPurpose pu
 
 const DeskEventStore::Folders& DeskEventStore::read(Entity entity)
 {
-    constexpr int kTries = 5; // one program that commits all the time holds up nobody for good
+    constexpr int kTries = 3;
     const path& root = settings(entity).root;
-    Folders folders;
     for (int tries = 0; tries < kTries; ++tries) {
         const auto before = commitStamp(root); // first: a commit that begins behind it changes it
         settleVdir(root);
-        folders = look(root);
+        Folders folders = look(root);
         if (commitStamp(root) == before)
-            break;
+            return read_[root] = std::move(folders);
     }
-    return read_[root] = std::move(folders);
+    const auto held = holdVdir(root); // other programs commit all the time
+    return read_[root] = look(root);
 }
 
 DeskEventStore::Folders DeskEventStore::look(const path& root)

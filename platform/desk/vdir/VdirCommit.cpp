@@ -323,15 +323,21 @@ std::optional<platform::FileStamp> commitStamp(const path& root)
     return stamp;
 }
 
+std::optional<platform::FileLock> holdVdir(const path& root)
+{
+    const path clean = normal(root);
+    if (::access(workFolder(clean).c_str(), W_OK) != 0)
+        return std::nullopt;
+    platform::FileLock held = lock(clean);
+    takeBack(clean);
+    return held;
+}
+
 void settleVdir(const path& root)
 {
     const path clean = normal(root);
-    if (::access(journalFile(clean).c_str(), F_OK) != 0 && ::access(stepFile(clean).c_str(), F_OK) != 0)
-        return;
-    if (::access(workFolder(clean).c_str(), W_OK) != 0)
-        return; // nobody can take it back here
-    const platform::FileLock held = lock(clean);
-    takeBack(clean);
+    if (::access(journalFile(clean).c_str(), F_OK) == 0 || ::access(stepFile(clean).c_str(), F_OK) == 0)
+        holdVdir(clean);
 }
 
 } // namespace mervo::desk

@@ -2,6 +2,7 @@
 
 #include "platform/desk/vdir/StagedOperation.h"
 #include "platform/files.h"
+#include "platform/lock.h"
 
 #include <filesystem>
 #include <map>
@@ -63,6 +64,9 @@ private:
 /// Takes back what a killed process left half done below a root; before anything is read from it. Costs one look where
 /// there is nothing. Waits for a commit that is under way. Throws VdirError when it cannot be finished.
 void settleVdir(const std::filesystem::path& root);
+
+/// The same, and keeps commits away as long as the lock lives. Nothing where this process must not write.
+std::optional<platform::FileLock> holdVdir(const std::filesystem::path& root);
 
 /// Another one after each commit below a root: who reads several files and finds it as before has read no part of a
 /// commit alone, where the stamp was taken before settleVdir(). Nothing where there was none yet. Waits for the next
