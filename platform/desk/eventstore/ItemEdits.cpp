@@ -4,6 +4,7 @@
 #include "platform/desk/contentlines/TextValue.h"
 #include "platform/desk/eventstore/EditedTimes.h"
 #include "platform/desk/eventstore/ItemFields.h"
+#include "platform/desk/eventstore/MovedSeries.h"
 #include "platform/desk/recurrence/ItemText.h"
 #include "platform/desk/recurrence/Recurrences.h"
 #include "platform/desk/recurrence/Rule.h"
@@ -139,6 +140,22 @@ void setTimes(ContentDocument& document, Node event, const Standing& old, const 
     const std::int64_t firstDay = dayOf(zone->wallTimeAt(start));
     const std::int64_t days = std::max<std::int64_t>(1, (zone->wallTimeAt(end) - firstDay * kDay + kDay - 1) / kDay);
     clocks.setDate(event, "DTEND", (firstDay + days) * kDay);
+}
+
+/// Changes the times of an item; what names its dates follows its start.
+template <typename Change>
+void moveAlong(ContentDocument& document, Node item, const Change& change)
+{
+    const FileClocks clocks(document);
+    const auto start = [&] {
+        auto found = clocks.read(item, "DTSTART");
+        return found ? found : clocks.read(item, "DUE");
+    };
+    const auto before = start();
+    change();
+    const auto after = start();
+    if (before && after)
+        moveDates(document, item, *before, *after);
 }
 
 /// A component of its own for one occurrence.
@@ -356,7 +373,9 @@ void change(ContentDocument& document, const EventPlace& place, const EventChang
         EventChange times = change;
         if (!found)
             times.end = change.end.value_or(start + (isAllDay ? kDay : kHour));
-        setTimes(document, event, found.value_or(Standing{0, start, start + kHour, isAllDay}), times);
+        moveAlong(document, event, [&] {
+            setTimes(document, event, found.value_or(Standing{0, start, start + kHour, isAllDay}), times);
+        });
     }
     touch(document, event, now, found && changesSchedule(change) ? Weight::schedule : Weight::text);
 }
@@ -401,7 +420,7 @@ void change(ContentDocument& document, const std::string& uid, const ReminderCha
         document.removeLines(task, "DURATION");
     }
     if (change.due)
-        setDue(document, task, *change.due);
+        moveAlong(document, task, [&] { setDue(document, task, *change.due); });
     if (change.absoluteAlarms)
         setAlarms(document, task, *change.absoluteAlarms);
     setCompletion(document, task, change, now);

@@ -1,6 +1,7 @@
 #include "platform/desk/eventstore/DeskEventStore.h"
 
 #include "platform/desk/eventstore/ItemEdits.h"
+#include "platform/desk/eventstore/ItemFields.h"
 #include "platform/desk/vdir/VdirCommit.h"
 #include "tests/support/Files.h"
 
@@ -125,6 +126,64 @@ TEST_F(EventStoreTest, changesAndDeletesOneOccurrenceAlone)
     store.commit();
     EXPECT_THAT(readFile(root() / "a/r.ics"), testing::Not(HasSubstr("RECURRENCE-ID")));
     EXPECT_EQ(store.events(kYear).size(), 2U);
+}
+
+/// What names the dates of a series stays on them when its start moves.
+TEST_F(EventStoreTest, movesAWholeSeries)
+{
+    const struct {
+        std::string before;
+        platform::EventChange change;
+        std::string after;
+    } cases[] = {
+        {"DTSTART;TZID=Europe/Paris:20260302T090000\nRRULE:FREQ=WEEKLY;UNTIL=20260420T070000Z;WKST=MO\n"
+         "EXDATE:20260309T080000Z\nEXDATE;TZID=Europe/"
+         "Paris:20260330T090000,20260406T090000\nEXDATE;VALUE=DATE:20260413\n",
+            {.start = 1'772'530'200 /* 2026-03-03 09:30 UTC */},
+            "DTSTART;TZID=Europe/Paris:20260303T103000\nRRULE:FREQ=WEEKLY;UNTIL=20260421T083000Z;WKST=MO\n"
+            "EXDATE;TZID=Europe/Paris:20260310T103000\nEXDATE;TZID=Europe/Paris:20260331T103000,20260407T103000\n"
+            "EXDATE;VALUE=DATE:20260414\n"},
+        {"DTSTART:20260302T090000Z\nRRULE:FREQ=WEEKLY;BYDAY=MO\nEXDATE:20260309T090000Z\n"
+         "RDATE;VALUE=PERIOD:20260311T090000Z/PT3H\n",
+            {.start = 1'772'532'000 /* 2026-03-03 10:00 */},
+            "DTSTART:20260303T100000Z\nRRULE:FREQ=WEEKLY;BYDAY=MO\nEXDATE:20260309T100000Z\n"
+            "RDATE;VALUE=PERIOD:20260311T100000Z/PT3H\n"},
+        {"DTSTART:20260302T090000Z\nRRULE:FREQ=DAILY;UNTIL=20260310T090000Z\nEXDATE:20260305T090000Z,no date\n"
+         "EXDATE:20260306T090000Z\n",
+            {.start = 1'772'409'600 /* 2026-03-02 */, .isAllDay = true},
+            "DTSTART;VALUE=DATE:20260302\nRRULE:FREQ=DAILY;UNTIL=20260310\nEXDATE:20260305T090000Z,no date\n"
+            "EXDATE;VALUE=DATE:20260306\nDTEND;VALUE=DATE:20260303\n"},
+    };
+    for (const auto& [before, moved, after] : cases) {
+        ContentDocument document(calendar("BEGIN:VEVENT\nUID:u\n" + before + "END:VEVENT\n"));
+        desk::change(document, {"u", {}}, moved, kNow);
+        std::string lines;
+        const auto event = itemsOf(document, "VEVENT").at(0);
+        for (const auto line : document.lines(event)) {
+            const std::string text = unfolded(document.bytes(line));
+            if (text.find("DATE") < 3 || text.find("RULE") == 1 || text.starts_with("DTSTART")
+                || text.starts_with("DTEND"))
+                lines += text + "\n";
+        }
+        EXPECT_EQ(lines, after);
+    }
+}
+
+TEST_F(EventStoreTest, movesAWholeSeriesWithItsChangedOccurrences)
+{
+    write("a/r.ics",
+        "BEGIN:VEVENT\nUID:r\nSUMMARY:Daily\nDTSTART;TZID=Europe/Paris:20260105T090000\nDURATION:PT1H\n"
+        "RRULE:FREQ=DAILY;COUNT=4\nEND:VEVENT\nBEGIN:VEVENT\nUID:r\nSUMMARY:Other\nDURATION:PT1H\n"
+        "RECURRENCE-ID:20260106T080000Z\nDTSTART:20260106T080000Z\nEND:VEVENT\nBEGIN:VEVENT\nUID:r\nSUMMARY:Moved\n"
+        "RECURRENCE-ID:20260107T080000Z\nDTSTART:20260120T080000Z\nEND:VEVENT\n");
+    auto store = this->store();
+    const Event series = store.allEvents(store.collections(Entity::events).at(0)).at(0);
+    store.change(series, {.start = series.start + 86'400 + 1800});
+    store.commit();
+    std::string shown;
+    for (const Event& event : store.events(kYear))
+        shown += fmt::format("{}{} ", event.title, (event.start - 1'767'571'200) / 1800); // half hours of 2026-01-05
+    EXPECT_EQ(shown, "Daily65 Other113 Daily209 Moved736 ");
 }
 
 TEST_F(EventStoreTest, makesTheDefaultCollectionWithTheFirstItem)
