@@ -19,6 +19,9 @@ struct Command {
     bool inheritStandardError = false; ///< true: the child writes to our standard error, and `error` stays empty
     /// Whether it leads a session and process group of its own. Otherwise it ends with our group.
     bool ownSession = true;
+    std::string folder = {}; ///< its current directory; empty: ours
+    /// All of its environment as "NAME=value"; nothing: ours.
+    std::optional<std::vector<std::string>> environment = {};
 };
 
 struct Outcome {
@@ -79,6 +82,27 @@ private:
 
 /// What the system calls a signal ("Killed").
 std::string signalName(int signal);
+
+/// The environment of this process as "NAME=value", in the system's order.
+std::vector<std::string> environment();
+
+/// What the system tells of a process.
+struct ProcessFacts {
+    std::int64_t parent = 0; ///< 0 for the first of all, and for one whose parent cannot be seen
+    std::int64_t session = 0; ///< the number of its session's leader
+    bool isEnding = false; ///< it has ended, and only its number is left
+    std::chrono::seconds age{}; ///< how long ago it was started, time asleep counted
+    std::vector<std::string> words; ///< its command line; empty for one that is ending
+};
+/// Nothing when there is no such process.
+std::optional<ProcessFacts> processFacts(std::int64_t processId);
+
+/// Asks the processes of a session (setsid) to end, by the number of its leader, which may have ended before; what is
+/// left after `mercy` is killed.
+void endSession(std::int64_t leader, std::chrono::milliseconds mercy);
+
+/// The number of this process.
+std::int64_t ownProcess() noexcept;
 
 /// Whether a process with this number is there and ours to signal. False for 0 and below.
 bool isRunning(std::int64_t processId) noexcept;

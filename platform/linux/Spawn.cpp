@@ -16,22 +16,35 @@ namespace {
 
 constexpr int kNotRun = 127;
 
-/// The arguments as the system wants them. The texts stay the command's.
-std::vector<char*> argumentVector(const Command& command)
-{
-    const auto add = [](std::vector<char*>& list, const std::string& text) {
+/// What the new program is, as the system wants it. The texts stay the command's.
+class Image {
+public:
+    explicit Image(const Command& command)
+    {
+        add(arguments_, command.program);
+        for (const std::string& argument : command.arguments)
+            add(arguments_, argument);
+        arguments_.push_back(nullptr);
+        if (!command.environment)
+            return;
+        for (const std::string& variable : *command.environment)
+            add(environment_, variable);
+        environment_.push_back(nullptr);
+    }
+
+    char* const* arguments() const { return arguments_.data(); }
+    char* const* environment() const { return environment_.empty() ? environ : environment_.data(); }
+
+private:
+    static void add(std::vector<char*>& list, const std::string& text)
+    {
         if (text.find('\0') != std::string::npos)
             throw NotStarted(EINVAL);
         list.push_back(const_cast<char*>(text.c_str()));
-    };
-    std::vector<char*> list;
-    list.reserve(command.arguments.size() + 2);
-    add(list, command.program);
-    for (const std::string& argument : command.arguments)
-        add(list, argument);
-    list.push_back(nullptr);
-    return list;
-}
+    }
+
+    std::vector<char*> arguments_, environment_;
+};
 
 /// Keeps every signal away from this thread: a handler must not run in the child, whose memory is ours until it has
 /// become the other program.
@@ -102,13 +115,13 @@ bool prepare(const Start& start, pid_t parent)
 
 // The child shares this process's memory, and this thread waits, until it is the other program or has ended.
 [[gnu::noinline]] pid_t startChild(
-    const char* program, char* const* arguments, const Start& start, pid_t parent, volatile int* failure)
+    const Command& command, const Image& image, const Start& start, pid_t parent, volatile int* failure)
 {
     const pid_t id = ::vfork();
     if (id != 0)
         return id;
-    if (prepare(start, parent))
-        ::execve(program, arguments, environ);
+    if (prepare(start, parent) && (command.folder.empty() || ::chdir(command.folder.c_str()) == 0))
+        ::execve(command.program.c_str(), image.arguments(), image.environment());
     *failure = errno;
     ::_exit(kNotRun);
 }
@@ -117,12 +130,12 @@ bool prepare(const Start& start, pid_t parent)
 
 pid_t spawn(const Command& command, const Start& start)
 {
-    const std::vector<char*> arguments = argumentVector(command);
+    const Image image(command);
     volatile int failure = 0;
     pid_t id = -1;
     {
         const NoSignals quiet;
-        id = startChild(command.program.c_str(), arguments.data(), start, ::getpid(), &failure);
+        id = startChild(command, image, start, ::getpid(), &failure);
         if (id < 0)
             failure = errno;
     }

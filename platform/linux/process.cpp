@@ -1,6 +1,6 @@
 #include "platform/process.h"
 
-#include "platform/descriptor.h"
+#include "platform/linux/Child.h"
 #include "platform/linux/Spawn.h"
 #include "platform/stop.h"
 
@@ -14,7 +14,6 @@
 #include <poll.h>
 #include <string_view>
 #include <sys/mman.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -28,17 +27,6 @@ struct Pipe {
     Descriptor read;
     Descriptor write;
 };
-
-/// A descriptor above the standard three, so that placing one in the child never overwrites another.
-Descriptor aboveStandard(Descriptor descriptor)
-{
-    if (descriptor.get() > STDERR_FILENO)
-        return descriptor;
-    const int moved = fcntl(descriptor.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    if (moved < 0)
-        throw NotStarted(errno, NotStarted::Step::pipe);
-    return Descriptor(moved);
-}
 
 Pipe makePipe()
 {
@@ -66,49 +54,6 @@ Descriptor sealed(std::string_view text)
         throw NotStarted(errno, NotStarted::Step::pipe);
     return memory;
 }
-
-/// A started program. One that is dropped before its end (memory ran out while reading) is ended and reaped.
-class Child {
-public:
-    Child(pid_t id, bool leadsGroup)
-        : id_(id)
-        , leadsGroup_(leadsGroup)
-        , end_(static_cast<int>(::syscall(SYS_pidfd_open, id, 0)))
-    {
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-    ~Child()
-    {
-        if (id_ > 0) {
-            signal(SIGKILL);
-            wait();
-        }
-    }
-
-    /// Readable when it has ended; closed on a system that cannot tell.
-    const Descriptor& end() const { return end_; }
-
-    /// To the program and, where it leads one, its whole group. Before `wait`, while the number is still its own.
-    void signal(int number) const noexcept { kill(leadsGroup_ ? -id_ : id_, number); }
-
-    /// The wait status; nothing when the process has asked not to be told of its children.
-    std::optional<int> wait() noexcept
-    {
-        const pid_t id = std::exchange(id_, -1);
-        int status = 0;
-        while (waitpid(id, &status, 0) < 0) {
-            if (errno != EINTR)
-                return std::nullopt;
-        }
-        return status;
-    }
-
-private:
-    pid_t id_;
-    bool leadsGroup_;
-    Descriptor end_;
-};
 
 /// Ends a child in two steps once this process is asked to stop: a request, and a moment later force.
 class Ending {
@@ -190,15 +135,6 @@ void awaitEnd(const Child& child, Ending& ending)
         std::array<pollfd, 2> waited{{{child.end().get(), POLLIN, 0}, ending.request()}};
         if (poll(waited.data(), waited.size(), ending.patience()) > 0 && waited[0].revents != 0)
             return;
-    }
-}
-
-void setStatus(Outcome& outcome, int status)
-{
-    if (WIFEXITED(status)) {
-        outcome.status = WEXITSTATUS(status);
-    } else if (WIFSIGNALED(status)) {
-        outcome.signal = WTERMSIG(status);
     }
 }
 
