@@ -23,6 +23,7 @@ public:
     std::filesystem::path done() const { return run(".done"); } ///< the run's exit code as text: the run is over
     std::filesystem::path prompt() const { return run(".prompt"); }
     std::filesystem::path wrapper() const { return run(".run.sh"); }
+    std::filesystem::path window() const { return run(".window"); } ///< the id of a visible run's terminal session
     std::filesystem::path failureTail() const { return run(".failtail.txt"); } ///< body of the failure mail
 
     std::filesystem::path log() const { return log(".log"); }
