@@ -44,15 +44,6 @@ bool isThere(const fs::path& file)
     return fs::exists(file, unreadable);
 }
 
-/// Failures show when a file is written there.
-void makeFolders()
-{
-    const fs::path home = RondelEngine::home();
-    for (const char* folder : {"automations", ".runtime/logs", ".runtime/run", ".runtime/state"})
-        platform::createPrivateFolder(home / folder);
-    platform::createPrivateFolder(Job::folder());
-}
-
 void throwIf(const std::error_code& error, const fs::path& file)
 {
     if (error)
@@ -105,6 +96,15 @@ fs::path RondelEngine::home()
     std::error_code gone;
     const fs::path home = ConfigDir::url();
     return home.is_absolute() ? home : fs::absolute(home, gone);
+}
+
+void RondelEngine::makeFolders() noexcept
+try {
+    const fs::path root = home();
+    for (const char* folder : {"automations", ".runtime/logs", ".runtime/run", ".runtime/state"})
+        platform::createPrivateFolder(root / folder);
+    platform::createPrivateFolder(Job::folder());
+} catch (const std::exception&) { // as any other failure
 }
 
 fs::path RondelEngine::automationsDir()

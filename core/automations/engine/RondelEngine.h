@@ -26,6 +26,8 @@ public:
     /// The root of the engine's files: the home directory, as an absolute path.
     static std::filesystem::path home();
     static std::filesystem::path automationsDir();
+    /// Makes the folders of the home and that of the jobs. Failures show when a file is written there.
+    static void makeFolders() noexcept;
     /// The log of an automation's runs; an empty path if no automation can have this name.
     static std::filesystem::path logURL(std::string_view name);
     /// The program that jobs run.

@@ -2,7 +2,9 @@
 
 #include "core/automations/engine/Programs.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,10 +28,16 @@ public:
     int run(std::vector<std::string> arguments) const;
 
     bool hasSession(std::string_view automation) const;
-    /// Ends the session and what runs in it; false when there was none.
+    /// Whether tmux says that there is none: not when it could not be asked.
+    bool isWithoutSession(std::string_view automation) const;
+    /// The processes that its panes run, each the leader of a session of the system.
+    std::vector<std::int64_t> paneProcesses(std::string_view automation) const;
+    /// Ends the session and hangs up what runs in it; false when there was none.
     bool killSession(std::string_view automation) const;
 
 private:
+    std::optional<platform::Outcome> outcome(std::vector<std::string> arguments) const;
+
     std::filesystem::path socket_;
     RunProgram run_;
 };
