@@ -1,6 +1,8 @@
 #include "frontends/cli/Call.h"
 
+#include "core/automations/model/RunLock.h"
 #include "core/catalogue/Catalogue.h"
+#include "core/foundation/ConfigDir.h"
 #include "core/foundation/Nearest.h"
 #include "core/policy/ActorName.h"
 #include "platform/unicode.h"
@@ -68,10 +70,11 @@ Call readCall(const Arguments& arguments, Io& io)
 
 std::string actor()
 {
-    const char* const automation = std::getenv("RONDEL_RUN"); // set by the supervisor of a run: the automation's name
-    if (automation == nullptr || *automation == '\0')
-        return "cli";
-    return actorName("auto", automation);
+    const char* const automation = std::getenv("RONDEL_RUN"); // set for agents: the automation's name
+    if (automation != nullptr && *automation != '\0')
+        return actorName("auto", automation);
+    const auto run = RunLock::runAbove(ConfigDir::url());
+    return run ? actorName("auto", *run) : "cli";
 }
 
 } // namespace mervo::cli

@@ -24,7 +24,8 @@ const Tool& findTool(const std::string& id);
 /// cannot be read.
 Call readCall(const Arguments& arguments, Io& io);
 
-/// On whose behalf this process acts, for the audit trail: "auto:<name>" inside a run of an automation, else "cli".
+/// On whose behalf this process acts, for the audit trail: "auto:<name>" inside a run of an automation, as RONDEL_RUN
+/// or the process that supervises it tells, else "cli".
 std::string actor();
 
 } // namespace mervo::cli

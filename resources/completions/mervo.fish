@@ -22,7 +22,7 @@ complete -c mervo -n '__mervo_words 1' -a explain -d 'say what the gate would de
 complete -c mervo -n '__mervo_words 1' -a pending -d 'list what waits for the owner'
 complete -c mervo -n '__mervo_words 1' -a autonomy -d 'show the autonomy level, or lower it'
 complete -c mervo -n '__mervo_words 1' -a auto-run -d 'run an automation once'
-complete -c mervo -n '__mervo_words 1' -a auto-done -d 'end the run of an automation'
+complete -c mervo -n '__mervo_words 1' -a auto-done -d 'end the run of an automation, from inside'
 complete -c mervo -n '__mervo_words 1' -a permissions -d 'show what you let Mervo use'
 complete -c mervo -n '__mervo_words 1' -a bootstrap-permissions -d 'ask you for every consent in one go'
 complete -c mervo -n '__mervo_words 1' -a secret -d 'keep the app password of a mail account, or try it'
@@ -34,7 +34,7 @@ complete -c mervo -n '__fish_seen_subcommand_from run explain; and not __mervo_w
 complete -c mervo -n '__fish_seen_subcommand_from run explain tools pending permissions bootstrap-permissions doctor' -l json -d 'print JSON instead of text'
 complete -c mervo -n '__fish_seen_subcommand_from tools' -l ids -d 'the ids alone'
 complete -c mervo -n '__fish_seen_subcommand_from tools' -l arguments -d "the names of one tool's arguments alone"
-complete -c mervo -n '__fish_seen_subcommand_from auto-run' -l force -d 'run it although it is paused or not due'
+complete -c mervo -n '__fish_seen_subcommand_from auto-run' -l force -d 'run it although it is paused'
 complete -c mervo -n '__fish_seen_subcommand_from pending; and __mervo_words 2' -a "(mervo pending 2>/dev/null | string match -rg '^([0-9A-F]{8})  ')"
 complete -c mervo -n '__fish_seen_subcommand_from autonomy; and __mervo_words 2' -a 'panic copilote yolo'
 complete -c mervo -n '__fish_seen_subcommand_from secret; and __mervo_words 2' -a 'set test'

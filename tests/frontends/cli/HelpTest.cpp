@@ -45,19 +45,4 @@ TEST_F(HelpTest, nothingHereDecidesForThePerson)
     EXPECT_EQ(mervo({"help", "nothing"}).status, 2);
 }
 
-TEST_F(HelpTest, commandsWithoutTheirEngineSaySo)
-{
-    const std::pair<std::vector<std::string>, std::string> cases[]{
-        {{"auto-run", "morning", "--force"}, "auto-run needs the automation engine"},
-        {{"auto-done", "3"}, "auto-done needs the automation engine"},
-    };
-    for (const auto& [words, sentence] : cases) {
-        const Ended run = mervo(words);
-        EXPECT_EQ(run.status, 1);
-        EXPECT_EQ(run.err, "error: mervo " + sentence + ", which this build does not have\n");
-    }
-    EXPECT_EQ(mervo({"auto-run"}).status, 2);
-    EXPECT_FALSE(std::filesystem::exists(home()));
-}
-
 } // namespace mervo::test
