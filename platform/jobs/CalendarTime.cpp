@@ -71,4 +71,23 @@ Calendar calendarOf(std::vector<CalendarTime> times)
     };
 }
 
+std::vector<WallTime> gapsOfTheClock(WallTime from, days length)
+{
+    const platform::OffsetAt offsetAt = platform::localOffset();
+    std::vector<WallTime> gaps;
+    const auto begin = floor<seconds>(from);
+    for (auto before = begin; before < begin + length; before += days(1)) {
+        auto lower = before, upper = before + days(1);
+        const seconds old = offsetAt(lower);
+        if (offsetAt(upper) <= old)
+            continue;
+        while (upper - lower > 1s) {
+            const auto middle = lower + (upper - lower) / 2;
+            (offsetAt(middle) == old ? lower : upper) = middle;
+        }
+        gaps.push_back(upper);
+    }
+    return gaps;
+}
+
 } // namespace mervo::jobs

@@ -18,4 +18,7 @@ struct CalendarTime {
 /// the gap, one that it doubles comes once.
 Calendar calendarOf(std::vector<CalendarTime> times);
 
+/// The first moments behind the gaps that the clock of this process's time zone makes in a length of time.
+std::vector<WallTime> gapsOfTheClock(WallTime from, std::chrono::days length);
+
 } // namespace mervo::jobs

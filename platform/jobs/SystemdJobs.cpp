@@ -158,7 +158,7 @@ fs::path propertyList(const std::string& label)
 
 void load(const Job& job)
 {
-    const Units units = unitsOf(withPath(job));
+    const Units units = unitsOf(withPath(job), std::chrono::system_clock::now());
     const Files files(job.label);
     refuseForeign(files.service);
     refuseForeign(files.timer);

@@ -1,13 +1,17 @@
 #include "platform/jobs/SystemdUnits.h"
 
+#include "platform/unicode.h"
+
 #include <algorithm>
 #include <array>
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 namespace mervo::jobs {
 
 namespace {
 
+constexpr std::chrono::days kKnownAhead{10 * 366};
 constexpr std::string_view kMade = "# Made by launchctl from ";
 
 bool isControl(char c)
@@ -102,23 +106,41 @@ std::string service(const Job& job)
     return text + (job.runAtLoad ? "\n[Install]\nWantedBy=default.target\n" : "");
 }
 
-std::string timer(const Job& job)
+/// The runs of skipped times, a line each.
+std::string behindGaps(const Job& job, WallTime now)
+{
+    const Calendar calendar = calendarOf(job.calendar);
+    std::string lines;
+    for (const WallTime gap : gapsOfTheClock(now, kKnownAhead)) {
+        if (calendar(gap - std::chrono::seconds(1)) == gap)
+            lines += fmt::format(
+                "OnCalendar={:%Y-%m-%d %H:%M:%S} UTC\n", fmt::gmtime(std::chrono::system_clock::to_time_t(gap)));
+    }
+    return lines;
+}
+
+std::string timer(const Job& job, WallTime now)
 {
     std::string text = firstLine(job) + fmt::format("[Unit]\nDescription=Times of job {}\n\n[Timer]\n", job.label);
     if (job.interval)
         text += fmt::format("OnActiveSec={0}s\nOnUnitActiveSec={0}s\n", job.interval->count());
     for (const CalendarTime& time : job.calendar)
         text += onCalendar(time);
+    text += behindGaps(job, now);
     return text + "AccuracySec=1s\nPersistent=false\n\n[Install]\nWantedBy=timers.target\n";
 }
 
 } // namespace
 
-Units unitsOf(const Job& job)
+Units unitsOf(const Job& job, WallTime now)
 {
     Units units{service(job), std::nullopt};
+    if (!platform::isValidUtf8(std::string_view(units.service).substr(units.service.find('\n'))))
+        throw NotWritable(
+            "systemd takes texts in UTF-8 alone, and a program, argument, variable or path of this job is "
+            "none. Change it.");
     if (job.interval || !job.calendar.empty())
-        units.timer = timer(job);
+        units.timer = timer(job, now);
     return units;
 }
 

@@ -22,8 +22,10 @@ public:
 };
 
 /// `job` is to have an absolute program. Both texts begin with a line that names the property list, from which
-/// `propertyListOf` reads it. Throws NotWritable.
-Units unitsOf(const Job& job);
+/// `propertyListOf` reads it. systemd leaves out a time that a change of the clock skips; the timer therefore names the
+/// moments of its runs behind such gaps, by the rules of this process's time zone as they are known `now`, for ten
+/// years. Throws NotWritable.
+Units unitsOf(const Job& job, WallTime now);
 
 /// The property list that a unit was made from; nothing when it is somebody else's unit.
 std::optional<std::string> propertyListOf(std::string_view unit);
