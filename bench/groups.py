@@ -15,6 +15,7 @@ from calendar_items import calendar
 from contacts import contacts
 from figures import MS, Figure, added
 from items import items
+from jobs import jobs
 from notes import notes
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -281,4 +282,4 @@ def peer(got):
 
 GROUPS = {"command line": command_line, "server": server, "mail": mail_search, "body": body, "bulk": bulk, "archive": archive,
           "contacts": contacts, "calendar": calendar, "items": items, "notes": notes, "gate": gate, "cockpit": cockpit,
-          "application": application}
+          "application": application, "jobs": jobs}
