@@ -4,6 +4,7 @@
 #include "platform/desk/settings/Places.h"
 #include "platform/files.h"
 
+#include <cerrno>
 #include <exception>
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -33,7 +34,8 @@ bool readAt(const platform::Descriptor& file, std::uint64_t offset, std::span<ch
 } // namespace
 
 CacheFile::CacheFile(std::string_view kind, const std::filesystem::path& root)
-    : file_(cacheFolder() / kind / fmt::format("{:016x}", cacheChecksum(root.lexically_normal().native())))
+    : file_(cacheFolder() / kind
+        / fmt::format("{}-{:016x}", ::program_invocation_short_name, cacheChecksum(root.lexically_normal().native())))
 {
 }
 

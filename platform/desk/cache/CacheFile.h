@@ -21,7 +21,7 @@ class CacheFile {
 public:
     static constexpr std::size_t kLongest = 256 * 1024 * 1024; ///< bytes; a longer one is not written
 
-    /// For what lies below `root`, in the folder `kind` of the cache.
+    /// For what lies below `root`, in the folder `kind` of the cache. Programs have their own.
     CacheFile(std::string_view kind, const std::filesystem::path& root);
 
     /// Reads the file as it is now. Its front, which stays valid until the next `open`; empty when there is none.
