@@ -87,7 +87,7 @@ struct AddressBook::OpenFile {
 
 std::string Card::id() const
 {
-    return contact.uid.empty() ? fmt::format("{}#{}", file.filename().string(), index) : contact.uid;
+    return contact->uid.empty() ? fmt::format("{}#{}", fileName, index) : contact->uid;
 }
 
 AddressBook::AddressBook(fs::path root)
@@ -114,7 +114,9 @@ void AddressBook::load()
     if (isLoaded_)
         return;
     inContactTerms([&] { settleVdir(root_); });
-    VdirListing listing = listVdir(root_, kExtension);
+    cache_ = std::make_unique<ContactCache>(root_);
+    const VdirListing listing = listVdir(root_, kExtension,
+        [&](const fs::path& folder, const platform::FileStamp& stamp) { return cache_->names(folder, stamp); });
     if (!listing.fault.empty())
         throw ContactError(fmt::format("The folder “{}” cannot be read ({}).", root_.string(), listing.fault));
     isLoaded_ = true;
@@ -127,43 +129,41 @@ void AddressBook::load()
     }
     for (const SkippedFile& skipped : listing.skipped)
         damaged_.push_back({skipped.file, skipped.why});
-    ContactCache cache(root_);
-    for (const VdirCollection& collection : listing.collections) {
-        for (const VdirItem& item : collection.items) {
-            const std::string known = collection.id + "/" + item.name;
-            const fs::path file = collection.folder / item.name;
-            ItemStamp stamp = item.stamp;
-            auto cards = cache.find(known, stamp);
-            if (!cards) {
-                cards = readCards(file, stamp);
-                if (cards->isRead)
-                    cache.keep(known, stamp, *cards);
-            }
-            take(file, stamp, *std::move(cards));
-        }
-    }
-    cache.write();
+    for (const VdirCollection& collection : listing.collections)
+        take(collection);
+    cache_->write(listing.collections);
 }
 
-void AddressBook::take(const fs::path& file, const ItemStamp& stamp, ReadCards cards)
+void AddressBook::take(const VdirCollection& collection)
 {
-    if (!cards.why.empty())
-        damaged_.push_back({file, cards.why});
-    for (std::size_t index = 0; index < cards.contacts.size(); ++index)
-        cards_.push_back(std::make_shared<Card>(Card{std::move(cards.contacts[index]), file, index, stamp}));
+    const auto folder = std::make_shared<const fs::path>(collection.folder);
+    for (const VdirItem& item : collection.items) {
+        ItemStamp stamp = item.stamp;
+        auto cards = cache_->find(collection.folder, item);
+        if (!cards) {
+            cards = readCards(*folder / item.name, stamp);
+            cache_->keep(item, *cards);
+        }
+        if (!cards->why.empty())
+            damaged_.push_back({*folder / item.name, cards->why});
+        for (std::size_t index = 0; index < cards->contacts.size(); ++index)
+            cards_.push_back(
+                std::make_shared<Card>(Card{std::move(cards->contacts[index]), folder, item.name, index, stamp}));
+    }
 }
 
 AddressBook::OpenFile& AddressBook::openFile(const Card& card)
 {
-    auto& open = open_[card.file];
+    const fs::path file = card.file();
+    auto& open = open_[file];
     if (open)
         return *open;
     std::string why;
-    auto item = readItem(card.file, why);
+    auto item = readItem(file, why);
     if (!item || item->stamp != card.stamp) {
-        open_.erase(card.file);
+        open_.erase(file);
         throw ContactError(fmt::format(
-            "{} cannot be changed: {}.", card.file.string(), item ? "another program has changed it meanwhile" : why));
+            "{} cannot be changed: {}.", file.string(), item ? "another program has changed it meanwhile" : why));
     }
     open = std::make_unique<OpenFile>(std::move(item->bytes), false);
     return *open;
@@ -174,8 +174,9 @@ AddressBook::CardRef AddressBook::add()
     load();
     const std::string uid = newUuid();
     auto card = std::make_shared<Card>();
-    card->file = newFolder_ / (uid + kExtension);
-    auto& open = open_[card->file];
+    card->folder = std::make_shared<const fs::path>(newFolder_);
+    card->fileName = uid + kExtension;
+    auto& open = open_[card->file()];
     open = std::make_unique<OpenFile>(emptyCard(uid), true);
     card->contact = readContact(open->document, open->cards.front());
     open->isEdited.front() = true;
@@ -228,13 +229,14 @@ void AddressBook::save()
 
 std::string AddressBook::textOf(const CardRef& card)
 {
-    const auto open = open_.find(card->file);
+    const fs::path path = card->file();
+    const auto open = open_.find(path);
     if (open != open_.end())
         return open->second->document.bytes(open->second->cards.at(card->index));
     std::string why;
-    auto item = readItem(card->file, why);
+    auto item = readItem(path, why);
     if (!item || item->stamp != card->stamp)
-        throw ContactError(fmt::format("{} cannot be read as it was.", card->file.string()));
+        throw ContactError(fmt::format("{} cannot be read as it was.", path.string()));
     const OpenFile file(std::move(item->bytes), false);
     return file.document.bytes(file.cards.at(card->index));
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/desk/addressbook/Contact.h"
+#include "platform/desk/addressbook/LazyContact.h"
 #include "platform/desk/vdir/ItemFile.h"
 
 #include <cstdint>
@@ -14,7 +14,8 @@
 
 namespace mervo::desk {
 
-struct ReadCards;
+class ContactCache;
+struct VdirCollection;
 
 /// What the address book could not do; what() is one sentence for the owner.
 class ContactError final : public std::runtime_error {
@@ -24,12 +25,14 @@ public:
 
 /// A card and where it lies.
 struct Card {
-    Contact contact;
-    std::filesystem::path file;
+    LazyContact contact;
+    std::shared_ptr<const std::filesystem::path> folder;
+    std::string fileName;
     std::size_t index = 0; ///< which card of the file
     ItemStamp stamp; ///< of the file as it was read
     bool isGone = false;
 
+    std::filesystem::path file() const { return *folder / fileName; }
     std::string id() const; ///< its UID; without one the file's name and the place in it
 };
 
@@ -73,11 +76,11 @@ private:
     struct OpenFile;
 
     void load();
-    void take(const std::filesystem::path& file, const ItemStamp& stamp, ReadCards cards);
+    void take(const VdirCollection& collection);
     OpenFile& openFile(const Card& card);
-    std::filesystem::path folderForNew();
 
     std::filesystem::path root_;
+    std::unique_ptr<ContactCache> cache_; // with the bytes of contacts that are not unpacked
     bool isLoaded_ = false;
     std::filesystem::path newFolder_;
     std::vector<CardRef> cards_;

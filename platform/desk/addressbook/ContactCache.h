@@ -1,7 +1,9 @@
 #pragma once
 
-#include "platform/desk/addressbook/Contact.h"
-#include "platform/desk/vdir/ItemFile.h"
+#include "platform/desk/addressbook/LazyContact.h"
+#include "platform/desk/cache/CacheFile.h"
+#include "platform/desk/vdir/Vdir.h"
+#include "platform/files.h"
 
 #include <filesystem>
 #include <optional>
@@ -14,42 +16,52 @@ namespace mervo::desk {
 
 /// What a file of cards said when it was last read.
 struct ReadCards {
-    std::vector<Contact> contacts;
+    std::vector<LazyContact> contacts;
     std::string why; ///< what is damaged; empty: nothing
     bool isRead = false; ///< false: the system did not give the file, which another time it may
 };
 
-/// The contacts of files that have not changed, so that 5,000 of them need not be opened at each call. One file below
-/// the desk's cache folder for each address book; it may be deleted at any time, and a damaged one counts as none.
-/// Nothing here throws for the sake of the cache.
+/// The contacts of files that have not changed, so that 5,000 of them need not be opened at each call. Nothing here
+/// throws for the sake of the cache.
 ///
-/// The file: "mervo-contacts 1\n", a checksum (itemFingerprint) of what follows, then for each file its path below the
-/// root, inode, size, modification time and contacts. Numbers are of 8 bytes in the machine's order, texts have their
-/// length in front.
+/// The front of the file (CacheFile.h): for each folder its path, its stamp (VdirCollection; zero: none) and the number
+/// of its files; for each of these, in the order of the names, its name with NUL, its stamp (zero: not to be trusted),
+/// and as one text what is damaged, the number of its cards and the cards (packed()).
 class ContactCache {
 public:
+    /// `root` is that of the address book.
     explicit ContactCache(const std::filesystem::path& root);
 
-    /// Nothing when the file was not known, or has another stamp.
-    std::optional<ReadCards> find(const std::string& file, const ItemStamp& stamp) const;
+    /// For listVdir; they live as long as this object.
+    std::optional<std::vector<std::string_view>> names(
+        const std::filesystem::path& folder, const platform::FileStamp& stamp) const;
+    /// Nothing when the file was not known, or has another stamp. The contacts live as long as this object.
+    std::optional<ReadCards> find(const std::filesystem::path& folder, const VdirItem& item);
     /// For the next time; a file that was written a moment ago is not kept, since its stamp does not tell enough.
-    void keep(const std::string& file, const ItemStamp& stamp, const ReadCards& cards);
-    /// Writes what `find` gave and what was kept, when anything is new or gone. A full disk changes nothing.
-    void write() noexcept;
+    /// `item` has its stamp from before it was read, and stays where it is until `write`.
+    void keep(const VdirItem& item, const ReadCards& cards);
+    /// Writes what is known of the files that are listed, when anything is new or gone.
+    void write(const std::vector<VdirCollection>& listed) noexcept;
 
 private:
-    struct Entry {
-        ItemStamp stamp;
-        std::string_view cards; // encoded, in bytes_
-        mutable bool isUsed = false;
+    struct File {
+        std::string_view name;
+        platform::FileStamp stamp;
+        std::string_view cards;
+    };
+    struct Folder {
+        platform::FileStamp stamp;
+        std::vector<File> files; ///< by name
     };
 
     void read();
+    const File* standing(const std::filesystem::path& folder, const VdirItem& item) const;
+    std::string front(const std::vector<VdirCollection>& listed) const;
+    bool isAsListed(const std::vector<VdirCollection>& listed) const;
 
-    std::filesystem::path file_;
-    std::string bytes_;
-    std::unordered_map<std::string_view, Entry> entries_; // by path, in bytes_
-    std::string fresh_; // encoded entries
+    CacheFile file_;
+    std::unordered_map<std::string_view, Folder> folders_; // by path, in the front of the file
+    std::unordered_map<const VdirItem*, std::string> fresh_; // the cards
 };
 
 } // namespace mervo::desk

@@ -24,6 +24,8 @@ public:
     }
     bool isDone() const noexcept { return left_.empty(); }
     std::uint64_t number();
+    /// All that is left.
+    std::string_view rest() { return piece(left_.size()); }
     std::string_view text() { return piece(number()); }
     platform::FileStamp stamp();
     /// A number of things, of which each takes up at least one byte of what is left.

@@ -55,6 +55,7 @@ struct Entry {
     mode_t mode = 0;
     int error = 0; ///< of the look; 0: none
     ItemStamp stamp = {};
+    platform::FileStamp status = {};
 };
 
 void lookAt(int folder, std::span<Entry> entries)
@@ -67,6 +68,7 @@ void lookAt(int folder, std::span<Entry> entries)
         }
         entry.mode = status.st_mode;
         entry.stamp = stampOf(status);
+        entry.status = platform::fileStamp(status);
     }
 }
 
@@ -200,7 +202,7 @@ private:
             if (entry.isItem && entry.error != ENOENT)
                 skip(path / entry.name, std::generic_category().message(entry.error));
         } else if (entry.isItem && S_ISREG(entry.mode)) {
-            contents.items.push_back({std::string(entry.name), entry.stamp});
+            contents.items.push_back({std::string(entry.name), entry.stamp, entry.status});
         } else if (entry.isItem) {
             contents.hasOthers = true;
             skip(path / entry.name, "no regular file");

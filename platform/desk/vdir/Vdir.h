@@ -17,6 +17,7 @@ namespace mervo::desk {
 struct VdirItem {
     std::string name; ///< of the file
     ItemStamp stamp;
+    platform::FileStamp status; ///< another one after every change, also of a program that sets times
 };
 
 /// A file with an item's name that is none: a folder, a pipe, a device.

@@ -73,17 +73,18 @@ std::string textOf(const Value& value)
     return value.is(applescript::Kind::missing) ? std::string() : applescript::toString(value);
 }
 
-Value valueProperty(const ContactValue& value, const std::string& id, TermId property)
-{
-    if (property == CommonTerm::id)
-        return Value::text(id);
-    return property == ContactTerm::label ? textOrMissing(value.label) : Value::text(value.value);
-}
-
 std::string valueId(const CardRef& card, ContactValueKind kind, std::size_t index)
 {
     constexpr const char* kNames[] = {"email", "phone", "url"};
     return fmt::format("{}:{}:{}", card->id(), kNames[static_cast<int>(kind)], index + 1);
+}
+
+Value valueProperty(const CardRef& card, ContactValueKind kind, std::size_t index, TermId property)
+{
+    const ContactValue& value = card->contact->all(kind)[index];
+    if (property == CommonTerm::id)
+        return Value::text(valueId(card, kind, index));
+    return property == ContactTerm::label ? textOrMissing(value.label) : Value::text(value.value);
 }
 
 } // namespace
@@ -104,12 +105,12 @@ std::optional<ContactValueKind> valueKind(TermId objectClass)
 
 Value cardProperty(AddressBook& book, const CardRef& card, TermId property)
 {
-    const Contact& contact = card->contact;
+    if (property == CommonTerm::name)
+        return Value::text(card->contact.name());
+    const Contact& contact = *card->contact;
     if (const auto field = fieldOf(property))
         return textOrMissing(contact.field(*field));
     switch (property) {
-    case CommonTerm::name:
-        return Value::text(contact.name);
     case CommonTerm::id:
         return Value::text(card->id());
     case ContactTerm::company:
@@ -139,7 +140,7 @@ Value ContactsRoot::every(TermId elementClass)
 {
     std::vector<Value> found;
     for (const CardRef& card : contacts().cards()) {
-        if (card->contact.isGroup == (elementClass == ContactTerm::group))
+        if (card->contact.isGroup() == (elementClass == ContactTerm::group))
             found.push_back(Value::object(makeRef<CardObject>(contacts(), card)));
     }
     return Value::list(std::move(found));
@@ -149,14 +150,14 @@ Value ContactsRoot::propertyOfEvery(TermId elementClass, TermId property)
 {
     std::vector<Value> found;
     for (const CardRef& card : contacts().cards()) {
-        if (card->contact.isGroup == (elementClass == ContactTerm::group))
+        if (card->contact.isGroup() == (elementClass == ContactTerm::group))
             found.push_back(cardProperty(contacts().book(), card, property));
     }
     return Value::list(std::move(found));
 }
 
 CardObject::CardObject(ContactsApplication& contacts, CardRef card)
-    : ContactsObject(contacts, card->contact.isGroup ? ContactTerm::group : ContactTerm::person)
+    : ContactsObject(contacts, card->contact.isGroup() ? ContactTerm::group : ContactTerm::person)
     , card_(std::move(card))
 {
 }
@@ -205,14 +206,14 @@ Value CardObject::every(TermId elementClass)
 {
     std::vector<Value> found;
     if (const auto kind = valueKind(elementClass)) {
-        for (std::size_t index = 0; index < card_->contact.all(*kind).size(); ++index)
+        for (std::size_t index = 0; index < card_->contact->all(*kind).size(); ++index)
             found.push_back(Value::object(makeRef<ValueObject>(contacts(), card_, *kind, index)));
         return Value::list(std::move(found));
     }
-    const auto& members = card_->contact.members;
+    const auto& members = card_->contact->members;
     for (const CardRef& card : contacts().cards()) {
-        const bool isMember = std::ranges::find(members, card->contact.uid) != members.end();
-        if (isMember && card->contact.isGroup == (elementClass == ContactTerm::group))
+        const bool isMember = std::ranges::find(members, card->contact->uid) != members.end();
+        if (isMember && card->contact.isGroup() == (elementClass == ContactTerm::group))
             found.push_back(Value::object(makeRef<CardObject>(contacts(), card)));
     }
     return Value::list(std::move(found));
@@ -224,9 +225,8 @@ Value CardObject::propertyOfEvery(TermId elementClass, TermId property)
     if (!kind)
         return Object::propertyOfEvery(elementClass, property);
     std::vector<Value> found;
-    const auto& values = card_->contact.all(*kind);
-    for (std::size_t index = 0; index < values.size(); ++index)
-        found.push_back(valueProperty(values[index], valueId(card_, *kind, index), property));
+    for (std::size_t index = 0; index < card_->contact->all(*kind).size(); ++index)
+        found.push_back(valueProperty(card_, *kind, index, property));
     return Value::list(std::move(found));
 }
 
@@ -248,7 +248,7 @@ std::string ValueObject::id() const
 
 const ContactValue& ValueObject::value() const
 {
-    const auto& values = card_->contact.all(kind_);
+    const auto& values = card_->contact->all(kind_);
     if (card_->isGone || index_ >= values.size())
         throw ScriptError(ErrorNumber::noSuchObject);
     return values[index_];
@@ -261,7 +261,8 @@ Designation ValueObject::designation() const
 
 Value ValueObject::get(TermId property)
 {
-    return valueProperty(value(), id(), property);
+    value(); // is there
+    return valueProperty(card_, kind_, index_, property);
 }
 
 void ValueObject::set(TermId property, const Value& to)
@@ -277,7 +278,7 @@ void ValueObject::set(TermId property, const Value& to)
 
 bool ValueObject::exists()
 {
-    return !card_->isGone && index_ < card_->contact.all(kind_).size();
+    return !card_->isGone && index_ < card_->contact->all(kind_).size();
 }
 
 void ValueObject::remove()

@@ -83,7 +83,7 @@ Value ContactsApplication::make(const applescript::MakeRequest& request)
             addContactValue(document, node, *kind, value);
         });
     });
-    return Value::object(makeRef<ValueObject>(*this, card, *kind, card->contact.all(*kind).size() - 1));
+    return Value::object(makeRef<ValueObject>(*this, card, *kind, card->contact->all(*kind).size() - 1));
 }
 
 Value ContactsApplication::makePerson(const applescript::MakeRequest& request)
@@ -121,9 +121,10 @@ void ContactsApplication::changeMembers(const applescript::CommandCall& call)
     const bool adds = call.command == ContactTerm::add;
     const CardObject* person = cardIn(&call.direct);
     const CardObject* group = cardIn(call.argument(adds ? ContactTerm::toGroup : ContactTerm::fromGroup));
-    if (person == nullptr || group == nullptr || !group->card()->contact.isGroup || person->card()->contact.uid.empty())
+    if (person == nullptr || group == nullptr || !group->card()->contact.isGroup()
+        || person->card()->contact->uid.empty())
         refuse("A person with an id is added to a group, or removed from one.");
-    const std::string uid = person->card()->contact.uid;
+    const std::string uid = person->card()->contact->uid;
     inScriptTerms([&] {
         book().edit(group->card(), [&](ContentDocument& document, ContentDocument::Node card) {
             setMember(document, card, uid, adds ? Membership::member : Membership::none);
