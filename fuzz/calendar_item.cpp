@@ -1,5 +1,7 @@
 // The text of one calendar file: what a server, or anyone who sends an invitation, can put before the desk.
 
+#include "platform/desk/eventstore/ItemEdits.h"
+#include "platform/desk/eventstore/ItemFields.h"
 #include "platform/desk/recurrence/Recurrences.h"
 
 #include <cstdint>
@@ -16,6 +18,21 @@ void require(bool holds)
 {
     if (!holds)
         std::abort();
+}
+
+/// A whole series on another day and clock: what is written is read again.
+void moveAll(std::string_view text, bool isAllDay)
+{
+    ContentDocument document{std::string(text)};
+    for (const auto event : itemsOf(document, "VEVENT")) {
+        try {
+            const EventPlace place{document.valueOf(event, "UID").value_or(""), {}};
+            change(document, place, {.start = 1767349800, .isAllDay = isAllDay}, 0);
+        } catch (const mervo::platform::EventStoreError&) {
+        }
+    }
+    const std::string written = document.text();
+    require(ContentDocument(written).text() == written);
 }
 
 } // namespace
@@ -37,5 +54,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     firstOccurrences(text);
     if (const std::optional<NextDate> next = nextDate(text, 0))
         require(!next->start.empty() || !next->due.empty());
+    if (size < 4096) { // each change reads the whole text
+        moveAll(text, false);
+        moveAll(text, true);
+    }
     return 0;
 }
