@@ -20,7 +20,7 @@ void require(bool holds)
         std::abort();
 }
 
-/// A whole series on another day and clock: what is written is read again.
+/// Whole series of events and tasks on another day and clock: what is written is read again.
 void moveAll(std::string_view text, bool isAllDay)
 {
     ContentDocument document{std::string(text)};
@@ -28,6 +28,16 @@ void moveAll(std::string_view text, bool isAllDay)
         try {
             const EventPlace place{document.valueOf(event, "UID").value_or(""), {}};
             change(document, place, {.start = 1767349800, .isAllDay = isAllDay}, 0);
+        } catch (const mervo::platform::EventStoreError&) {
+        }
+    }
+    for (const auto task : itemsOf(document, "VTODO")) {
+        try {
+            mervo::platform::DateComponents due{2026, 1, 2};
+            if (!isAllDay)
+                due.time = mervo::platform::TimeOfDay{10, 30, 0};
+            change(
+                document, document.valueOf(task, "UID").value_or(""), mervo::platform::ReminderChange{.due = due}, 0);
         } catch (const mervo::platform::EventStoreError&) {
         }
     }

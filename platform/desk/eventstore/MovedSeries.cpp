@@ -44,8 +44,10 @@ public:
             if (const auto line = document.read(rule); line && namesDays(line->value))
                 days_ = 0;
         }
-        if (const auto start = document.line(item, "DTSTART"))
-            startZone_ = std::string(document.read(*start)->parameter("TZID").value_or(""));
+        for (const char* name : {"DUE", "DTSTART"}) { // the second one counts where there are both
+            if (dateOf(document, item, name, zones_))
+                startZone_ = std::string(document.read(*document.line(item, name))->parameter("TZID").value_or(""));
+        }
     }
 
     void move()

@@ -169,6 +169,16 @@ TEST_F(EventStoreTest, movesAWholeSeries)
     }
 }
 
+TEST_F(EventStoreTest, movesARepeatingTask)
+{
+    ContentDocument document(calendar("BEGIN:VTODO\nUID:u\nDUE;TZID=Europe/Paris:20260302T090000\nRRULE:FREQ=WEEKLY\n"
+                                      "EXDATE:20260309T080000Z\nEND:VTODO\n"));
+    const platform::DateComponents due{2026, 3, 3, platform::TimeOfDay{10, 30, 0}};
+    desk::change(document, "u", platform::ReminderChange{.due = due}, kNow);
+    EXPECT_THAT(document.text(), HasSubstr("DUE;TZID=Europe/Paris:20260303T113000"));
+    EXPECT_THAT(document.text(), HasSubstr("EXDATE;TZID=Europe/Paris:20260310T113000"));
+}
+
 TEST_F(EventStoreTest, movesAWholeSeriesWithItsChangedOccurrences)
 {
     write("a/r.ics",
