@@ -1,8 +1,8 @@
 #include "platform/desk/addressbook/CardText.h"
 
 #include "platform/ascii.h"
+#include "platform/desk/charset/Charset.h"
 #include "platform/desk/contentlines/TextValue.h"
-#include "platform/desk/mail/Charset.h"
 
 #include <algorithm>
 #include <optional>

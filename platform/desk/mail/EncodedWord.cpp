@@ -1,7 +1,7 @@
 #include "platform/desk/mail/EncodedWord.h"
 
 #include "platform/ascii.h"
-#include "platform/desk/mail/Charset.h"
+#include "platform/desk/charset/Charset.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "platform/desk/mime/MimeReader.h"
 
-#include "platform/desk/mail/Charset.h"
+#include "platform/desk/charset/Charset.h"
 #include "platform/desk/mail/MessageHead.h"
 #include "platform/desk/mime/GMimeObjects.h"
 #include "platform/desk/mime/MimeAttached.h"

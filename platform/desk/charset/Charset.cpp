@@ -1,4 +1,4 @@
-#include "platform/desk/mail/Charset.h"
+#include "platform/desk/charset/Charset.h"
 
 #include "platform/ascii.h"
 #include "platform/unicode.h"
