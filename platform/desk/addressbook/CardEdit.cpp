@@ -150,19 +150,6 @@ void putLabel(ContentDocument& document, Node card, ContentLine& line, const std
     }
 }
 
-const char* lineName(ContactValueKind kind)
-{
-    switch (kind) {
-    case ContactValueKind::email:
-        return "EMAIL";
-    case ContactValueKind::phone:
-        return "TEL";
-    case ContactValueKind::url:
-        return "URL";
-    }
-    return "";
-}
-
 /// A value that is a URI, as version 4.0 writes numbers, stays one.
 std::string writtenLike(const ContentLine& before, const ContactValue& value)
 {

@@ -54,19 +54,6 @@ std::string labelOf(const ContentDocument& document, Node card, const ContentLin
     return {};
 }
 
-const char* lineName(ContactValueKind kind)
-{
-    switch (kind) {
-    case ContactValueKind::email:
-        return "EMAIL";
-    case ContactValueKind::phone:
-        return "TEL";
-    case ContactValueKind::url:
-        return "URL";
-    }
-    return "";
-}
-
 std::string textOf(const ContentDocument& document, Node card, std::string_view name)
 {
     const auto line = readableLine(document, card, name);
@@ -134,6 +121,19 @@ void readKind(const ContentDocument& document, Node card, Contact& contact)
 }
 
 } // namespace
+
+const char* lineName(ContactValueKind kind)
+{
+    switch (kind) {
+    case ContactValueKind::email:
+        return "EMAIL";
+    case ContactValueKind::phone:
+        return "TEL";
+    case ContactValueKind::url:
+        return "URL";
+    }
+    return "";
+}
 
 std::optional<Node> readableLine(const ContentDocument& document, Node card, std::string_view name)
 {

@@ -54,6 +54,9 @@ std::string composedName(const Contact& contact);
 std::optional<ContentDocument::Node> readableLine(
     const ContentDocument& document, ContentDocument::Node card, std::string_view name);
 
+/// "EMAIL", "TEL" or "URL".
+const char* lineName(ContactValueKind kind);
+
 /// The lines of a card that the values of a kind come from, in their order.
 std::vector<ContentDocument::Node> valueLines(
     const ContentDocument& document, ContentDocument::Node card, ContactValueKind kind);
