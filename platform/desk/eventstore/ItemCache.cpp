@@ -1,5 +1,6 @@
 #include "platform/desk/eventstore/ItemCache.h"
 
+#include "platform/desk/cache/CacheText.h"
 #include "platform/files.h"
 
 #include <algorithm>
@@ -31,23 +32,9 @@ struct Entry {
 static_assert(sizeof(Head) == 64 && sizeof(Entry) == 56);
 constexpr std::size_t kPrinted = offsetof(Head, size);
 
-/// Like itemFingerprint(), eight bytes at a time.
-std::uint64_t checksum(std::string_view bytes)
-{
-    std::uint64_t value = bytes.size();
-    while (bytes.size() >= sizeof value) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes.data(), sizeof word);
-        value = (value ^ word) * 0x9E3779B97F4A7C15U;
-        value ^= value >> 29U;
-        bytes.remove_prefix(sizeof word);
-    }
-    return value ^ itemFingerprint(bytes);
-}
-
 std::uint32_t recordPrint(std::string_view record)
 {
-    return static_cast<std::uint32_t>(checksum(record));
+    return static_cast<std::uint32_t>(cacheChecksum(record));
 }
 
 template <typename Plain>
@@ -82,7 +69,7 @@ std::string readHead(const platform::Descriptor& file, const std::filesystem::pa
         return {};
     std::string bytes(head.size, '\0');
     const bool isWhole = readAt(file, 0, bytes.data(), bytes.size())
-        && checksum(std::string_view(bytes).substr(kPrinted)) == head.print
+        && cacheChecksum(std::string_view(bytes).substr(kPrinted)) == head.print
         && std::string_view(bytes).substr(sizeof head, head.pathSize) == folder.native();
     return isWhole ? bytes : std::string();
 }
@@ -155,7 +142,7 @@ public:
     {
         about_.size = head_.size();
         head_.replace(0, sizeof about_, bytesOf(about_));
-        about_.print = checksum(std::string_view(head_).substr(kPrinted));
+        about_.print = cacheChecksum(std::string_view(head_).substr(kPrinted));
         head_.replace(0, sizeof about_, bytesOf(about_));
         return std::move(head_);
     }
