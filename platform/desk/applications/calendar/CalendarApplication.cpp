@@ -49,7 +49,8 @@ Value CalendarApplication::make(const applescript::MakeRequest& request)
     case CalendarTerm::event:
         return makeEvent(request);
     case CalendarTerm::calendar:
-        return makeCalendar(request);
+        return Value::object(
+            makeRef<CalendarObject>(*this, session_.makeCollection(request, "A calendar needs a name.")));
     default:
         refuse("This desk’s Calendar makes events and calendars, and nothing else.");
     }
@@ -74,17 +75,6 @@ Value CalendarApplication::makeEvent(const applescript::MakeRequest& request)
     return Value::object(makeRef<EventObject>(makeRef<CalendarObject>(*this, calendar), events, withUid(*events, uid)));
 }
 
-Value CalendarApplication::makeCalendar(const applescript::MakeRequest& request)
-{
-    const Value* name = request.property(applescript::CommonTerm::name);
-    const std::string title = name == nullptr ? std::string() : textOf(*name);
-    if (title.empty())
-        refuse("A calendar needs a name.");
-    Collection made;
-    session_.change([&](platform::EventStore& store) { made = store.addCollection(platform::Entity::events, title); });
-    return Value::object(makeRef<CalendarObject>(*this, made));
-}
-
 void CalendarApplication::remove(applescript::Object& object)
 {
     if (auto* event = dynamic_cast<EventObject*>(&object))
@@ -92,9 +82,7 @@ void CalendarApplication::remove(applescript::Object& object)
     const auto* calendar = dynamic_cast<const CalendarObject*>(&object);
     if (calendar == nullptr)
         refuse("This desk’s Calendar deletes events and calendars, and nothing else.");
-    const Collection gone = calendar->current();
-    requireWritable(gone);
-    session_.change([&](platform::EventStore& store) { store.remove(gone, platform::Entity::events); });
+    session_.removeCollection(calendar->current());
 }
 
 Value CalendarApplication::perform(const applescript::CommandCall& call)

@@ -25,7 +25,6 @@ public:
 
 private:
     applescript::Value makeEvent(const applescript::MakeRequest& request);
-    applescript::Value makeCalendar(const applescript::MakeRequest& request);
 
     EventSession session_;
 };

@@ -1,6 +1,7 @@
 #include "platform/desk/applications/eventkit/EventSession.h"
 
 #include "platform/applescript/values/ScriptError.h"
+#include "platform/desk/applications/eventkit/EventValues.h"
 
 #include <algorithm>
 #include <tuple>
@@ -100,6 +101,23 @@ void EventSession::forget()
     collections_ = {};
     events_.clear();
     reminders_.clear();
+}
+
+Collection EventSession::makeCollection(const applescript::MakeRequest& request, const char* refusal)
+{
+    const applescript::Value* name = request.property(applescript::CommonTerm::name);
+    const std::string title = name == nullptr ? std::string() : EventValues::textOf(*name);
+    if (title.empty())
+        EventValues::refuse(refusal);
+    Collection made;
+    change([&](platform::EventStore& store) { made = store.addCollection(entity_, title); });
+    return made;
+}
+
+void EventSession::removeCollection(const Collection& gone)
+{
+    EventValues::requireWritable(gone);
+    change([&](platform::EventStore& store) { store.remove(gone, entity_); });
 }
 
 void EventSession::change(const std::function<void(platform::EventStore&)>& stage)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/applescript/values/Application.h"
 #include "platform/desk/applications/eventkit/Look.h"
 #include "platform/eventkit.h"
 
@@ -31,6 +32,11 @@ public:
     Seen<platform::Event> events(const platform::Collection& calendar); ///< by start
     Seen<platform::Reminder> reminders(const platform::Collection& list); ///< in the order in which they were made
     Seen<platform::Reminder> reminders(); ///< of all lists, likewise
+
+    /// Makes a collection named as a script says. -10000 with the refusal without a name.
+    platform::Collection makeCollection(const applescript::MakeRequest& request, const char* refusal);
+    /// -10000 when it cannot be written.
+    void removeCollection(const platform::Collection& gone);
 
     /// Stages changes and makes them real. When that fails nothing of them stays staged.
     void change(const std::function<void(platform::EventStore&)>& stage);

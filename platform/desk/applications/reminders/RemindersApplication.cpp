@@ -39,24 +39,12 @@ Value RemindersApplication::make(const applescript::MakeRequest& request)
 {
     switch (request.newClass->id) {
     case RemindersTerm::list:
-        return makeList(request);
+        return Value::object(makeRef<ListObject>(*this, session_.makeCollection(request, "A list needs a name.")));
     case RemindersTerm::reminder:
         return makeReminder(request);
     default:
         refuse("This desk’s Reminders makes reminders and lists, and nothing else.");
     }
-}
-
-Value RemindersApplication::makeList(const applescript::MakeRequest& request)
-{
-    const Value* name = request.property(applescript::CommonTerm::name);
-    const std::string title = name == nullptr ? std::string() : textOf(*name);
-    if (title.empty())
-        refuse("A list needs a name.");
-    Collection made;
-    session_.change(
-        [&](platform::EventStore& store) { made = store.addCollection(platform::Entity::reminders, title); });
-    return Value::object(makeRef<ListObject>(*this, made));
 }
 
 Value RemindersApplication::makeReminder(const applescript::MakeRequest& request)
@@ -91,9 +79,7 @@ void RemindersApplication::remove(applescript::Object& object)
     const auto* list = dynamic_cast<const ListObject*>(&object);
     if (list == nullptr)
         refuse("This desk’s Reminders deletes reminders and lists, and nothing else.");
-    const Collection gone = list->current();
-    requireWritable(gone);
-    session_.change([&](platform::EventStore& store) { store.remove(gone, platform::Entity::reminders); });
+    session_.removeCollection(list->current());
 }
 
 Value RemindersApplication::move(applescript::Object& object, const applescript::Insertion& place)

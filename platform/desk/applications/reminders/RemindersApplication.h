@@ -26,7 +26,6 @@ public:
     EventSession& session() noexcept { return session_; }
 
 private:
-    applescript::Value makeList(const applescript::MakeRequest& request);
     applescript::Value makeReminder(const applescript::MakeRequest& request);
     /// The reminder of this UID, which was in the list a moment ago.
     applescript::Value reminderIn(const platform::Collection& list, const std::string& uid);
