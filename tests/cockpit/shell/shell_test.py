@@ -166,6 +166,19 @@ class TestStartAndEnd(Application):
             _, complaints = cockpit.communicate(timeout=20)
             self.assertEqual((cockpit.returncode, complaints), (0, ""))
 
+    def test_it_starts_the_runner_of_jobs_again(self):
+        lock = self.desk.folder / "Library/LaunchAgents/.launchd/lock"
+        processes = []
+
+        def runner():
+            number = lock.read_text() if lock.exists() else ""
+            return bool(number) and number not in processes and os.path.exists(f"/proc/{number}/exe") and number
+        for _ in range(2):
+            cockpit = self.cockpit()
+            processes.append(wait_pumping("a runner", runner))
+            self.desktop.end(cockpit)
+            os.kill(int(processes[-1]), signal.SIGKILL)
+
     def test_what_it_says_on_a_terminal(self):
         self.assertRegex(self.run_to_its_end("--version", DISPLAY="").stdout, r"^mervo-cockpit \d+\.\d+\.\d+\n$")
         self.assertIn("--hidden", self.run_to_its_end("--help", DISPLAY="").stdout)
