@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <fmt/chrono.h>
 #include <gtest/gtest.h>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -108,9 +107,9 @@ std::vector<std::string> systemdsRuns(const std::string& timer, const char* zone
     }
     const Ended ended = test::runProgram("/usr/bin/systemd-analyze", words, {{"TZ", zone}});
     std::set<std::string> runs;
-    const std::regex time(R"(\(in UTC\): \w+ (\d{4}-\d\d-\d\d \d\d:\d\d:\d\d) UTC\n)");
-    for (std::sregex_iterator found(ended.out.begin(), ended.out.end(), time), end; found != end; ++found)
-        runs.insert((*found)[1]);
+    const std::string mark = "(in UTC): Mon "; // what follows: "2026-03-30 00:30:00 UTC"
+    for (std::size_t at = 0; (at = ended.out.find(mark.substr(0, 10), at)) != std::string::npos; at += mark.size())
+        runs.insert(ended.out.substr(at + mark.size(), 19));
     std::vector<std::string> first(runs.begin(), runs.end());
     first.resize(std::min(first.size(), count));
     return first;
