@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <fmt/format.h>
+#include <functional>
 #include <gmock/gmock.h>
 #include <map>
 #include <optional>
@@ -27,6 +28,12 @@ protected:
                 asked.push_back(scope);
                 return answer;
             }};
+    }
+    static void atOnce(int count, const std::function<void(int)>& work)
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < count; ++i)
+            threads.emplace_back(work, i);
     }
     void write(std::string_view text) { test::writeFile(record.file(), text); }
     std::string text() { return test::readFile(record.file()); }
@@ -140,15 +147,10 @@ TEST_F(ConsentTest, keepsWhatElseStandsInTheRecordAndWhatWasDecidedMeanwhile)
 TEST_F(ConsentTest, losesNoAnswerOfManyAtOnce)
 {
     constexpr int kWriters = 8, kAnswers = 25;
-    std::vector<std::thread> writers;
-    for (int writer = 0; writer < kWriters; ++writer) {
-        writers.emplace_back([this, writer] {
-            for (int i = 0; i < kAnswers; ++i)
-                record.decide(fmt::format("scope.{}.{}", writer, i), Decision::refused);
-        });
-    }
-    for (std::thread& writer : writers)
-        writer.join();
+    atOnce(kWriters, [&](int writer) {
+        for (int i = 0; i < kAnswers; ++i)
+            record.decide(fmt::format("scope.{}.{}", writer, i), Decision::refused);
+    });
     EXPECT_EQ(record.all().size(), kWriters * kAnswers);
 }
 
@@ -173,11 +175,7 @@ TEST_F(ConsentTest, asksOneQuestionForUsesThatComeTogether)
             std::this_thread::sleep_for(std::chrono::milliseconds(300));
             return Answer::refuse;
         });
-    std::vector<std::thread> uses;
-    for (int i = 0; i < 4; ++i)
-        uses.emplace_back([&] { EXPECT_FALSE(consent.use(kMail).isAllowed); });
-    for (std::thread& use : uses)
-        use.join();
+    atOnce(4, [&](int) { EXPECT_FALSE(consent.use(kMail).isAllowed); });
     EXPECT_EQ(questions, 1);
 }
 

@@ -50,13 +50,13 @@ public:
         }
         return true;
     }
-    /// The exit status of the child.
-    int end()
+    /// What the child was answered.
+    Answer end()
     {
         while (waitFor(asked() + 1)) { }
         int status = 0;
         ::waitpid(child_, &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return static_cast<Answer>(WIFEXITED(status) ? WEXITSTATUS(status) : kBroken);
     }
     const std::string& shown() const { return shown_; }
 
@@ -99,11 +99,6 @@ private:
 const Terminal::Login kSound = [](utmpx&) {};
 void nothing() { }
 
-int status(Answer answer)
-{
-    return static_cast<int>(answer);
-}
-
 TEST(TerminalQuestion, takesAWholeWordAndNothingElse)
 {
     const std::tuple<std::vector<std::string>, Answer> cases[] = {
@@ -119,7 +114,7 @@ TEST(TerminalQuestion, takesAWholeWordAndNothingElse)
             ASSERT_TRUE(terminal.waitFor(i + 1)) << terminal.shown();
             terminal.type(lines[i]);
         }
-        EXPECT_EQ(terminal.end(), status(expected)) << lines.front();
+        EXPECT_EQ(terminal.end(), expected) << lines.front();
         EXPECT_THAT(terminal.shown(), testing::StartsWith("May it?\r\n"));
     }
 }
@@ -130,7 +125,7 @@ TEST(TerminalQuestion, dropsWhatWasTypedBefore)
     terminal.type("allow\n");
     ASSERT_TRUE(terminal.waitFor(1));
     terminal.type("refuse\n");
-    EXPECT_EQ(terminal.end(), status(Answer::refuse));
+    EXPECT_EQ(terminal.end(), Answer::refuse);
 }
 
 TEST(TerminalQuestion, isNotPutWhereAProgramCouldAnswer)
@@ -171,7 +166,7 @@ TEST(TerminalQuestion, isNotPutWhereAProgramCouldAnswer)
     };
     for (const auto& [name, login, before] : cases) {
         Terminal terminal(login, before);
-        EXPECT_EQ(terminal.end(), status(Answer::nobody)) << name;
+        EXPECT_EQ(terminal.end(), Answer::nobody) << name;
         EXPECT_EQ(terminal.shown(), "") << name;
     }
 }
