@@ -13,7 +13,6 @@ Finding queue();
 Finding acts();
 Finding scriptHost();
 Finding guides();
-Finding tools();
 Finding archive();
 Finding asking();
 Finding agents();

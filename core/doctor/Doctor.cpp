@@ -25,7 +25,6 @@ constexpr std::array kChecks{
     Named{"acts", "Running acts", acts},
     Named{"scripts", "Script host", scriptHost},
     Named{"guides", "Guides", guides},
-    Named{"tools", "Tools", tools},
     Named{"archive", "Archiving over IMAP", archive},
     Named{"asking", "Questions to you", asking},
     Named{"agents", "Connecting an agent", agents},

@@ -1,4 +1,3 @@
-#include "core/catalogue/Catalogue.h"
 #include "core/doctor/Checks.h"
 #include "core/foundation/Text.h"
 #include "core/scripting/OSAScript.h"
@@ -8,7 +7,6 @@
 #include <array>
 #include <filesystem>
 #include <fmt/format.h>
-#include <map>
 
 namespace mervo::Doctor {
 
@@ -50,25 +48,6 @@ Finding guides()
         ? "both are there"
         : fmt::format("not there, so a short text stands in: {}", Text::join(missing, ", "));
     finding.remedy = missing.empty() ? "" : kInstallAgain;
-    return finding;
-}
-
-Finding tools()
-{
-    std::map<std::string, std::vector<std::string>> missing; // application to ids
-    std::size_t working = 0;
-    for (const Tool* tool : Tools::all()) {
-        if (tool->missingBridge.empty()) {
-            ++working;
-        } else {
-            missing[tool->missingBridge].push_back(tool->id);
-        }
-    }
-    Finding finding;
-    finding.state = missing.empty() ? State::works : State::limited;
-    finding.detail = fmt::format("{} of {} can reach their applications", working, Tools::all().size());
-    for (const auto& [application, ids] : missing)
-        finding.detail += fmt::format("\nnot in this build, {}: {}", application, Text::join(ids, ", "));
     return finding;
 }
 

@@ -81,9 +81,6 @@ struct Tool {
     std::function<std::vector<Remark>(const Args&)> remarks = nullptr;
     /// What the answer leaves out, in sentences, from the output before `transform`.
     std::function<std::vector<std::string>(const std::string&)> omissions = nullptr;
-
-    /// The application whose bridge this build lacks; empty for a tool that works.
-    std::string missingBridge = {};
 };
 
 } // namespace mervo

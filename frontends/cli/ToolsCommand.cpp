@@ -73,8 +73,6 @@ std::string described(const Argument& argument)
 std::string page(const Tool& tool, std::size_t lineWidth)
 {
     std::string text = fmt::format("{} ({})\n{}", tool.id, rawValue(tool.effect), wrapped(tool.summary, lineWidth, 0));
-    if (!tool.missingBridge.empty())
-        text += fmt::format("\nThis build has no bridge to {}, so the tool fails.\n", tool.missingBridge);
     if (tool.arguments.empty())
         return text + "\nIt takes no arguments.\n";
     std::size_t width = 0;
