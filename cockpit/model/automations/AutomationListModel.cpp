@@ -34,6 +34,8 @@ QVariant AutomationListModel::data(const QModelIndex& index, int role) const
         return row.symbolTint;
     case SubtitleRole:
         return row.subtitle;
+    case UpcomingRole:
+        return row.upcoming;
     case IsRunningRole:
         return row.isRunning;
     case IsAgentRole:
@@ -46,11 +48,12 @@ QVariant AutomationListModel::data(const QModelIndex& index, int role) const
 QHash<int, QByteArray> AutomationListModel::roleNames() const
 {
     return {{AutomationRole, "automation"}, {NameRole, "name"}, {StateRole, "state"}, {SymbolRole, "symbol"},
-        {SymbolTintRole, "symbolTint"}, {SubtitleRole, "subtitle"}, {IsRunningRole, "isRunning"},
-        {IsAgentRole, "isAgent"}};
+        {SymbolTintRole, "symbolTint"}, {SubtitleRole, "subtitle"}, {UpcomingRole, "upcoming"},
+        {IsRunningRole, "isRunning"}, {IsAgentRole, "isAgent"}};
 }
 
-AutomationListModel::Row AutomationListModel::rowOf(const Automation& automation, Timestamps::Time now)
+AutomationListModel::Row AutomationListModel::rowOf(
+    const Automation& automation, Timestamps::Time now, const Upcoming& upcoming)
 {
     const auto state = AutomationPresentation::state(automation);
     const auto look = AutomationPresentation::look(state);
@@ -60,15 +63,16 @@ AutomationListModel::Row AutomationListModel::rowOf(const Automation& automation
         .symbol = QString::fromLatin1(look.symbol),
         .symbolTint = QString::fromLatin1(look.tint),
         .subtitle = ShownText::line(AutomationPresentation::subtitle(automation, now)),
+        .upcoming = QString::fromStdString(upcoming(automation)),
         .isRunning = automation.running,
         .isAgent = automation.kind == Automation::Kind::agent};
 }
 
-void AutomationListModel::show(std::span<const Automation> automations, Timestamps::Time now)
+void AutomationListModel::show(std::span<const Automation> automations, Timestamps::Time now, const Upcoming& upcoming)
 {
     std::vector<Row> wanted;
     for (const Automation& automation : automations)
-        wanted.push_back(rowOf(automation, now));
+        wanted.push_back(rowOf(automation, now, upcoming));
     rows_.show(*this, std::move(wanted), [this](int row) { Q_EMIT dataChanged(index(row), index(row)); });
 }
 

@@ -6,7 +6,9 @@
 #include <QAbstractListModel>
 #include <QString>
 
+#include <functional>
 #include <span>
+#include <string>
 
 namespace mervo {
 
@@ -22,6 +24,7 @@ public:
         SymbolRole, ///< empty while it runs: views show a progress indicator
         SymbolTintRole, ///< "red", "green" or ""
         SubtitleRole,
+        UpcomingRole, ///< the next run, or one that was missed; empty when there is nothing to say
         IsRunningRole,
         IsAgentRole,
     };
@@ -33,11 +36,13 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    void show(std::span<const Automation> automations, Timestamps::Time now);
+    /// Gives the text of UpcomingRole.
+    using Upcoming = std::function<std::string(const Automation&)>;
+    void show(std::span<const Automation> automations, Timestamps::Time now, const Upcoming& upcoming);
 
 private:
     struct Row {
-        QString name, shownName, state, symbol, symbolTint, subtitle;
+        QString name, shownName, state, symbol, symbolTint, subtitle, upcoming;
         bool isRunning = false, isAgent = false;
 
         const QString& identity() const { return name; }
@@ -45,7 +50,7 @@ private:
     };
     friend class Rows<AutomationListModel, Row>;
 
-    static Row rowOf(const Automation& automation, Timestamps::Time now);
+    static Row rowOf(const Automation& automation, Timestamps::Time now, const Upcoming& upcoming);
 
     Rows<AutomationListModel, Row> rows_;
 };

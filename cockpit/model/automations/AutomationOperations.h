@@ -1,15 +1,17 @@
 #pragma once
 
 #include "core/automations/model/Automation.h"
+#include "platform/schedule/Schedule.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace mervo {
 
-/// What the cockpit lists of the automations and does with them. `list` and `logFile` are quick and never throw. The
-/// others wait for other programs, so they do not belong on the main thread; they throw EngineError.
+/// What the cockpit lists of the automations and does with them. `list`, `logFile` and `loadedSince` are quick and
+/// never throw. The others wait for other programs, so they do not belong on the main thread; they throw EngineError.
 class AutomationOperations {
 public:
     AutomationOperations() = default;
@@ -19,6 +21,8 @@ public:
 
     virtual std::vector<Automation> list() = 0; ///< system ones too; any thread
     virtual std::filesystem::path logFile(const std::string& name) = 0;
+    /// When its job was loaded; nothing when it has none.
+    virtual std::optional<platform::Moment> loadedSince(const std::string& name) = 0;
 
     virtual void runNow(const std::string& name) = 0;
     virtual void stop(const std::string& name) = 0;

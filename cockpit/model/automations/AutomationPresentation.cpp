@@ -1,8 +1,39 @@
 #include "cockpit/model/automations/AutomationPresentation.h"
 
 #include "cockpit/model/shown/RelativeTime.h"
+#include "core/automations/model/RunTimes.h"
+
+#include <algorithm>
+#include <chrono>
+#include <fmt/chrono.h>
 
 namespace mervo::AutomationPresentation {
+
+namespace {
+
+using platform::Moment;
+using platform::OffsetAt;
+
+/// "45 min", "2 h", "3 d".
+std::string distance(std::chrono::seconds length)
+{
+    using namespace std::chrono;
+    if (length >= days(1))
+        return fmt::format("{} d", floor<days>(length).count());
+    if (length >= hours(1))
+        return fmt::format("{} h", floor<hours>(length).count());
+    return fmt::format("{} min", std::max<std::int64_t>(1, floor<minutes>(length).count()));
+}
+
+/// "07:30" of today, "2026-03-01 07:30" of another day.
+std::string onTheWall(Moment moment, Moment now, const OffsetAt& offsetAt)
+{
+    const Moment shown = moment + offsetAt(moment), today = now + offsetAt(now);
+    const bool isToday = std::chrono::floor<std::chrono::days>(shown) == std::chrono::floor<std::chrono::days>(today);
+    return isToday ? fmt::format("{:%H:%M}", shown) : fmt::format("{:%Y-%m-%d %H:%M}", shown);
+}
+
+} // namespace
 
 State state(const Automation& automation)
 {
@@ -79,6 +110,18 @@ std::string lastRun(const Automation& automation, Timestamps::Time now)
         break;
     }
     return when;
+}
+
+std::string upcoming(
+    const Automation& automation, std::optional<Moment> since, Timestamps::Time now, const OffsetAt& offsetAt)
+{
+    if (!since || automation.running)
+        return {};
+    const auto second = std::chrono::floor<std::chrono::seconds>(now);
+    if (const auto missed = RunTimes::missed(automation, *since, second, offsetAt))
+        return "missed " + onTheWall(*missed, second, offsetAt);
+    const auto next = RunTimes::next(automation, *since, second, offsetAt);
+    return next ? "next in " + distance(*next - second) : std::string();
 }
 
 } // namespace mervo::AutomationPresentation

@@ -1,5 +1,6 @@
 #include "cockpit/model/automations/CockpitAutomations.h"
 
+#include "cockpit/model/automations/AutomationPresentation.h"
 #include "cockpit/model/automations/PromptBlocks.h"
 #include "cockpit/model/shown/ShownText.h"
 #include "core/foundation/FailureOf.h"
@@ -48,7 +49,11 @@ void CockpitAutomations::refresh()
     std::erase_if(listed, &Automation::isSystem);
     if (listed != listed_)
         listed_ = std::move(listed);
-    list_.show(listed_, outside_.clock.wall());
+    const auto now = outside_.clock.wall();
+    list_.show(listed_, now, [&, offsetAt = platform::localOffset()](const Automation& automation) {
+        return AutomationPresentation::upcoming(
+            automation, outside_.automations.loadedSince(automation.name), now, offsetAt);
+    });
 }
 
 void CockpitAutomations::start(Operation operation, const std::string& name, std::function<void()> then)

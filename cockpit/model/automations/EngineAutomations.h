@@ -11,6 +11,10 @@ class EngineAutomations final : public AutomationOperations {
 public:
     std::vector<Automation> list() override { return listing_.list(); }
     std::filesystem::path logFile(const std::string& name) override { return RondelEngine::logURL(name); }
+    std::optional<platform::Moment> loadedSince(const std::string& name) override
+    {
+        return RondelEngine::loadedSince(name);
+    }
     void runNow(const std::string& name) override { engine_.runNow(name); }
     void stop(const std::string& name) override { engine_.stop(name); }
     void pause(const std::string& name) override { engine_.setEnabled(name, false); }

@@ -16,8 +16,11 @@ FocusScope {
     required property string symbol
     required property string symbolTint
     required property string subtitle
+    required property string upcoming ///< "next in 2 h", or empty
     required property bool isRunning
     required property bool isAgent
+
+    readonly property string details: upcoming === "" ? subtitle : subtitle + " · " + upcoming
 
     signal previewRequested
 
@@ -33,7 +36,7 @@ FocusScope {
         focus: true
         activeFocusOnTab: true
         Accessible.role: Accessible.ListItem
-        Accessible.name: root.name + ", " + root.subtitle
+        Accessible.name: root.name + ", " + root.details
         Accessible.focusable: true
 
         RowLayout {
@@ -80,7 +83,7 @@ FocusScope {
                 PlainText {
                     Layout.fillWidth: true
                     theme: root.theme
-                    text: root.subtitle
+                    text: root.details
                     color: root.theme.dim
                     font.pixelSize: root.theme.smallSize
                     elide: Text.ElideRight

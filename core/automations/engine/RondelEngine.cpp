@@ -139,6 +139,19 @@ std::optional<Automation> RondelEngine::find(std::string_view name) noexcept
     return found && found->name == name ? std::move(found) : std::nullopt;
 }
 
+std::optional<platform::Moment> RondelEngine::loadedSince(std::string_view name) noexcept
+try {
+    if (!AutomationName::isValid(name))
+        return std::nullopt;
+    std::error_code missing;
+    const auto written = fs::last_write_time(Job(name, home(), {}).file(), missing);
+    if (missing)
+        return std::nullopt;
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(written));
+} catch (const std::exception&) {
+    return std::nullopt;
+}
+
 /// The paths of an automation that is there.
 RunPaths RondelEngine::existing(std::string_view name) const
 {

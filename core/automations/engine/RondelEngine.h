@@ -3,6 +3,7 @@
 #include "core/automations/engine/Programs.h"
 #include "core/automations/model/Automation.h"
 #include "core/automations/model/AutomationDraft.h"
+#include "platform/schedule/Schedule.h"
 
 #include <filesystem>
 #include <optional>
@@ -37,6 +38,8 @@ public:
     static std::vector<Automation> list() noexcept;
     /// One of the list; nothing for a name that is not in it.
     static std::optional<Automation> find(std::string_view name) noexcept;
+    /// When the job was loaded: the time of its property list. Nothing when it has none, as when it is paused.
+    static std::optional<platform::Moment> loadedSince(std::string_view name) noexcept;
 
     /// Makes an automation and, unless it is paused, its job. Throws alreadyExists. One whose files could not all be
     /// written is removed again.

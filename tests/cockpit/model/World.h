@@ -57,6 +57,7 @@ struct FakeLoginItem final : platform::LoginItem {
 struct FakeAutomations final : AutomationOperations {
     std::vector<Automation> list() override { return real.list(); }
     std::filesystem::path logFile(const std::string& name) override { return real.logFile(name); }
+    std::optional<platform::Moment> loadedSince(const std::string& name) override { return real.loadedSince(name); }
     void runNow(const std::string& name) override { note("run " + name); }
     void stop(const std::string& name) override { note("stop " + name); }
     void pause(const std::string& name) override { note("pause " + name); }

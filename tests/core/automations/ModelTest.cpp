@@ -4,6 +4,7 @@
 #include "core/automations/model/RunLock.h"
 #include "core/automations/model/RunPaths.h"
 #include "core/automations/model/RunState.h"
+#include "core/automations/model/RunTimes.h"
 #include "core/foundation/Text.h"
 #include "platform/programs.h"
 #include "tests/support/Files.h"
@@ -132,6 +133,44 @@ TEST(RunStates, keepWhatOthersWroteAlsoAtTheSameTime)
     std::filesystem::remove_all(home / ".runtime");
     test::writeFile(home / ".runtime", "no folder");
     EXPECT_TRUE(RunState::setEnabled(file, true)) << "a failure is told";
+}
+
+TEST(RunTimes, areNextOrMissed)
+{
+    using namespace std::chrono;
+    using Schedule = Automation::Schedule;
+    const Schedule hourly = Automation::Interval{60}, early = Automation::Calendar{7, 30},
+                   often = Automation::Hours{{16, 8}, 15};
+    const auto at = [](const char* text) { return floor<seconds>(*Timestamps::date(text)); };
+    const auto east = [](platform::Moment) { return seconds(3600); };
+    const auto shown = [](std::optional<platform::Moment> moment) {
+        return moment ? Timestamps::string(*moment) : std::string();
+    };
+    const struct {
+        Schedule schedule;
+        const char *since, *last, *next, *missed;
+    } cases[] = {// now: 2026-03-02T12:00:00Z, on the wall 13:00
+        {hourly, "2026-03-02T08:15:00Z", "2026-03-02T11:20:00Z", "2026-03-02T12:15:00Z", ""},
+        {hourly, "2026-03-02T08:15:00Z", "2026-03-02T10:57:00Z", "2026-03-02T12:15:00Z", "2026-03-02T11:57:00Z"},
+        {hourly, "2026-03-02T11:00:00Z", "2026-03-01T10:57:00Z", "2026-03-02T13:00:00Z", ""}, // two minutes' grace
+        {Automation::Interval{INT64_MAX}, "2026-03-02T11:00:00Z", "", "2126-02-06T11:00:00Z", ""},
+        {early, "2026-03-01T00:00:00Z", "2026-03-02T06:30:00Z", "2026-03-03T06:30:00Z", ""},
+        {early, "2026-03-01T00:00:00Z", "2026-03-02T06:29:59Z", "2026-03-03T06:30:00Z", "2026-03-02T06:30:00Z"},
+        {early, "2026-03-02T07:00:00Z", "", "2026-03-03T06:30:00Z", ""}, // made later
+        {often, "2026-03-01T00:00:00Z", "", "2026-03-02T15:15:00Z", "2026-03-02T07:15:00Z"},
+        {Automation::Calendar{12, 59}, "2026-03-01T00:00:00Z", "2026-03-01T12:00:00Z", "2026-03-03T11:59:00Z", ""},
+        {Automation::Hours{{}, 0}, "2026-03-01T00:00:00Z", "", "", ""},
+        {Automation::Calendar{4294967303, 30}, "2026-03-01T00:00:00Z", "", "", ""}};
+    for (const auto& [schedule, since, last, next, missed] : cases) {
+        Automation automation{.schedule = schedule, .lastRun = Timestamps::date(last)};
+        const auto now = at("2026-03-02T12:00:00Z");
+        EXPECT_EQ(shown(RunTimes::next(automation, at(since), now, east)), next) << since << last;
+        EXPECT_EQ(shown(RunTimes::missed(automation, at(since), now, east)), missed) << since << last;
+        automation.running = true;
+        EXPECT_FALSE(RunTimes::missed(automation, at(since), now, east));
+        automation.enabled = false;
+        EXPECT_FALSE(RunTimes::next(automation, at(since), now, east));
+    }
 }
 
 TEST(RunLocks, nameTheirHolder)

@@ -96,6 +96,28 @@ TEST(AutomationRows, tellStateAndLastRun)
     }
 }
 
+TEST(AutomationRows, tellTheNextRunAndAMissedOne)
+{
+    const auto now = *Timestamps::date("2026-03-01T12:00:00Z");
+    const auto noOffset = [](platform::Moment) { return std::chrono::seconds(0); };
+    const struct {
+        Automation::Schedule schedule;
+        int lastHoursAgo;
+        const char* text;
+    } cases[] = {{Automation::Calendar{7, 30}, 1, "next in 19 h"}, {Automation::Calendar{7, 30}, 12, "missed 07:30"},
+        {Automation::Calendar{22, 5}, 24, "missed 2026-02-28 22:05"},
+        {Automation::Calendar{12, 45}, 1, "next in 45 min"}, {Automation::Interval{3 * 1440}, 1, "next in 1 d"},
+        {Automation::Hours{{}, 0}, 1, ""}};
+    for (const auto& [schedule, hours, text] : cases) {
+        Automation automation{.schedule = schedule, .lastRun = now - std::chrono::hours(hours)};
+        const auto since = std::chrono::floor<std::chrono::seconds>(now - std::chrono::hours(36));
+        EXPECT_EQ(AutomationPresentation::upcoming(automation, since, now, noOffset), text);
+        EXPECT_EQ(AutomationPresentation::upcoming(automation, {}, now, noOffset), "") << "without a job";
+        automation.running = true;
+        EXPECT_EQ(AutomationPresentation::upcoming(automation, since, now, noOffset), "");
+    }
+}
+
 TEST(PromptDocuments, areReadLineByLine)
 {
     using Kind = PromptBlock::Kind;
