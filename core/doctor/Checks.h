@@ -15,6 +15,8 @@ Finding scriptHost();
 Finding guides();
 Finding archive();
 Finding asking();
+Finding automations();
+Finding shell();
 Finding agents();
 
 } // namespace mervo::Doctor

@@ -27,6 +27,8 @@ constexpr std::array kChecks{
     Named{"guides", "Guides", guides},
     Named{"archive", "Archiving over IMAP", archive},
     Named{"asking", "Questions to you", asking},
+    Named{"automations", "Automations", automations},
+    Named{"shell", "Scripts of automations", shell},
     Named{"agents", "Connecting an agent", agents},
 };
 

@@ -17,6 +17,8 @@ protected:
         writeProgram("desk-health",
             "#!/bin/sh\necho '[{\"id\":\"mail\",\"label\":\"Mail\",\"ok\":true,\"detail\":\"3 "
             "messages\",\"remedy\":\"\"}]'\n");
+        writeProgram("launchctl", R"(#!/bin/sh
+printf 'PID\tSTATUS\tRUNNER\tLABEL\n-\t0\town\torg.mervolabs.rondel.%s\n' late h)");
         for (const char* guide : {"llm-guide.md", "user-guide.md"})
             writeFile(contents() / "Resources" / "MervoCore_MervoCore.bundle" / guide, "guide");
         writeFile(contents() / "Helpers" / "mervo-mcp", "");
@@ -69,6 +71,38 @@ TEST_F(DoctorTest, namesWhatIsWrongInTheHome)
     std::filesystem::remove_all(home());
     writeFile(folder() / "home", "");
     expect("home", "broken", "is not a folder");
+}
+
+TEST_F(DoctorTest, namesAutomationsThatNobodyStartsAndRunsThatDidNotHappen)
+{
+    expect("automations", "works", "0, of which 0 paused");
+    for (const std::string name : {"late", "off", "paused"})
+        writeFile(home() / "automations" / name / "loop.json",
+            R"({"name":")" + name + R"(","kind":"script","command":"true","schedule":{"everyMinutes":60}})");
+    writeFile(home() / ".runtime/state/paused.json", R"({"enabled":false})");
+    const auto job = folder() / "Library/LaunchAgents/org.mervolabs.rondel.late.plist";
+    writeFile(job, "");
+    expect("automations", "broken", "no job is loaded, so nothing starts: off");
+    EXPECT_THAT(check("automations")["remedy"].get<std::string>(), HasSubstr("auto.enable"));
+    std::filesystem::remove_all(home() / "automations/off");
+    expect("automations", "works", "2, of which 1 paused");
+    std::filesystem::last_write_time(job, std::filesystem::file_time_type::clock::now() - std::chrono::hours(3));
+    expect("automations", "limited", "did not run when it was due: late (20");
+    writeProgram("launchctl", "#!/bin/sh\nexit 1\n");
+    expect("automations", "broken", "does not list");
+}
+
+TEST_F(DoctorTest, saysWhoGetsAShell)
+{
+    const auto looks = [&](const char* state, const char* detail) { expect("shell", state, detail); };
+    looks("limited", "in copilote an agent that has only these tools gets a shell");
+    addRules({rule("A", PolicyRule::Decision::ask, "auto.add")});
+    looks("limited", "gets a shell");
+    addRules({rule("B", PolicyRule::Decision::deny, "auto.*")});
+    looks("works", "no agent gets a shell");
+    RuleStore(std::make_shared<MervoDB>(home())).remove("B");
+    setMode("panic");
+    looks("works", "no agent gets a shell");
 }
 
 TEST_F(DoctorTest, aHomeAmongTheSourcesIsPartedByTheCommandsOfTheRemedy)
