@@ -10,9 +10,17 @@ _mervo_offer() { # those of the candidates $2 ... that begin with $1
     mapfile -t COMPREPLY < <(compgen -W "$*" -- "$current")
 }
 
-_mervo_value() { # bash splits a word at "=": only the file of body-file= can be completed
+_mervo_automations() { # the names of the automations: the folders that hold a loop.json
+    local home=${MERVO_HOME:-$HOME/mervo} file
+    for file in "${home/#\~/$HOME}"/automations/*/loop.json; do
+        [[ -f $file ]] && file=${file%/loop.json} && echo "${file##*/}"
+    done
+}
+
+_mervo_value() { # bash splits a word at "=": the file of body-file= and the name of an automation can be completed
     local current=${COMP_WORDS[COMP_CWORD]} key=${COMP_WORDS[COMP_CWORD - 2]}
     [[ $current == = ]] && key=${COMP_WORDS[COMP_CWORD - 1]} current=
+    [[ ${COMP_WORDS[2]}:$key == auto.*:name ]] && _mervo_offer "$current" $(_mervo_automations)
     [[ $key == body-file ]] || return
     compopt -o filenames 2>/dev/null
     mapfile -t COMPREPLY < <(compgen -f -- "$current")
@@ -43,6 +51,7 @@ _mervo() {
             _mervo_offer "$current" --json --help ;;
         tools:-*) _mervo_offer "$current" --json --ids --arguments --help ;;
         auto-run:-*) _mervo_offer "$current" --force --help ;;
+        auto-run:*) ((COMP_CWORD == 2)) && _mervo_offer "$current" $(_mervo_automations) ;;
         secret:*) ((COMP_CWORD == 2)) && _mervo_offer "$current" set test ;;
         run:* | explain:* | tools:*)
             if ((COMP_CWORD == 2)); then

@@ -9,6 +9,19 @@ function __mervo_argument_names
     end
 end
 
+function __mervo_automations # the folders that hold a loop.json
+    set -l home $MERVO_HOME
+    test -n "$home"; or set home ~/mervo
+    for file in (string replace -r '^~' ~ -- $home)/automations/*/loop.json
+        basename (dirname $file)
+    end
+end
+
+function __mervo_automation_values
+    set -l words (commandline -opc)
+    string match -q 'auto.*' -- $words[3]; and string replace -r '^' name= (__mervo_automations)
+end
+
 function __mervo_words # how many words stand before the cursor
     test (count (commandline -opc)) -eq $argv[1]
 end
@@ -31,6 +44,8 @@ complete -c mervo -n '__mervo_words 1' -a help -d 'what a command promises'
 
 complete -c mervo -n '__fish_seen_subcommand_from run explain tools; and __mervo_words 2' -a '(mervo tools --ids 2>/dev/null)'
 complete -c mervo -n '__fish_seen_subcommand_from run explain; and not __mervo_words 2' -a '(__mervo_argument_names)'
+complete -c mervo -n '__fish_seen_subcommand_from run explain; and not __mervo_words 2' -a '(__mervo_automation_values)'
+complete -c mervo -n '__fish_seen_subcommand_from auto-run; and __mervo_words 2' -a '(__mervo_automations)'
 complete -c mervo -n '__fish_seen_subcommand_from run explain tools pending permissions bootstrap-permissions doctor' -l json -d 'print JSON instead of text'
 complete -c mervo -n '__fish_seen_subcommand_from tools' -l ids -d 'the ids alone'
 complete -c mervo -n '__fish_seen_subcommand_from tools' -l arguments -d "the names of one tool's arguments alone"

@@ -39,6 +39,13 @@ TEST_F(CompletionTest, offersFilesForABodyAndWaitingActions)
     ASSERT_EQ(mervo(send()).status, 0);
     EXPECT_EQ(offered({"pending", ""}), pending()[0].id + "\n");
     EXPECT_FALSE(std::filesystem::exists(home() / "long"));
+    EXPECT_EQ(offered({"auto-run", ""}), "");
+    for (const char* name : {"night", "noon"})
+        writeFile(home() / "automations" / name / "loop.json", "{}");
+    EXPECT_EQ(offered({"auto-run", "n"}), "night\nnoon\n");
+    EXPECT_EQ(offered({"run", "auto.log", "name", "=", "ni"}), "night\n");
+    EXPECT_EQ(offered({"run", "auto.log", "name", "="}), "night\nnoon\n");
+    EXPECT_EQ(offered({"run", "mail.send", "name", "=", "ni"}), "");
 }
 
 TEST_F(CompletionTest, everyShellKnowsEveryCommand)
