@@ -9,6 +9,8 @@ namespace mervo::platform {
 /// Holds back the signals that ask this process to end (SIGTERM, SIGINT, SIGHUP), so that a long work can be brought to
 /// an orderly end. Such a signal that the caller has set to be ignored stays ignored.
 ///
+/// Meanwhile a limit on the size of files (SIGXFSZ) is an error of writing, as a full disk is.
+///
 /// One at a time, made before the process has other threads. Programs that are started meanwhile get their signals as
 /// ever. Destroying it lets signals act again; one that nobody has asked for ends the process then.
 class EndRequest {
@@ -27,6 +29,7 @@ public:
 
 private:
     Descriptor arrived_;
+    void (*beforeLimit_)(int);
     int signal_ = 0;
 };
 

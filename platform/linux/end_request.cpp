@@ -29,6 +29,7 @@ sigset_t held()
 } // namespace
 
 EndRequest::EndRequest()
+    : beforeLimit_(::signal(SIGXFSZ, SIG_IGN))
 {
     const sigset_t set = held();
     arrived_ = Descriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
@@ -39,6 +40,7 @@ EndRequest::EndRequest()
 EndRequest::~EndRequest()
 {
     const sigset_t set = held();
+    ::signal(SIGXFSZ, beforeLimit_);
     ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
