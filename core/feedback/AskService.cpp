@@ -53,13 +53,6 @@ FeedbackItem newItem(FeedbackItem::Kind kind, const std::string& text, const std
     return item;
 }
 
-/// The automation whose run this process belongs to.
-std::optional<std::string> runningAutomation()
-{
-    const char* const name = std::getenv("RONDEL_RUN");
-    return unlessEmpty(name == nullptr ? std::nullopt : std::optional<std::string>(name));
-}
-
 /// No text that is shown can begin a line of its own, and so pass for another record.
 std::string asLine(const std::string& text)
 {
@@ -104,6 +97,12 @@ AskService& AskService::shared() noexcept
 {
     static AskService service(FeedbackStore::shared());
     return service;
+}
+
+std::optional<std::string> AskService::runningAutomation()
+{
+    const char* const name = std::getenv("RONDEL_RUN");
+    return unlessEmpty(name == nullptr ? std::nullopt : std::optional<std::string>(name));
 }
 
 std::string AskService::ask(const std::string& text, const std::optional<std::string>& channel,

@@ -15,6 +15,9 @@ public:
     explicit AskService(FeedbackStore& store) noexcept;
     static AskService& shared() noexcept;
 
+    /// The automation whose run this process belongs to: RONDEL_RUN, which the supervisor sets for agents.
+    static std::optional<std::string> runningAutomation();
+
     /// Sends a question by the channel of this id (none, or an empty one: the configured one; an unknown one: mail)
     /// and keeps it. Without a name of an automation the run that this process belongs to is the one that asks.
     /// Returns a sentence with the question's id. Throws ServiceError when the question cannot be sent; then nothing is

@@ -47,6 +47,15 @@ std::string runAsk(const Args& args)
         given(args, "automation"), expiresHours(args), kSource);
 }
 
+/// Whoever approves it runs it in another process.
+Args withAutomation(Args args)
+{
+    const auto automation = AskService::runningAutomation();
+    if (automation && !Arguments::isPresent(args, "automation"))
+        args.insert_or_assign("automation", *automation);
+    return args;
+}
+
 std::string runAnswer(const Args& args)
 {
     const std::string& id = Arguments::required(args, "id");
@@ -92,6 +101,7 @@ const Tool& ask()
             kAutomation, kExpires},
         .build = Arguments::requiring({"text"}),
         .nativeRun = runAsk,
+        .whileItWaits = withAutomation,
     };
     return tool;
 }

@@ -96,13 +96,13 @@ Result deny(const Call& call, const ActionPolicy::Outcome& verdict)
     return Error{"blocked by deny-rule (" + verdict.ruleID.value_or("?") + ")"};
 }
 
-std::string summary(const Call& call)
+std::string summary(const Tool& tool, const Args& args)
 {
     std::vector<std::string> parts;
-    for (const auto& [key, value] : call.args)
+    for (const auto& [key, value] : args)
         parts.push_back(key + "=" + value);
     std::sort(parts.begin(), parts.end());
-    return call.tool.id + " " + Text::join(parts, " ");
+    return tool.id + " " + Text::join(parts, " ");
 }
 
 std::optional<std::string> preview(const Tool& tool, const Args& args)
@@ -119,7 +119,8 @@ Result ask(
     PendingAction action;
     const auto save = [&] {
         const PendingStore store(configDir);
-        action = {Text::newShortId(), call.tool.id, call.args, summary(call), {}, preview(call.tool, call.args)};
+        const Args args = call.tool.whileItWaits ? call.tool.whileItWaits(call.args) : call.args;
+        action = {Text::newShortId(), call.tool.id, args, summary(call.tool, args), {}, preview(call.tool, args)};
         action.createdAt = Timestamps::now();
         store.save(action);
     };

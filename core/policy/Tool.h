@@ -70,6 +70,8 @@ struct Tool {
     std::function<Invocation(const Args&)> build;
     /// When present, the tool runs in this process and the script of `build` is not run. May throw.
     std::function<std::string(const Args&)> nativeRun = nullptr;
+    /// What a call is kept as when it has to wait: with what only the caller's process knows. Without it: as it is.
+    std::function<Args(const Args&)> whileItWaits = nullptr;
     /// A line for the approval card, obtained by read-only work; nothing when that fails.
     std::function<std::optional<std::string>(const Args&)> preview = nullptr;
     /// Works on a successful output.

@@ -226,6 +226,16 @@ class Tools(Asking):
             says("• [directive] obey" if lives else "(no operator feedback pending)", "ask.answers")
             self.desk.tool("feedback.rm", id=told)
 
+    def test_a_question_that_waited_is_still_the_runs(self):
+        self.desk.set(autonomyMode="panic")
+        for environment, words, automation in (({"RONDEL_RUN": "night"}, {}, "night"), ({}, {}, None),
+                                               ({"RONDEL_RUN": "night"}, {"automation": "day"}, "day")):
+            self.desk.environment |= environment
+            self.desk.tool("ask", text="Shall I?", channel="cockpit", **words)
+            self.desk.environment.pop("RONDEL_RUN", None)
+            self.desk.approve(*self.desk.waiting())
+            self.assertEqual(self.desk.rows("SELECT automation FROM feedback ORDER BY rowid DESC")[0], (automation,))
+
     def test_a_hostile_question_is_one_question(self):
         self.desk.environment["RONDEL_RUN"] = "night"
         server = Peer(self.desk.contents / "Helpers/mervo-mcp", environment=self.desk.environment)
