@@ -66,7 +66,12 @@ class Bench:
 
 def command_line(bench):
     environment, folder = bench.desk("small")
+    automation = folder / "mervo/automations/nothing"
+    automation.mkdir(parents=True)
+    (automation / "loop.json").write_text('{"name":"nothing","kind":"script","command":"true"}', encoding="utf-8")
     got = bench.pairs(environment, {
+        "auto-run": ["spawn", bench.helpers / "mervo", "auto-run", "nothing"],
+        "bash": ["spawn", "/bin/bash", "-c", "true"],
         "run": ["spawn", bench.helpers / "mervo", "run", "how_it_works"],
         "version": ["spawn", bench.helpers / "mervo", "--version"],
         "start": ["spawn", bench.programs / "floor-start"],
@@ -77,6 +82,9 @@ def command_line(bench):
         Figure("`mervo run how_it_works`, from start to end", got["run"]["wall"], added(start, insert),
                "start of a C++ program + INSERT", 1.5),
         Figure("`mervo --version`", got["version"]["wall"], start, "start of a C++ program"),
+        Figure("What `mervo auto-run` adds to a script's own time", [
+            run - alone for run, alone in zip(got["auto-run"]["wall"], got["bash"]["wall"], strict=True)],
+            got["bash"]["wall"], "`/bin/bash -c true`", 15 * MS, absolute=True),
     ]
 
 
