@@ -98,8 +98,8 @@ struct ProcessFacts {
 std::optional<ProcessFacts> processFacts(std::int64_t processId);
 
 /// Asks the processes of a session (setsid) to end, by the number of its leader, which may have ended before; what is
-/// left after `mercy` is killed.
-void endSession(std::int64_t leader, std::chrono::milliseconds mercy);
+/// left after `mercy` is killed. False when there was none.
+bool endSession(std::int64_t leader, std::chrono::milliseconds mercy);
 
 /// The number of this process.
 std::int64_t ownProcess() noexcept;

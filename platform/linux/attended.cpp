@@ -58,13 +58,16 @@ void endGroup(pid_t group, milliseconds mercy)
 
 } // namespace
 
-Outcome runAttended(const Command& command, const Streams& streams, EndRequest& request, milliseconds mercy)
+Outcome runAttended(const Command& command, const Streams& streams, EndRequest& request, milliseconds mercy,
+    const std::function<void(std::int64_t)>& started)
 {
     const Start start{.standard = {streamOf(streams.input), streamOf(streams.output), streamOf(streams.output)},
         .ownSession = true,
         .diesWithUs = true};
     const pid_t id = spawn(command, start);
     Child child(id, true);
+    if (started)
+        started(id);
     Outcome outcome;
     outcome.stopped = attend(child, request, mercy);
     child.signal(SIGTERM); // what it leaves behind; its number is its own until it is waited for

@@ -57,16 +57,17 @@ bool sendToSession(std::int64_t leader, int signal)
 
 } // namespace
 
-void endSession(std::int64_t leader, std::chrono::milliseconds mercy)
+bool endSession(std::int64_t leader, std::chrono::milliseconds mercy)
 {
     constexpr std::chrono::milliseconds kPause(50);
     const auto end = std::chrono::steady_clock::now() + mercy;
     if (leader <= 1 || !sendToSession(leader, SIGTERM))
-        return;
+        return false;
     while (sendToSession(leader, 0) && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(kPause);
     while (sendToSession(leader, SIGKILL))
         std::this_thread::sleep_for(kPause);
+    return true;
 }
 
 std::optional<ProcessFacts> processFacts(std::int64_t processId)

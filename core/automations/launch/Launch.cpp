@@ -60,6 +60,7 @@ void endLeftovers(const fs::path& home, const RunPaths& paths, const std::string
 {
     TmuxRun::endLeftover(home, name, log);
     VisibleRun::endLeftover(paths, log);
+    DirectRun::endLeftover(paths, log);
 }
 
 } // namespace mervo::Launch

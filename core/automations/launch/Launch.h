@@ -11,7 +11,7 @@ namespace mervo::Launch {
 /// closed. A request to end does that too.
 void run(const AgentRun& run, platform::EndRequest& request, const RunLog& log, const RecordExit& record);
 
-/// Ends what a run whose supervisor was killed may have left: its tmux session, its window.
+/// Ends what a run whose supervisor was killed may have left: its tmux session, its window, its processes.
 void endLeftovers(const std::filesystem::path& home, const RunPaths& paths, const std::string& name, const RunLog& log);
 
 } // namespace mervo::Launch

@@ -24,6 +24,8 @@ public:
     std::filesystem::path prompt() const { return run(".prompt"); }
     std::filesystem::path wrapper() const { return run(".run.sh"); }
     std::filesystem::path window() const { return run(".window"); } ///< the id of a visible run's terminal session
+    /// The number of the session (setsid) that a run without a terminal leads.
+    std::filesystem::path session() const { return run(".session"); }
     std::filesystem::path failureTail() const { return run(".failtail.txt"); } ///< body of the failure mail
 
     std::filesystem::path log() const { return log(".log"); }

@@ -21,7 +21,7 @@ int exitCode(const RunContext& run)
                                  .arguments = {"-c", run.settings.command},
                                  .folder = run.settings.cwd,
                                  .environment = RunEnvironment::ofScript(run.searchPath)},
-        {}, run.request, run.log);
+        {}, run.paths, run.request, run.log);
 }
 
 } // namespace
