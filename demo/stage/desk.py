@@ -97,7 +97,8 @@ class Desk:
         config.parent.mkdir(parents=True)
         config.write_text(f'[[mail.account]]\nname = "{ACCOUNT}"\nemail = ["{ADDRESS}"]\npath = "{self.maildir}"\n'
                           '[calendars]\npath = "~/.calendars"\n[reminders]\npath = "~/.calendars"\n'
-                          '[contacts]\npath = "~/.contacts"\n[notes]\npath = "~/Notes"\nformat = "markdown"\n',
+                          '[contacts]\npath = "~/.contacts"\n[notes]\npath = "~/Notes"\nformat = "markdown"\n'
+                          '[jobs]\nrunner = "none"\n',  # which would outlive this desk
                           encoding="utf-8")
 
     def _messages(self):

@@ -131,12 +131,6 @@ void requestRun(const std::string& label)
     startRunner();
 }
 
-void resume()
-{
-    if (!loaded().empty())
-        startRunner();
-}
-
 void startRunner()
 {
     const fs::path program = platform::platformProgram(kRunner);

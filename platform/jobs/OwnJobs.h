@@ -34,8 +34,6 @@ void ask(const std::string& label);
 /// asks for a run of those that want one. `complain` receives a line for each that cannot be read.
 void reload(const std::function<void(const std::string&)>& complain);
 
-/// Starts the runner where jobs are loaded and none lives. Throws std::runtime_error.
-void resume();
 /// Starts the runner where none lives; when it returns, one looks after the jobs. Throws std::runtime_error.
 void startRunner();
 

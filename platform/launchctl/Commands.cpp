@@ -21,8 +21,8 @@ namespace mervo::jobs {
 
 namespace {
 
-/// Who looks after jobs that are loaded now. A mistake in desk.toml keeps no job from running.
-bool isForSystemd(const Streams& streams)
+/// Who shall look after jobs, never `automatic`. A mistake in desk.toml keeps no job from running.
+desk::JobRunner chosenRunner(const Streams& streams)
 {
     auto runner = desk::JobRunner::automatic;
     try {
@@ -30,7 +30,9 @@ bool isForSystemd(const Streams& streams)
     } catch (const desk::ConfigurationError& error) {
         streams.notes << error.what() << " Jobs are loaded as if [jobs] were not there.\n";
     }
-    return runner == desk::JobRunner::systemd || (runner == desk::JobRunner::automatic && systemd::runs());
+    if (runner == desk::JobRunner::automatic)
+        return systemd::runs() ? desk::JobRunner::systemd : desk::JobRunner::own;
+    return runner;
 }
 
 ReadJob readNamed(const std::string& path)
@@ -55,9 +57,14 @@ void bootstrap(const std::vector<std::string>& words, const Streams& streams)
     if (own::isLoaded(read.job.label) || systemd::isLoaded(read.job.label))
         throw CommandError(Exit::alreadyLoaded,
             fmt::format("{} is loaded already; \"launchctl bootout\" unloads it.", read.job.label));
-    if (isForSystemd(streams)) {
-        systemd::load(read.job);
-    } else {
+    switch (chosenRunner(streams)) {
+    case desk::JobRunner::systemd:
+        return systemd::load(read.job);
+    case desk::JobRunner::none:
+        streams.notes << fmt::format("{}: not loaded, since desk.toml wants no runner of jobs.\n", read.job.label);
+        return;
+    case desk::JobRunner::automatic:
+    case desk::JobRunner::own:
         own::load(read.job);
     }
 }
@@ -88,11 +95,12 @@ void kickstart(const std::vector<std::string>& words, const Streams& streams)
     }
 }
 
-void resume(const std::vector<std::string>& words, const Streams&)
+void resume(const std::vector<std::string>& words, const Streams& streams)
 {
     if (!words.empty())
         throw CommandError(Exit::usage, "resume takes no argument.");
-    own::resume();
+    if (!own::loaded().empty() && chosenRunner(streams) != desk::JobRunner::none)
+        own::startRunner();
 }
 
 /// The columns PID and STATUS of a job of the own runner.

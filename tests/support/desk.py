@@ -43,8 +43,7 @@ class Desk:
             "XDG_DATA_HOME": str(self.folder / "data")} | dict(environment)
         self.accounts = {name: accounts[name] if isinstance(accounts, dict) else [f"{name.lower()}@desk.example"]
                          for name in accounts}
-        if self.accounts:
-            self.configure("".join(self.account(name, settings) for name in self.accounts))
+        self.configure("".join(self.account(name, settings) for name in self.accounts))
         if mode:
             self.home.mkdir(mode=0o700, parents=True)
             (self.home / ".demonstration").write_text(str(self.home.resolve()))
@@ -62,9 +61,9 @@ class Desk:
                 f'path = "{self.folder / name}"\n{settings}\n')
 
     def configure(self, text):
-        """Replaces desk.toml."""
+        """Replaces desk.toml. No runner of jobs is started, which would outlive the test, unless the text wants one."""
         self.config.parent.mkdir(parents=True, exist_ok=True)
-        self.config.write_text(text, encoding="utf-8")
+        self.config.write_text(text if "[jobs]" in text else text + '\n[jobs]\nrunner = "none"\n', encoding="utf-8")
 
     def set(self, **settings):
         """Changes settings of config.json."""

@@ -41,6 +41,9 @@ class Desktop:
             XDG_CACHE_HOME=str(self.root / "cache"), XDG_DATA_HOME=str(self.root / "data"), LANG="C.UTF-8",
             QT_QPA_PLATFORM="xcb", QT_QUICK_BACKEND="software", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="1")
         (self.root / "home").mkdir()
+        settings = self.root / "config/mervo-desk/desk.toml"
+        settings.parent.mkdir(parents=True)
+        settings.write_text('[jobs]\nrunner = "none"\n')  # a runner would outlive the desktop
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self._told("dbus-daemon", "--session", "--nofork", "--print-address")
         os.environ["DISPLAY"] = self.display(size)
 

@@ -47,6 +47,15 @@ Finding ofOwnRunner()
         fmt::format("Start it when the machine starts: {} --login", platform::platformProgram("launchd").string()));
 }
 
+/// `loaded` counts the jobs that somebody starts all the same, since they were loaded before.
+Finding ofNoRunner(std::size_t loaded)
+{
+    return finding(Finding::State::limited,
+        "desk.toml wants no runner of jobs: automations are not run on their schedule"
+            + (loaded > 0 ? fmt::format(", except those that were loaded before ({})", loaded) : std::string()),
+        "To have them run: set runner = \"auto\" in [jobs] of desk.toml, then pause and resume the automations");
+}
+
 } // namespace
 
 std::vector<Finding> examineJobs(const Configuration& configuration)
@@ -54,7 +63,10 @@ std::vector<Finding> examineJobs(const Configuration& configuration)
     const JobRunner chosen = jobRunner(configuration);
     const bool hasManager = jobs::systemd::runs();
     const std::size_t own = jobs::own::loaded().size(), units = jobs::systemd::loaded().size();
-    if (own > 0 && jobs::own::runner().process == 0)
+    const bool hasRunner = jobs::own::runner().process != 0;
+    if (chosen == JobRunner::none)
+        return {ofNoRunner((hasRunner ? own : 0) + (hasManager ? units : 0))};
+    if (own > 0 && !hasRunner)
         return {finding(Finding::State::broken,
             fmt::format("nobody starts the jobs that wait ({}): the own runner does not live", own),
             fmt::format("{} resume", platform::platformProgram("launchctl").string()))};

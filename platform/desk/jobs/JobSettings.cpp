@@ -13,8 +13,10 @@ JobRunner readRunner(const Table& jobs)
         return JobRunner::systemd;
     if (runner == "own")
         return JobRunner::own;
+    if (runner == "none")
+        return JobRunner::none;
     if (runner != "auto")
-        jobs.fail("runner", "is none of \"auto\", \"systemd\" and \"own\"");
+        jobs.fail("runner", "is none of \"auto\", \"systemd\", \"own\" and \"none\"");
     return JobRunner::automatic;
 }
 

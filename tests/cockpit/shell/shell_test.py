@@ -167,6 +167,7 @@ class TestStartAndEnd(Application):
             self.assertEqual((cockpit.returncode, complaints), (0, ""))
 
     def test_it_starts_the_runner_of_jobs_again(self):
+        self.desk.configure('[jobs]\nrunner = "own"\n')
         lock = self.desk.folder / "Library/LaunchAgents/.launchd/lock"
         processes = []
 

@@ -29,6 +29,11 @@ class JobCase(unittest.TestCase):
             self.environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
         self.addCleanup(self.end)
 
+    def configure(self, text):
+        file = self.home / "config/mervo-desk/desk.toml"
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
+
     def program(self, name):
         return BUNDLE / "Helpers/platform" / name
 

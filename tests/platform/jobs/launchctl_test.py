@@ -76,10 +76,26 @@ class Words(JobCase):
                     self.ctl("bootout", DOMAIN, file)
                 self.assertLess(time.monotonic() - begun, 5)
 
+    def told(self):
+        ran = subprocess.run([self.program("desk-health")], env=self.environment, capture_output=True, check=True)
+        return next(found for found in json.loads(ran.stdout) if found["id"] == "desk.jobs")
+
+    def test_with_no_runner_wanted_nothing_is_loaded_and_none_is_started(self):
+        before = self.load("before", StartInterval=3600)
+        self.configure('[jobs]\nrunner = "none"\n')
+        wanted = "desk.toml wants no runner of jobs"
+        self.assertIn(wanted, self.ctl("bootstrap", DOMAIN, self.job("job", StartInterval=60)))
+        self.assertNotIn(LABEL, self.ctl("list"))
+        never = wanted + ": automations are not run on their schedule"
+        self.assertEqual(self.told()["detail"], never + ", except those that were loaded before (1)")
+        self.kill(self.runner())
+        self.ctl("resume")
+        self.assertEqual((self.runners(), self.told()["detail"]), ([], never))
+        self.ctl("bootout", DOMAIN, before)
+        self.assertIn('runner = "auto"', self.told()["remedy"])
+
     def test_the_doctor_tells_who_starts_jobs_and_when_nobody_does(self):
-        def told():
-            ran = subprocess.run([self.program("desk-health")], env=self.environment, capture_output=True, check=True)
-            return next(found for found in json.loads(ran.stdout) if found["id"] == "desk.jobs")
+        told = self.told
         self.assertEqual(told()["detail"], "none is loaded")
         self.load("job", StartInterval=3600)
         self.assertIn("launchd --login", told()["remedy"])
@@ -91,8 +107,7 @@ class Words(JobCase):
         self.ctl("resume")
         self.assertTrue(told()["ok"])
         self.ctl("bootout", DOMAIN, LABEL)
-        (self.home / "config/mervo-desk").mkdir(parents=True)
-        (self.home / "config/mervo-desk/desk.toml").write_text('[jobs]\nrunner = "systemd"\n')
+        self.configure('[jobs]\nrunner = "systemd"\n')
         self.assertIn("no manager of it answers", told()["detail"])
         manager = self.home / "run/systemd/private"
         manager.parent.mkdir()
@@ -130,11 +145,6 @@ class Systemd(JobCase):
         stand_in.chmod(0o755)
         self.environment["PATH"] = f"{stand_in.parent}:{self.environment['PATH']}"
         self.units = self.home / "config/systemd/user"
-
-    def configure(self, text):
-        file = self.home / "config/mervo-desk/desk.toml"
-        file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_text(text)
 
     def asked(self):
         asked = [line.removesuffix(" " + self.environment["XDG_RUNTIME_DIR"]) for line in self.lines("asked")]
