@@ -120,6 +120,9 @@ bool ReadingOrder::eventFilter(QObject* watched, QEvent* event)
     const bool isTab = key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab;
     if (!isTab || key.modifiers().testAnyFlags(Qt::ControlModifier | Qt::AltModifier))
         return false;
+    const QQuickItem* focused = window() != nullptr ? window()->activeFocusItem() : nullptr;
+    if (focused != nullptr && focused != this && !isAncestorOf(focused) && !focused->isAncestorOf(this))
+        return false;
     const bool forward = key.key() == Qt::Key_Tab && !key.modifiers().testFlag(Qt::ShiftModifier);
     return move(forward ? Direction::forward : Direction::backward);
 }

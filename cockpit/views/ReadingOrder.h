@@ -11,7 +11,7 @@ namespace mervo {
 /// An item in which Tab and Shift-Tab visit the controls in reading order: the order of their parents' children, and in
 /// a list from top to bottom (Qt uses the order of creation there, which changes as the list is scrolled). Wraps at the
 /// ends. A control takes part if it is visible, enabled and has `activeFocusOnTab`. A control that gets the focus by
-/// anything but the mouse is scrolled into view.
+/// anything but the mouse is scrolled into view. While a menu or a dialog over it has the focus, Tab is theirs.
 class ReadingOrder : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT

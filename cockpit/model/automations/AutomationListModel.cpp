@@ -40,6 +40,8 @@ QVariant AutomationListModel::data(const QModelIndex& index, int role) const
         return row.isRunning;
     case IsAgentRole:
         return row.isAgent;
+    case IsPausedRole:
+        return row.isPaused;
     default:
         return {};
     }
@@ -49,7 +51,7 @@ QHash<int, QByteArray> AutomationListModel::roleNames() const
 {
     return {{AutomationRole, "automation"}, {NameRole, "name"}, {StateRole, "state"}, {SymbolRole, "symbol"},
         {SymbolTintRole, "symbolTint"}, {SubtitleRole, "subtitle"}, {UpcomingRole, "upcoming"},
-        {IsRunningRole, "isRunning"}, {IsAgentRole, "isAgent"}};
+        {IsRunningRole, "isRunning"}, {IsAgentRole, "isAgent"}, {IsPausedRole, "isPaused"}};
 }
 
 AutomationListModel::Row AutomationListModel::rowOf(
@@ -65,7 +67,8 @@ AutomationListModel::Row AutomationListModel::rowOf(
         .subtitle = ShownText::line(AutomationPresentation::subtitle(automation, now)),
         .upcoming = QString::fromStdString(upcoming(automation)),
         .isRunning = automation.running,
-        .isAgent = automation.kind == Automation::Kind::agent};
+        .isAgent = automation.kind == Automation::Kind::agent,
+        .isPaused = !automation.enabled};
 }
 
 void AutomationListModel::show(std::span<const Automation> automations, Timestamps::Time now, const Upcoming& upcoming)

@@ -27,6 +27,7 @@ public:
         UpcomingRole, ///< the next run, or one that was missed; empty when there is nothing to say
         IsRunningRole,
         IsAgentRole,
+        IsPausedRole, ///< also while it runs
     };
     Q_ENUM(Role)
 
@@ -43,7 +44,7 @@ public:
 private:
     struct Row {
         QString name, shownName, state, symbol, symbolTint, subtitle, upcoming;
-        bool isRunning = false, isAgent = false;
+        bool isRunning = false, isAgent = false, isPaused = false;
 
         const QString& identity() const { return name; }
         bool operator==(const Row&) const = default;

@@ -126,6 +126,18 @@ void CockpitAutomations::openLog(const QString& shown)
     }
 }
 
+void CockpitAutomations::openFolder(const QString& shown)
+{
+    const std::string name = shown.toStdString();
+    const std::filesystem::path folder = outside_.automations.folder(name);
+    std::error_code unreadable;
+    if (!std::filesystem::exists(folder, unreadable)) {
+        outside_.operations.lastResult.show(Kind::Failed, name + " - its folder is not there");
+    } else if (!outside_.workspace.revealFile(folder)) {
+        outside_.operations.lastResult.showNotOpened(folder.string());
+    }
+}
+
 const Automation* CockpitAutomations::automation(const QString& name) const
 {
     const auto found = std::ranges::find(listed_, name.toStdString(), &Automation::name);

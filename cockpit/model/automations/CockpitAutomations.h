@@ -45,6 +45,7 @@ public:
     Q_INVOKABLE void remove(const QString& name);
     Q_INVOKABLE void openLive(const QString& name);
     Q_INVOKABLE void openLog(const QString& name);
+    Q_INVOKABLE void openFolder(const QString& name);
     /// The prompt as a list of {kind: "heading"|"bullet"|"paragraph"|"code", level, text}.
     Q_INVOKABLE QVariantList promptBlocks(const QString& name) const;
 

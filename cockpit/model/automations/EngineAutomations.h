@@ -10,6 +10,7 @@ namespace mervo {
 class EngineAutomations final : public AutomationOperations {
 public:
     std::vector<Automation> list() override { return listing_.list(); }
+    std::filesystem::path folder(const std::string& name) override { return RondelEngine::folderURL(name); }
     std::filesystem::path logFile(const std::string& name) override { return RondelEngine::logURL(name); }
     std::optional<platform::Moment> loadedSince(const std::string& name) override
     {

@@ -19,18 +19,39 @@ FocusScope {
     required property string upcoming ///< "next in 2 h", or empty
     required property bool isRunning
     required property bool isAgent
+    required property bool isPaused
+    required property bool isUnsettled ///< it may have come under the mouse just now
 
     readonly property string details: upcoming === "" ? subtitle : subtitle + " · " + upcoming
 
+    property string popup ///< what is open over it: "menu", "alert" or nothing
+    readonly property bool isInHand: hover.hovered || activeFocus || popup !== ""
+
     signal previewRequested
+    signal moved
+    signal decided
+
+    function closePopup() {
+        popup = "";
+        more.forceActiveFocus(Qt.PopupFocusReason);
+    }
 
     implicitHeight: Math.max(row.implicitHeight, theme.unit * 6)
     onActiveFocusChanged: if (activeFocus) ListView.view.currentIndex = index
+    onIsRunningChanged: moved() // other buttons come where these were
+    onYChanged: moved()
+    // The list only leaves a row out of the picture that it keeps for later; a screen reader would go on showing it.
+    ListView.onPooled: {
+        popup = "";
+        visible = false;
+    }
+    ListView.onReused: visible = true
+    Keys.onMenuPressed: popup = "menu"
 
     Rectangle {
         anchors.fill: parent
         radius: root.theme.radius
-        color: hover.hovered || root.activeFocus ? root.theme.hover : "transparent"
+        color: root.isInHand ? root.theme.hover : "transparent"
         border.color: root.theme.ring
         border.width: activeFocus ? 2 : 0
         focus: true
@@ -91,7 +112,7 @@ FocusScope {
             }
             RowLayout {
                 // Never quite 0: what has no opacity does not exist for a screen reader.
-                opacity: hover.hovered || root.activeFocus ? 1 : 0.01
+                opacity: root.isInHand ? 1 : 0.01
                 spacing: 0
 
                 IconButton {
@@ -99,21 +120,27 @@ FocusScope {
                     theme: root.theme
                     symbol: "terminal"
                     text: "Open live run in Terminal"
-                    onClicked: root.automations.openLive(root.automation)
+                    isUnsettled: root.isUnsettled
+                    onChosen: root.automations.openLive(root.automation)
                 }
                 IconButton {
                     visible: root.isRunning
                     theme: root.theme
                     symbol: "stop.circle"
                     text: "Stop run"
-                    onClicked: root.automations.stop(root.automation)
+                    isUnsettled: root.isUnsettled
+                    onChosen: root.automations.stop(root.automation)
                 }
                 IconButton {
                     visible: !root.isRunning
                     theme: root.theme
                     symbol: "play.circle"
                     text: "Run now"
-                    onClicked: root.automations.run(root.automation)
+                    isUnsettled: root.isUnsettled
+                    onChosen: {
+                        root.moved(); // a second click is none for another run
+                        root.automations.run(root.automation);
+                    }
                 }
                 IconButton {
                     visible: root.isAgent
@@ -122,11 +149,56 @@ FocusScope {
                     text: "Preview prompt"
                     onClicked: root.previewRequested()
                 }
+                IconButton {
+                    id: more
+
+                    theme: root.theme
+                    symbol: "ellipsis"
+                    text: "More actions for " + root.name
+                    isUnsettled: root.isUnsettled
+                    onChosen: root.popup = "menu"
+
+                    Repeater {
+                        model: root.popup === "menu" ? 1 : 0
+                        delegate: Item {
+                            anchors.fill: parent
+
+                            AutomationMenu {
+                                theme: root.theme
+                                automations: root.automations
+                                automation: root.automation
+                                isPaused: root.isPaused
+                                visible: true
+                                onDeletionRequested: root.popup = "alert"
+                                onClosed: if (root.popup === "menu") root.closePopup()
+                            }
+                        }
+                    }
+                }
             }
         }
 
+        Repeater {
+            model: root.popup === "alert" ? 1 : 0
+            delegate: Item {
+                DeleteAlert {
+                    theme: root.theme
+                    name: root.name
+                    visible: true
+                    onClosed: root.closePopup()
+                    onConfirmed: {
+                        root.decided();
+                        root.automations.remove(root.automation);
+                    }
+                }
+            }
+        }
         HoverHandler {
             id: hover
+        }
+        TapHandler {
+            acceptedButtons: Qt.RightButton
+            onTapped: root.popup = "menu"
         }
     }
 }

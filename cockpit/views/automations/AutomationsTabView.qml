@@ -13,6 +13,9 @@ FocusScope {
     property string previewed ///< the automation whose prompt is shown; empty: none
     property string previewedName ///< as it can be shown
 
+    Settling {
+        id: settling
+    }
     ListView {
         id: list
 
@@ -30,6 +33,7 @@ FocusScope {
         highlightFollowsCurrentItem: false
         Accessible.role: Accessible.List
         Accessible.name: "Automations"
+        onContentYChanged: settling.restart()
         Keys.onDownPressed: {
             incrementCurrentIndex();
             positionViewAtIndex(currentIndex, ListView.Contain);
@@ -47,6 +51,9 @@ FocusScope {
             width: ListView.view.width - ListView.view.leftMargin - ListView.view.rightMargin
             theme: root.theme
             automations: root.automations
+            isUnsettled: settling.isUnsettled
+            onMoved: settling.restart()
+            onDecided: settling.decide()
             onPreviewRequested: {
                 root.previewedName = name;
                 root.previewed = automation;

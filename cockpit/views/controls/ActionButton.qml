@@ -8,9 +8,10 @@ Pressable {
 
     property string symbol
     property bool isProminent: false
+    property bool isDestructive: false ///< what it does cannot be taken back
     property bool isFlat: false ///< without a frame until the mouse is over it
 
-    readonly property color ink: isProminent ? theme.accentText : theme.text
+    readonly property color ink: isProminent ? theme.accentText : isDestructive ? theme.ink("red") : theme.text
 
     leftPadding: theme.unit * 1.5
     rightPadding: theme.unit * 1.5

@@ -29,6 +29,7 @@ QtObject {
     readonly property color fieldLine: dark ? "#6f727b" : "#8b8f99"
     readonly property color hover: dark ? "#14ffffff" : "#0d000000"
     readonly property color press: dark ? "#26ffffff" : "#1f000000"
+    readonly property color shade: "#80000000" ///< over what a dialog keeps from being used
     readonly property color accent: dark ? "#2f6fe4" : "#1f63d6"
     readonly property color accentHover: dark ? "#3d7cf0" : "#1a57c0"
     readonly property color accentText: "#ffffff"

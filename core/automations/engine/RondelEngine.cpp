@@ -112,6 +112,11 @@ fs::path RondelEngine::automationsDir()
     return home() / "automations";
 }
 
+fs::path RondelEngine::folderURL(std::string_view name)
+{
+    return AutomationName::isValid(name) ? RunPaths(home(), name).folder() : fs::path();
+}
+
 fs::path RondelEngine::logURL(std::string_view name)
 {
     return AutomationFolder::runtimeFile(home(), "logs", name, ".log").value_or(fs::path());

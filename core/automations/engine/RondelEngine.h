@@ -29,7 +29,8 @@ public:
     static std::filesystem::path automationsDir();
     /// Makes the folders of the home and that of the jobs. Failures show when a file is written there.
     static void makeFolders() noexcept;
-    /// The log of an automation's runs; an empty path if no automation can have this name.
+    /// The folder of an automation, and the log of its runs; an empty path if no automation can have this name.
+    static std::filesystem::path folderURL(std::string_view name);
     static std::filesystem::path logURL(std::string_view name);
     /// The program that jobs run.
     static std::filesystem::path mervoBinaryForLaunchd() { return mervoBinary(); }

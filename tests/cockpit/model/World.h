@@ -56,6 +56,7 @@ struct FakeLoginItem final : platform::LoginItem {
 /// Lists what is on disk, does nothing else, and refuses where it is told to.
 struct FakeAutomations final : AutomationOperations {
     std::vector<Automation> list() override { return real.list(); }
+    std::filesystem::path folder(const std::string& name) override { return real.folder(name); }
     std::filesystem::path logFile(const std::string& name) override { return real.logFile(name); }
     std::optional<platform::Moment> loadedSince(const std::string& name) override { return real.loadedSince(name); }
     void runNow(const std::string& name) override { note("run " + name); }
