@@ -26,7 +26,7 @@ const QHash<QString, QStringList>& table()
         {"circle.dotted.circle", {"task-process-0", "media-record"}},
         {"clock.arrow.2.circlepath", {"appointment-recurring", "clock", "view-history"}},
         {"clock.badge.xmark", {"appointment-missed", "clock"}},
-        {"doc.text", {"viewlog", "text-x-log", "text-x-generic"}},
+        {"doc.text", {"view-list-text", "text-x-generic"}},
         {"doc.text.magnifyingglass", {"document-preview", "view-list-text"}},
         {"ellipsis", {"overflow-menu", "view-more"}},
         {"envelope.fill", {"mail-unread", "mail-message"}},

@@ -17,14 +17,16 @@ T.Menu {
 
     margins: theme.unit / 2
     padding: theme.unit / 2
-    implicitWidth: contentWidth + leftPadding + rightPadding
-    implicitHeight: contentHeight + topPadding + bottomPadding
-    onAboutToShow: {
-        const end = parent.mapToItem(null, 0, parent.height + implicitHeight + margins).y;
-        y = end > parent.Window.height ? -implicitHeight : parent.height;
-        x = parent.width - implicitWidth;
-        currentIndex = 0;
+    implicitWidth: {
+        let widest = 0;
+        for (let number = 0; number < count; ++number)
+            widest = Math.max(widest, itemAt(number).implicitWidth);
+        return widest + leftPadding + rightPadding;
     }
+    implicitHeight: contentHeight + topPadding + bottomPadding
+    x: parent.width - width
+    y: parent.mapToItem(null, 0, parent.height + height + margins).y > parent.Window.height ? -height : parent.height
+    onAboutToShow: currentIndex = 0
 
     MenuEntry {
         theme: root.theme

@@ -46,7 +46,11 @@ FocusScope {
         visible = false;
     }
     ListView.onReused: visible = true
-    Keys.onMenuPressed: popup = "menu"
+    Keys.onPressed: event => {
+        event.accepted = event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier);
+        if (event.accepted)
+            popup = "menu";
+    }
 
     Rectangle {
         anchors.fill: parent
@@ -90,6 +94,7 @@ FocusScope {
             }
             ColumnLayout {
                 Layout.fillWidth: true
+                Layout.rightMargin: root.isInHand ? buttons.width : 0
                 Layout.topMargin: root.theme.unit
                 Layout.bottomMargin: root.theme.unit
                 spacing: 1
@@ -110,74 +115,78 @@ FocusScope {
                     elide: Text.ElideRight
                 }
             }
-            RowLayout {
-                // Never quite 0: what has no opacity does not exist for a screen reader.
-                opacity: root.isInHand ? 1 : 0.01
-                spacing: 0
+        }
+        RowLayout {
+            id: buttons
 
-                IconButton {
-                    visible: root.isRunning && root.isAgent
-                    theme: root.theme
-                    symbol: "terminal"
-                    text: "Open live run in Terminal"
-                    isUnsettled: root.isUnsettled
-                    onChosen: root.automations.openLive(root.automation)
-                }
-                IconButton {
-                    visible: root.isRunning
-                    theme: root.theme
-                    symbol: "stop.circle"
-                    text: "Stop run"
-                    isUnsettled: root.isUnsettled
-                    onChosen: root.automations.stop(root.automation)
-                }
-                IconButton {
-                    visible: !root.isRunning
-                    theme: root.theme
-                    symbol: "play.circle"
-                    text: "Run now"
-                    isUnsettled: root.isUnsettled
-                    onChosen: {
-                        root.moved(); // a second click is none for another run
-                        root.automations.run(root.automation);
-                    }
-                }
-                IconButton {
-                    visible: root.isAgent
-                    theme: root.theme
-                    symbol: "doc.text.magnifyingglass"
-                    text: "Preview prompt"
-                    onClicked: root.previewRequested()
-                }
-                IconButton {
-                    id: more
+            anchors.right: parent.right
+            anchors.rightMargin: root.theme.unit / 2
+            anchors.verticalCenter: parent.verticalCenter
+            // Never quite 0: what has no opacity does not exist for a screen reader.
+            opacity: root.isInHand ? 1 : 0.01
+            spacing: 0
 
-                    theme: root.theme
-                    symbol: "ellipsis"
-                    text: "More actions for " + root.name
-                    isUnsettled: root.isUnsettled
-                    onChosen: root.popup = "menu"
+            IconButton {
+                visible: root.isRunning && root.isAgent
+                theme: root.theme
+                symbol: "terminal"
+                text: "Open live run in Terminal"
+                isUnsettled: root.isUnsettled
+                onChosen: root.automations.openLive(root.automation)
+            }
+            IconButton {
+                visible: root.isRunning
+                theme: root.theme
+                symbol: "stop.circle"
+                text: "Stop run"
+                isUnsettled: root.isUnsettled
+                onChosen: root.automations.stop(root.automation)
+            }
+            IconButton {
+                visible: !root.isRunning
+                theme: root.theme
+                symbol: "play.circle"
+                text: "Run now"
+                isUnsettled: root.isUnsettled
+                onChosen: {
+                    root.moved(); // a second click is none for another run
+                    root.automations.run(root.automation);
+                }
+            }
+            IconButton {
+                visible: root.isAgent
+                theme: root.theme
+                symbol: "doc.text.magnifyingglass"
+                text: "Preview prompt"
+                onClicked: root.previewRequested()
+            }
+            IconButton {
+                id: more
 
-                    Repeater {
-                        model: root.popup === "menu" ? 1 : 0
-                        delegate: Item {
-                            anchors.fill: parent
+                theme: root.theme
+                symbol: "ellipsis"
+                text: "More actions for " + root.name
+                isUnsettled: root.isUnsettled
+                onChosen: root.popup = "menu"
 
-                            AutomationMenu {
-                                theme: root.theme
-                                automations: root.automations
-                                automation: root.automation
-                                isPaused: root.isPaused
-                                visible: true
-                                onDeletionRequested: root.popup = "alert"
-                                onClosed: if (root.popup === "menu") root.closePopup()
-                            }
+                Repeater {
+                    model: root.popup === "menu" ? 1 : 0
+                    delegate: Item {
+                        anchors.fill: parent
+
+                        AutomationMenu {
+                            theme: root.theme
+                            automations: root.automations
+                            automation: root.automation
+                            isPaused: root.isPaused
+                            visible: true
+                            onDeletionRequested: root.popup = "alert"
+                            onClosed: if (root.popup === "menu") root.closePopup()
                         }
                     }
                 }
             }
         }
-
         Repeater {
             model: root.popup === "alert" ? 1 : 0
             delegate: Item {

@@ -26,9 +26,7 @@ T.MenuItem {
 
     background: Rectangle {
         radius: root.theme.unit / 2
-        color: root.down ? root.theme.press : root.highlighted ? root.theme.hover : "transparent"
-        border.width: root.visualFocus ? 2 : 0
-        border.color: root.theme.ring
+        color: root.down || root.highlighted ? root.theme.selection : "transparent"
     }
     contentItem: Row {
         spacing: root.theme.unit
