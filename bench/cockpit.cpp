@@ -1,4 +1,5 @@
-/// The cockpit's model on a home whose folder MERVO_HOME must name too, and whose database bench-gate has filled:
+/// The cockpit's model on a home whose folder MERVO_HOME and HOME must name too, and whose database bench-gate has
+/// filled:
 ///
 ///     bench-cockpit FOLDER ACTIONS AUTOMATIONS ROUNDS   makes what is missing, takes samples of one tick each and
 ///                                                       prints them as bench-pairs does
@@ -8,9 +9,11 @@
 #include "bench/Measure.h"
 #include "cockpit/model/CockpitModel.h"
 #include "cockpit/model/automations/EngineAutomations.h"
+#include "core/automations/model/AutomationName.h"
 
 #include <QCoreApplication>
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -56,9 +59,12 @@ void prepare(const fs::path& home, int actions, int automations)
             fmt::format("mail.send subject=Topic {}", i), "2026-01-01T08:00:00Z", std::nullopt});
     }
     for (int i = 0; i < automations; ++i) {
-        const std::string name = fmt::format("loop-{:02}", i);
+        const std::string name = fmt::format("loop-{:03}", i);
+        constexpr std::array<const char*, 3> kSchedules{R"({"type":"interval","everyMinutes":60})",
+            R"({"type":"calendar","hour":7,"minute":30})", R"({"type":"hours","hours":[8,12,18],"minute":0})"};
         write(home / "automations" / name / "loop.json",
-            fmt::format(R"({{"name":"{}","schedule":{{"type":"interval","everyMinutes":60}}}})", name));
+            fmt::format(R"({{"name":"{}","schedule":{}}})", name, kSchedules.at(i % kSchedules.size())));
+        write(home / "Library/LaunchAgents" / (AutomationName::jobLabel(name) + ".plist"), "<plist/>"); // it is loaded
         write(home / "automations" / name / "AGENT.md", std::string(3000, 'p'));
         write(home / ".runtime/state" / (name + ".json"), R"({"lastRun":"2026-01-01T08:00:00Z","lastExit":0})");
     }
@@ -68,7 +74,7 @@ void prepare(const fs::path& home, int actions, int automations)
 std::int64_t stampsOf(const fs::path& home)
 {
     std::vector<std::string> files;
-    for (const char* folder : {"pending", "automations", ".runtime"}) {
+    for (const char* folder : {"pending", "automations", ".runtime", "Library"}) {
         for (const auto& entry : fs::recursive_directory_iterator(home / folder))
             files.push_back(entry.path());
     }

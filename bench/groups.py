@@ -64,11 +64,38 @@ class Bench:
         return json.loads(ran.stdout)
 
 
+MANY = 200  # automations
+
+
+def automation(home, name, **loop):
+    folder = home / "automations" / name
+    folder.mkdir(parents=True)
+    (folder / "loop.json").write_text(json.dumps({"name": name} | loop), encoding="utf-8")
+    return folder
+
+
+def listing(bench):
+    environment, folder = bench.desk("automations")
+    schedule = {"type": "calendar", "hour": 7, "minute": 30}
+    for number in range(MANY):
+        made = automation(folder / "mervo", f"loop-{number:03}", schedule=schedule, client="claude")
+        (made / "AGENT.md").write_text("p" * 3000, encoding="utf-8")
+        state = folder / f"mervo/.runtime/state/{made.name}.json"
+        state.parent.mkdir(parents=True, exist_ok=True)
+        state.write_text('{"enabled":true,"lastRun":"2026-01-01T08:00:00Z","lastExit":0}', encoding="utf-8")
+    got = bench.pairs(environment, {"list": ["spawn", bench.helpers / "mervo", "run", "auto.list"],
+                                    "start": ["spawn", bench.programs / "floor-start"]})
+    whole, start = got["list"]["wall"], got["start"]["wall"]
+    return [
+        Figure(f"`mervo run auto.list` with {MANY} automations, from start to end", whole, start, "start of a C++ program"),
+        Figure("the same without the start", [
+            all_ - bare for all_, bare in zip(whole, start, strict=True)], start, "that start", 10 * MS, absolute=True),
+    ]
+
+
 def command_line(bench):
     environment, folder = bench.desk("small")
-    automation = folder / "mervo/automations/nothing"
-    automation.mkdir(parents=True)
-    (automation / "loop.json").write_text('{"name":"nothing","kind":"script","command":"true"}', encoding="utf-8")
+    automation(folder / "mervo", "nothing", kind="script", command="true")
     got = bench.pairs(environment, {
         "auto-run": ["spawn", bench.helpers / "mervo", "auto-run", "nothing"],
         "bash": ["spawn", "/bin/bash", "-c", "true"],
@@ -85,6 +112,7 @@ def command_line(bench):
         Figure("What `mervo auto-run` adds to a script's own time", [
             run - alone for run, alone in zip(got["auto-run"]["wall"], got["bash"]["wall"], strict=True)],
             got["bash"]["wall"], "`/bin/bash -c true`", 15 * MS, absolute=True),
+        *listing(bench),
     ]
 
 
@@ -238,16 +266,19 @@ ACTIONS, AUTOMATIONS = 500, 50
 
 def cockpit(bench):
     home = bench.data / "cockpit"
-    environment = os.environ | {"MERVO_HOME": str(home)}
+    environment = os.environ | {"MERVO_HOME": str(home), "HOME": str(home)}
     shutil.rmtree(home, ignore_errors=True)
     print(f"  making {ROWS:,} audit rows", flush=True)
     subprocess.run([bench.programs / "bench-gate", "prepare", home, "100", str(ROWS)], env=environment, check=True)
-    got = bench.samples(environment, bench.programs / "bench-cockpit",
-                        [str(home), str(ACTIONS), str(AUTOMATIONS), str(4 * bench.rounds)])
+    got, many = (bench.samples(environment, bench.programs / "bench-cockpit",
+                               [str(home), str(ACTIONS), str(count), str(4 * bench.rounds)]) for count in (AUTOMATIONS, MANY))
     what = f"a tick without a change ({ROWS:,} audit rows, {ACTIONS} actions, {AUTOMATIONS} automations)"
+    stat = "a stat of every file"
     return [
-        Figure(what + ", processor time", got["tick"]["cpu"], got["stamps"]["wall"], "a stat of every file", 5 * MS, True),
-        Figure("the same by the clock", got["tick"]["wall"], got["stamps"]["wall"], "a stat of every file"),
+        Figure(what + ", processor time", got["tick"]["cpu"], got["stamps"]["wall"], stat, 5 * MS, True),
+        Figure("the same by the clock", got["tick"]["wall"], got["stamps"]["wall"], stat),
+        Figure(f"a tick with {MANY} automations, processor time", many["tick"]["cpu"], many["stamps"]["wall"], stat, 5 * MS,
+               True),
     ]
 
 
