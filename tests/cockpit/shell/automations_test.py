@@ -6,6 +6,7 @@
 import os
 import pathlib
 import shutil
+import subprocess
 import sys
 import unittest
 
@@ -119,14 +120,19 @@ class Page(AutomationTest, DesktopTest):
             self.assertEqual((self.state("a")["enabled"], self.plist("a")), (enabled, enabled))
         self.row("a", "every 6h · next in ")
 
-        def ask():
+        def ask(key="Menu"):
             wait("the row", lambda: keys("Tab") or focused(self.view)[0] == "list item")
-            keys("Menu", "Down", "Down", "Down", "Return")
+            if key == "mouse":
+                subprocess.run(["xdotool", "mousemove", *middle(self.row("a")), "click", "3"], check=True)
+            else:
+                keys(key)
+            find(self.view, "menu item", "Delete")
+            keys("Down", "Down", "Down", "Return")
             self.said(MESSAGE)
             find(self.view, "heading", "Delete automation “a”?")
             wait("Cancel", lambda: focused(self.view) == ("push button", "Cancel"))
-        for no in ("Return", "Escape"):
-            ask()
+        for no, key in (("Return", "shift+F10"), ("Escape", "mouse")):
+            ask(key)
             keys(no)
             wait("the keyboard again", lambda: focused(self.view) == ("push button", "More actions for a"))
             self.assertTrue(folder.exists())

@@ -35,6 +35,10 @@ TEST_F(Automations, areOperatedAwayFromTheWindow)
     test::writeFile(home / ".runtime/logs/morning.log", "x");
     model->automations()->openLog("morning");
     EXPECT_THAT(workspace.opened, ElementsAre(home / ".runtime/logs/morning.log"));
+    for (const char* name : {"nobody", "../morning"}) {
+        model->automations()->openFolder(name);
+        EXPECT_EQ(result(), std::string("❌ ") + name + " - its folder is not there");
+    }
     workspace.opens = false;
     model->openSupport();
     EXPECT_EQ(result(), "❌ Support - this desktop has no program that opens it");
