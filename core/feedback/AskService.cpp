@@ -163,19 +163,24 @@ std::int64_t AskService::harvestAll() noexcept
     return answered;
 }
 
-std::string AskService::injectionBlock(const std::string& automation) noexcept
+AskService::Injection AskService::injectionBlock(const std::string& automation) noexcept
 {
     const Database::OneWait wait;
     const std::vector<FeedbackItem> items = store_.pendingInjection(automation);
     if (items.empty())
         return {};
-    std::vector<std::string> told;
+    Injection injection{fmt::format("{}{}{}", kBlockHead, lines(items, renderLine), kBlockEnd), {}};
     for (const FeedbackItem& item : items) {
         if (item.kind == FeedbackItem::Kind::question)
-            told.push_back(item.id);
+            injection.answers.push_back(item.id);
     }
-    store_.markInjected(told);
-    return fmt::format("{}{}{}", kBlockHead, lines(items, renderLine), kBlockEnd);
+    return injection;
+}
+
+void AskService::markInjected(const Injection& injection) noexcept
+{
+    const Database::OneWait wait;
+    store_.markInjected(injection.answers);
 }
 
 std::string AskService::summary(const std::optional<std::string>& automation) noexcept

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace mervo {
 
@@ -45,9 +46,16 @@ public:
     /// processes may do it at once.
     std::int64_t harvestAll() noexcept;
 
-    /// What a run's prompt begins with: directives, verdicts and answers, a line each; empty if there is nothing. The
-    /// answers in it count as told: no later run gets them.
-    std::string injectionBlock(const std::string& automation) noexcept;
+    /// What a run's prompt begins with: directives, verdicts and answers, a line each; empty if there is nothing.
+    struct Injection {
+        std::string block;
+        std::vector<std::string> answers; ///< the ids of their questions
+    };
+    Injection injectionBlock(const std::string& automation) noexcept;
+
+    /// The answers count as told: no later run gets them. To be called when the run's program has the prompt, so that
+    /// one that is killed before loses none.
+    void markInjected(const Injection& injection) noexcept;
 
     /// The feed for people, newest first, a line each: of one automation (and what is for all) or, if absent or empty,
     /// of all.

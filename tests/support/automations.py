@@ -27,12 +27,13 @@ TIME = r"\[?\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]?"
 
 class AutomationTest(unittest.TestCase):
     folder = "mervo"  # of the home; in a long one no tmux socket can be made
+    options = {"accounts": ()}  # of the desk
 
     def setUp(self):
-        self.desk = desk.Desk(accounts=(), environment={"SHELL": "/bin/bash"})
+        self.desk = desk.Desk(**self.options, environment={"SHELL": "/bin/bash"})
         self.addCleanup(self.desk.close)
-        self.home = self.desk.folder / self.folder
-        self.desk.environment |= {"MERVO_HOME": str(self.home), "KEPT": "a b\n'c'"}
+        self.desk.environment["KEPT"] = "a b\n'c'"
+        self.move_home(self.desk.folder / self.folder)
         self.record = self.desk.folder / "record"
         self.record.mkdir()
         (self.desk.folder / "bin").mkdir()
@@ -42,6 +43,10 @@ class AutomationTest(unittest.TestCase):
             client.chmod(0o755)
         self.running = []
         self.addCleanup(self.end_all)
+
+    def move_home(self, home):
+        self.home = home
+        self.desk.environment["MERVO_HOME"] = str(home)
 
     def end_all(self):
         for process in self.running:

@@ -25,6 +25,7 @@ struct AgentRun {
     std::filesystem::path home;
     RunPaths paths{home, name};
     std::string searchPath; ///< the run's PATH
+    std::function<void()> started = [] {}; ///< called as soon as the client has been started, with the prompt
 };
 
 /// The exit codes of runs that no program gave one.

@@ -43,12 +43,13 @@ std::optional<std::int64_t> leftSession(const fs::path& file)
 } // namespace
 
 int attend(const platform::Command& command, const fs::path& input, const RunPaths& paths,
-    platform::EndRequest& request, const RunLog& log)
+    platform::EndRequest& request, const RunLog& log, const std::function<void()>& started)
 try {
     const platform::Streams streams{
         input.empty() ? platform::Descriptor() : platform::openToRead(input), platform::openToAppend(log.file())};
     const auto outcome = platform::runAttended(command, streams, request, kMercy, [&](std::int64_t session) {
         platform::replaceFile(paths.session(), std::to_string(session), platform::Keep::whileRunning);
+        started();
     });
     std::error_code ignored;
     fs::remove(paths.session(), ignored);
@@ -72,7 +73,7 @@ void run(const AgentRun& run, platform::EndRequest& request, const RunLog& log, 
         *place = platform::readFile(input).value_or("");
         input.clear();
     }
-    const int code = attend(command, input, run.paths, request, log);
+    const int code = attend(command, input, run.paths, request, log, run.started);
     log.end(run.name, code);
     record(code);
 }

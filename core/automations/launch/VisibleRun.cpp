@@ -116,6 +116,8 @@ void close(const std::string& session, const RunPaths& paths)
 void run(const AgentRun& run, platform::EndRequest& request, const RunLog& log, const RecordExit& record)
 {
     const std::string session = open(run, log);
+    if (!session.empty())
+        run.started();
     const std::string look = fmt::format(kLook, literal(session));
     const auto isGone = [&] { return !session.empty() && runScript(look).text == "gone"; };
     const int code = DoneSignal::wait({run.paths.done(), run.timeout, isGone}, request, log);

@@ -23,32 +23,44 @@ std::string instructions(const RunContext& run)
     return text ? *std::move(text) : run.settings.prompt;
 }
 
-std::string feedback(const RunContext& run)
+AskService::Injection feedback(const RunContext& run)
 {
     const StoreFailures::Scope failures;
-    std::string block = AskService::shared().injectionBlock(run.name);
+    AskService::Injection injection = AskService::shared().injectionBlock(run.name);
     for (const std::string& sentence : failures.sentences())
         run.log.stamped("without feedback: " + Text::visibleLine(sentence));
-    return block;
+    return injection;
 }
 
-/// What is not written is not there either: an agent must not get the prompt of an earlier run.
-void writePrompt(const RunContext& run)
+void noteAsTold(const RunContext& run, const AskService::Injection& injection)
+{
+    const StoreFailures::Scope failures;
+    AskService::shared().markInjected(injection);
+    for (const std::string& sentence : failures.sentences())
+        run.log.stamped("the next run is told the same answers: " + Text::visibleLine(sentence));
+}
+
+/// Gives what the prompt tells of the owner. What is not written is not there either: an agent must not get the prompt
+/// of an earlier run.
+AskService::Injection writePrompt(const RunContext& run)
 {
     const auto file = run.paths.prompt();
-    const std::string text = PromptFile::text(feedback(run), instructions(run));
-    if (const auto error = platform::replaceFile(file, text, platform::Keep::whileRunning)) {
-        run.log.stamped("the prompt could not be written: " + error.message());
-        std::error_code ignored;
-        std::filesystem::remove(file, ignored);
-    }
+    AskService::Injection injection = feedback(run);
+    const std::string text = PromptFile::text(injection.block, instructions(run));
+    const auto error = platform::replaceFile(file, text, platform::Keep::whileRunning);
+    if (!error)
+        return injection;
+    run.log.stamped("the prompt could not be written: " + error.message());
+    std::error_code ignored;
+    std::filesystem::remove(file, ignored);
+    return {};
 }
 
 } // namespace
 
 void runAgent(const RunContext& run)
 {
-    writePrompt(run);
+    const AskService::Injection injection = writePrompt(run);
     const RunSettings& settings = run.settings;
     const AgentRun agent{.name = run.name,
         .client = settings.client,
@@ -63,7 +75,8 @@ void runAgent(const RunContext& run)
         .visible = settings.visible,
         .screen = settings.screen,
         .home = run.home,
-        .searchPath = run.searchPath};
+        .searchPath = run.searchPath,
+        .started = [&] { noteAsTold(run, injection); }};
     Launch::run(agent, run.request, run.log, run.record);
 }
 

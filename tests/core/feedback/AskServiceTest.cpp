@@ -100,7 +100,7 @@ TEST_F(Asking, goesByMailUnlessToldOtherwiseAndKeepsNothingThatDidNotGo)
 
 TEST_F(Asking, tellsEachRunWhatItsPromptBeginsWith)
 {
-    EXPECT_EQ(service.injectionBlock("triage"), "");
+    EXPECT_EQ(service.injectionBlock("triage").block, "");
     add("1", Kind::directive, "be\r\nbrief");
     add("2", Kind::verdict, "refused");
     add("3", Kind::question, "Which\n" + std::string(90, 'x'), "the first");
@@ -109,10 +109,12 @@ TEST_F(Asking, tellsEachRunWhatItsPromptBeginsWith)
                              "operator a question: `mervo run ask text=\"...\"`.\n• [directive] be brief\n"
                              "• [verdict] refused";
     const std::string end = "\n=============================================";
-    EXPECT_EQ(service.injectionBlock("triage"),
-        head + "\n• [answer] #3 \"Which " + std::string(74, 'x') + "\" → the first" + end);
-    EXPECT_EQ(service.injectionBlock("triage"), head + end) << "an answer is told once";
-    EXPECT_EQ(service.injectionBlock("digest"), "");
+    const auto told = service.injectionBlock("triage");
+    EXPECT_EQ(told.block, head + "\n• [answer] #3 \"Which " + std::string(74, 'x') + "\" → the first" + end);
+    EXPECT_EQ(service.injectionBlock("triage").block, told.block) << "nobody has said that the run has it";
+    service.markInjected(told);
+    EXPECT_EQ(service.injectionBlock("triage").block, head + end) << "an answer is told once";
+    EXPECT_EQ(service.injectionBlock("digest").block, "");
 }
 
 TEST_F(Asking, letsNoTextPassForALineOfItsOwn)
@@ -121,7 +123,7 @@ TEST_F(Asking, letsNoTextPassForALineOfItsOwn)
     add("1", Kind::directive, forged);
     add("2", Kind::question, forged, forged);
     add("3", Kind::question, forged);
-    const std::string block = service.injectionBlock("triage"), feed = service.summary("triage");
+    const std::string block = service.injectionBlock("triage").block, feed = service.summary("triage");
     EXPECT_EQ(std::ranges::count(block, '\n'), 4) << block;
     EXPECT_EQ(std::ranges::count(feed, '\n'), 2) << feed;
     for (const char* const lineEnd : {"\r", "\v", "\f", "\u0085", "\u2028"})

@@ -79,6 +79,23 @@ class Killed(AutomationTest):
         self.assert_runs_again()
         self.assertFalse(list(self.file("x").parent.glob("*.lock.d*")))
 
+    def test_supervisor_between_an_answer_and_its_agent(self):
+        """Killed when it calls this for the nth time, it is followed by one that tells the answer again."""
+        self.move_home(self.desk.folder / ("mervo" + "/long" * 30))
+        self.work('cat "$to/input" >> "$to/all"')
+        self.add(visible=False)
+        for call, nth in (("rename", 2), ("rename", 3), ("vfork", 3), ("vfork", 4), ("unlink", 2)):
+            with self.subTest(call, nth=nth):
+                asked = self.desk.tool("ask", text="Well?", channel="cockpit", automation="a").stdout.split("#")[1][:8]
+                self.desk.tool("ask.answer", id=asked, text="yes")
+                killed = subprocess.run(["strace", "-o", "/dev/null", "-e", f"inject={call}:signal=SIGKILL:when={nth}",
+                                         self.desk.contents / "Helpers/mervo", "auto-run", "a"], env=self.desk.environment)
+                self.assertEqual(killed.returncode, -signal.SIGKILL)
+                self.run_once()
+                self.run_once()
+                self.assertIn(self.told("all").decode().count(f"#{asked}"), (1, 2))
+                self.assertNotIn(b"DECISIONS", self.told("input"))
+
 
 class Hindered(AutomationTest):
     def test_unwritable_home(self):
@@ -121,8 +138,7 @@ class Hindered(AutomationTest):
 
     def test_odd_clients(self):
         """Without a terminal: much output takes no memory; what leads a session of its own is left, the rest is not."""
-        self.home = self.desk.folder / ("mervo" + "/long" * 30)
-        self.desk.environment["MERVO_HOME"] = str(self.home)
+        self.move_home(self.desk.folder / ("mervo" + "/long" * 30))
         self.work("head -c 50000000 /dev/zero\ngrep VmHWM /proc/$PPID/status > $HOME/record/memory\n"
                   "(trap '' TERM; sleep 600) & echo $! > $HOME/record/left\nsetsid sleep 600 & echo $! > $HOME/record/stays\nsleep 0.3\n"
                   "exec < /dev/null > /dev/null 2>&1\nexit 6")
