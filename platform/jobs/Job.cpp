@@ -148,10 +148,11 @@ std::optional<std::chrono::seconds> interval(const PropertyList& list)
     return std::chrono::seconds(*seconds);
 }
 
+/// ProcessType asks for a share of the machine: every job here has what any program of the user has.
 bool isKnown(std::string_view key)
 {
-    constexpr std::array<std::string_view, 9> kKnown{"Label", "ProgramArguments", "StartInterval", kCalendar,
-        "StandardOutPath", "StandardErrorPath", "RunAtLoad", "EnvironmentVariables", "WorkingDirectory"};
+    constexpr std::array<std::string_view, 10> kKnown{"Label", "ProgramArguments", "StartInterval", kCalendar,
+        "StandardOutPath", "StandardErrorPath", "RunAtLoad", "EnvironmentVariables", "WorkingDirectory", "ProcessType"};
     return std::ranges::find(kKnown, key) != kKnown.end();
 }
 

@@ -45,8 +45,7 @@ class Words(JobCase):
             (["bootout", DOMAIN, LABEL], 3, f"launchctl: {LABEL} is not loaded.\n"),
             (["bootout", DOMAIN, "../x"], 3, "launchctl: x is not loaded.\n"),
             (["kickstart", DOMAIN, LABEL], 3, "is not loaded."),
-            (["bootstrap", DOMAIN, file], 0, f"{LABEL}: the key KeepAlive means nothing here and is left out.\n"
-                                             f"{LABEL}: the key ProcessType means nothing here and is left out.\n"),
+            (["bootstrap", DOMAIN, file], 0, f"{LABEL}: the key KeepAlive means nothing here and is left out.\n"),
             (["bootstrap", DOMAIN, file], 4, f'{LABEL} is loaded already; "launchctl bootout" unloads it.'),
             (["print", f"{DOMAIN}/{LABEL}"], 0, f"property list: {file}\nrunner: own\nlast run: none known\n"),
             (["list"], 0, f"PID\tSTATUS\tRUNNER\tLABEL\n-\t-\town\t{LABEL}\n"),
@@ -74,7 +73,7 @@ class Words(JobCase):
                 self.assertIn(said, self.ctl("bootstrap", DOMAIN, file, status=1 if said else 0))
                 if not said:
                     self.ctl("bootout", DOMAIN, file)
-                self.assertLess(time.monotonic() - begun, 5)
+                self.assertLess(time.monotonic() - begun, 20)
 
     def told(self):
         ran = subprocess.run([self.program("desk-health")], env=self.environment, capture_output=True, check=True)
