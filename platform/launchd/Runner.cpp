@@ -98,6 +98,8 @@ void Runner::loadAll()
 {
     for (const std::string& label : namesIn(loadedFolder()))
         load(label);
+    for (const std::string& label : namesIn(runsFolder()))
+        forget(label);
 }
 
 void Runner::load(const std::string& label)
@@ -127,6 +129,17 @@ void Runner::unload(const std::string& label)
     loaded_.erase(label);
 }
 
+/// The last run of a job that is gone. While that run goes on, its record keeps it from being started twice.
+void Runner::forget(const std::string& label)
+{
+    const fs::path record = runsFolder() / label;
+    if (loadedSince(label) || runs_.contains(label))
+        return;
+    std::error_code ignored; // a record too many is harmless
+    if (const auto last = lastRun(record); !last || last->state != LastRun::State::running)
+        fs::remove(record, ignored);
+}
+
 void Runner::schedule(const Loaded& loaded, const Moment& now)
 {
     const Job& job = loaded.job;
@@ -143,6 +156,7 @@ void Runner::takeChanges()
         case FolderWatch::Place::loaded:
             unload(change.name);
             load(change.name);
+            forget(change.name);
             break;
         case FolderWatch::Place::requests:
             takeRequests();
@@ -208,11 +222,8 @@ void Runner::finish(const std::string& label)
         ::waitid(P_PID, static_cast<id_t>(run.mapped().process), &info, WEXITED | WNOHANG) == 0 && info.si_pid != 0;
     log_.info(
         label + ' ' + (isOurs ? howItEnded(info) : "ended; how is not known, since an earlier runner had started it"));
-    std::error_code ignored; // a record too many is harmless
-    if (!loaded_.contains(label)) {
-        fs::remove(runsFolder() / label, ignored);
-        return;
-    }
+    if (!loaded_.contains(label))
+        return forget(label);
     try {
         if (isOurs)
             RunRecord::open(runsFolder() / label).writeEnd(info.si_code, info.si_status);

@@ -45,6 +45,7 @@ private:
     void loadAll();
     void load(const std::string& label);
     void unload(const std::string& label);
+    void forget(const std::string& label);
     void schedule(const Loaded& loaded, const Moment& now);
     void takeRequests();
     void takeChanges();
