@@ -6,7 +6,6 @@ import pathlib
 import re
 import signal
 import subprocess
-import time
 import unittest
 
 import desk
@@ -124,7 +123,3 @@ class AutomationTest(unittest.TestCase):
 def kill(process):
     process.send_signal(signal.SIGKILL)
     process.wait()
-
-
-def within(seconds, start):
-    return time.monotonic() - start < seconds

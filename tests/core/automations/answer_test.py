@@ -70,7 +70,7 @@ class Answer(AutomationTest):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
 
     def test_an_answer_reaches_the_next_prompt_and_no_later_one(self):
-        time.sleep(max(0, 5 - (60 - time.time() % 60)))  # not so late that making it misses the next minute
+        time.sleep(max(0, 10 - (60 - time.time() % 60)))  # not so late that making it misses the next minute
         due = time.localtime(time.time() // 60 * 60 + 60)
         self.assertEqual(self.call("auto.add", name="triage", prompt="Sort the mail.", background="true",
                                    at=time.strftime("%H:%M", due)),

@@ -103,12 +103,12 @@ class JobCase(unittest.TestCase):
                     continue
 
 
-def proportional_memory(process):
-    """Pss in KiB; 0 where a sanitizer holds freed memory back."""
+def own_memory(process):
+    """In KiB, without what it shares with others; 0 where a sanitizer holds freed memory back."""
     if os.environ.get("MERVO_SANITIZED"):
         return 0
     text = pathlib.Path(f"/proc/{process}/smaps_rollup").read_text()
-    return int(next(line for line in text.splitlines() if line.startswith("Pss:")).split()[1])
+    return int(next(line for line in text.splitlines() if line.startswith("Anonymous:")).split()[1])
 
 
 def wake_ups(process):

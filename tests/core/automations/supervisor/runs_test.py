@@ -5,12 +5,11 @@ import os
 import pathlib
 import signal
 import sys
-import time
 import unittest
 
 import desk
 import desktop
-from automations import AutomationTest, within
+from automations import AutomationTest
 
 CONTRACT = ("\n\nWhen the task above is complete, signal it by running `mervo auto-done` (equivalent: printf 0 > "
             "\"$RONDEL_DONE\"). On partial failure, run `mervo auto-done 1`. Do NOT kill any process, do not close the window "
@@ -67,11 +66,13 @@ class Scripts(AutomationTest):
 
     def test_one_at_a_time(self):
         """A second run, with --force too, changes nothing; of many that meet a stale lock one takes it."""
-        self.script("echo ran >> ../../count; sleep 2")
+        self.script("echo ran >> ../../count; until [ -f ../../go ]; do sleep 0.1; done")
+        go = self.home / "go"
         first = self.start()
         desktop.wait("a run", lambda: (self.home / "count").exists())
         self.run_once("--force", "a")
         self.assertEqual(self.log()[-1], f"T skip: previous run still active (pid {first.pid})")
+        go.touch()
         first.communicate()
         self.assertEqual((self.ended(), (self.home / "count").read_text()), (0, "ran\n"))
         for text, shown in (("letters", "letters"), (" \n", "?"), ("2147483647", "2147483647"), ("1", "1")):
@@ -80,7 +81,11 @@ class Scripts(AutomationTest):
             (self.file(".lock.d") / "pid").write_text(text)
             if text == "1":  # somebody else's by its age: the number was used again
                 os.utime(self.file(".lock.d") / "pid", (1, 1))
-            for process in [self.start() for _ in range(6)]:
+            go.unlink()
+            many = [self.start() for _ in range(6)]
+            desktop.wait("all but one", lambda: sum(one.poll() is not None for one in many) == 5)
+            go.touch()
+            for process in many:
                 process.communicate(timeout=60)
             taken = [line for line in self.log() if "taking over" in line][-1:]
             self.assertEqual(taken, [f"T stale lock (pid {shown}) - taking over"])
@@ -180,9 +185,8 @@ class Agents(AutomationTest):
         """By the signal while it goes on, by its own end, and by nothing at all."""
         self.work("mervo auto-done 3; sleep 600 & sleep 600")
         self.add(visible=False)
-        start = time.monotonic()
         self.run_once()
-        self.assertEqual((self.ended(), within(10, start)), (3, True))
+        self.assertEqual(self.ended(), 3)
         self.assert_gone(self.told("process"))
 
     def test_stop(self):
@@ -197,7 +201,7 @@ class Agents(AutomationTest):
             else:
                 self.tmux("kill-session", "-t", "=a")
                 self.file(".done").write_text("143")
-            told = run.communicate(timeout=20)
+            told = run.communicate(timeout=60)
             self.assertEqual((run.returncode, told), (0, ("", "")))
             self.assertEqual(self.ended(), 143)
             self.assert_gone(process)
