@@ -20,8 +20,8 @@ WORK = r"""cp "$to/input" "$to/prompt.$(ls "$to" | grep -c prompt)"
 mervo auto-done
 sleep 600
 """
-BLOCK = ('=== DECISIONS / ANSWERS FROM YOUR OPERATOR ===\nHonor these instructions. To ask the operator a question: `mervo '
-         'run ask text="..."`.\n• [answer] #%s "Shall I?" → Yes, on Friday.\n' + "=" * 45 + "\n\n")
+BLOCK = ('=== DECISIONS / ANSWERS FROM YOUR OPERATOR ===\nHonor these instructions. To ask the operator a question: '
+         '`mervo run ask text="..."`.\n• [answer] #%s "Shall I?" → Yes, on Friday.\n' + "=" * 45 + "\n\n")
 
 
 class Answer(AutomationTest):
@@ -66,7 +66,7 @@ class Answer(AutomationTest):
         self.assertEqual(self.state(name)["lastExit"], 0)
 
     def start_job(self, name):
-        done = self.desk.run("Helpers/platform/launchctl", "kickstart", f"gui/{os.getuid()}", f"org.mervolabs.rondel.{name}")
+        done = self.desk.run("Helpers/platform/launchctl", "kickstart", f"org.mervolabs.rondel.{name}")
         self.assertEqual((done.returncode, done.stderr), (0, ""))
 
     def test_an_answer_reaches_the_next_prompt_and_no_later_one(self):

@@ -139,8 +139,8 @@ class Systemd(JobCase):
         stand_in = self.home / "bin/systemctl"
         stand_in.parent.mkdir()
         stand_in.write_text('#!/bin/sh\necho "$* $XDG_RUNTIME_DIR" >> "$HOME/asked"\n'
-                            'case "$*" in *$(cat "$HOME/refuse" 2>/dev/null || echo none)*) echo "Failed: no." >&2; exit 1;; '
-                            'esac\n')
+                            'case "$*" in *$(cat "$HOME/refuse" 2>/dev/null || echo none)*) echo "Failed: no." >&2; '
+                            'exit 1;; esac\n')
         stand_in.chmod(0o755)
         self.environment["PATH"] = f"{stand_in.parent}:{self.environment['PATH']}"
         self.units = self.home / "config/systemd/user"

@@ -15,7 +15,8 @@ class Minute(jobs.JobCase):
         self.load("job", "date +%s.%N", StartCalendarInterval=[{}, {"Minute": 99 % 60}])
         runner, begun = self.runner(), time.time()
         next_minute = datetime.datetime.fromtimestamp(begun - begun % 60 + 60)
-        self.assertIn(f"next time of its calendar: {next_minute:%Y-%m-%d %H:%M}\n", self.ctl("print", "org.example.job"))
+        self.assertIn(f"next time of its calendar: {next_minute:%Y-%m-%d %H:%M}\n",
+                      self.ctl("print", "org.example.job"))
         time.sleep(60 - begun % 60)
         fired = float(self.wait_lines(1)[0])
         self.assertLess(fired - next_minute.timestamp(), 20)  # seconds, on a busy machine
