@@ -150,7 +150,9 @@ class Desk:
 
     def configure(self, **settings):
         """What the owner sets in the cockpit's settings."""
-        (self.home / "config.json").write_text(json.dumps(settings), encoding="utf-8")
+        file = self.home / "config.json"
+        known = json.loads(file.read_text(encoding="utf-8")) if file.exists() else {}
+        file.write_text(json.dumps(known | settings), encoding="utf-8")
 
     def add_rule(self, rule):
         """One row of policy_rules: what the cockpit writes when the owner makes a rule."""
