@@ -24,7 +24,8 @@ class JobCase(unittest.TestCase):
         self.agents.mkdir(parents=True)
         (self.home / "run").mkdir()
         self.environment = {"HOME": str(self.home), "PATH": os.environ["PATH"],
-                            "XDG_RUNTIME_DIR": str(self.home / "run"), "XDG_CONFIG_HOME": str(self.home / "config"), "RONDEL_RUN": "other", "SECRET": "x"}
+                            "XDG_RUNTIME_DIR": str(self.home / "run"), "XDG_CONFIG_HOME": str(self.home / "config"),
+                            "RONDEL_RUN": "other", "SECRET": "x"}
         if "ASAN_OPTIONS" in os.environ:
             self.environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
         self.addCleanup(self.end)

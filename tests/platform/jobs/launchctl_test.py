@@ -18,11 +18,6 @@ LABEL = "org.example.job"
 class Words(JobCase):
     def test_what_it_understands_and_how_it_says_no(self):
         file = self.job("job", ProcessType="Interactive", KeepAlive=True, StartInterval=60)
-        bad = {name: self.job(name, **keys) for name, keys in {
-            "label": {"Label": "../x"}, "program": {"ProgramArguments": []}, "relative": {"ProgramArguments": ["a/b"]},
-            "path": {"StandardOutPath": "out"}, "hour": {"StartCalendarInterval": {"Hour": 24}},
-            "part": {"StartCalendarInterval": [{"Year": 1}]}, "variable": {"EnvironmentVariables": {"A=B": "c"}},
-            "interval": {"StartInterval": 0}, "text": {"RunAtLoad": "yes"}}.items()}
         (self.agents / "xml.plist").write_text("<plist><dict><key>Label</key>")
         other = f"gui/{os.getuid() + 1}"
         rows = [  # the words, the exit status, what is said
@@ -33,15 +28,6 @@ class Words(JobCase):
             (["bootstrap", DOMAIN], 2, "usage: launchctl bootstrap gui/UID PROPERTY-LIST"),
             (["bootstrap", DOMAIN, self.agents / "none.plist"], 1, "none.plist: No such file or directory."),
             (["bootstrap", DOMAIN, self.agents / "xml.plist"], 1, "it is no property list with a dictionary."),
-            (["bootstrap", DOMAIN, bad["label"]], 1, "Label must be of letters"),
-            (["bootstrap", DOMAIN, bad["program"]], 1, "ProgramArguments must name a program."),
-            (["bootstrap", DOMAIN, bad["relative"]], 1, "the program a/b must be an absolute path or a bare name."),
-            (["bootstrap", DOMAIN, bad["path"]], 1, "StandardOutPath must be an absolute path."),
-            (["bootstrap", DOMAIN, bad["hour"]], 1, "Hour of StartCalendarInterval must be a number from 0 to 23."),
-            (["bootstrap", DOMAIN, bad["part"]], 1, '"Year" is no part of StartCalendarInterval.'),
-            (["bootstrap", DOMAIN, bad["variable"]], 1, '"A=B" is no name of a variable.'),
-            (["bootstrap", DOMAIN, bad["interval"]], 1, "StartInterval must be from 1 to"),
-            (["bootstrap", DOMAIN, bad["text"]], 1, "RunAtLoad must be true or false."),
             (["bootout", DOMAIN, LABEL], 3, f"launchctl: {LABEL} is not loaded.\n"),
             (["bootout", DOMAIN, "../x"], 3, "launchctl: x is not loaded.\n"),
             (["kickstart", DOMAIN, LABEL], 3, "is not loaded."),
@@ -57,11 +43,19 @@ class Words(JobCase):
             with self.subTest(words):
                 self.assertIn(said, self.ctl(*words, status=status))
 
-    def test_hostile_property_lists_are_refused_at_once(self):
+    def test_bad_and_hostile_property_lists_are_refused_at_once(self):
         for name, said, keys in [
+                ("empty", "ProgramArguments must name a program.", {"ProgramArguments": []}),
+                ("word", "the program a/b must be an absolute path or a bare name.", {"ProgramArguments": ["a/b"]}),
+                ("path", "StandardOutPath must be an absolute path.", {"StandardOutPath": "out"}),
+                ("hour", "Hour of StartCalendarInterval must be a number", {"StartCalendarInterval": {"Hour": 24}}),
+                ("part", '"Year" is no part of StartCalendarInterval.', {"StartCalendarInterval": [{"Year": 1}]}),
+                ("variable", '"A=B" is no name of a variable.', {"EnvironmentVariables": {"A=B": "c"}}),
+                ("text", "RunAtLoad must be true or false.", {"RunAtLoad": "yes"}),
                 ("huge", "File too large", {"X": "y" * 2_000_000}), ("slash", "Label must", {"Label": "a/b"}),
-                ("dots", "Label must", {"Label": ".."}), ("long", "Label must", {"Label": "l" * 10_240}),
+                ("dots", "Label must be of letters", {"Label": ".."}), ("long", "Label must", {"Label": "l" * 10_240}),
                 ("line", "Label must", {"Label": "a\nb"}), ("negative", "StartInterval", {"StartInterval": -1}),
+                ("zero", "StartInterval must be from 1 to", {"StartInterval": 0}),
                 ("overflow", "StartInterval", {"StartInterval": 2**63 - 1}),
                 ("above", "StartInterval", {"StartInterval": 2**63}),
                 ("many", "has more than 1000 times", {"StartCalendarInterval": [{}] * 1001}),
@@ -121,16 +115,13 @@ class Words(JobCase):
         manager.unlink()
         self.assertIn("no manager of systemd answers", told()["detail"])
 
-    def test_a_job_is_unloaded_by_the_name_of_its_property_list_when_that_is_gone(self):
-        file = self.load("job", StartInterval=60)
-        file.unlink()
-        self.ctl("bootout", DOMAIN, file)
-
-    def test_a_run_is_asked_for_by_hand(self):
-        self.load("job", "echo $$; sleep 30")
+    def test_a_run_is_asked_for_by_hand_and_its_job_unloaded_by_the_path_of_its_property_list_that_is_gone(self):
+        file = self.load("job", "echo $$; sleep 60")
         self.ctl("kickstart", DOMAIN, LABEL)
         process = self.wait_lines(1)[0]
         self.assertIn(f"{LABEL} runs already, as process {process}.", self.ctl("kickstart", DOMAIN, LABEL))
+        file.unlink()
+        self.ctl("bootout", DOMAIN, file)
 
 
 class Systemd(JobCase):
@@ -208,7 +199,6 @@ WantedBy=timers.target
     def test_who_starts_jobs(self):
         private = self.home / "run/systemd/private"
         private.parent.mkdir()
-        (self.home / "stale").write_text("")
         for text, listens, systemd in [("", False, False), ("", True, True), ('[jobs]\nrunner = "own"', True, False),
                                        ('[jobs]\nrunner = "systemd"', False, True), ("[jobs]\nrunner = 1", True, True),
                                        ('[jobs]\nrunner = "cron"', False, False), ("[jobs]\nx = 1", False, False)]:
