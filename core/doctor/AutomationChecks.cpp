@@ -1,4 +1,5 @@
 #include "core/automations/engine/RondelEngine.h"
+#include "core/automations/model/AutomationFolder.h"
 #include "core/automations/model/AutomationName.h"
 #include "core/automations/model/RunTimes.h"
 #include "core/doctor/Checks.h"
@@ -13,9 +14,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <set>
+#include <utility>
 
 namespace mervo::Doctor {
 
@@ -51,6 +54,20 @@ std::vector<std::string> missedRuns(const std::vector<Automation>& enabled)
     return missed;
 }
 
+/// Of each automation whose last run was killed with its supervisor: the lock is there, and nobody holds it. The state
+/// still tells of the run before.
+std::vector<std::string> killedRuns(const std::vector<Automation>& enabled)
+{
+    std::vector<std::string> killed;
+    for (const Automation& automation : enabled) {
+        const auto lock = AutomationFolder::runtimeFile(RondelEngine::home(), "run", automation.name, ".lock.d");
+        std::error_code unreadable;
+        if (!automation.running && lock && std::filesystem::exists(*lock, unreadable))
+            killed.push_back(automation.name);
+    }
+    return killed;
+}
+
 } // namespace
 
 Finding automations()
@@ -63,9 +80,12 @@ Finding automations()
     if (enabled.empty())
         return finding;
 
-    if (const auto missed = missedRuns(enabled); !missed.empty()) {
+    for (const auto& [what, names] : {std::pair("did not run when it was due", missedRuns(enabled)),
+             std::pair("was killed while it ran, and the next run tidies up", killedRuns(enabled))}) {
+        if (names.empty())
+            continue;
         finding.state = State::limited;
-        finding.detail += "\ndid not run when it was due: " + Text::join(missed, ", ");
+        finding.detail += fmt::format("\n{}: {}", what, Text::join(names, ", "));
         finding.remedy =
             "To run one now: mervo run auto.run name=<name>; what it wrote: mervo run auto.log name=<name>";
     }

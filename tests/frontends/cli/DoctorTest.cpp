@@ -88,6 +88,8 @@ TEST_F(DoctorTest, namesAutomationsThatNobodyStartsAndRunsThatDidNotHappen)
     expect("automations", "works", "2, of which 1 paused");
     std::filesystem::last_write_time(job, std::filesystem::file_time_type::clock::now() - std::chrono::hours(3));
     expect("automations", "limited", "did not run when it was due: late (20");
+    writeFile(home() / ".runtime/run/late.lock.d/pid", "2147483647");
+    expect("automations", "limited", "was killed while it ran, and the next run tidies up: late");
     writeProgram("launchctl", "#!/bin/sh\nexit 1\n");
     expect("automations", "broken", "does not list");
 }
