@@ -52,10 +52,10 @@ bool run(const AgentRun& run, platform::EndRequest& request, const RunLog& log, 
         log.stamped("tmux session failed - falling back to direct headless");
         return false;
     }
-    run.started();
     log.stamped(
         fmt::format("live run attachable: tmux -S {} attach -t {}  (or: Mervo cockpit → Automations → Open live run)",
             RunPaths::tmuxSocket(run.home).string(), AutomationName::sessionName(run.name)));
+    run.started();
     const auto processes = tmux.paneProcesses(run.name);
     const auto isGone = [&] { return tmux.isWithoutSession(run.name); };
     const int code = DoneSignal::wait({run.paths.done(), run.timeout, isGone}, request, log);

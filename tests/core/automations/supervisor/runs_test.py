@@ -122,9 +122,10 @@ class Agents(AutomationTest):
 
     def lines(self, name="a", client="claude", code=0):
         """The log of a run that has ended."""
-        begin = f"===== rondel: {name} @ T (client={client}) ====="
-        lines = [ATTACHABLE % name.replace(".", "%2E"), begin]  # two processes write them
-        return lines[::1 if self.log(name)[0] == lines[0] else -1] + [f"===== rondel: {name} done (exit {code}) ====="]
+        lines = [f"===== rondel: {name} @ T (client={client}) =====", f"===== rondel: {name} done (exit {code}) ====="]
+        attachable = ATTACHABLE % name.replace(".", "%2E")  # another process writes that
+        self.assertIn(attachable, self.log(name))
+        return [*lines[:self.log(name).index(attachable)], attachable, *lines[self.log(name).index(attachable):]]
 
     def test_clients(self):
         """What each client gets: arguments, standard input, environment and folder, byte for byte."""
