@@ -99,7 +99,7 @@ Finding automations()
         finding.state = State::broken;
         finding.detail += "\nno job is loaded, so nothing starts: " + Text::join(unloaded, ", ");
         finding.remedy += finding.remedy.empty() ? "" : "\n";
-        finding.remedy += "To load the job again: mervo run auto.enable name=<name>";
+        finding.remedy += "To load the job again: mervo run auto.enable name=<name>; who would start it, \"Jobs\" says";
     }
     return finding;
 }
