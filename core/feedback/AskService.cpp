@@ -179,6 +179,8 @@ AskService::Injection AskService::injectionBlock(const std::string& automation) 
 
 void AskService::markInjected(const Injection& injection) noexcept
 {
+    if (injection.answers.empty())
+        return;
     const Database::OneWait wait;
     store_.markInjected(injection.answers);
 }

@@ -132,12 +132,14 @@ void Runner::unload(const std::string& label)
 /// The last run of a job that is gone. While that run goes on, its record keeps it from being started twice.
 void Runner::forget(const std::string& label)
 {
-    const fs::path record = runsFolder() / label;
     if (loadedSince(label) || runs_.contains(label))
         return;
-    std::error_code ignored; // a record too many is harmless
-    if (const auto last = lastRun(record); !last || last->state != LastRun::State::running)
-        fs::remove(record, ignored);
+    try {
+        if (!RunRecord::open(runsFolder() / label).running())
+            fs::remove(runsFolder() / label);
+    } catch (const std::system_error& error) { // a record too many is harmless
+        log_.error("could not remove the record of " + label + ": " + error.what());
+    }
 }
 
 void Runner::schedule(const Loaded& loaded, const Moment& now)
