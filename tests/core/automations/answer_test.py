@@ -61,8 +61,9 @@ class Answer(AutomationTest):
         return [file.read_text() for file in sorted(self.record.glob("prompt.*"))]
 
     def ran(self, name, has_begun):
-        """Waits for the end of a run, which must be well."""
-        wait("the end of " + name, lambda: has_begun() and not self.file(".lock.d", name).exists())
+        """Waits for the end of a run, which must be well, and of its process."""
+        record = self.jobs / "runs" / f"org.mervolabs.rondel.{name}"
+        wait("the end of " + name, lambda: has_begun() and record.read_text().startswith("exited 0"))
         self.assertEqual(self.state(name)["lastExit"], 0)
 
     def launchctl(self, verb, name):
